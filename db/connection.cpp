@@ -1,0 +1,132 @@
+#include "db/connection.h"
+
+#include <sys/stat.h>
+
+#include <utility>
+
+namespace sqlitedb {
+
+namespace {
+
+// SQLite's own default for loading code is off as well, but a build of it may differ.
+constexpr struct {
+  int option;
+  int value;
+} kDefences[] = {
+    {SQLITE_DBCONFIG_DEFENSIVE, 1},
+    {SQLITE_DBCONFIG_TRUSTED_SCHEMA, 0},
+    {SQLITE_DBCONFIG_ENABLE_LOAD_EXTENSION, 0},
+};
+
+// A row is a key of 127 and a value of 511 bytes, and our longest statement has 700 bytes: there is
+// room for what a foreign writer may do, not for what only an attacker would.
+constexpr struct {
+  int limit;
+  int value;
+} kLimits[] = {
+    {SQLITE_LIMIT_LENGTH, 1 << 20},
+    {SQLITE_LIMIT_SQL_LENGTH, 1 << 16},
+    {SQLITE_LIMIT_COLUMN, 100},
+    {SQLITE_LIMIT_EXPR_DEPTH, 100},
+    {SQLITE_LIMIT_COMPOUND_SELECT, 20},
+    {SQLITE_LIMIT_VDBE_OP, 25'000},
+    {SQLITE_LIMIT_FUNCTION_ARG, 16},
+    {SQLITE_LIMIT_ATTACHED, 0},
+    {SQLITE_LIMIT_LIKE_PATTERN_LENGTH, 100},
+    {SQLITE_LIMIT_VARIABLE_NUMBER, 100},
+};
+
+// Cells are checked as pages are read; a file that shrinks gives an error, not a bus error.
+constexpr char const* kSettings = "PRAGMA cell_size_check=ON; PRAGMA mmap_size=0;";
+
+std::timespec Now() noexcept {
+  std::timespec now{};
+  clock_gettime(CLOCK_MONOTONIC_COARSE, &now);
+  return now;
+}
+
+void Check(sqlite3* db, int code) {
+  if (code != SQLITE_OK) {
+    throw Failure(db, code);
+  }
+}
+
+void Harden(Connection& connection) {
+  sqlite3* db = connection.db;
+  for (auto const& defence : kDefences) {
+    Check(db, sqlite3_db_config(db, defence.option, defence.value, nullptr));
+  }
+  for (auto const& limit : kLimits) {
+    sqlite3_limit(db, limit.limit, limit.value);
+  }
+  Check(db, sqlite3_busy_timeout(db, static_cast<int>(kBusyTimeout.count())));
+  connection.budget.Restart();
+  sqlite3_progress_handler(db, Budget::kStepsPerCall, &Budget::Spend, &connection.budget);
+  Check(db, sqlite3_exec(db, kSettings, nullptr, nullptr, nullptr));
+}
+
+// The write-ahead log stays when the last writer closes, so that a reader who may not create files
+// finds it.
+void KeepWriteAheadLog(sqlite3* db) {
+  int on = 1;
+  Check(db, sqlite3_file_control(db, "main", SQLITE_FCNTL_PERSIST_WAL, &on));
+}
+
+}  // namespace
+
+void Budget::Restart() noexcept {
+  calls_left_ = kSteps / kStepsPerCall;
+  deadline_ = Now();
+  deadline_.tv_sec += kSeconds;
+}
+
+int Budget::Spend(void* budget) noexcept {
+  auto& self = *static_cast<Budget*>(budget);
+  std::timespec const now = Now();
+  bool const late = now.tv_sec != self.deadline_.tv_sec ? now.tv_sec > self.deadline_.tv_sec
+                                                        : now.tv_nsec > self.deadline_.tv_nsec;
+  return --self.calls_left_ < 0 || late ? 1 : 0;
+}
+
+int Connection::Close() noexcept { return sqlite3_close(std::exchange(db, nullptr)); }
+
+int Prepared::Finalize() noexcept {
+  ++run;
+  return sqlite3_finalize(std::exchange(stmt, nullptr));
+}
+
+CppSQLite3Exception Failure(sqlite3* db, int code) {
+  int const primary = code & 0xff;
+  if (primary == SQLITE_INTERRUPT) {
+    return {primary, "interrupted after " + std::to_string(Budget::kSteps) + " steps or " +
+                         std::to_string(Budget::kSeconds) + " seconds: table or view too large"};
+  }
+  bool const told = db != nullptr && (sqlite3_errcode(db) & 0xff) == primary;
+  return {primary, told ? sqlite3_errmsg(db) : sqlite3_errstr(primary)};
+}
+
+void RequireRegularFiles(std::string const& file) {
+  for (char const* suffix : {"", "-journal", "-wal", "-shm"}) {
+    struct stat found {};
+    if (lstat((file + suffix).c_str(), &found) == 0 && !S_ISREG(found.st_mode)) {
+      throw Failure(nullptr, SQLITE_CANTOPEN);
+    }
+  }
+}
+
+std::shared_ptr<Connection> Connect(char const* file, int flags) {
+  if (file == nullptr || *file == '\0') {
+    throw Failure(nullptr, SQLITE_MISUSE);
+  }
+  RequireRegularFiles(file);
+  auto connection = std::make_shared<Connection>();
+  int const code = sqlite3_open_v2(file, &connection->db, flags | SQLITE_OPEN_NOFOLLOW, nullptr);
+  Check(connection->db, code);
+  Harden(*connection);
+  if (sqlite3_db_readonly(connection->db, "main") == 0) {
+    KeepWriteAheadLog(connection->db);
+  }
+  return connection;
+}
+
+}  // namespace sqlitedb

@@ -1,0 +1,76 @@
+// What a connection and its statements share; private to this folder.
+#pragma once
+
+#include <sqlite3.h>
+
+#include <chrono>
+#include <ctime>
+#include <memory>
+#include <string>
+#include <utility>
+
+#include "db/cpp_sqlite3.h"
+
+namespace sqlitedb {
+
+/// How long a lock of another program is waited for.
+constexpr std::chrono::milliseconds kBusyTimeout{2000};
+
+/// What one run of a statement may cost. A table of 100,000 rows takes well under two million
+/// steps and a second, even where it has to be sorted first; an endless view takes all it is given.
+/// The clock is needed beside the steps, since one step may have to move a megabyte.
+class Budget {
+ public:
+  static constexpr int kSteps = 100'000'000;
+  static constexpr std::time_t kSeconds = 10;
+  static constexpr int kStepsPerCall = 100;
+
+  void Restart() noexcept;
+
+  /// Progress handler of SQLite, called every kStepsPerCall steps: nonzero ends the run.
+  static int Spend(void* budget) noexcept;
+
+ private:
+  int calls_left_ = 0;
+  std::timespec deadline_{};
+};
+
+/// An open connection; closed with its last owner, so that no statement outlives it.
+struct Connection {
+  Connection() = default;
+  Connection(Connection const&) = delete;
+  Connection& operator=(Connection const&) = delete;
+  ~Connection() { Close(); }
+
+  int Close() noexcept;
+
+  sqlite3* db = nullptr;
+  Budget budget;
+};
+
+/// A compiled statement, null once finalized. Only the query that carries the number of the current
+/// run may read its rows or end it.
+struct Prepared {
+  explicit Prepared(std::shared_ptr<Connection> owner) : connection(std::move(owner)) {}
+  Prepared(Prepared const&) = delete;
+  Prepared& operator=(Prepared const&) = delete;
+  ~Prepared() { Finalize(); }
+
+  int Finalize() noexcept;
+
+  std::shared_ptr<Connection> connection;
+  sqlite3_stmt* stmt = nullptr;
+  unsigned run = 0;
+};
+
+/// The exception for `code`, with the message of `db` where that is about it.
+CppSQLite3Exception Failure(sqlite3* db, int code);
+
+/// Throws code 14 when `file`, its journal, its write-ahead log or that log's index is there and
+/// is not a regular file: SQLite would wait for ever for the other end of a pipe.
+void RequireRegularFiles(std::string const& file);
+
+/// Opens `file` with its defences up, or throws.
+std::shared_ptr<Connection> Connect(char const* file, int flags);
+
+}  // namespace sqlitedb

@@ -1,0 +1,200 @@
+#include "db/cpp_sqlite3.h"
+
+#include <cstdio>
+#include <utility>
+
+#include "db/connection.h"
+
+using sqlitedb::Connect;
+using sqlitedb::Failure;
+using sqlitedb::Prepared;
+
+CppSQLite3Exception::CppSQLite3Exception(int code, std::string message)
+    : code_(code != SQLITE_OK ? code : SQLITE_ERROR),
+      message_(std::make_shared<std::string const>(std::move(message))) {}
+
+void CppSQLite3Exception::Report() const noexcept {
+  std::fprintf(stderr, "%d:%s\n", errorCode(), errorMessage());
+}
+
+namespace {
+
+// Pages are checked when they come into SQLite's cache, so those that were refused must leave it.
+void ForgetBrokenPages(sqlite3* db, CppSQLite3Exception const& failure) noexcept {
+  if (failure.errorCode() == SQLITE_CORRUPT) {
+    sqlite3_db_release_memory(db);
+  }
+}
+
+CppSQLite3Exception EndFailedRun(Prepared& prepared, int code) {
+  sqlite3* db = prepared.connection->db;
+  CppSQLite3Exception failure = Failure(db, code);
+  ++prepared.run;
+  sqlite3_reset(prepared.stmt);
+  if (failure.errorCode() == SQLITE_INTERRUPT) {
+    // An endless view that reads no table would be remembered even after it has been dropped.
+    sqlite3_exec(db, "PRAGMA writable_schema=RESET", nullptr, nullptr, nullptr);
+  }
+  ForgetBrokenPages(db, failure);
+  return failure;
+}
+
+}  // namespace
+
+inline bool CppSQLite3Query::Running() const noexcept {
+  return prepared_ != nullptr && prepared_->run == run_;
+}
+
+CppSQLite3Query::CppSQLite3Query() noexcept = default;
+
+CppSQLite3Query::CppSQLite3Query(std::shared_ptr<Prepared> prepared, bool eof) noexcept
+    : prepared_(std::move(prepared)), run_(prepared_->run), eof_(eof) {}
+
+CppSQLite3Query::CppSQLite3Query(CppSQLite3Query&& other) noexcept
+    : prepared_(std::move(other.prepared_)),
+      run_(other.run_),
+      eof_(std::exchange(other.eof_, true)) {}
+
+CppSQLite3Query& CppSQLite3Query::operator=(CppSQLite3Query&& other) noexcept {
+  CppSQLite3Query taken(std::move(other));
+  std::swap(prepared_, taken.prepared_);
+  std::swap(run_, taken.run_);
+  std::swap(eof_, taken.eof_);
+  return *this;
+}
+
+CppSQLite3Query::~CppSQLite3Query() {
+  if (Running()) {
+    sqlite3_reset(prepared_->stmt);
+  }
+}
+
+void CppSQLite3Query::nextRow() {
+  if (eof_ || !Running()) {
+    throw Failure(nullptr, SQLITE_MISUSE);
+  }
+  int const code = sqlite3_step(prepared_->stmt);
+  if (code == SQLITE_ROW) {
+    return;
+  }
+  eof_ = true;
+  if (code != SQLITE_DONE) {
+    CppSQLite3Exception const failure = EndFailedRun(*prepared_, code);
+    *this = CppSQLite3Query();
+    throw failure;
+  }
+}
+
+char const* CppSQLite3Query::getStringField(int column, char const* if_null) {
+  if (eof_ || !Running()) {
+    throw Failure(nullptr, SQLITE_MISUSE);
+  }
+  sqlite3_stmt* stmt = prepared_->stmt;
+  if (auto const* text = sqlite3_column_text(stmt, column)) {
+    return reinterpret_cast<char const*>(text);
+  }
+  if (column < 0 || column >= sqlite3_data_count(stmt)) {
+    throw Failure(nullptr, SQLITE_RANGE);
+  }
+  if (sqlite3_errcode(prepared_->connection->db) == SQLITE_NOMEM) {
+    throw Failure(nullptr, SQLITE_NOMEM);
+  }
+  return if_null;
+}
+
+void CppSQLite3Query::finalize() {
+  bool const running = Running();
+  auto const prepared = std::exchange(prepared_, nullptr);
+  eof_ = true;
+  if (!running) {
+    return;
+  }
+  int const code = sqlite3_reset(prepared->stmt);
+  if (code != SQLITE_OK) {
+    throw Failure(prepared->connection->db, code);
+  }
+}
+
+CppSQLite3Statement::CppSQLite3Statement() noexcept = default;
+
+CppSQLite3Statement::CppSQLite3Statement(std::shared_ptr<Prepared> prepared) noexcept
+    : prepared_(std::move(prepared)) {}
+
+CppSQLite3Statement::CppSQLite3Statement(CppSQLite3Statement&& other) noexcept = default;
+
+CppSQLite3Statement& CppSQLite3Statement::operator=(CppSQLite3Statement&& other) noexcept {
+  CppSQLite3Statement taken(std::move(other));
+  std::swap(prepared_, taken.prepared_);
+  return *this;
+}
+
+CppSQLite3Statement::~CppSQLite3Statement() {
+  if (prepared_ != nullptr) {
+    prepared_->Finalize();
+  }
+}
+
+CppSQLite3Query CppSQLite3Statement::execQuery() & {
+  if (prepared_ == nullptr) {
+    throw Failure(nullptr, SQLITE_MISUSE);
+  }
+  ++prepared_->run;
+  sqlite3_reset(prepared_->stmt);
+  prepared_->connection->budget.Restart();
+  int const code = sqlite3_step(prepared_->stmt);
+  if (code != SQLITE_ROW && code != SQLITE_DONE) {
+    throw EndFailedRun(*prepared_, code);
+  }
+  return {prepared_, code == SQLITE_DONE};
+}
+
+void CppSQLite3Statement::finalize() {
+  auto const prepared = std::exchange(prepared_, nullptr);
+  if (prepared == nullptr) {
+    return;
+  }
+  int const code = prepared->Finalize();
+  if (code != SQLITE_OK) {
+    throw Failure(prepared->connection->db, code);
+  }
+}
+
+CppSQLite3DB::CppSQLite3DB() noexcept = default;
+
+CppSQLite3DB::~CppSQLite3DB() = default;
+
+void CppSQLite3DB::open(char const* file, int flags) {
+  close();
+  connection_ = Connect(file, flags);
+}
+
+int CppSQLite3DB::close() noexcept {
+  auto const connection = std::exchange(connection_, nullptr);
+  return connection.use_count() == 1 ? connection->Close() : SQLITE_OK;
+}
+
+bool CppSQLite3DB::readOnly() const noexcept {
+  return connection_ != nullptr && sqlite3_db_readonly(connection_->db, "main") != 0;
+}
+
+CppSQLite3Statement CppSQLite3DB::compileStatement(char const* sql) {
+  if (connection_ == nullptr || sql == nullptr) {
+    throw Failure(nullptr, SQLITE_MISUSE);
+  }
+  sqlite3* db = connection_->db;
+  int moved = 0;
+  sqlite3_file_control(db, "main", SQLITE_FCNTL_HAS_MOVED, &moved);
+  if (moved != 0) {
+    throw CppSQLite3Exception(SQLITE_CANTOPEN, "database file was deleted or replaced");
+  }
+  sqlitedb::RequireRegularFiles(sqlite3_db_filename(db, "main"));
+  connection_->budget.Restart();
+  auto prepared = std::make_shared<Prepared>(connection_);
+  int const code = sqlite3_prepare_v2(db, sql, -1, &prepared->stmt, nullptr);
+  if (code != SQLITE_OK) {
+    CppSQLite3Exception const failure = Failure(db, code);
+    ForgetBrokenPages(db, failure);
+    throw failure;
+  }
+  return CppSQLite3Statement(std::move(prepared));
+}

@@ -1,0 +1,129 @@
+// A connection, its statements and their rows. None of these objects may be used by two threads
+// at a time. All of them release what they hold when they are destroyed.
+#pragma once
+
+#include <memory>
+#include <string>
+
+#include "db/export.h"
+
+namespace sqlitedb {
+struct Connection;
+struct Prepared;
+}  // namespace sqlitedb
+
+/// A failure of the database: SQLite's primary result code and its message alone. Deliberately
+/// not a std::exception: only who names it catches it. Copying never throws.
+class SQLITEDB_API CppSQLite3Exception {
+ public:
+  /// Code 0 would mean success and is kept as 1, SQLite's general error.
+  CppSQLite3Exception(int code, std::string message);
+
+  /// Never 0.
+  int errorCode() const noexcept { return code_; }
+
+  /// Zero-terminated; lives as long as the exception.
+  char const* errorMessage() const noexcept { return message_->c_str(); }
+
+  /// Writes the code, ":", the message and a line feed to standard error.
+  void Report() const noexcept;
+
+ private:
+  int code_;
+  std::shared_ptr<std::string const> message_;
+};
+
+/// The rows of one execution of a statement, in the order of its SQL. Borrows the statement: the
+/// read lock is held until the query is finalized, destroyed, assigned to or has failed. Once its
+/// statement has run again or is gone, reading on throws code 21. An empty query is at its end.
+class SQLITEDB_API CppSQLite3Query {
+ public:
+  CppSQLite3Query() noexcept;
+  CppSQLite3Query(CppSQLite3Query&& other) noexcept;
+  CppSQLite3Query& operator=(CppSQLite3Query&& other) noexcept;
+  ~CppSQLite3Query();
+
+  /// True when there is no current row.
+  bool eof() const noexcept { return eof_; }
+
+  /// Goes to the next row, or to the end. Throws CppSQLite3Exception when the row cannot be read,
+  /// the query being empty and its read lock gone then; code 21 when there is no current row.
+  void nextRow();
+
+  /// Text of a column of the current row, counted from 0; `if_null` when the column is NULL. The
+  /// bytes are the stored ones, zero-terminated, and valid until nextRow or the end of the query.
+  /// Throws CppSQLite3Exception, code 25, when there is no such column, 21 when there is no row.
+  char const* getStringField(int column, char const* if_null);
+
+  /// Ends the query: the read lock goes, the statement stays. Harmless when empty. Throws
+  /// CppSQLite3Exception on failure, the query being empty then.
+  void finalize();
+
+ private:
+  friend class CppSQLite3Statement;
+  CppSQLite3Query(std::shared_ptr<sqlitedb::Prepared> prepared, bool eof) noexcept;
+
+  bool Running() const noexcept;
+
+  std::shared_ptr<sqlitedb::Prepared> prepared_;
+  unsigned run_ = 0;
+  bool eof_ = true;
+};
+
+/// One compiled statement; keeps its connection alive. Assigning to it releases the statement that
+/// was there without a word.
+class SQLITEDB_API CppSQLite3Statement {
+ public:
+  CppSQLite3Statement() noexcept;
+  CppSQLite3Statement(CppSQLite3Statement&& other) noexcept;
+  CppSQLite3Statement& operator=(CppSQLite3Statement&& other) noexcept;
+  ~CppSQLite3Statement();
+
+  /// Runs the statement up to its first row. Running it again starts it anew, so it has one query
+  /// at a time. Each run may spend 100 million steps of SQLite's machine and 10 seconds; then it
+  /// is interrupted. Throws CppSQLite3Exception: code 21 when empty, code 9 when interrupted.
+  CppSQLite3Query execQuery() &;
+
+  /// A query of a statement that is about to go would have no rows.
+  CppSQLite3Query execQuery() && = delete;
+
+  /// Frees the statement. Harmless when empty. Throws CppSQLite3Exception when its last run had
+  /// failed and nothing has told so yet, the statement being empty then.
+  void finalize();
+
+ private:
+  friend class CppSQLite3DB;
+  explicit CppSQLite3Statement(std::shared_ptr<sqlitedb::Prepared> prepared) noexcept;
+
+  std::shared_ptr<sqlitedb::Prepared> prepared_;
+};
+
+/// One connection to a database file that anybody may have written: symbolic links are not
+/// followed, the schema is not trusted, no code is loaded, sizes are limited, waiting for a lock
+/// ends after 2000 ms.
+class SQLITEDB_API CppSQLite3DB {
+ public:
+  CppSQLite3DB() noexcept;
+  CppSQLite3DB(CppSQLite3DB const&) = delete;
+  CppSQLite3DB& operator=(CppSQLite3DB const&) = delete;
+  ~CppSQLite3DB();
+
+  /// Opens `file` with SQLITE_OPEN_ flags, after closing what was open. A connection that can
+  /// write leaves the write-ahead log in place when it is the last to close. Throws
+  /// CppSQLite3Exception, nothing being open then.
+  void open(char const* file, int flags);
+
+  /// Closes the connection, once its last statement is gone. Harmless when not open. Returns
+  /// SQLite's code, 0 when done.
+  int close() noexcept;
+
+  /// True when open and not able to write, be it by request or for want of permission.
+  bool readOnly() const noexcept;
+
+  /// Compiles the first statement of `sql`. Throws CppSQLite3Exception: code 21 when not open,
+  /// code 14 when the opened file was deleted or replaced by another.
+  CppSQLite3Statement compileStatement(char const* sql);
+
+ private:
+  std::shared_ptr<sqlitedb::Connection> connection_;
+};

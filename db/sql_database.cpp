@@ -1,0 +1,146 @@
+#include "db/sql_database.h"
+
+#include <sqlite3.h>
+
+#include <algorithm>
+#include <chrono>
+#include <thread>
+#include <utility>
+
+#include "db/connection.h"
+
+namespace {
+
+template <class Action>
+int ReportFailure(Action action) {
+  try {
+    action();
+    return SQLITE_OK;
+  } catch (CppSQLite3Exception const& failure) {
+    failure.Report();
+    return failure.errorCode();
+  }
+}
+
+void RequireName(char const* name) {
+  if (name == nullptr) {
+    throw sqlitedb::Failure(nullptr, SQLITE_MISUSE);
+  }
+}
+
+std::string Quoted(std::string const& identifier) {
+  std::string quoted = "\"";
+  for (char const c : identifier) {
+    quoted.append(c == '"' ? 2 : 1, c);
+  }
+  return quoted + '"';
+}
+
+// Casting to a blob counts bytes; length() of a text would count characters, up to a zero byte.
+std::string RefuseLonger(char const* column, int bytes) {
+  std::string const limit = std::to_string(bytes);
+  return std::string("SELECT RAISE(ABORT, '") + column + " is longer than " + limit +
+         " bytes') WHERE length(CAST(NEW." + column + " AS BLOB)) > " + limit + "; ";
+}
+
+std::string WriteAheadMode(CppSQLite3DB& connection) {
+  CppSQLite3Statement statement = connection.compileStatement("PRAGMA journal_mode=WAL");
+  return statement.execQuery().getStringField(0, "");
+}
+
+// Where another program writes in the old mode, or switches at the same time, SQLite says so at
+// once, without waiting for its lock.
+void SwitchToWriteAhead(CppSQLite3DB& connection) {
+  auto const end = std::chrono::steady_clock::now() + sqlitedb::kBusyTimeout;
+  for (;;) {
+    try {
+      std::string const mode = WriteAheadMode(connection);
+      if (mode != "wal") {
+        throw CppSQLite3Exception(SQLITE_ERROR, "journal mode is " + mode + ", not wal");
+      }
+      return;
+    } catch (CppSQLite3Exception const& failure) {
+      if (failure.errorCode() != SQLITE_BUSY || std::chrono::steady_clock::now() >= end) {
+        throw;
+      }
+    }
+    std::this_thread::sleep_for(std::chrono::milliseconds(5));
+  }
+}
+
+}  // namespace
+
+CSQLdatabase::CSQLdatabase() = default;
+
+CSQLdatabase::~CSQLdatabase() = default;
+
+int CSQLdatabase::OpenDatabaseWrite(char const* file, unsigned short flags,
+                                    unsigned short synchronous) {
+  CloseDatabase();
+  return ReportFailure([&] {
+    m_DB.open(file, SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE | flags);
+    if (m_DB.readOnly()) {
+      throw sqlitedb::Failure(nullptr, SQLITE_READONLY);
+    }
+    Run("PRAGMA synchronous=" + std::to_string(synchronous));
+    SwitchToWriteAhead(m_DB);
+  });
+}
+
+int CSQLdatabase::OpenDatabaseReadOnly(char const* file, unsigned short flags) {
+  CloseDatabase();
+  return ReportFailure([&] { m_DB.open(file, SQLITE_OPEN_READONLY | flags); });
+}
+
+int CSQLdatabase::CreateTable(char const* name, unsigned short id) {
+  return ReportFailure([&] {
+    RequireName(name);
+    Run("CREATE TABLE IF NOT EXISTS " + Quoted(name) +
+        "(address TEXT PRIMARY KEY, value TEXT) WITHOUT ROWID");
+    table_names_[id] = name;
+  });
+}
+
+int CSQLdatabase::CreateTrigger(char const* name) {
+  return ReportFailure([&] {
+    RequireName(name);
+    if (std::none_of(table_names_.begin(), table_names_.end(),
+                     [&](auto const& known) { return known.second == name; })) {
+      throw CppSQLite3Exception(SQLITE_ERROR, std::string("no such table: ") + name);
+    }
+    std::string const table = Quoted(name);
+    // SQLite looks for the columns of a trigger only when a writer comes, who must not suffer for
+    // a table that was there before and has other columns.
+    m_DB.compileStatement(("SELECT address, value FROM " + table).c_str());
+    for (char const* event : {"insert", "update"}) {
+      Run("CREATE TRIGGER IF NOT EXISTS " + Quoted(std::string(name) + '_' + event + "_length") +
+          " BEFORE " + event + " ON " + table + " BEGIN " +
+          RefuseLonger("address", kMaxAddressBytes) + RefuseLonger("value", kMaxValueBytes) +
+          "END");
+    }
+  });
+}
+
+int CSQLdatabase::CloseDatabase() {
+  m_Statement = CppSQLite3Statement();
+  int const code = m_DB.close();
+  return ReportFailure([&] {
+    if (code != SQLITE_OK) {
+      throw sqlitedb::Failure(nullptr, code);
+    }
+  });
+}
+
+std::string CSQLdatabase::TableName(unsigned short id) const {
+  auto const known = table_names_.find(id);
+  return known != table_names_.end() ? known->second : "";
+}
+
+std::int32_t CSQLdatabase::ReadAndClearLastError() noexcept {
+  return std::exchange(m_LastError, 0);
+}
+
+void CSQLdatabase::Run(std::string const& sql) {
+  CppSQLite3Statement statement = m_DB.compileStatement(sql.c_str());
+  statement.execQuery();
+}

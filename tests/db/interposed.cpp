@@ -1,0 +1,58 @@
+#include "tests/db/interposed.h"
+
+#include <dlfcn.h>
+#include <sqlite3.h>
+
+#include <cstdlib>
+#include <new>
+#include <utility>
+
+int g_allocations = 0;
+int g_finalize_result = 0;
+int g_reset_result = 0;
+int g_close_result = 0;
+
+void* operator new(std::size_t size) {
+  ++g_allocations;
+  if (void* memory = std::malloc(size)) {
+    return memory;
+  }
+  throw std::bad_alloc();
+}
+
+void* operator new(std::size_t size, std::nothrow_t const&) noexcept {
+  ++g_allocations;
+  return std::malloc(size);
+}
+
+void operator delete(void* memory) noexcept { std::free(memory); }
+
+void operator delete(void* memory, std::size_t) noexcept { std::free(memory); }
+
+namespace {
+
+template <class Handle>
+int Call(char const* name, Handle* handle, int& result) {
+  auto const real = reinterpret_cast<int (*)(Handle*)>(dlsym(RTLD_NEXT, name));
+  int const code = real(handle);
+  int const forced = std::exchange(result, 0);
+  return forced != 0 ? forced : code;
+}
+
+}  // namespace
+
+extern "C" {
+
+__attribute__((visibility("default"))) int sqlite3_finalize(sqlite3_stmt* stmt) {
+  return Call("sqlite3_finalize", stmt, g_finalize_result);
+}
+
+__attribute__((visibility("default"))) int sqlite3_reset(sqlite3_stmt* stmt) {
+  return Call("sqlite3_reset", stmt, g_reset_result);
+}
+
+__attribute__((visibility("default"))) int sqlite3_close(sqlite3* db) {
+  return Call("sqlite3_close", db, g_close_result);
+}
+
+}  // extern "C"

@@ -1,0 +1,11 @@
+// Calls that this test program puts itself in front of: allocations are counted, and calls of
+// SQLite can be made to fail (they do their work all the same).
+#pragma once
+
+/// Allocations with new so far, of this program and of the library. SQLite itself uses malloc.
+extern int g_allocations;
+
+/// Result of the next call, 0 to leave it alone; back to 0 once it has been used.
+extern int g_finalize_result;
+extern int g_reset_result;
+extern int g_close_result;
