@@ -1,0 +1,31 @@
+// What differs between two documents, found by walking the listings.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "model/base_status.h"
+#include "model/export.h"
+
+namespace QtSts {
+
+// One difference. `Path` leads from the compared objects to it by field names, list elements by
+// position. The two sides are values as XML writes them, texts in double quotes, and where a whole
+// record or list element has no counterpart of its class, the class name; "absent" without quotes
+// is what is not there.
+struct Difference {
+  std::string Path;    // "Outputs[0]/DisplayInterfaces[1]/Sensors[3]/Celsius"
+  std::string Before;  // "21.5"
+  std::string After;   // "22"
+
+  // "Outputs[0]/DisplayInterfaces[1]/Sensors[3]/Celsius: 21.5 -> 22"
+  STATUS_API std::string Text() const;
+};
+
+// The differences in order of the fields; none when both say the same. Values are the same when
+// XML writes them alike, so that not-a-number equals itself. A record or element that only one side
+// has, or that has another class, is one difference, whatever it holds. Objects of two classes
+// differ at the path ".".
+STATUS_API std::vector<Difference> Compare(const CBaseStatus& before, const CBaseStatus& after);
+
+}  // namespace QtSts

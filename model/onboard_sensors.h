@@ -1,0 +1,25 @@
+// Sensors on the controller board itself. They hang on no CAN bus, so they tell neither address,
+// bus nor revision.
+#pragma once
+
+#include <cstdint>
+
+#include "model/sensors.h"
+
+namespace QtSts {
+
+class STATUS_API COnboardTempSensor : public CSensor {
+ public:
+  float Celsius = 0;  // degrees Celsius
+
+  static const ClassInfo Class;
+};
+
+class STATUS_API COnboardCabinetFanControlSensor : public CSensor {
+ public:
+  std::uint32_t FansEnabled = 0;  // a word, not a flag
+
+  static const ClassInfo Class;
+};
+
+}  // namespace QtSts

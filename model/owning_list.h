@@ -1,0 +1,48 @@
+// The list of model elements: positional, growing, owning.
+#pragma once
+
+#include <algorithm>
+#include <functional>
+#include <memory>
+#include <vector>
+
+namespace QtSts {
+
+// Holds elements made with `new`, in order of Add, and deletes them. T needs a virtual destructor.
+template <class T>
+class COwningList {
+ public:
+  using Element = T;
+
+  COwningList() = default;
+  COwningList(const COwningList&) = delete;
+  COwningList& operator=(const COwningList&) = delete;
+  virtual ~COwningList() { Clear(); }
+
+  // Appends `element`, which belongs to the list from this call on, even if memory runs out in it.
+  void Add(T* element) {
+    std::unique_ptr<T> owned(element);
+    m_Elements.push_back(element);
+    static_cast<void>(owned.release());
+  }
+
+  // Deletes every distinct element once, however often it was added, and leaves the list empty.
+  void Clear() noexcept {
+    std::sort(m_Elements.begin(), m_Elements.end(), std::less<T*>());
+    const auto end = std::unique(m_Elements.begin(), m_Elements.end());
+    std::for_each(m_Elements.begin(), end, std::default_delete<T>());
+    m_Elements.clear();
+  }
+
+  // The element at `position`, or null past the end. Never creates anything.
+  T* operator[](unsigned int const& position) const {
+    return position < m_Elements.size() ? m_Elements[position] : nullptr;
+  }
+
+  unsigned int Count() const { return static_cast<unsigned int>(m_Elements.size()); }
+
+ private:
+  std::vector<T*> m_Elements;
+};
+
+}  // namespace QtSts

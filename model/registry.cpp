@@ -1,0 +1,158 @@
+// The table of all listed classes, and look-up in it.
+#include <algorithm>
+#include <string_view>
+#include <typeindex>
+#include <unordered_map>
+
+#include "model/beacons.h"
+#include "model/can_sensors.h"
+#include "model/dcio_boards.h"
+#include "model/document.h"
+#include "model/listing.h"
+#include "model/onboard_sensors.h"
+
+namespace QtSts {
+namespace {
+
+constexpr const ClassInfo* kClasses[] = {
+    // document
+    &CStatus::Class,
+    &CSolarInfo::Class,
+    // shared records
+    &CArea::Class,
+    &CFrequency::Class,
+    &CStat::Class,
+    // network
+    &CNetwork::Class,
+    &CDNS::Class,
+    &CAddress::Class,
+    &CNetworkDevice::Class,
+    // discrete I/O devices
+    &CDCIO::Class,
+    &CDCIODevice::Class,
+    &CDoorSwitch::Class,
+    &CPowerMonitor::Class,
+    &CRunLED::Class,
+    &CGenericInput::Class,
+    &CGenericOutput::Class,
+    // inputs
+    &CCompositor::Class,
+    &CInput::Class,
+    &CPlayerInput::Class,
+    &CAnalogInput::Class,
+    &CDigitalInput::Class,
+    // outputs
+    &COutput::Class,
+    &CTravex6Output::Class,
+    &CContent::Class,
+    &CDimming::Class,
+    &CFans::Class,
+    &CTtable::Class,
+    &CDevice::Class,
+    &CDisplayInterface::Class,
+    &CTravexRouterDisplayInterface::Class,
+    &CSentrelControlBoardDisplayInterface::Class,
+    // points
+    &IOList::Class,
+    &InputListType::Class,
+    &OutputListType::Class,
+    &BaseInputType::Class,
+    &GeneralPurposeInputType::Class,
+    &AirflowSensorInputType::Class,
+    &CDoorSensorInputType::Class,
+    &SurgeSuppressorInputType::Class,
+    &CIntakeFanStatusRelayInputType::Class,
+    &CFrontFanStatusRelayInputType::Class,
+    &CPixelFanStatusRelayInputType::Class,
+    &CFanPowerSenseInputType::Class,
+    &CPowerSupplyStatusRelayInputType::Class,
+    &CMaintHeaterStatusRelayInputType::Class,
+    &CHeaterStatusRelayInputType::Class,
+    &BaseOutputType::Class,
+    &CIntakeFanOutputType::Class,
+    &CPixelFanOutputType::Class,
+    &CFrontFanOutputType::Class,
+    &CMaintHeaterOutputType::Class,
+    &CHeaterOutputType::Class,
+    &CGeneralPurposeOutputType::Class,
+    &CAuxiliaryOutputType::Class,
+    &CFaultOkLedOutputType::Class,
+    &CCurrentMessageOutputType::Class,
+    // sensors
+    &CSensor::Class,
+    &CCANSensor::Class,
+    &CCANTempSensor::Class,
+    &CCANLightSensor::Class,
+    &CCANLightLuxSensor::Class,
+    &CCANMultiDirectionalSensor::Class,
+    &CCANDoorSensor::Class,
+    &CCANHumiditySensor::Class,
+    &CCANFanRpmSensor::Class,
+    &CCANAirflowSensor::Class,
+    &CCANIsolationBoardSensor::Class,
+    &CCANPsrbSensor::Class,
+    &CCANDcio::Class,
+    &CCANDcio16in3out8cfg::Class,
+    &CCANDcio2in1out::Class,
+    &CCANDcioAndFanRpm::Class,
+    &FanRpm::Class,
+    &CBeaconRecord::Class,
+    &CCANBeacon::Class,
+    &CCANRoundel::Class,
+    &COnboardTempSensor::Class,
+    &COnboardCabinetFanControlSensor::Class,
+    nullptr,
+};
+
+template <class Key, class KeyOf>
+std::unordered_map<Key, const ClassInfo*> Index(KeyOf key_of) {
+  std::unordered_map<Key, const ClassInfo*> index;
+  for (const ClassInfo* const* info = kClasses; *info != nullptr; ++info) {
+    index.emplace(key_of(**info), *info);
+  }
+  return index;
+}
+
+template <class Key>
+const ClassInfo* Find(const std::unordered_map<Key, const ClassInfo*>& index, const Key& key) {
+  const auto found = index.find(key);
+  return found == index.end() ? nullptr : found->second;
+}
+
+}  // namespace
+
+const ClassInfo* ClassOf(const CBaseStatus& object) {
+  static const auto index =
+      Index<std::type_index>([](const ClassInfo& info) { return std::type_index(*info.Type); });
+  return Find(index, std::type_index(typeid(object)));
+}
+
+const ClassInfo* ClassNamed(std::string_view name) {
+  static const auto index =
+      Index<std::string_view>([](const ClassInfo& info) { return std::string_view(info.Name); });
+  return Find(index, name);
+}
+
+const Field* FieldNamed(const ClassInfo& info, std::string_view name) {
+  for (const ClassInfo* part = &info; part != nullptr; part = part->Base) {
+    const Field* const end = part->Fields + part->FieldCount;
+    const Field* const field =
+        std::find_if(part->Fields, end, [name](const Field& each) { return name == each.Name; });
+    if (field != end) {
+      return field;
+    }
+  }
+  return nullptr;
+}
+
+const ClassInfo* const* AllClasses() { return kClasses; }
+
+bool IsA(const ClassInfo& derived, const ClassInfo& base) {
+  const ClassInfo* info = &derived;
+  while (info != nullptr && info != &base) {
+    info = info->Base;
+  }
+  return info != nullptr;
+}
+
+}  // namespace QtSts

@@ -1,0 +1,196 @@
+#include "model/schema.h"
+
+#include <algorithm>
+#include <initializer_list>
+#include <string_view>
+#include <utility>
+
+#include "model/document.h"
+#include "model/listing.h"
+
+namespace QtSts {
+namespace {
+
+std::string Escaped(std::string_view text) {
+  std::string escaped;
+  for (const char c : text) {
+    switch (c) {
+      case '&':
+        escaped += "&amp;";
+        break;
+      case '<':
+        escaped += "&lt;";
+        break;
+      case '"':
+        escaped += "&quot;";
+        break;
+      default:
+        escaped += c;
+    }
+  }
+  return escaped;
+}
+
+// Indented XML text, element by element.
+class XmlText {
+ public:
+  using Attributes = std::initializer_list<std::pair<const char*, std::string_view>>;
+
+  void Open(const char* name, Attributes attributes = {}) {
+    Begin(name, attributes);
+    m_Text += ">\n";
+    m_Indent += 2;
+  }
+
+  void Close(const char* name) {
+    m_Indent -= 2;
+    Indent();
+    m_Text.append("</").append(name).append(">\n");
+  }
+
+  void Empty(const char* name, Attributes attributes) {
+    Begin(name, attributes);
+    m_Text += "/>\n";
+  }
+
+  void Leaf(const char* name, std::string_view content) {
+    Begin(name, {});
+    m_Text.append(">").append(Escaped(content)).append("</").append(name).append(">\n");
+  }
+
+  void Line(std::string_view line) { m_Text.append(line).append("\n"); }
+
+  std::string Take() { return std::move(m_Text); }
+
+ private:
+  void Indent() { m_Text.append(m_Indent, ' '); }
+
+  void Begin(const char* name, Attributes attributes) {
+    Indent();
+    m_Text.append("<").append(name);
+    for (const auto& [attribute, value] : attributes) {
+      m_Text.append(" ").append(attribute).append("=\"").append(Escaped(value)).append("\"");
+    }
+  }
+
+  std::string m_Text;
+  std::size_t m_Indent = 0;
+};
+
+// "Temperature. Unit: °C." and, for codes, "Values: 0 auto, 1 manual."
+std::string Documentation(const Field& field) {
+  std::string text = std::string(field.About) + ".";
+  if (*field.Unit != '\0') {
+    text.append(" Unit: ").append(field.Unit).append(".");
+  }
+  const char* separator = " Values: ";
+  for (const Code& code : field.Codes) {
+    text.append(separator).append(std::to_string(code.Value)).append(" ").append(code.Text);
+    separator = ", ";
+  }
+  if (field.Codes.Count > 0) {
+    text += ".";
+  }
+  return field.Optional ? text + " Absent when it is not reported." : text;
+}
+
+void Annotate(XmlText& xml, std::string_view documentation) {
+  xml.Open("xs:annotation");
+  xml.Leaf("xs:documentation", documentation);
+  xml.Close("xs:annotation");
+}
+
+void WriteAttribute(XmlText& xml, const Field& field) {
+  xml.Open("xs:attribute", {{"name", field.Name},
+                            {"type", field.Scalar->SchemaType},
+                            {"use", field.Optional ? "optional" : "required"}});
+  Annotate(xml, Documentation(field));
+  xml.Close("xs:attribute");
+}
+
+// The elements of a list: any number, of any class that the list may hold, in any order.
+void WriteListType(XmlText& xml, const ClassInfo& base) {
+  xml.Open("xs:complexType");
+  xml.Open("xs:choice", {{"minOccurs", "0"}, {"maxOccurs", "unbounded"}});
+  for (const ClassInfo* const* info = AllClasses(); *info != nullptr; ++info) {
+    if ((*info)->Create != nullptr && IsA(**info, base)) {
+      xml.Empty("xs:element", {{"name", (*info)->Name}, {"type", (*info)->Name}});
+    }
+  }
+  xml.Close("xs:choice");
+  xml.Close("xs:complexType");
+}
+
+void WriteElement(XmlText& xml, const Field& field) {
+  const char* const least = field.Optional ? "0" : "1";
+  if (field.Elements != nullptr) {
+    xml.Open("xs:element", {{"name", field.Name}, {"minOccurs", least}});
+    Annotate(xml, Documentation(field));
+    WriteListType(xml, *field.Record);
+  } else {
+    xml.Open("xs:element",
+             {{"name", field.Name}, {"type", field.Record->Name}, {"minOccurs", least}});
+    Annotate(xml, Documentation(field));
+  }
+  xml.Close("xs:element");
+}
+
+// The class's own fields: child elements in order, then attributes.
+void WriteFields(XmlText& xml, const ClassInfo& info) {
+  const Field* const end = info.Fields + info.FieldCount;
+  if (std::any_of(info.Fields, end, [](const Field& field) { return field.Scalar == nullptr; })) {
+    xml.Open("xs:sequence");
+    for (const Field* field = info.Fields; field != end; ++field) {
+      if (field->Scalar == nullptr) {
+        WriteElement(xml, *field);
+      }
+    }
+    xml.Close("xs:sequence");
+  }
+  for (const Field* field = info.Fields; field != end; ++field) {
+    if (field->Scalar != nullptr) {
+      WriteAttribute(xml, *field);
+    }
+  }
+}
+
+void WriteType(XmlText& xml, const ClassInfo& info) {
+  xml.Open("xs:complexType", {{"name", info.Name}});
+  Annotate(xml, std::string(info.About) + ".");
+  if (info.Base != nullptr) {
+    xml.Open("xs:complexContent");
+    xml.Open("xs:extension", {{"base", info.Base->Name}});
+    WriteFields(xml, info);
+    xml.Close("xs:extension");
+    xml.Close("xs:complexContent");
+  } else {
+    WriteFields(xml, info);
+  }
+  xml.Close("xs:complexType");
+}
+
+void WriteFloats(XmlText& xml) {
+  xml.Open("xs:simpleType", {{"name", listing::kFloats.SchemaType}});
+  Annotate(xml, "Numbers in order, parted by blanks.");
+  xml.Empty("xs:list", {{"itemType", listing::kFloat.SchemaType}});
+  xml.Close("xs:simpleType");
+}
+
+}  // namespace
+
+std::string WriteSchema() {
+  XmlText xml;
+  xml.Line(R"(<?xml version="1.0" encoding="UTF-8"?>)");
+  xml.Line("<!-- The status document; see docs/document.md. Generated from the listings of the");
+  xml.Line("     model classes: change those, not this file. -->");
+  xml.Open("xs:schema", {{"xmlns:xs", "http://www.w3.org/2001/XMLSchema"}});
+  xml.Empty("xs:element", {{"name", CStatus::Class.Name}, {"type", CStatus::Class.Name}});
+  WriteFloats(xml);
+  for (const ClassInfo* const* info = AllClasses(); *info != nullptr; ++info) {
+    WriteType(xml, **info);
+  }
+  xml.Close("xs:schema");
+  return xml.Take();
+}
+
+}  // namespace QtSts

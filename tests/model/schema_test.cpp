@@ -1,0 +1,121 @@
+#include "model/schema.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "model/document.h"
+#include "model/listing.h"
+#include "model/xml.h"
+#include "tests/support/golden.h"
+#include "tests/support/schema_policy.h"
+#include "tests/support/validate.h"
+
+namespace {
+
+using test_support::BrokenPromises;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+
+std::string Schema() { return QtSts::WriteSchema(); }
+
+std::string Replaced(std::string text, const std::string& old_text, const std::string& new_text) {
+  const std::size_t position = text.find(old_text);
+  EXPECT_NE(position, std::string::npos) << old_text;
+  return text.replace(position, old_text.size(), new_text);
+}
+
+TEST(Schema, IsTheOneThatIsCheckedIn) {
+  EXPECT_TRUE(test_support::MatchesGolden(Schema(), "docs/status.xsd"));
+}
+
+TEST(Schema, KeepsThePromisesOfTheLastRelease) {
+  const std::string released = test_support::ReadSource("docs/released/status-1.0.xsd");
+  ASSERT_THAT(released, HasSubstr("<xs:schema"));
+  EXPECT_THAT(BrokenPromises(released, Schema()), IsEmpty());
+}
+
+// The proof above is worth nothing if it cannot fail.
+TEST(BrokenPromises, NamesEveryKindOfBreach) {
+  const struct {
+    const char* Old;
+    const char* New;
+    const char* Breach;
+  } rows[] = {
+      {"name=\"MemoryTotal\" type=\"xs:long\"", "name=\"MemoryAll\" type=\"xs:long\"",
+       "/Status/@MemoryTotal is gone"},
+      {"name=\"MemoryTotal\" type=\"xs:long\"", "name=\"MemoryTotal\" type=\"xs:int\"",
+       "/Status/@MemoryTotal was xs:long, required and is xs:int, required"},
+      {"name=\"MemoryTotal\" type=\"xs:long\" use=\"required\"",
+       "name=\"MemoryTotal\" type=\"xs:long\" use=\"optional\"",
+       "/Status/@MemoryTotal was xs:long, required and is xs:long, optional"},
+      {"<xs:element name=\"Network\" type=\"Network\" minOccurs=\"1\">",
+       "<xs:element name=\"Network\" type=\"DNS\" minOccurs=\"1\">",
+       "/Status/Network was Network, at least 1 and is DNS, at least 1"},
+      {"<xs:element name=\"CANDoorSensor\" type=\"CANDoorSensor\"/>", "",
+       "/Status/Sensors//CANDoorSensor is gone"},
+      {"<xs:extension base=\"Sensor\">", "<xs:extension base=\"Area\">",
+       "/CANSensor extends was Sensor and is Area"},
+      {"<xs:list itemType=\"xs:float\"/>", "<xs:list itemType=\"xs:double\"/>",
+       "/floats lists was xs:float and is xs:double"},
+  };
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.New);
+    EXPECT_THAT(BrokenPromises(Schema(), Replaced(Schema(), row.Old, row.New)),
+                ElementsAre(row.Breach));
+  }
+}
+
+TEST(BrokenPromises, AllowsAdditions) {
+  const std::string added =
+      Replaced(Schema(), "<xs:attribute name=\"MemoryTotal\"",
+               "<xs:attribute name=\"New\" type=\"xs:int\" use=\"required\"/><xs:attribute "
+               "name=\"MemoryTotal\"");
+  EXPECT_THAT(BrokenPromises(Schema(), added), IsEmpty());
+  EXPECT_THAT(BrokenPromises(added, Schema()), ElementsAre("/Status/@New is gone"));
+}
+
+TEST(Schema, TellsUnitCodesAndAbsenceOfAField) {
+  EXPECT_THAT(Schema(), HasSubstr("<xs:documentation>Memory. Unit: kB.</xs:documentation>"));
+  EXPECT_THAT(Schema(), HasSubstr("Values: 0 none, 1 player, 2 thermal, 3 sensor, 4 brightness."));
+  EXPECT_THAT(Schema(), HasSubstr("Hardware revision. Absent when it is not reported."));
+}
+
+TEST(Schema, HasASentenceForEveryField) {
+  const std::string schema = Schema();
+  for (const auto* const* info = QtSts::AllClasses(); *info != nullptr; ++info) {
+    EXPECT_THAT(schema, HasSubstr(std::string("<xs:complexType name=\"") + (*info)->Name + "\">"));
+    for (const auto* field = (*info)->Fields; field != (*info)->Fields + (*info)->FieldCount;
+         ++field) {
+      EXPECT_THAT(schema, HasSubstr(std::string(" name=\"") + field->Name + "\""));
+    }
+  }
+}
+
+TEST(Schema, RefusesWhatTheReaderRefuses) {
+  QtSts::CStatus status;
+  const std::string xml = QtSts::WriteDocument(status);
+  ASSERT_TRUE(test_support::IsValidDocument(xml));
+  const struct {
+    const char* Old;
+    const char* New;
+  } rows[] = {
+      {" MemoryTotal=\"100000\"", ""},
+      {"MemoryTotal=\"100000\"", "MemoryTotal=\"many\""},
+      {"<Status ", "<Status Colour=\"red\" "},
+      {"<Compositors/>", ""},
+      {"<Compositors/>", "<Compositors/><Compositors/>"},
+      {"<Compositors/>", "<Compositors><Area Width=\"1\" Height=\"1\"/></Compositors>"},
+  };
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.New);
+    const std::string changed = Replaced(xml, row.Old, row.New);
+    EXPECT_FALSE(test_support::IsValidDocument(changed));
+    QtSts::XmlError error;
+    EXPECT_EQ(QtSts::ReadDocument(changed, &error), nullptr);
+  }
+}
+
+}  // namespace
