@@ -1,0 +1,78 @@
+#include "hardware/files.h"
+
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <utility>
+
+namespace hardware {
+
+Descriptor::Descriptor(const char* path, Access mode)
+    : m_Number(open(path, static_cast<int>(mode))) {}
+
+Descriptor::~Descriptor() {
+  if (IsOpen()) {
+    close(m_Number);
+  }
+}
+
+std::size_t Descriptor::Read(char* bytes, std::size_t limit) const {
+  ssize_t count;
+  do {
+    count = read(m_Number, bytes, limit);
+  } while (count == -1 && errno == EINTR);
+  return count > 0 ? static_cast<std::size_t>(count) : 0;
+}
+
+std::size_t Descriptor::ClaimedSize() const {
+  struct stat status;
+  return fstat(m_Number, &status) == 0 ? static_cast<std::size_t>(status.st_size) : 0;
+}
+
+std::optional<std::string> ReadText(const TextSource& source) {
+  const Descriptor file(source.Path, source.Mode);
+  if (!file.IsOpen()) {
+    return std::nullopt;
+  }
+  std::string text(source.Limit, '\0');
+  text.resize(file.Read(text.data(), source.Limit));
+  return text;
+}
+
+WholeText::WholeText(const Descriptor& file) {
+  constexpr std::size_t kChunk = 4096;
+  // Room for the size that the file claims and for the read that finds its end. A file of /proc
+  // claims none, and one with holes may claim any: beyond this much the room grows with the bytes.
+  constexpr std::size_t kTrusted = std::size_t{64} << 20;
+  Grow(std::min(file.ClaimedSize(), kTrusted) + kChunk);
+  while (const std::size_t count = file.Read(m_Bytes.get() + m_Size, kChunk)) {
+    m_Size += count;
+    if (m_Capacity - m_Size < kChunk) {
+      Grow(2 * m_Capacity);
+    }
+  }
+}
+
+void WholeText::Grow(std::size_t capacity) {
+  auto bytes = std::make_unique_for_overwrite<char[]>(capacity);
+  std::copy_n(m_Bytes.get(), m_Size, bytes.get());
+  m_Bytes = std::move(bytes);
+  m_Capacity = capacity;
+}
+
+std::optional<WholeText> ReadWhole(const char* path, Access mode) {
+  const Descriptor file(path, mode);
+  if (!file.IsOpen()) {
+    return std::nullopt;
+  }
+  return WholeText(file);
+}
+
+bool Exists(const char* path) {
+  struct stat status;
+  return stat(path, &status) == 0;
+}
+
+}  // namespace hardware

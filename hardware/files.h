@@ -1,0 +1,81 @@
+// How the probe reaches files and device nodes.
+#pragma once
+
+#include <sys/ioctl.h>
+
+#include <array>
+#include <cstddef>
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "hardware/paths.h"
+
+namespace hardware {
+
+// Owns a file descriptor, which may be absent.
+class Descriptor {
+ public:
+  explicit Descriptor(int number) : m_Number(number) {}
+  Descriptor(const char* path, Access mode);
+  Descriptor(const Descriptor&) = delete;
+  Descriptor& operator=(const Descriptor&) = delete;
+  ~Descriptor();
+
+  bool IsOpen() const { return m_Number >= 0; }
+  int Number() const { return m_Number; }
+
+  // One read of at most `limit` bytes, again only when a signal broke it off. The number of bytes,
+  // 0 also when reading fails.
+  std::size_t Read(char* bytes, std::size_t limit) const;
+
+  // The size that the file claims to have, 0 when it claims none.
+  std::size_t ClaimedSize() const;
+
+ private:
+  int m_Number;
+};
+
+// What one read of `source` gives: "" when it is empty or cannot be read, nothing when it cannot be
+// opened.
+std::optional<std::string> ReadText(const TextSource& source);
+
+// The text of a whole file; not zero-terminated.
+class WholeText {
+ public:
+  // What can be read of `file`.
+  explicit WholeText(const Descriptor& file);
+
+  operator std::string_view() const { return {m_Bytes.get(), m_Size}; }  // NOLINT: is a text
+
+ private:
+  void Grow(std::size_t capacity);
+
+  std::unique_ptr<char[]> m_Bytes;  // not initialised before it is read into
+  std::size_t m_Size = 0;
+  std::size_t m_Capacity = 0;
+};
+
+// The whole file, nothing when it cannot be opened.
+std::optional<WholeText> ReadWhole(const char* path, Access mode);
+
+bool Exists(const char* path);
+
+// Opens the device node, puts the requests to it in order, closes it: the answers, nothing when it
+// cannot be opened.
+template <std::size_t kCount>
+std::optional<std::array<int, kCount>> AskDevice(const char* path,
+                                                 const unsigned long (&requests)[kCount]) {
+  const Descriptor device(path, Access::kReadWrite);
+  if (!device.IsOpen()) {
+    return std::nullopt;
+  }
+  std::array<int, kCount> answers;
+  for (std::size_t i = 0; i < kCount; ++i) {
+    answers[i] = ioctl(device.Number(), requests[i]);
+  }
+  return answers;
+}
+
+}  // namespace hardware

@@ -1,0 +1,96 @@
+#include <iterator>
+
+#include "hardware/files.h"
+#include "hardware/parse_hex.h"
+#include "hardware/parse_packages.h"
+#include "hardware/requests.h"
+#include "hardware/tolmar_hardware.h"
+#include "model/document.h"
+
+namespace {
+
+namespace paths = hardware::paths;
+namespace requests = hardware::requests;
+
+// Product family of the hardware; any other identifier means kOtherFamily.
+constexpr struct {
+  int HardwareId;
+  std::int32_t Family;
+} kFamilies[] = {{39, 3}, {35, 4}, {19, 5}, {33, 0}};
+constexpr std::int32_t kOtherFamily = 1;
+
+std::int32_t FamilyOf(int hardware_id) {
+  for (const auto& row : kFamilies) {
+    if (row.HardwareId == hardware_id) {
+      return row.Family;
+    }
+  }
+  return kOtherFamily;
+}
+
+}  // namespace
+
+int CTolmarHardware::IDs() {
+  if (m_pStatus == nullptr) {
+    return 1;
+  }
+  const auto answers = hardware::AskDevice(
+      paths::kDisplay, {requests::display::kHardwareId1, requests::display::kHardwareId2,
+                        requests::display::kHardwareId3});
+  if (!answers) {
+    return 1;
+  }
+  const auto [id1, id2, id3] = *answers;
+  m_pStatus->HardwareID1 = id1;
+  m_pStatus->HardwareID2 = id2;
+  m_pStatus->HardwareID3 = id3;
+  m_pStatus->ProductFamily = FamilyOf(id1);
+
+  const auto serial = hardware::ReadText(paths::kSerial);
+  if (!serial) {
+    return 1;
+  }
+  m_pStatus->SerialNumber = static_cast<std::uint32_t>(hardware::HexValue(serial->c_str()));
+  return 0;
+}
+
+int CTolmarHardware::GUID() {
+  if (m_pStatus == nullptr) {
+    return 1;
+  }
+  const auto uuid = hardware::ReadText(paths::kUuid);
+  if (!uuid) {
+    return 1;
+  }
+  m_pStatus->GUID = uuid->c_str();  // up to the first zero byte
+  return 0;
+}
+
+int CTolmarHardware::FirmwareVersion() {
+  if (m_pStatus == nullptr) {
+    return 1;
+  }
+  const auto packages = hardware::ReadWhole(paths::kPackages, hardware::Access::kRead);
+  if (packages) {
+    if (const auto version = hardware::ParseFirmwareVersion(*packages)) {
+      m_pStatus->FirmwareVersion = *version;
+    }
+  }
+  return 0;
+}
+
+int CTolmarHardware::DisplayFirmwareVersion() {
+  if (m_pStatus == nullptr) {
+    return 1;
+  }
+  const auto packages = hardware::ReadWhole(paths::kPackages, hardware::Access::kRead);
+  if (!packages) {
+    return 1;
+  }
+  const auto version = hardware::ParseDisplayFirmwareVersion(*packages);
+  if (!version) {
+    return 1;
+  }
+  m_pStatus->DisplayFirmwareVersion = *version;
+  return 0;
+}

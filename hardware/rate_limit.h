@@ -1,0 +1,25 @@
+// Keeps a message that could recur on every cycle to a trickle.
+#pragma once
+
+#include <cstdint>
+#include <mutex>
+
+#include "collector/export.h"
+
+// How often an event may be emitted, and how often it was in the current period.
+struct ratelimit_state {
+  std::mutex lock;            // guards the members from `printed` on
+  std::int32_t interval = 0;  // length of a period in seconds; 0: nothing is limited
+  std::int32_t burst = 0;     // events allowed in a period
+  std::int32_t printed = 0;   // events allowed in the current period
+  std::int32_t missed = 0;    // events refused since the period began
+  std::uint32_t begin = 0;    // start of the period, seconds since the epoch; 0: not started
+};
+
+// The limiter of the process: one event an hour, whoever asks.
+COLLECTOR_API extern ratelimit_state rs;
+
+// Non-zero when the caller may emit its event now, 0 when the event is to be suppressed. `func`
+// names the caller in the line by which the system log (LOG_INFO) learns how many events the period
+// that ended had suppressed. Throws std::system_error when the lock fails. Any thread.
+COLLECTOR_API int ___ratelimit(ratelimit_state* state, char const* func);

@@ -1,0 +1,267 @@
+#include <fcntl.h>
+#include <gmock/gmock.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include "sandbox/descriptor.h"
+#include "sandbox/scenario.h"
+#include "sandbox/testing.h"
+#include "tests/hardware/interposed.h"
+#include "tests/hardware/probe_fixture.h"
+
+namespace {
+
+using sandbox::Scenario;
+using sandbox::SetAnswer;
+using sandbox::WriteFile;
+using testing::ElementsAre;
+
+class Guid : public ProbeTest {};
+
+TEST_F(Guid, IsTheFileWithItsLineFeed) {
+  Scenario().File(kUuid, "abc\n").Apply();
+  EXPECT_EQ(m_Probe.GUID(), 0);
+  EXPECT_EQ(m_Status.GUID, "abc\n");
+  WriteFile(kUuid, "abc");
+  EXPECT_EQ(m_Probe.GUID(), 0);
+  EXPECT_EQ(m_Status.GUID, "abc");
+}
+
+TEST_F(Guid, IsCutAt128Bytes) {
+  for (const std::size_t size : {127, 128, 129, 1000}) {
+    SCOPED_TRACE(size);
+    Scenario().File(kUuid, std::string(size, 'u')).Apply();
+    EXPECT_EQ(m_Probe.GUID(), 0);
+    EXPECT_EQ(m_Status.GUID, std::string(std::min<std::size_t>(size, 128), 'u'));
+  }
+}
+
+TEST_F(Guid, EndsAtAZeroByte) {
+  Scenario().File(kUuid, std::string("abc\0def", 7)).Apply();
+  EXPECT_EQ(m_Probe.GUID(), 0);
+  EXPECT_EQ(m_Status.GUID, "abc");
+}
+
+TEST_F(Guid, OfAnEmptyOrUnreadableFileIsEmpty) {
+  m_Status.GUID = "former";
+  Scenario().File(kUuid, "").Apply();
+  EXPECT_EQ(m_Probe.GUID(), 0);
+  EXPECT_EQ(m_Status.GUID, "");
+  m_Status.GUID = "former";
+  Scenario().Folder(kUuid).Apply();
+  EXPECT_EQ(m_Probe.GUID(), 0);
+  EXPECT_EQ(m_Status.GUID, "");
+}
+
+TEST_F(Guid, OfAFileThatVanishedStays) {
+  m_Status.GUID = "former";
+  EXPECT_EQ(m_Probe.GUID(), 1);
+  EXPECT_EQ(m_Status.GUID, "former");
+}
+
+// A pipe without a writer used to be able to hold up every cycle in open().
+TEST_F(Guid, IsNotWaitedForWhenTheFileIsAPipe) {
+  Scenario().Folder("/home/Zet/.settings").Apply();
+  ASSERT_EQ(mkfifo(kUuid, 0600), 0);
+  EXPECT_EQ(m_Probe.GUID(), 0);
+  EXPECT_EQ(m_Status.GUID, "");
+}
+
+constexpr std::uint32_t kHardwareIds[] = {0x8004DA5C, 0x8004DA5E, 0x8004DA5D};
+
+Scenario Identified() {
+  return Scenario()
+      .Answer("zetdisplay", kHardwareIds[0], 35)
+      .Answer("zetdisplay", kHardwareIds[1], 2)
+      .Answer("zetdisplay", kHardwareIds[2], 3)
+      .File(kSerial, "0x00012AF0\n");
+}
+
+class Ids : public ProbeTest {};
+
+TEST_F(Ids, AreTheDriversAnswersTwoOfThemCrossed) {
+  SANDBOX_NEEDS_DEVICES();
+  Identified().Apply();
+  sandbox::ClearDeviceLog();
+  EXPECT_EQ(m_Probe.IDs(), 0);
+  EXPECT_EQ(m_Status.HardwareID1, 35);
+  EXPECT_EQ(m_Status.HardwareID2, 2);
+  EXPECT_EQ(m_Status.HardwareID3, 3);
+  EXPECT_EQ(m_Status.ProductFamily, 4);
+  EXPECT_EQ(m_Status.SerialNumber, 0x12AF0U);
+  EXPECT_THAT(sandbox::DeviceLog(), ElementsAre("zetdisplay open", "zetdisplay ioctl 0x8004DA5C",
+                                                "zetdisplay ioctl 0x8004DA5E",
+                                                "zetdisplay ioctl 0x8004DA5D", "zetdisplay close"));
+}
+
+TEST_F(Ids, FirstOneTellsTheProductFamily) {
+  SANDBOX_NEEDS_DEVICES();
+  struct {
+    int Id;
+    int Family;
+  } const kRows[] = {{39, 3}, {35, 4}, {19, 5}, {33, 0}, {0, 1}, {1, 1}, {34, 1}, {-1, 1}};
+  Identified().Apply();
+  for (const auto& row : kRows) {
+    SCOPED_TRACE(row.Id);
+    SetAnswer("zetdisplay", kHardwareIds[0], row.Id);
+    m_Probe.IDs();
+    EXPECT_EQ(m_Status.HardwareID1, row.Id);
+    EXPECT_EQ(m_Status.ProductFamily, row.Family);
+  }
+}
+
+TEST_F(Ids, WithoutAnswerAreMinusOne) {
+  SANDBOX_NEEDS_DEVICES();
+  Scenario().Device("zetdisplay").Apply();
+  m_Probe.IDs();
+  EXPECT_EQ(m_Status.HardwareID1, -1);
+  EXPECT_EQ(m_Status.HardwareID2, -1);
+  EXPECT_EQ(m_Status.HardwareID3, -1);
+  EXPECT_EQ(m_Status.ProductFamily, 1);
+}
+
+TEST_F(Ids, WithoutDisplayDriverStayWithSerialAndFamily) {
+  m_Status.HardwareID1 = 7;
+  m_Status.ProductFamily = 8;
+  m_Status.SerialNumber = 9;
+  Scenario().File(kSerial, "0x1").Apply();
+  EXPECT_EQ(m_Probe.IDs(), 1);
+  EXPECT_EQ(m_Status.HardwareID1, 7);
+  EXPECT_EQ(m_Status.ProductFamily, 8);
+  EXPECT_EQ(m_Status.SerialNumber, 9U);
+}
+
+TEST_F(Ids, AreKeptWhenTheSerialIsMissing) {
+  SANDBOX_NEEDS_DEVICES();
+  m_Status.SerialNumber = 9;
+  Identified().NoFile(kSerial).Apply();
+  EXPECT_EQ(m_Probe.IDs(), 1);
+  EXPECT_EQ(m_Status.HardwareID1, 35);
+  EXPECT_EQ(m_Status.ProductFamily, 4);
+  EXPECT_EQ(m_Status.SerialNumber, 9U);
+}
+
+TEST_F(Ids, SerialIsHexadecimalText) {
+  SANDBOX_NEEDS_DEVICES();
+  struct {
+    const char* Text;
+    std::uint32_t Serial;
+  } const kRows[] = {
+      {"0x00012AF0", 0x12AF0},          {"12AF0", 0x12AF0},         {"12af0\n", 0x12AF0}, {"", 0},
+      {"123456789ABCDEF0", 0x9ABCDEF0},  // the low 32 bits
+      {"0x000000000000123", 0x12},       // what lies behind 16 characters is not read
+      {"00000000000000123", 0x12},      {"00000000000000000x1", 0}, {"1g", 119},
+  };
+  Identified().Apply();
+  for (const auto& row : kRows) {
+    SCOPED_TRACE(row.Text);
+    WriteFile(kSerial, row.Text);
+    EXPECT_EQ(m_Probe.IDs(), 0);
+    EXPECT_EQ(m_Status.SerialNumber, row.Serial);
+  }
+}
+
+class Versions : public ProbeTest {};
+
+TEST_F(Versions, AreThoseOfTheirPackages) {
+  Scenario()
+      .File(kPackages,
+            "Package: bash\nVersion: 5.2\n\n"
+            "Package: dispfw\nStatus: install ok installed\nVersion: 1.2.3-4ubuntu1\n\n"
+            "Package: qtm-distro\nVersion: 4.1~rc2 (beta)\nDescription: player\n\n")
+      .Apply();
+  EXPECT_EQ(m_Probe.FirmwareVersion(), 0);
+  EXPECT_EQ(m_Probe.DisplayFirmwareVersion(), 0);
+  EXPECT_EQ(m_Status.FirmwareVersion, "4.1~rc2 (beta)");
+  EXPECT_EQ(m_Status.DisplayFirmwareVersion, "1.2.3-4");
+}
+
+TEST_F(Versions, MayComeFromALongerNameOrALaterStanza) {
+  Scenario()
+      .File(kPackages,
+            "Package: display-firmware\nVersion: 1.0\n\n"
+            "Package: dispfw\nStatus: deinstall ok config-files\n\n"
+            "Package: qtm-distro-extra\nStatus: deinstall ok config-files\n\n"
+            "Package: zip\nVersion: 3.0\n\n"
+            "Package: qtm-distro\nVersion: 4.1\n")
+      .Apply();
+  EXPECT_EQ(m_Probe.FirmwareVersion(), 0);
+  EXPECT_EQ(m_Probe.DisplayFirmwareVersion(), 0);
+  EXPECT_EQ(m_Status.FirmwareVersion, "3.0");
+  EXPECT_EQ(m_Status.DisplayFirmwareVersion, "3.0") << "dispfw wins, without a version of its own";
+}
+
+TEST_F(Versions, OfADatabaseOfManyReadsAreFound) {
+  std::string packages;
+  while (packages.size() < 50000) {
+    packages += "Package: filler\nVersion: 0.0\nDescription: nothing of interest\n\n";
+  }
+  packages += "Package: qtm-distro\nVersion: 4.1\n\n" + packages;
+  packages += "Package: display-firmware\nVersion: 1.2\n";
+  Scenario().File(kPackages, packages).Apply();
+  EXPECT_EQ(m_Probe.FirmwareVersion(), 0);
+  EXPECT_EQ(m_Probe.DisplayFirmwareVersion(), 0);
+  EXPECT_EQ(m_Status.FirmwareVersion, "4.1");
+  EXPECT_EQ(m_Status.DisplayFirmwareVersion, "1.2");
+}
+
+// Like a pipe, many files of the system are longer than they claim to be.
+TEST_F(Versions, OfAFileThatClaimsNoSizeAreFound) {
+  Scenario().Folder("/var/lib/dpkg").Apply();
+  ASSERT_EQ(mkfifo(kPackages, 0600), 0);
+  const sandbox::Descriptor pipe(open(kPackages, O_RDWR | O_CLOEXEC));
+  std::string packages;
+  while (packages.size() < 50000) {
+    packages += "Package: filler\nVersion: 0.0\n\n";
+  }
+  packages += "Package: qtm-distro\nVersion: 4.1\n";
+  ASSERT_EQ(write(pipe.Number(), packages.data(), packages.size()),
+            static_cast<ssize_t>(packages.size()));
+  EXPECT_EQ(m_Probe.FirmwareVersion(), 0);
+  EXPECT_EQ(m_Status.FirmwareVersion, "4.1");
+}
+
+TEST_F(Versions, StayWhenTheDatabaseIsMissing) {
+  m_Status.FirmwareVersion = "former";
+  m_Status.DisplayFirmwareVersion = "former display";
+  EXPECT_EQ(m_Probe.FirmwareVersion(), 0);
+  EXPECT_EQ(m_Probe.DisplayFirmwareVersion(), 1);
+  EXPECT_EQ(m_Status.FirmwareVersion, "former");
+  EXPECT_EQ(m_Status.DisplayFirmwareVersion, "former display");
+}
+
+TEST_F(Versions, StayWhenTheirPackagesAreMissing) {
+  m_Status.FirmwareVersion = "former";
+  m_Status.DisplayFirmwareVersion = "former display";
+  for (const char* packages :
+       {"", "Package: bash\nVersion: 5.2\n", "Package: dispfw\nPackage: qtm-distro\nVersion:5\n"}) {
+    SCOPED_TRACE(packages);
+    Scenario().File(kPackages, packages).Apply();
+    EXPECT_EQ(m_Probe.FirmwareVersion(), 0);
+    EXPECT_EQ(m_Probe.DisplayFirmwareVersion(), 1);
+    EXPECT_EQ(m_Status.FirmwareVersion, "former");
+    EXPECT_EQ(m_Status.DisplayFirmwareVersion, "former display");
+  }
+}
+
+TEST_F(Versions, StayWhenTheDatabaseCannotBeRead) {
+  m_Status.DisplayFirmwareVersion = "former display";
+  Scenario().Folder(kPackages).Apply();
+  EXPECT_EQ(m_Probe.FirmwareVersion(), 0);
+  EXPECT_EQ(m_Probe.DisplayFirmwareVersion(), 1);
+  EXPECT_EQ(m_Status.DisplayFirmwareVersion, "former display");
+}
+
+TEST_F(Versions, MayBecomeEmpty) {
+  m_Status.FirmwareVersion = "former";
+  m_Status.DisplayFirmwareVersion = "former display";
+  Scenario()
+      .File(kPackages, "Package: dispfw\nVersion: v1\n\nPackage: qtm-distro\nVersion: \n")
+      .Apply();
+  EXPECT_EQ(m_Probe.FirmwareVersion(), 0);
+  EXPECT_EQ(m_Probe.DisplayFirmwareVersion(), 0);
+  EXPECT_EQ(m_Status.FirmwareVersion, "");
+  EXPECT_EQ(m_Status.DisplayFirmwareVersion, "");
+}
+
+}  // namespace

@@ -1,0 +1,371 @@
+#include <fcntl.h>
+#include <gmock/gmock.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <csignal>
+
+#include "sandbox/testing.h"
+#include "tests/hardware/interposed.h"
+#include "tests/hardware/output_port_fixture.h"
+
+namespace {
+
+using sandbox::Scenario;
+using sandbox::SetAnswer;
+using testing::ElementsAre;
+
+class OutputPort : public OutputPortTest {};
+
+TEST_F(OutputPort, FillsTheOutput) {
+  SANDBOX_NEEDS_DEVICES();
+  Healthy().Apply();
+  EXPECT_EQ(m_Probe.OutputPort(0), 0);
+  ASSERT_EQ(m_Status.Outputs.Count(), 1U);
+  EXPECT_EQ(Output()->Frequency.Vertical, 59.94F);
+  EXPECT_EQ(Output()->Dimming.OutputLevel, 75.0F);
+  ASSERT_EQ(Output()->Statistics.Count(), 2U);
+  for (int number = 0; number < 2; ++number) {
+    SCOPED_TRACE(number);
+    const QtSts::CStat* statistic = Output()->Statistics[static_cast<unsigned>(number)];
+    EXPECT_EQ(statistic->Number, number);
+    EXPECT_EQ(statistic->First, 1 + 2 * number);
+    EXPECT_EQ(statistic->Second, 2 + 2 * number);
+  }
+  EXPECT_EQ(Output()->ScalerOutputArea.Width, 0x180U);
+  EXPECT_EQ(Output()->ScalerOutputArea.Height, 0xC0U);
+  EXPECT_EQ(Output()->Area.Width, 0U);
+  EXPECT_EQ(Output()->StatusFlags, 0U);
+}
+
+TEST_F(OutputPort, AsksEachDeviceInOrderAndClosesItBeforeTheNext) {
+  SANDBOX_NEEDS_DEVICES();
+  Healthy().Apply();
+  sandbox::ClearDeviceLog();
+  const Opens opens;
+  m_Probe.OutputPort(0);
+  const std::vector<std::string> opened = opens.Paths();
+  EXPECT_THAT(
+      sandbox::DeviceLog(),
+      ElementsAre("travex open", "travex ioctl 0x8004DA0C", "travex ioctl 0x8004DA55",
+                  "travex ioctl 0x8004DA5E", "travex ioctl 0x8004DA5F", "travex ioctl 0x8004DA60",
+                  "travex ioctl 0x8004DA61", "travex ioctl 0x8004DA1C", "travex close",
+                  "zetdisplay open", "zetdisplay ioctl 0x8004DA65", "zetdisplay ioctl 0x8004DA1E",
+                  "zetdisplay ioctl 0x8004DA70", "zetdisplay close", "diagnostics open",
+                  "diagnostics ioctl 0x8004DB17", "diagnostics close"));
+  EXPECT_THAT(opened,
+              ElementsAre("/dev/travex", kFrameControl, "/dev/zetdisplay", "/dev/diagnostics"));
+}
+
+TEST_F(OutputPort, WithoutRouterMakesNoOutputAndOpensNothingElse) {
+  SANDBOX_NEEDS_DEVICES();
+  Healthy().NoDevice("travex").Apply();
+  const Opens opens;
+  EXPECT_EQ(m_Probe.OutputPort(0), 1);
+  EXPECT_EQ(m_Status.Outputs.Count(), 0U);
+  EXPECT_THAT(opens.Paths(), ElementsAre("/dev/travex"));
+}
+
+TEST_F(OutputPort, WhoseRouterCannotBeOpenedIsAsIfThereWereNone) {
+  SANDBOX_NEEDS_DEVICES();
+  Healthy().Apply();
+  sandbox::SetOpenError("travex", EACCES);
+  EXPECT_EQ(m_Probe.OutputPort(0), 1);
+  EXPECT_EQ(m_Status.Outputs.Count(), 0U);
+}
+
+TEST_F(OutputPort, FrameRateIsToldInThousandths) {
+  SANDBOX_NEEDS_DEVICES();
+  struct {
+    int Answer;
+    float Hertz;
+  } const kRows[] = {
+      {59940, 59.94F},           {60000, 60.0F}, {1, 0.001F}, {0, 0.0F}, {-1, 0.0F}, {-5000, -5.0F},
+      {2147483647, 2147483.647F}};
+  Healthy().Apply();
+  for (const auto& row : kRows) {
+    SCOPED_TRACE(row.Answer);
+    m_Status.Outputs.Clear();
+    SetAnswer("travex", kFrameRate, row.Answer);
+    m_Probe.OutputPort(0);
+    EXPECT_EQ(Output()->Frequency.Vertical, row.Hertz);
+  }
+}
+
+TEST_F(OutputPort, LevelWithoutAnswerStaysAt100) {
+  SANDBOX_NEEDS_DEVICES();
+  struct {
+    int Answer;
+    float Level;
+  } const kRows[] = {{75, 75.0F}, {0, 0.0F}, {-1, 100.0F}, {-5000, -5000.0F}};
+  Healthy().Apply();
+  for (const auto& row : kRows) {
+    SCOPED_TRACE(row.Answer);
+    m_Status.Outputs.Clear();
+    SetAnswer("travex", kOutputLevel, row.Answer);
+    m_Probe.OutputPort(0);
+    EXPECT_EQ(Output()->Dimming.OutputLevel, row.Level);
+  }
+}
+
+TEST_F(OutputPort, StatisticWithoutFirstValueKeepsTheSecond) {
+  SANDBOX_NEEDS_DEVICES();
+  Healthy().Answer("travex", kStatistics[0][0], -1).Answer("travex", kStatistics[0][1], 7).Apply();
+  m_Probe.OutputPort(0);
+  ASSERT_EQ(Output()->Statistics.Count(), 2U);
+  EXPECT_EQ(Output()->Statistics[0]->First, 0);
+  EXPECT_EQ(Output()->Statistics[0]->Second, 7);
+}
+
+TEST_F(OutputPort, SingleAnswerOfAllIsNotLost) {
+  SANDBOX_NEEDS_DEVICES();
+  Scenario().Answer("travex", kStatistics[0][1], 7).Apply();
+  EXPECT_EQ(m_Probe.OutputPort(0), 1) << "there is no register dump";
+  ASSERT_EQ(m_Status.Outputs.Count(), 1U);
+  ASSERT_EQ(Output()->Statistics.Count(), 1U);
+  EXPECT_EQ(Output()->Statistics[0]->Number, 0);
+  EXPECT_EQ(Output()->Statistics[0]->First, 0);
+  EXPECT_EQ(Output()->Statistics[0]->Second, 7);
+}
+
+// Each value asks for position 1 of its own: the first finds only what it appended at position 0
+// itself, and is dropped; the second appends at position 1.
+TEST_F(OutputPort, SecondStatisticWithoutTheFirstLosesItsFirstValue) {
+  SANDBOX_NEEDS_DEVICES();
+  Scenario().Answer("travex", kStatistics[1][0], 5).Apply();
+  m_Probe.OutputPort(0);
+  ASSERT_EQ(Output()->Statistics.Count(), 1U);
+  EXPECT_EQ(Output()->Statistics[0]->Number, 1);
+  EXPECT_EQ(Output()->Statistics[0]->First, 0);
+
+  m_Status.Outputs.Clear();
+  SetAnswer("travex", kStatistics[1][1], 6);
+  m_Probe.OutputPort(0);
+  ASSERT_EQ(Output()->Statistics.Count(), 2U);
+  EXPECT_EQ(Output()->Statistics[0]->First, 0);
+  EXPECT_EQ(Output()->Statistics[0]->Second, 0);
+  EXPECT_EQ(Output()->Statistics[1]->Number, 1);
+  EXPECT_EQ(Output()->Statistics[1]->First, 0);
+  EXPECT_EQ(Output()->Statistics[1]->Second, 6);
+}
+
+TEST_F(OutputPort, WithoutAnyAnswerAppearsOnlyForItsFlags) {
+  SANDBOX_NEEDS_DEVICES();
+  Scenario().Device("travex").Apply();
+  EXPECT_EQ(m_Probe.OutputPort(0), 1);
+  EXPECT_EQ(m_Status.Outputs.Count(), 0U);
+
+  Scenario()
+      .Device("travex")
+      .Device("zetdisplay")
+      .Device("diagnostics")
+      .File(kFrameControl, "")
+      .Apply();
+  EXPECT_EQ(m_Probe.OutputPort(0), 0);
+  ASSERT_EQ(m_Status.Outputs.Count(), 1U);
+  EXPECT_EQ(Output()->StatusFlags, 0xFFFFFFFF);
+  EXPECT_EQ(Output()->Statistics.Count(), 0U);
+}
+
+TEST_F(OutputPort, WithoutRegisterDumpKeepsWhatTheRouterTold) {
+  SANDBOX_NEEDS_DEVICES();
+  Healthy().Answer("zetdisplay", kLevel, 3).NoFile(kFrameControl).Apply();
+  const Opens opens;
+  EXPECT_EQ(m_Probe.OutputPort(0), 1);
+  EXPECT_EQ(Output()->Frequency.Vertical, 59.94F);
+  EXPECT_EQ(Output()->StatusFlags, 0U);
+  EXPECT_THAT(opens.Paths(), ElementsAre("/dev/travex", kFrameControl));
+}
+
+TEST_F(OutputPort, WithoutDisplayDriverKeepsTheScalerOutput) {
+  SANDBOX_NEEDS_DEVICES();
+  Healthy().Answer("diagnostics", kDiagnostics, 1).NoDevice("zetdisplay").Apply();
+  const Opens opens;
+  EXPECT_EQ(m_Probe.OutputPort(0), 1);
+  EXPECT_EQ(Output()->ScalerOutputArea.Width, 0x180U);
+  EXPECT_EQ(Output()->StatusFlags, 0U);
+  EXPECT_THAT(opens.Paths(), ElementsAre("/dev/travex", kFrameControl, "/dev/zetdisplay"));
+}
+
+TEST_F(OutputPort, WithoutDiagnosticsHasNoFlags) {
+  SANDBOX_NEEDS_DEVICES();
+  Healthy().Answer("zetdisplay", kLevel, 3).NoDevice("diagnostics").Apply();
+  EXPECT_EQ(m_Probe.OutputPort(0), 1);
+  EXPECT_EQ(Output()->StatusFlags, 0U);
+}
+
+TEST_F(OutputPort, ScalerRegistersThatAreAbsentLeaveTheirSide) {
+  SANDBOX_NEEDS_DEVICES();
+  Healthy().File(kFrameControl, "scale_output_height: 0xC0\nscale_input_width: 0x5\n").Apply();
+  m_Probe.OutputPort(0);
+  EXPECT_EQ(Output()->ScalerOutputArea.Height, 0xC0U);
+  EXPECT_EQ(Output()->ScalerOutputArea.Width, 0U);
+}
+
+TEST_F(OutputPort, FlagsAreMadeOfTheDriversAnswers) {
+  SANDBOX_NEEDS_DEVICES();
+  struct {
+    int Level;
+    int Power;
+    int Diagnostics;
+    std::uint32_t Flags;
+  } const kRows[] = {
+      {0, 1, 0, 0},           {0, 0, 0, 0x4},
+      {0, 2, 0, 0x4},         {0, 3, 0, 0},
+      {0, -1, 0, 0},          {0x12003, 1, 0, 0x12003},
+      {-1, 1, 0, 0xFFFFFFFF}, {-5000, 1, 0, 0xFFFFEC78},
+      {0, 1, 0x3, 0x30},      {0, 1, 0x10000001, 0x10},
+      {0, 1, -1, 0xFFFFFFF0}, {0x1, 0, 0x1, 0x15},
+  };
+  Healthy().Apply();
+  for (const auto& row : kRows) {
+    SCOPED_TRACE(testing::Message() << row.Level << ", " << row.Power << ", " << row.Diagnostics);
+    SetAnswer("zetdisplay", kLevel, row.Level);
+    SetAnswer("zetdisplay", kPower, row.Power);
+    SetAnswer("diagnostics", kDiagnostics, row.Diagnostics);
+    EXPECT_EQ(m_Probe.OutputPort(0), 0);
+    EXPECT_EQ(Output()->StatusFlags, row.Flags);
+  }
+}
+
+TEST_F(OutputPort, FlagsOfAnEarlierCycleAreReplaced) {
+  SANDBOX_NEEDS_DEVICES();
+  Healthy().Apply();
+  m_Probe.OutputPort(0);
+  Output()->StatusFlags = 0x6000;
+  m_Probe.OutputPort(0);
+  EXPECT_EQ(Output()->StatusFlags, 0U);
+}
+
+TEST_F(OutputPort, WatchdogMarkerOfAnyKindIsAnEvent) {
+  SANDBOX_NEEDS_DEVICES();
+  constexpr char kMarker[] = "/var/run/wd_event";
+  Healthy().File(kMarker, "").Apply();
+  m_Probe.OutputPort(0);
+  EXPECT_EQ(Output()->StatusFlags, 0x400U);
+  Healthy().Folder(kMarker).Apply();
+  m_Probe.OutputPort(0);
+  EXPECT_EQ(Output()->StatusFlags, 0x400U);
+  Healthy().Link(kMarker, "/nowhere").Apply();
+  m_Probe.OutputPort(0);
+  EXPECT_EQ(Output()->StatusFlags, 0U);
+}
+
+TEST_F(OutputPort, RegistersBehindTheReadLimitAreNotSeen) {
+  SANDBOX_NEEDS_DEVICES();
+  const std::string scaler = "scale_output_width: 0x180";
+  const std::size_t kLimit = 2662;
+  struct {
+    std::size_t Padding;
+    std::uint32_t Width;
+  } const kRows[] = {
+      {kLimit - scaler.size(), 0x180},
+      {kLimit - scaler.size() + 1, 0x18},  // the last digit is cut off
+      {kLimit - scaler.size() + 5, 0},     // the value is
+      {kLimit - scaler.size() + 6, 0},     // the label is
+      {kLimit, 0},
+      {3 * kLimit, 0},
+  };
+  for (const auto& row : kRows) {
+    SCOPED_TRACE(row.Padding);
+    m_Status.Outputs.Clear();
+    Healthy().File(kFrameControl, Padded(row.Padding, scaler + "\n")).Apply();
+    m_Probe.OutputPort(0);
+    EXPECT_EQ(Output()->ScalerOutputArea.Width, row.Width);
+  }
+}
+
+TEST_F(OutputPort, DumpThatCannotBeReadIsEmpty) {
+  SANDBOX_NEEDS_DEVICES();
+  // A folder cannot be opened for writing; the first page of a process's memory cannot be read.
+  Healthy().Link(kFrameControl, "/.proc/self/mem").Apply();
+  EXPECT_EQ(m_Probe.OutputPort(0), 0);
+  EXPECT_EQ(Output()->ScalerOutputArea.Width, 0U);
+}
+
+int g_pipe = -1;
+
+extern "C" void FillPipe(int /*signal*/) {
+  constexpr char kText[] = "scale_output_width: 0x180";
+  if (write(g_pipe, kText, sizeof kText - 1) == -1) {
+    abort();
+  }
+}
+
+// The dump is a pipe that is filled only after a signal has broken off the first read. A second
+// read of the same dump would never return.
+TEST_F(OutputPort, DumpIsReadOnceAndAgainOnlyAfterASignal) {
+  SANDBOX_NEEDS_DEVICES();
+  Healthy().NoFile(kFrameControl).Folder("/proc/driver/frame_control").Apply();
+  ASSERT_EQ(mkfifo(kFrameControl, 0600), 0);
+  g_pipe = open(kFrameControl, O_RDWR);
+  ASSERT_NE(g_pipe, -1);
+  struct sigaction action = {};
+  action.sa_handler = FillPipe;  // without SA_RESTART
+  struct sigaction former;
+  ASSERT_EQ(sigaction(SIGALRM, &action, &former), 0);
+  ualarm(100000, 0);
+  EXPECT_EQ(m_Probe.OutputPort(0), 0);
+  sigaction(SIGALRM, &former, nullptr);
+  close(g_pipe);
+  EXPECT_EQ(Output()->ScalerOutputArea.Width, 0x180U);
+}
+
+TEST_F(OutputPort, BeyondTheNextFreeOneStoresNothing) {
+  SANDBOX_NEEDS_DEVICES();
+  Healthy().Apply();
+  EXPECT_EQ(m_Probe.OutputPort(100), 0);
+  ASSERT_GT(m_Status.Outputs.Count(), 0U) << "one more with each attempt";
+  EXPECT_EQ(Output()->Frequency.Vertical, 0.0F);
+  EXPECT_EQ(Output()->Statistics.Count(), 0U);
+}
+
+class ContentLimit : public OutputPortTest {};
+
+TEST_F(ContentLimit, TakesEachAnswerIntoItsWidth) {
+  SANDBOX_NEEDS_DEVICES();
+  Scenario()
+      .Answer("travex", 0x8004DA63, 0x12345)
+      .Answer("travex", 0x8004DA65, 0x1FFFE)
+      .Answer("travex", 0x8004DA64, 0x12345678)
+      .Apply();
+  sandbox::ClearDeviceLog();
+  EXPECT_EQ(m_Probe.ContentLimit(0), 0);
+  ASSERT_EQ(m_Status.Outputs.Count(), 1U);
+  EXPECT_EQ(Output()->Dimming.Content.First, 0x2345);
+  EXPECT_EQ(Output()->Dimming.Content.Second, 0xFFFE);
+  EXPECT_EQ(Output()->Dimming.Content.Third, 0x12345678U);
+  EXPECT_THAT(sandbox::DeviceLog(),
+              ElementsAre("travex open", "travex ioctl 0x8004DA63", "travex ioctl 0x8004DA65",
+                          "travex ioctl 0x8004DA64", "travex close"));
+}
+
+TEST_F(ContentLimit, WithoutAnswerHasAllBitsSet) {
+  SANDBOX_NEEDS_DEVICES();
+  Scenario().Device("travex").Apply();
+  EXPECT_EQ(m_Probe.ContentLimit(0), 0);
+  EXPECT_EQ(Output()->Dimming.Content.First, 65535);
+  EXPECT_EQ(Output()->Dimming.Content.Second, 65535);
+  EXPECT_EQ(Output()->Dimming.Content.Third, 0xFFFFFFFF);
+}
+
+TEST_F(ContentLimit, WithoutRouterMakesNoOutput) {
+  EXPECT_EQ(m_Probe.ContentLimit(0), 1);
+  EXPECT_EQ(m_Status.Outputs.Count(), 0U);
+}
+
+TEST_F(ContentLimit, IsReadAlsoWhenTheOutputPortBrokeOff) {
+  SANDBOX_NEEDS_DEVICES();
+  Healthy().Answer("travex", 0x8004DA63, 11).NoDevice("zetdisplay").Apply();
+  EXPECT_EQ(m_Probe.UpdateStatus(&m_Status), 0);
+  EXPECT_EQ(Output()->Dimming.Content.First, 11);
+}
+
+TEST_F(ContentLimit, BeyondTheNextFreePortStoresNothing) {
+  SANDBOX_NEEDS_DEVICES();
+  Scenario().Device("travex").Apply();
+  EXPECT_EQ(m_Probe.ContentLimit(100), 0);
+  EXPECT_EQ(Output()->Dimming.Content.First, 0);
+}
+
+}  // namespace
