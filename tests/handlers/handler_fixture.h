@@ -1,0 +1,52 @@
+// What the tests of the row handlers share: an empty document and a fresh scratch state.
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <string_view>
+
+#include "handlers/handlers.h"
+#include "model/document.h"
+#include "tests/collector/scratch_variables.h"
+
+// A writable text in a buffer of exactly its size, so that reading beyond it is found out.
+class Text {
+ public:
+  Text(const char* text) {  // NOLINT(google-explicit-constructor): null stays null
+    if (text != nullptr) {
+      const std::string_view view = text;
+      m_Bytes = std::make_unique<char[]>(view.size() + 1);
+      view.copy(m_Bytes.get(), view.size());
+    }
+  }
+
+  char* Get() const { return m_Bytes.get(); }
+
+ private:
+  std::unique_ptr<char[]> m_Bytes;
+};
+
+class HandlerTest : public testing::Test {
+ protected:
+  HandlerTest() { ClearScratch(); }
+  ~HandlerTest() override { ClearScratch(); }
+
+  // Calls `handler` with the row's key and value and returns its result.
+  int Row(int (*handler)(QtSts::CStatus*, char*, char*), const char* key, const char* value) {
+    const Text key_text = key;
+    const Text value_text = value;
+    return handler(&m_Status, value_text.Get(), key_text.Get());
+  }
+
+  // Output 0, which must be there.
+  QtSts::COutput& Output() {
+    if (m_Status.Outputs[0] == nullptr) {
+      ADD_FAILURE() << "there is no output 0";
+      m_Status.Outputs.Add(new QtSts::CTravex6Output);
+    }
+    return *m_Status.Outputs[0];
+  }
+
+  QtSts::CStatus m_Status;
+};
