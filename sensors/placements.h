@@ -1,0 +1,18 @@
+// Where the record of a sensor goes, once the scratch state describes the whole sensor.
+//
+// Deliberately positional: a list that reaches as far as the sensor's number has the sensor
+// already, whatever stands there. An existing record is never updated, and a refused sensor takes
+// nothing from the scratch state. Both return 0 always.
+#pragma once
+
+#include "collector/codes.h"
+#include "collector/export.h"
+#include "model/document.h"
+
+// Into the document's own list.
+COLLECTOR_API int Status_VerifySensor(QtSts::CStatus* status);
+
+// Into the list of a display interface of output 0. Output and interface are made before anything
+// is tested, so a sensor that is refused may leave an empty interface.
+COLLECTOR_API int Status_VerifyDisplayInterfaceSensor(QtSts::CStatus* status,
+                                                      AttachmentType attachment);

@@ -1,0 +1,54 @@
+// Random rows through whole cycles: the database and the cycle hand them on unchanged.
+#include <gmock/gmock.h>
+
+#include "collector/status_interface.h"
+#include "sandbox/rows.h"
+#include "sandbox/scenario.h"
+#include "tests/sensors/row_maker.h"
+
+namespace {
+
+using testing::IsEmpty;
+
+unsigned int InterfacesOf(const QtSts::CStatus& status) {
+  const QtSts::COutput* const output = status.Outputs[0];
+  return output == nullptr ? 0 : output->DisplayInterfaces.Count();
+}
+
+class RandomCycles : public SensorTest {
+ protected:
+  void ExpectTheSameSensorsAs(const QtSts::CStatus& status) const {
+    EXPECT_EQ(m_Status.Sensors.Count(), status.Sensors.Count());
+    for (unsigned int i = 0; i < m_Status.Sensors.Count(); ++i) {
+      EXPECT_THAT(DifferencesOf(*m_Status.Sensors[i], *status.Sensors[i]), IsEmpty());
+    }
+    EXPECT_EQ(InterfacesOf(m_Status), InterfacesOf(status));
+    for (unsigned int i = 0; i < InterfacesOf(m_Status); ++i) {
+      EXPECT_THAT(DifferencesOf(InterfaceAt(m_Status, i), InterfaceAt(status, i)), IsEmpty());
+    }
+  }
+};
+
+}  // namespace
+
+TEST_F(RandomCycles, GiveTheSensorsThatTheHandlerGivesFromTheSameRowsInOrder) {
+  sandbox::Scenario().Database().Apply();
+  CStatusInterface collector;
+  ASSERT_EQ(collector.InitDatabase(false), 0);
+  for (unsigned seed = 1001; seed <= 1040; ++seed) {
+    SCOPED_TRACE(testing::Message() << "seed " << seed);
+    const Rows rows = RowMaker(seed).Make();
+    const ScratchCopy before = CopyScratch();
+    Cycle(rows);
+    const ScratchCopy after = CopyScratch();
+
+    sandbox::SetRows(sandbox::Rows(rows.begin(), rows.end()));
+    ScratchVariables() = before;
+    ASSERT_EQ(collector.QueryDatabase(), 0);
+    ExpectTheSameSensorsAs(collector.m_Status);
+    EXPECT_EQ(dcioInputs, std::get<decltype(dcioInputs)>(after));
+    EXPECT_EQ(dcioOutputs, std::get<decltype(dcioOutputs)>(after));
+    EXPECT_EQ(FanRpms, std::get<decltype(FanRpms)>(after));
+    ASSERT_FALSE(HasFailure());
+  }
+}

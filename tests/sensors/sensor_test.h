@@ -1,0 +1,168 @@
+// What the tests of sensors/ share: a document, a clean scratch state, and rows fed as a cycle
+// feeds them.
+#pragma once
+
+#include <gtest/gtest.h>
+
+#include <cstdint>
+#include <map>
+#include <ostream>
+#include <stdexcept>
+#include <string>
+#include <tuple>
+#include <utility>
+#include <vector>
+
+#include "collector/scratch.h"
+#include "model/compare.h"
+#include "model/document.h"
+#include "model/verify.h"
+#include "sensors/sensor_keys.h"
+
+// By key, thus in the order in which a cycle reads them.
+using Rows = std::map<std::string, std::string>;
+// Attribute and value.
+using Attributes = std::vector<std::pair<std::string, std::string>>;
+
+inline bool operator==(const DcioPoint& left, const DcioPoint& right) {
+  return std::tie(left.Present, left.Type, left.Index, left.State, left.Label) ==
+         std::tie(right.Present, right.Type, right.Index, right.State, right.Label);
+}
+
+inline bool operator==(const BeaconRoundel& left, const BeaconRoundel& right) {
+  const auto fields = [](const BeaconRoundel& block) {
+    return std::tie(block.RedDimLevel, block.AmberDimLevel, block.ErrorFlags,
+                    block.RedLedErrorCount, block.AmberLedErrorCount, block.StatusFlags,
+                    block.SyncControlStartBit, block.PerColorLedCount, block.TemperatureKelvin,
+                    block.Humidity);
+  };
+  return fields(left) == fields(right);
+}
+
+inline void PrintTo(const DcioPoint& point, std::ostream* out) {
+  *out << "{present " << int{point.Present} << ", type " << point.Type << ", index " << point.Index
+       << ", state " << point.State << ", label \"" << point.Label << "\"}";
+}
+
+// Every variable of the scratch state that sensors touch.
+inline auto ScratchVariables() {
+  return std::tie(
+      u32_SensorNumber, u32_Address, u32_Bus, b_Connected, at_Type, st_Type, u32_NumAttribute,
+      uiSyncLossCounter, u32_DispInterfaceNumAttribute, u16_DispInterfaceAddress, u32_Face,
+      s32_Revision, u16_IdType, u8_HardwareID, f_celsius, u16_OneMinAverage, u16_TenMinAverage,
+      u16_OneMinLuxAverage, u16_TenMinLuxAverage, u16_LongTermAverage, f_Humidity_OneMinAverage,
+      f_Humidity_TenMinAverage, u16_AverageRpm, u16_CurrentRpm, f_inputVoltage, f_outputVoltage,
+      f_celsiusTemperature, u32_PortStatus, u16_Ambient, u32_Front, u32_Back, Locked, dLatitude,
+      dLongitude, dAltitude, uiCompass, u32_FansEnabled, FanRpms, f_Psrb_InputVoltages,
+      f_Psrb_OutputVoltages, u8_Psrb_HardwareErrors, beaconRoundel, dcioInputs, dcioOutputs);
+}
+
+template <class... T>
+std::tuple<T...> CopyOf(const std::tuple<T&...>& variables) {
+  return variables;
+}
+
+// The values of all those variables.
+using ScratchCopy = decltype(CopyOf(ScratchVariables()));
+
+inline ScratchCopy CopyScratch() { return CopyOf(ScratchVariables()); }
+
+// How many of the variables differ.
+inline int Differences(const ScratchCopy& left, const ScratchCopy& right) {
+  return [&]<std::size_t... kAt>(std::index_sequence<kAt...>) {
+    return (int{!(std::get<kAt>(left) == std::get<kAt>(right))} + ...);
+  }
+  (std::make_index_sequence<std::tuple_size_v<ScratchCopy>>());
+}
+
+// The state of a fresh process but for the number of the sensor.
+inline ScratchCopy FreshBut(std::uint32_t sensor_number) {
+  ScratchCopy copy;
+  std::get<0>(copy) = sensor_number;
+  return copy;
+}
+
+// Hands one row to the handler as a cycle does: in writable texts of its own. They are exactly as
+// long as the row, so that a step beyond their end is found.
+inline int Dispatch(QtSts::CStatus* status, const std::string& key, const std::string& value) {
+  std::vector<char> key_text(key.c_str(), key.c_str() + key.size() + 1);
+  std::vector<char> value_text(value.c_str(), value.c_str() + value.size() + 1);
+  return Status_Sensor(status, value_text.data(), key_text.data());
+}
+
+// Adds the rows of one sensor: "Sensor_" + number + "_" + attribute.
+inline void AddSensor(Rows* rows, const std::string& number, const Attributes& attributes) {
+  for (const auto& [attribute, value] : attributes) {
+    (*rows)["Sensor_" + number + "_" + attribute] = value;
+  }
+}
+
+// A document beside a scratch state as in a fresh process.
+class SensorTest : public testing::Test {
+ protected:
+  SensorTest() { ScratchVariables() = ScratchCopy(); }
+
+  int Send(const std::string& key, const std::string& value) {
+    return Dispatch(&m_Status, key, value);
+  }
+
+  // One row of the sensor with this number.
+  int Send(int number, const std::string& attribute, const std::string& value) {
+    return Send("Sensor_" + std::to_string(number) + "_" + attribute, value);
+  }
+
+  void Send(int number, const Attributes& attributes) {
+    for (const auto& [attribute, value] : attributes) {
+      Send(number, attribute, value);
+    }
+  }
+
+  // What a cycle does with these rows.
+  void Cycle(const Rows& rows) {
+    Status_ClearLists(&m_Status);
+    for (const auto& [key, value] : rows) {
+      Send(key, value);
+    }
+  }
+
+  QtSts::CStatus m_Status;
+};
+
+// The record of this class at `position`.
+template <class Record>
+Record& At(const QtSts::CSensorList& list, unsigned int position) {
+  auto* const record = dynamic_cast<Record*>(list[position]);
+  if (record == nullptr) {
+    throw std::logic_error("no " + std::string(Record::Class.Name) + " at position " +
+                           std::to_string(position));
+  }
+  return *record;
+}
+
+// The display interface at `position` of output 0.
+inline QtSts::CDisplayInterface& InterfaceAt(const QtSts::CStatus& status, unsigned int position) {
+  const QtSts::COutput* const output = status.Outputs[0];
+  if (output == nullptr || output->DisplayInterfaces[position] == nullptr) {
+    throw std::logic_error("no interface at position " + std::to_string(position));
+  }
+  return *output->DisplayInterfaces[position];
+}
+
+// The addresses of the CAN sensors of a list, by position.
+inline std::vector<std::uint64_t> Addresses(const QtSts::CSensorList& list) {
+  std::vector<std::uint64_t> addresses;
+  for (unsigned int i = 0; i < list.Count(); ++i) {
+    addresses.push_back(At<QtSts::CCANSensor>(list, i).Address);
+  }
+  return addresses;
+}
+
+// What two objects of the document differ in, as readable lines.
+inline std::vector<std::string> DifferencesOf(const QtSts::CBaseStatus& left,
+                                              const QtSts::CBaseStatus& right) {
+  std::vector<std::string> texts;
+  for (const QtSts::Difference& difference : QtSts::Compare(left, right)) {
+    texts.push_back(difference.Text());
+  }
+  return texts;
+}
