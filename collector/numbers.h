@@ -1,0 +1,36 @@
+// Numbers in row texts: read as in the C locale, whatever locale the host has set, and narrowed on
+// purpose.
+#pragma once
+
+#include <type_traits>
+
+namespace numbers {
+
+// The decimal integer that `text` begins with, as strtol reads it: 0 without one, the nearest limit
+// of long for one that is too large. `*end`, if wanted, is where the number ends: `text` itself
+// without one.
+long ParseLong(const char* text, const char** end = nullptr);
+
+// The same through strtoul.
+unsigned long ParseUnsignedLong(const char* text);
+
+// The number that `text` begins with, as strtod reads it in the C locale: 0.0 without one.
+double ParseDouble(const char* text);
+
+// The low bits of `value`, as many as T has: 65541 is 5 in 16 bits, -1 is 255 in 8.
+template <class T, class From>
+constexpr T Narrow(From value) {
+  using Unsigned = std::make_unsigned_t<T>;
+  return static_cast<T>(static_cast<Unsigned>(static_cast<std::make_unsigned_t<From>>(value)));
+}
+
+// The ASCII letter in lower case, any other byte as it is.
+constexpr unsigned char ToLower(unsigned char c) {
+  return c >= 'A' && c <= 'Z' ? static_cast<unsigned char>(c - 'A' + 'a') : c;
+}
+
+// Row numbers begin with a digit, a letter or nothing: one of '(' to '/', so a sign among them,
+// right behind the prefix marks the key as malformed.
+constexpr bool IsRefusedNumberStart(char c) { return c >= 0x28 && c <= 0x2F; }
+
+}  // namespace numbers

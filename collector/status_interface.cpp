@@ -1,0 +1,158 @@
+#include "collector/status_interface.h"
+
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <ctime>
+
+#include "collector/key_table.h"
+#include "collector/scratch.h"
+#include "hardware/files.h"
+#include "hardware/paths.h"
+
+namespace {
+
+namespace paths = hardware::paths;
+
+constexpr unsigned short kOpenFlags = 32768;   // SQLITE_OPEN_NOMUTEX: one thread at a time
+constexpr unsigned short kSynchronousOff = 0;  // the file lives in memory
+
+constexpr struct {
+  const char* Name;
+  unsigned short Id;
+} kTables[] = {{"status", 100}, {"io", 101}, {"packages", 102}};
+
+constexpr std::size_t kKeySize = 128;
+constexpr std::size_t kValueSize = 512;
+
+// Copies as much of `text` as fits, always terminated: an over-long row is dispatched cut.
+template <std::size_t kSize>
+void CopyText(char (&buffer)[kSize], const char* text) {
+  const std::size_t length = strnlen(text, kSize - 1);
+  std::memcpy(buffer, text, length);
+  buffer[length] = '\0';
+}
+
+// Merges the rows, which come in byte order, with the table of keys, which stands in byte order:
+// the search for a row's key begins where the previous row's key was found. It deliberately never
+// wraps.
+class Dispatcher {
+ public:
+  explicit Dispatcher(QtSts::CStatus* status) : m_Status(status) {}
+
+  // An unknown key is ignored, and so is the handler's result.
+  void Dispatch(char* key, char* value) {
+    for (std::size_t i = m_Resume; i < status_primary_keys.size(); ++i) {
+      const std::string& prefix = status_primary_keys[i].Key;
+      if (std::strncmp(prefix.c_str(), key, prefix.size()) == 0) {
+        m_Resume = i;  // not the one after it: several rows may match one prefix
+        status_primary_keys[i].Handler(m_Status, value, key);
+        return;
+      }
+    }
+  }
+
+ private:
+  QtSts::CStatus* m_Status;
+  std::size_t m_Resume = 0;
+};
+
+std::string FormatTime(const std::tm& time) {
+  char text[512];
+  const std::size_t length = std::strftime(text, sizeof text, "%Y-%m-%dT%H:%M:%S", &time);
+  return {text, length};
+}
+
+// "+05:30": the hours carry the sign, the minutes never do.
+std::string FormatOffset(long seconds) {
+  char text[32];
+  std::snprintf(text, sizeof text, "%+.2i:%02i", static_cast<int>(seconds / 3600),
+                static_cast<int>(std::labs(seconds % 3600) / 60));
+  return text;
+}
+
+}  // namespace
+
+CStatusInterface::CStatusInterface() = default;
+CStatusInterface::~CStatusInterface() = default;
+
+int CStatusInterface::InitDatabase(bool write) {
+  if (!write) {
+    OpenDatabaseReadOnly(paths::kStatusDatabase, kOpenFlags);
+    return 0;
+  }
+  OpenDatabaseWrite(paths::kStatusDatabase, kOpenFlags, kSynchronousOff);
+  for (const auto& table : kTables) {
+    CreateTable(table.Name, table.Id);
+  }
+  for (const auto& table : kTables) {
+    CreateTrigger(table.Name);
+  }
+  return 0;
+}
+
+int CStatusInterface::CloseDatabase() { return CSQLdatabase::CloseDatabase(); }
+
+// The four places that catch differ deliberately: only the preparation and the statement's final
+// finalize store the code, and only the latter leaves the cycle a success, so that its code makes
+// the next cycle fail.
+int CStatusInterface::QueryDatabase() {
+  CppSQLite3Query query;
+  m_Hardware.UpdateStatus(&m_Status);
+  Reset_Globals();
+  std::string sql = "SELECT * FROM status";
+  sql += " ORDER BY address ASC;";
+  GetTime();
+  try {
+    try {
+      m_Statement = m_DB.compileStatement(sql.c_str());
+    } catch (const CppSQLite3Exception& failure) {
+      failure.Report();
+      m_LastError = failure.errorCode();
+    }
+    if (ReadAndClearLastError() != 0) {
+      return 1;
+    }
+    query = m_Statement.execQuery();
+    ReadRows(query);
+    query.finalize();
+  } catch (const CppSQLite3Exception& failure) {
+    failure.Report();
+    return 1;
+  }
+  try {
+    m_Statement.finalize();
+  } catch (const CppSQLite3Exception& failure) {
+    failure.Report();
+    m_LastError = failure.errorCode();
+  }
+  return 0;
+}
+
+void CStatusInterface::ReadRows(CppSQLite3Query& query) {
+  Dispatcher dispatcher(&m_Status);
+  char key[kKeySize];
+  char value[kValueSize];
+  while (ReadAndClearLastError() == 0 && !query.eof()) {
+    CopyText(key, query.getStringField(0, ""));
+    CopyText(value, query.getStringField(1, ""));
+    dispatcher.Dispatch(key, value);
+    query.nextRow();
+    if (query.eof()) {
+      query.finalize();
+    }
+  }
+}
+
+void CStatusInterface::GetTime() {
+  const std::time_t now = std::time(nullptr);
+  // The C library keeps one broken-down time for both, hence the copies.
+  const std::tm local = *std::localtime(&now);
+  const std::tm utc = *std::gmtime(&now);
+  m_UTCTime = FormatTime(utc);
+  m_Status.LocalTime = FormatTime(local) + FormatOffset(local.tm_gmtoff);
+  m_Status.DaylightSaving = local.tm_isdst != 0;
+  if (const auto timestamp = hardware::ReadText(paths::kConfigurationTimestamp)) {
+    m_Status.ConfigurationTimestamp = timestamp->c_str();  // up to its first zero byte
+  }
+}

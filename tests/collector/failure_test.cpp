@@ -1,0 +1,260 @@
+// The four places at which a cycle catches a failure of the database, and what each leaves.
+
+#include <sqlite3.h>
+
+#include <memory>
+#include <stdexcept>
+
+#include "sandbox/rows.h"
+#include "tests/collector/cycle_fixture.h"
+#include "tests/collector/hooks.h"
+#include "tests/db/interposed.h"
+
+namespace {
+
+using sandbox::RunSql;
+using sandbox::SetRow;
+using sandbox::SetRows;
+
+constexpr int kIoError = SQLITE_IOERR;
+constexpr const char* kIoReport = "10:disk I/O error\n";
+
+class FailureTest : public CycleTest {
+ protected:
+  ~FailureTest() override {
+    g_finalize_result = 0;
+    g_reset_result = 0;
+  }
+
+  // Lets nothing interfere any more.
+  void ExpectNormalCycle() {
+    g_on_thermal_scaler = nullptr;
+    SetRows({{"GUID", "normal"}});
+    m_Status.GUID = "";
+    EXPECT_EQ(Cycle(), kDone);
+    EXPECT_EQ(m_Status.GUID, "normal");
+  }
+
+  // Whether the cycle left its statement as it was.
+  bool StatementIsAlive() {
+    try {
+      m_Collector.m_Statement.execQuery();
+      return true;
+    } catch (const CppSQLite3Exception& failure) {
+      EXPECT_EQ(failure.errorCode(), SQLITE_MISUSE);
+      return false;
+    }
+  }
+};
+
+const CycleResult kMissingTable{1, "1:no such table: status\n"};
+
+TEST_F(FailureTest, OfPreparationIsReportedEveryTimeUntilTheTableIsThere) {
+  RunSql("DROP TABLE status;");
+  Open();
+  for (int cycle = 0; cycle < 3; ++cycle) {
+    EXPECT_EQ(Cycle(), kMissingTable);
+    EXPECT_EQ(m_Collector.m_LastError, 0) << "stored, then read and cleared";
+  }
+  ExpectNormalCycle();
+}
+
+TEST_F(FailureTest, OfPreparationComesBackWhenTheTableGoes) {
+  SetRow("GUID", "abc");
+  Open();
+  EXPECT_EQ(Cycle(), kDone);
+  RunSql("DROP TABLE status;");
+  EXPECT_EQ(Cycle(), kMissingTable);
+  ExpectNormalCycle();
+}
+
+TEST_F(FailureTest, WithoutInitDatabaseIsOneLine) {
+  const CycleResult expected{1, "21:bad parameter or other API misuse\n"};
+  EXPECT_EQ(Cycle(), expected);
+  EXPECT_EQ(Cycle(), expected);
+  EXPECT_NE(m_Status.LocalTime, "");
+  Open();
+  ExpectNormalCycle();
+}
+
+TEST_F(FailureTest, AfterCloseDatabaseIsTheSame) {
+  Open();
+  EXPECT_EQ(Cycle(), kDone);
+  EXPECT_EQ(m_Collector.CloseDatabase(), 0);
+  EXPECT_EQ(Cycle(), (CycleResult{1, "21:bad parameter or other API misuse\n"}));
+  EXPECT_EQ(m_Collector.CloseDatabase(), 0);
+}
+
+TEST_F(FailureTest, OfExecutionIsReportedAndNotStored) {
+  MakeView("SELECT 'GUID' AS address, abs(-9223372036854775808) AS value;");
+  Open();
+  EXPECT_EQ(Cycle(), (CycleResult{1, "1:integer overflow\n"}));
+  EXPECT_EQ(m_Collector.m_LastError, 0);
+  EXPECT_EQ(m_Status.GUID, "");
+  RunSql("DROP VIEW status;");
+  ExpectNormalCycle();
+}
+
+// A view over a sorted table gives its rows one by one, so the second is read after the first was
+// dispatched.
+constexpr const char* kFailsAtSecondRow =
+    "SELECT address, iif(address = 'MdlsAmbientFailure', abs(-9223372036854775808), value) AS value"
+    " FROM items;";
+
+void MakeItems() {
+  RunSql(
+      "CREATE TABLE items(address TEXT PRIMARY KEY, value TEXT) WITHOUT ROWID;"
+      "INSERT INTO items VALUES('GUID', 'first'), ('MdlsAmbientFailure', '1'),"
+      "('TtableTitle', 'third');");
+}
+
+TEST_F(FailureTest, OfARowIsReportedAndSkipsTheRest) {
+  MakeItems();
+  MakeView(kFailsAtSecondRow);
+  Open();
+  EXPECT_EQ(Cycle(), (CycleResult{1, "1:integer overflow\n"}));
+  EXPECT_EQ(m_Status.GUID, "first");
+  EXPECT_EQ(m_Status.Outputs.Count(), 0U);
+  EXPECT_EQ(m_Collector.m_LastError, 0);
+  EXPECT_TRUE(StatementIsAlive()) << "nothing is finalized after a row failure";
+  RunSql("DROP VIEW status;");
+  ExpectNormalCycle();
+}
+
+TEST_F(FailureTest, OfAMissingColumnIsARowFailure) {
+  MakeView("SELECT 'GUID' AS address;");
+  Open();
+  EXPECT_EQ(Cycle(), (CycleResult{1, "25:column index out of range\n"}));
+  RunSql("DROP VIEW status;");
+  ExpectNormalCycle();
+}
+
+TEST_F(FailureTest, OfAHandlerIsARowFailure) {
+  SetRows({{"GUID", "first"}, {"ThermalScaler", "1"}, {"TtableTitle", "third"}});
+  g_on_thermal_scaler = [](const DispatchedRow&) { throw CppSQLite3Exception(7, "by a handler"); };
+  Open();
+  EXPECT_EQ(Cycle(), (CycleResult{1, "7:by a handler\n"}));
+  EXPECT_EQ(m_Status.GUID, "first");
+  EXPECT_EQ(m_Status.Outputs.Count(), 0U);
+  EXPECT_EQ(m_Collector.m_LastError, 0);
+  ExpectNormalCycle();
+}
+
+TEST_F(FailureTest, OfAnotherKindLeavesTheCycleUnreported) {
+  SetRow("ThermalScaler", "1");
+  g_on_thermal_scaler = [](const DispatchedRow&) {
+    throw std::runtime_error("not the database's");
+  };
+  Open();
+  const std::string errors =
+      ErrorsOf([&] { EXPECT_THROW(m_Collector.QueryDatabase(), std::runtime_error); });
+  EXPECT_EQ(errors, "");
+  ExpectNormalCycle();
+}
+
+TEST_F(FailureTest, OfTheQuerysFinalizeInTheLoopIsARowFailure) {
+  SetRow("ThermalScaler", "1");
+  g_on_thermal_scaler = [](const DispatchedRow&) { g_reset_result = kIoError; };
+  Open();
+  EXPECT_EQ(Cycle(), (CycleResult{1, kIoReport}));
+  EXPECT_EQ(g_reset_result, 0) << "it was not called";
+  EXPECT_EQ(m_Collector.m_LastError, 0);
+  EXPECT_TRUE(StatementIsAlive());
+  ExpectNormalCycle();
+}
+
+TEST_F(FailureTest, OfTheQuerysFinalFinalizeLeavesTheStatement) {
+  SetRows({{"ThermalScaler", "1"}, {"TtableTitle", "title"}});
+  g_on_thermal_scaler = [&](const DispatchedRow&) {
+    m_Collector.m_LastError = 5;  // ends the loop before the last row
+    g_reset_result = kIoError;
+  };
+  Open();
+  EXPECT_EQ(Cycle(), (CycleResult{1, kIoReport}));
+  EXPECT_EQ(m_Collector.m_LastError, 0);
+  EXPECT_TRUE(StatementIsAlive());
+  ExpectNormalCycle();
+}
+
+TEST_F(FailureTest, OfTheStatementsFinalizeFailsTheNextCycleOnly) {
+  SetRows({{"GUID", "abc"}, {"ThermalScaler", "1"}});
+  g_on_thermal_scaler = [](const DispatchedRow&) { g_finalize_result = kIoError; };
+  Open();
+  EXPECT_EQ(Cycle(), (CycleResult{0, kIoReport}));
+  EXPECT_EQ(g_finalize_result, 0) << "it was not called";
+  EXPECT_EQ(m_Status.GUID, "abc");
+  EXPECT_EQ(m_Collector.m_LastError, kIoError) << "pending";
+
+  g_on_thermal_scaler = nullptr;
+  m_Status.GUID = "";
+  m_Status.LocalTime = "";
+  EXPECT_EQ(Cycle(), (CycleResult{1, ""}));
+  EXPECT_EQ(m_Status.GUID, "") << "no row may be read";
+  EXPECT_NE(m_Status.LocalTime, "");
+  EXPECT_EQ(m_Collector.m_LastError, 0);
+
+  EXPECT_EQ(Cycle(), kDone);
+  EXPECT_EQ(m_Status.GUID, "abc");
+}
+
+TEST_F(FailureTest, ThatIsPendingWhenARowWasReadEndsTheLoopButNotTheCycle) {
+  SetRows({{"GUID", "abc"}, {"ThermalScaler", "1"}, {"TtableTitle", "title"}});
+  g_on_thermal_scaler = [&](const DispatchedRow&) { m_Collector.m_LastError = 5; };
+  Open();
+  EXPECT_EQ(Cycle(), kDone);
+  EXPECT_EQ(m_Status.GUID, "abc");
+  EXPECT_EQ(m_Status.Outputs.Count(), 0U) << "the rest is skipped";
+  EXPECT_EQ(m_Collector.m_LastError, 0);
+  EXPECT_FALSE(StatementIsAlive()) << "both are finalized";
+  ExpectNormalCycle();
+}
+
+TEST_F(FailureTest, ThatWasPendingBeforeTheCycleIsReadAndCleared) {
+  SetRow("GUID", "abc");
+  Open();
+  m_Collector.m_LastError = -5;
+  EXPECT_EQ(Cycle(), (CycleResult{1, ""}));
+  EXPECT_EQ(m_Status.GUID, "");
+  EXPECT_EQ(Cycle(), kDone);
+}
+
+// Another process that does not wait.
+class Writer {
+ public:
+  Writer() {
+    sqlite3* opened = nullptr;
+    EXPECT_EQ(sqlite3_open(sandbox::kDatabase, &opened), SQLITE_OK);
+    m_Database.reset(opened);
+  }
+
+  int Write() {
+    return sqlite3_exec(m_Database.get(), "INSERT INTO items VALUES(hex(randomblob(8)), '1');",
+                        nullptr, nullptr, nullptr);
+  }
+
+ private:
+  std::unique_ptr<sqlite3, int (*)(sqlite3*)> m_Database{nullptr, sqlite3_close};
+};
+
+TEST_F(FailureTest, OfARowLeavesNoLockOnTheFile) {
+  RunSql("PRAGMA journal_mode=DELETE;");  // here a reader keeps writers out
+  MakeItems();
+  RunSql("INSERT INTO items VALUES('ThermalScaler', '1');");
+  MakeView("SELECT * FROM items;");
+  Open();
+  Writer writer;
+  int while_reading = SQLITE_OK;
+  g_on_thermal_scaler = [&](const DispatchedRow&) {
+    while_reading = writer.Write();
+    throw CppSQLite3Exception(7, "by a handler");
+  };
+  EXPECT_EQ(Cycle().Result, 1);
+  EXPECT_EQ(while_reading, SQLITE_BUSY) << "this test cannot see a lock";
+  EXPECT_EQ(writer.Write(), SQLITE_OK);
+
+  RunSql(std::string("DROP VIEW status; CREATE VIEW status AS ") + kFailsAtSecondRow);
+  EXPECT_EQ(Cycle(), (CycleResult{1, "1:integer overflow\n"}));
+  EXPECT_EQ(writer.Write(), SQLITE_OK);
+}
+
+}  // namespace

@@ -1,0 +1,193 @@
+#include "collector/scratch.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <limits>
+#include <type_traits>
+
+#include "hardware/rate_limit.h"
+#include "model/dcio_boards.h"
+#include "sensors/points.h"
+#include "sensors/sensor_keys.h"
+#include "tests/collector/scratch_variables.h"
+
+namespace {
+
+using testing::ElementsAre;
+
+std::vector<std::string> Texts() {
+  std::vector<std::string> texts;
+  for (const ScratchVariable& variable : ScratchVariables()) {
+    texts.push_back(variable.Text());
+  }
+  return texts;
+}
+
+// Taken before any test runs.
+const std::vector<std::string> kAtLoad = Texts();
+
+class ScratchState : public testing::Test {
+ protected:
+  ~ScratchState() override { ClearScratch(); }
+};
+
+class ResetGlobals : public ScratchState {};
+
+TEST_F(ScratchState, IsAllZeroAtLoad) {
+  ClearScratch();
+  const std::vector<std::string> clear = Texts();
+  for (std::size_t i = 0; i < clear.size(); ++i) {
+    EXPECT_EQ(kAtLoad[i], clear[i]) << ScratchVariables()[i].Name;
+  }
+}
+
+TEST_F(ScratchState, HasItsAbsentMarksAtZeroToo) {
+  EXPECT_EQ(u16_DispInterfaceAddress, 0);
+  EXPECT_EQ(s32_Revision, 0);
+  EXPECT_EQ(Locked, 0U);
+  EXPECT_EQ(beaconRoundel.TemperatureKelvin, 0);
+  EXPECT_EQ(beaconRoundel.Humidity, 0);
+}
+
+TEST_F(ScratchState, StagesTwentyFourInputsAndTwelveOutputsAllEmpty) {
+  ASSERT_EQ(dcioInputs.size(), 24U);
+  ASSERT_EQ(dcioOutputs.size(), 12U);
+  for (const auto& points : {std::span<DcioPoint>(dcioInputs), std::span<DcioPoint>(dcioOutputs)}) {
+    for (const DcioPoint& point : points) {
+      EXPECT_EQ(point.Present, 0);
+      EXPECT_EQ(point.Type, 0U);
+      EXPECT_EQ(point.Index, 0);
+      EXPECT_EQ(point.State, 0);
+      EXPECT_EQ(point.Label, "");
+    }
+  }
+}
+
+TEST_F(ScratchState, MakesNoPointsInAFreshProcess) {
+  QtSts::CCANDcio16in3out8cfg board;
+  board.Points.Inputs = std::make_unique<QtSts::InputListType>();
+  board.Points.Outputs = std::make_unique<QtSts::OutputListType>();
+  PopulateInputs(&board);
+  PopulateOutputs(&board);
+  EXPECT_TRUE(board.Points.Inputs->Points.empty());
+  EXPECT_TRUE(board.Points.Outputs->Points.empty());
+}
+
+TEST_F(ScratchState, LimitsOneReportAnHourFromTheStart) {
+  EXPECT_EQ(rs.interval, 3600);
+  EXPECT_EQ(rs.burst, 1);
+  EXPECT_EQ(rs.printed, 0);
+  EXPECT_EQ(rs.missed, 0);
+  EXPECT_EQ(rs.begin, 0U);
+  EXPECT_TRUE(rs.lock.try_lock()) << "locked at load";
+  rs.lock.unlock();
+}
+
+TEST_F(ScratchState, HasTheWidthsThatRowsAreCutTo) {
+  EXPECT_TRUE((std::is_same_v<decltype(u32_Address), std::uint32_t>));
+  EXPECT_TRUE((std::is_same_v<decltype(u16_IdType), std::uint16_t>));
+  EXPECT_TRUE((std::is_same_v<decltype(u8_HardwareID), std::uint8_t>));
+  EXPECT_TRUE((std::is_same_v<decltype(s32_Revision), std::int32_t>));
+  EXPECT_TRUE((std::is_same_v<decltype(f_celsius), float>));
+  EXPECT_TRUE((std::is_same_v<decltype(dLatitude), double>));
+  EXPECT_TRUE((std::is_same_v<decltype(dLongitude), double>));
+  EXPECT_TRUE((std::is_same_v<decltype(dAltitude), double>));
+  EXPECT_TRUE((std::is_same_v<decltype(FanRpms)::key_type, std::uint8_t>));
+  EXPECT_TRUE((std::is_same_v<decltype(FanRpms)::mapped_type, std::uint16_t>));
+  EXPECT_EQ(sizeof b_Connected, 1U);
+  EXPECT_EQ(sizeof at_Type, 4U);
+  EXPECT_EQ(sizeof st_Type, 4U);
+  EXPECT_EQ(sizeof Locked, 4U);
+  EXPECT_EQ(sizeof st_DCIO_Type, 4U);
+}
+
+TEST_F(ScratchState, HoldsCodesOfAnyThirtyTwoBitValue) {
+  EXPECT_TRUE((std::is_same_v<std::underlying_type_t<AttachmentType>, std::uint32_t>));
+  EXPECT_TRUE((std::is_same_v<std::underlying_type_t<SensorType>, std::uint32_t>));
+  EXPECT_TRUE((std::is_same_v<std::underlying_type_t<DcioType>, std::uint32_t>));
+  EXPECT_TRUE((std::is_same_v<std::underlying_type_t<LockState>, std::uint32_t>));
+  EXPECT_TRUE((std::is_same_v<std::underlying_type_t<QtSts::InputType>, std::uint32_t>));
+}
+
+TEST_F(ScratchState, KeepsABeaconInTenFieldsInTheirOrder) {
+  beaconRoundel = {1, 2, 3, 65535, 65534, 4, 5, 65533, 65532, 6};
+  EXPECT_EQ(beaconRoundel.RedDimLevel, 1);
+  EXPECT_EQ(beaconRoundel.AmberDimLevel, 2);
+  EXPECT_EQ(beaconRoundel.ErrorFlags, 3);
+  EXPECT_EQ(beaconRoundel.RedLedErrorCount, 65535);
+  EXPECT_EQ(beaconRoundel.AmberLedErrorCount, 65534);
+  EXPECT_EQ(beaconRoundel.StatusFlags, 4);
+  EXPECT_EQ(beaconRoundel.SyncControlStartBit, 5);
+  EXPECT_EQ(beaconRoundel.PerColorLedCount, 65533);
+  EXPECT_EQ(beaconRoundel.TemperatureKelvin, 65532);
+  EXPECT_EQ(beaconRoundel.Humidity, 6);
+  EXPECT_EQ(sizeof beaconRoundel.RedDimLevel, 1U);
+  EXPECT_EQ(sizeof beaconRoundel.AmberDimLevel, 1U);
+  EXPECT_EQ(sizeof beaconRoundel.ErrorFlags, 1U);
+  EXPECT_EQ(sizeof beaconRoundel.StatusFlags, 1U);
+  EXPECT_EQ(sizeof beaconRoundel.SyncControlStartBit, 1U);
+  EXPECT_EQ(sizeof beaconRoundel.Humidity, 1U);
+}
+
+TEST_F(ResetGlobals, ClearsTheNodeCounterAndNothingElse) {
+  for (const ScratchVariable& variable : ScratchVariables()) {
+    variable.Fill();
+  }
+  const std::vector<std::string> before = Texts();
+  rs.printed = 1;
+  rs.missed = 2;
+  rs.begin = 3;
+  Reset_Globals();
+  for (std::size_t i = 0; i < before.size(); ++i) {
+    const ScratchVariable& variable = ScratchVariables()[i];
+    EXPECT_NE(before[i], kAtLoad[i]) << variable.Name << " was not filled";
+    if (std::string_view(variable.Name) == "u32_TTableNumAttribute") {
+      EXPECT_EQ(u32_TTableNumAttribute, 0U);
+    } else {
+      EXPECT_EQ(variable.Text(), before[i]) << variable.Name;
+    }
+  }
+  EXPECT_EQ(rs.interval, 3600);
+  EXPECT_EQ(rs.burst, 1);
+  EXPECT_EQ(rs.printed, 1);
+  EXPECT_EQ(rs.missed, 2);
+  EXPECT_EQ(rs.begin, 3U);
+  rs.printed = 0;
+  rs.missed = 0;
+  rs.begin = 0;
+}
+
+int SensorRow(const char* attribute, const char* value) {
+  static QtSts::CStatus status;
+  std::string key = std::string("Sensor_01_") + attribute;
+  std::string text = value;
+  return Status_Sensor(&status, text.data(), key.data());
+}
+
+TEST_F(ScratchState, CutsRowsThatAreTooLargeForTheirVariable) {
+  SensorRow("IdType", "65541");
+  EXPECT_EQ(u16_IdType, 5);
+  SensorRow("HardwareID", "261");
+  EXPECT_EQ(u8_HardwareID, 5);
+  SensorRow("Latitude", "16777217");
+  EXPECT_EQ(dLatitude, 16777217.0) << "a float would hold 16777216";
+}
+
+TEST_F(ScratchState, KeepsTheFirstSpeedOfAFan) {
+  SensorRow("Fan_3_Rpm", "1200");
+  SensorRow("Fan_3_Rpm", "900");
+  SensorRow("Fan_1_Rpm", "700");
+  EXPECT_THAT(FanRpms, ElementsAre(std::pair(1, 700), std::pair(3, 1200)));
+}
+
+TEST_F(ScratchState, KeepsVoltagesInArrivalOrderAndTwice) {
+  for (const char* value : {"24.5", "12", "24.5"}) {
+    SensorRow("PsrbVin_1_Volts", value);
+    SensorRow("PsrbVout_1_Volts", value);
+  }
+  EXPECT_THAT(f_Psrb_InputVoltages, ElementsAre(24.5F, 12.0F, 24.5F));
+  EXPECT_THAT(f_Psrb_OutputVoltages, ElementsAre(24.5F, 12.0F, 24.5F));
+}
+
+}  // namespace
