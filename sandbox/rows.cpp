@@ -1,0 +1,181 @@
+#include "sandbox/rows.h"
+
+#include <sqlite3.h>
+
+#include <memory>
+#include <optional>
+#include <stdexcept>
+
+#include "sandbox/files.h"
+#include "sandbox/text.h"
+
+namespace sandbox {
+namespace {
+
+constexpr const char* kTable =
+    "CREATE TABLE IF NOT EXISTS status(address TEXT PRIMARY KEY, value TEXT) WITHOUT ROWID;";
+constexpr const char* kInsert = "INSERT OR REPLACE INTO status VALUES(?, ?);";
+constexpr const char* kDelete = "DELETE FROM status WHERE address = ?;";
+constexpr int kPatience = 5000;  // milliseconds to wait for another connection's lock
+
+struct Escape {
+  char letter;
+  char meaning;
+};
+constexpr Escape kEscapes[] = {{'t', '\t'}, {'n', '\n'}, {'r', '\r'}, {'\\', '\\'}, {'#', '#'}};
+
+class Connection {
+ public:
+  Connection() {
+    RequireInside();
+    sqlite3* opened = nullptr;
+    const int result = sqlite3_open(kDatabase, &opened);
+    database_.reset(opened);
+    Require(result == SQLITE_OK);
+    sqlite3_busy_timeout(database_.get(), kPatience);
+  }
+
+  void Run(const std::string& sql) {
+    Require(sqlite3_exec(database_.get(), sql.c_str(), nullptr, nullptr, nullptr) == SQLITE_OK);
+  }
+
+  /// Runs a statement whose first parameters are `key` and `value`, if any.
+  void Run(const char* sql, const std::string& key, const RowValue* value) {
+    sqlite3_stmt* prepared = nullptr;
+    Require(sqlite3_prepare_v2(database_.get(), sql, -1, &prepared, nullptr) == SQLITE_OK);
+    const std::unique_ptr<sqlite3_stmt, int (*)(sqlite3_stmt*)> statement(prepared,
+                                                                          sqlite3_finalize);
+    BindText(prepared, 1, key);
+    if (value != nullptr) {
+      Bind(prepared, 2, *value);
+    }
+    Require(sqlite3_step(prepared) == SQLITE_DONE);
+  }
+
+ private:
+  void Require(bool done) const {
+    if (!done) {
+      throw std::runtime_error(std::string(kDatabase) + ": " + sqlite3_errmsg(database_.get()));
+    }
+  }
+
+  void BindText(sqlite3_stmt* statement, int position, const std::string& text) {
+    Require(sqlite3_bind_text(statement, position, text.data(), static_cast<int>(text.size()),
+                              nullptr) == SQLITE_OK);
+  }
+
+  // Null needs no binding: a fresh statement's parameters are null.
+  void Bind(sqlite3_stmt* statement, int position, const RowValue& value) {
+    if (const auto* text = std::get_if<std::string>(&value)) {
+      BindText(statement, position, *text);
+    } else if (const auto* blob = std::get_if<Blob>(&value)) {
+      Require(sqlite3_bind_blob(statement, position, blob->bytes.data(),
+                                static_cast<int>(blob->bytes.size()), nullptr) == SQLITE_OK);
+    }
+  }
+
+  std::unique_ptr<sqlite3, int (*)(sqlite3*)> database_{nullptr, sqlite3_close};
+};
+
+void MakeTable(Connection& connection) {
+  connection.Run("PRAGMA journal_mode=WAL;");
+  connection.Run(kTable);
+}
+
+std::string Unescape(std::string_view text) {
+  std::string plain;
+  for (std::size_t at = 0; at < text.size(); ++at) {
+    if (text[at] != '\\') {
+      plain += text[at];
+      continue;
+    }
+    ++at;
+    std::optional<char> meaning;
+    for (const Escape& escape : kEscapes) {
+      if (at < text.size() && escape.letter == text[at]) {
+        meaning = escape.meaning;
+      }
+    }
+    if (!meaning) {
+      throw std::runtime_error("unknown escape in: " + std::string(text));
+    }
+    plain += *meaning;
+  }
+  return plain;
+}
+
+std::string FromHexadecimal(std::string_view digits) {
+  std::string bytes;
+  for (std::size_t at = 0; at < digits.size(); at += 2) {
+    const std::string pair(digits.substr(at, 2));
+    if (pair.size() != 2 || pair.find_first_not_of("0123456789abcdefABCDEF") != std::string::npos) {
+      throw std::runtime_error("not hexadecimal: " + std::string(digits));
+    }
+    bytes += static_cast<char>(std::stoi(pair, nullptr, 16));
+  }
+  return bytes;
+}
+
+RowValue ParseValue(std::string_view text) {
+  if (text == "\\N") {
+    return nullptr;
+  }
+  if (text.substr(0, 2) == "\\x") {
+    return Blob(FromHexadecimal(text.substr(2)));
+  }
+  return Unescape(text);
+}
+
+}  // namespace
+
+Rows ParseRows(std::string_view text) {
+  Rows rows;
+  int number = 0;
+  ForEachRawLine(text, [&](const std::string& line) {
+    ++number;
+    if (line.empty() || line.front() == '#') {
+      return;
+    }
+    try {
+      const std::size_t tab = line.find('\t');
+      if (tab == std::string::npos) {
+        throw std::runtime_error("expected a key, a tab and a value");
+      }
+      const std::string_view view = line;
+      if (!rows.emplace(Unescape(view.substr(0, tab)), ParseValue(view.substr(tab + 1))).second) {
+        throw std::runtime_error("the key stands twice");
+      }
+    } catch (const std::exception& error) {
+      throw std::runtime_error("line " + std::to_string(number) + ": " + error.what());
+    }
+  });
+  return rows;
+}
+
+void SetRows(const Rows& rows) {
+  Connection connection;
+  MakeTable(connection);
+  connection.Run("BEGIN IMMEDIATE; DELETE FROM status;");
+  for (const auto& [key, value] : rows) {
+    connection.Run(kInsert, key, &value);
+  }
+  connection.Run("COMMIT;");
+}
+
+void SetRow(const std::string& key, const RowValue& value) {
+  Connection connection;
+  MakeTable(connection);
+  connection.Run(kInsert, key, &value);
+}
+
+void RemoveRow(const std::string& key) { Connection().Run(kDelete, key, nullptr); }
+
+void RunSql(const std::string& statements) { Connection().Run(statements); }
+
+void RemoveDatabase() {
+  for (const char* suffix : {"", "-wal", "-shm"}) {
+    RemoveFile(std::string(kDatabase) + suffix);
+  }
+}
+
+}  // namespace sandbox

@@ -1,0 +1,121 @@
+#include <gmock/gmock.h>
+
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+#include <string>
+
+#include "tests/sandbox/outside.h"
+
+namespace sandbox {
+namespace {
+
+namespace fs = std::filesystem;
+using testing::AllOf;
+using testing::HasSubstr;
+
+Outcome Box(const std::string& arguments) { return RunCommand(CONTROLLER_BOX " " + arguments); }
+
+class ControllerBox : public OutsideTest {
+ protected:
+  void SetUp() override {
+    OutsideTest::SetUp();
+    std::string pattern = fs::temp_directory_path() / "sandbox-XXXXXX";
+    folder_ = mkdtemp(pattern.data());
+  }
+  void TearDown() override {
+    if (!folder_.empty()) {
+      fs::remove_all(folder_);
+    }
+  }
+
+  void Write(const std::string& name, const std::string& text) const {
+    fs::create_directories((folder_ / name).parent_path());
+    std::ofstream(folder_ / name) << text;
+  }
+
+  fs::path folder_;
+};
+
+TEST_F(ControllerBox, GivesTheExitStatusOfTheCommand) {
+  EXPECT_EQ(0, Box("true").status);
+  EXPECT_EQ(7, Box("-- sh -c 'exit 7'").status);
+  EXPECT_EQ(128 + 11, Box("-- sh -c 'kill -SEGV $$'").status);
+}
+
+TEST_F(ControllerBox, TellsACommandThatCannotBeRun) {
+  const Outcome missing = Box("-- no-such-program");
+  EXPECT_EQ(127, missing.status);
+  EXPECT_THAT(missing.output, HasSubstr("no-such-program"));
+  EXPECT_EQ(126, Box("-- /usr").status);
+}
+
+TEST_F(ControllerBox, RunsTheCommandOnTheScenario) {
+  Write("root/etc/motto", "of the scenario");
+  Write("rows.tsv", "GUID\tabc\n");
+  const Outcome outcome =
+      Box("--scenario " + folder_.string() + " -- sh -c 'cat /etc/motto; ls /dev/shm'");
+  EXPECT_EQ("of the scenariostatus.db\n", outcome.output);
+}
+
+TEST_F(ControllerBox, ReportsAMistakeOfTheScenario) {
+  Write("rows.tsv", "no tab\n");
+  const Outcome outcome = Box("--scenario " + folder_.string() + " -- true");
+  EXPECT_EQ(126, outcome.status);
+  EXPECT_THAT(outcome.output, AllOf(HasSubstr("rows.tsv"), HasSubstr("line 1")));
+}
+
+TEST_F(ControllerBox, ReportsAScenarioThatTheKernelRefuses) {
+  Write("interfaces", "interface a-name-that-is-too-long\n");
+  const Outcome outcome = Box("--scenario " + folder_.string() + " -- echo started");
+  EXPECT_EQ(126, outcome.status);
+  EXPECT_THAT(outcome.output, HasSubstr("a-name-that-is-too-long"));
+  EXPECT_THAT(outcome.output, testing::Not(HasSubstr("started")));
+}
+
+TEST_F(ControllerBox, ABoundFolderTakesResultsOut) {
+  EXPECT_EQ(
+      0, Box("--bind " + folder_.string() + " -- touch " + (folder_ / "result").string()).status);
+  EXPECT_TRUE(fs::exists(folder_ / "result"));
+}
+
+TEST_F(ControllerBox, StandardInputReachesTheCommand) {
+  EXPECT_EQ("hello\n", RunCommand("echo hello | " CONTROLLER_BOX " -- cat").output);
+}
+
+TEST_F(ControllerBox, HelpNamesEveryOption) {
+  const Outcome help = Box("--help");
+  EXPECT_EQ(0, help.status);
+  EXPECT_THAT(help.output, AllOf(HasSubstr("--bind"), HasSubstr("--scenario"),
+                                 HasSubstr("--root-size"), HasSubstr("COMMAND")));
+  std::istringstream lines(help.output);
+  for (std::string line; std::getline(lines, line);) {
+    EXPECT_GE(80U, line.size()) << line;
+  }
+}
+
+TEST_F(ControllerBox, AnUnknownOptionIsAnError) {
+  EXPECT_NE(0, Box("--no-such-option -- true").status);
+  EXPECT_NE(0, Box("").status);
+}
+
+TEST_F(ControllerBox, ATestProgramRunsInTheGivenBox) {
+  Write("root/etc/of-the-scenario", "");
+  const Outcome outcome =
+      Box("--scenario " + folder_.string() +
+          " -- " TEST_PROGRAM " --gtest_filter=Root.TheProgramKnowsThatItIsInside");
+  EXPECT_EQ(0, outcome.status) << outcome.output;
+}
+
+TEST_F(ControllerBox, ValgrindRunsInside) {
+  if (RunCommand("valgrind --version").status != 0) {
+    GTEST_SKIP() << "there is no valgrind";
+  }
+  const Outcome outcome = Box("-- valgrind -q --error-exitcode=9 --leak-check=full /bin/true");
+  EXPECT_EQ(0, outcome.status) << outcome.output;
+  EXPECT_EQ("", outcome.output);
+}
+
+}  // namespace
+}  // namespace sandbox

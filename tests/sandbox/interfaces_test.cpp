@@ -1,0 +1,170 @@
+#include "sandbox/interfaces.h"
+
+#include <arpa/inet.h>
+#include <gmock/gmock.h>
+#include <ifaddrs.h>
+#include <net/if.h>
+#include <netdb.h>
+#include <sys/ioctl.h>
+#include <sys/socket.h>
+
+#include <array>
+#include <memory>
+#include <string>
+#include <system_error>
+#include <vector>
+
+#include "sandbox/descriptor.h"
+
+namespace sandbox {
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+std::string Text(const sockaddr* address, socklen_t length) {
+  std::array<char, NI_MAXHOST> host = {};
+  if (address == nullptr) {
+    return "none";
+  }
+  return getnameinfo(address, length, host.data(), host.size(), nullptr, 0, NI_NUMERICHOST) == 0
+             ? host.data()
+             : "unreadable";
+}
+
+std::string Line(const ifaddrs& entry) {
+  const std::string line = entry.ifa_name;
+  switch (entry.ifa_addr->sa_family) {
+    case AF_INET:
+      return line + " " + Text(entry.ifa_addr, sizeof(sockaddr_in)) + " mask " +
+             Text(entry.ifa_netmask, sizeof(sockaddr_in)) + " broadcast " +
+             Text(entry.ifa_broadaddr, sizeof(sockaddr_in));
+    case AF_INET6:
+      return line + " " + Text(entry.ifa_addr, sizeof(sockaddr_in6));
+    default:
+      return line + " link";
+  }
+}
+
+// What a program that lists the interfaces sees of them, besides lo.
+std::vector<std::string> Listed() {
+  std::vector<std::string> lines;
+  ifaddrs* head = nullptr;
+  EXPECT_EQ(0, getifaddrs(&head));
+  const std::unique_ptr<ifaddrs, void (*)(ifaddrs*)> list(head, freeifaddrs);
+  for (const ifaddrs* entry = head; entry != nullptr; entry = entry->ifa_next) {
+    if (std::string(entry->ifa_name) != "lo") {
+      lines.push_back(Line(*entry));
+    }
+  }
+  return lines;
+}
+
+ifreq Ask(unsigned long request, const std::string& name) {
+  const Descriptor socket(::socket(AF_INET, SOCK_DGRAM, 0));
+  ifreq question = {};
+  name.copy(question.ifr_name, IFNAMSIZ - 1);
+  EXPECT_EQ(0, ioctl(socket.Number(), request, &question)) << name;
+  return question;
+}
+
+int Flags(const std::string& name) {
+  return Ask(SIOCGIFFLAGS, name).ifr_flags & (IFF_UP | IFF_RUNNING);
+}
+
+class Interfaces : public testing::Test {
+ protected:
+  ~Interfaces() override { SetInterfaces({}); }
+};
+
+TEST_F(Interfaces, AnInterfaceHasExactlyTheGivenAddresses) {
+  SetInterfaces({{.name = "eth0",
+                  .addresses = {{.prefix = "192.168.1.20/24", .broadcast = "192.168.1.255"},
+                                {.prefix = "2001:db8::20/64"}}}});
+  EXPECT_THAT(Listed(), ElementsAre("eth0 link",
+                                    "eth0 192.168.1.20 mask 255.255.255.0 broadcast 192.168.1.255",
+                                    "eth0 2001:db8::20"));
+}
+
+// The C library gives the destination of a point-to-point link in the same place, and takes the
+// address itself for one.
+TEST_F(Interfaces, AnAddressWithoutBroadcastIsItsOwnDestination) {
+  SetInterfaces({{.name = "eth0", .addresses = {{.prefix = "10.0.0.5/8"}}}});
+  EXPECT_THAT(Listed(),
+              ElementsAre("eth0 link", "eth0 10.0.0.5 mask 255.0.0.0 broadcast 10.0.0.5"));
+}
+
+TEST_F(Interfaces, AnAddressWithAPeerOfZeroHasNeitherBroadcastNorDestination) {
+  SetInterfaces({{.name = "eth0", .addresses = {{.prefix = "10.0.0.5/8", .peer = "0.0.0.0"}}}});
+  EXPECT_THAT(Listed(), ElementsAre("eth0 link", "eth0 10.0.0.5 mask 255.0.0.0 broadcast none"));
+}
+
+TEST_F(Interfaces, ALabelledAddressIsListedAsAnAlias) {
+  SetInterfaces(
+      {{.name = "eth0",
+        .mac = "02:00:00:00:00:01",
+        .addresses = {
+            {.prefix = "10.0.0.5/8", .broadcast = "10.255.255.255"},
+            {.prefix = "172.16.0.5/16", .broadcast = "172.16.255.255", .label = "eth0:1"}}}});
+  EXPECT_THAT(Listed(),
+              ElementsAre("eth0 link", "eth0 10.0.0.5 mask 255.0.0.0 broadcast 10.255.255.255",
+                          "eth0:1 172.16.0.5 mask 255.255.0.0 broadcast 172.16.255.255"));
+  EXPECT_EQ(2, Ask(SIOCGIFHWADDR, "eth0:1").ifr_hwaddr.sa_data[0]);
+}
+
+TEST_F(Interfaces, TheMacAddressIsTheGivenOne) {
+  SetInterfaces({{.name = "eth0", .mac = "00:1A:2b:FC:4D:5E"}});
+  const ifreq answer = Ask(SIOCGIFHWADDR, "eth0");
+  EXPECT_EQ(std::string("\x00\x1A\x2B\xFC\x4D\x5E", 6), std::string(answer.ifr_hwaddr.sa_data, 6));
+}
+
+TEST_F(Interfaces, TheLinkStateShowsInTheFlagsAtOnce) {
+  SetInterfaces(
+      {{.name = "up"},
+       {.name = "unplugged", .state = LinkState::kUnplugged},
+       {.name = "down", .state = LinkState::kDown, .addresses = {{.prefix = "10.0.0.5/8"}}}});
+  EXPECT_EQ(IFF_UP | IFF_RUNNING, Flags("up"));
+  EXPECT_EQ(IFF_UP, Flags("unplugged"));
+  EXPECT_EQ(0, Flags("down"));
+}
+
+TEST_F(Interfaces, TheyAreListedInTheGivenOrder) {
+  SetInterfaces({{.name = "wlan0"}, {.name = "eth1"}, {.name = "eth0"}});
+  EXPECT_THAT(Listed(), ElementsAre("wlan0 link", "eth1 link", "eth0 link"));
+}
+
+TEST_F(Interfaces, NewOnesReplaceTheFormerOnes) {
+  SetInterfaces({{.name = "eth0", .addresses = {{.prefix = "10.0.0.5/8"}}}});
+  SetInterfaces({{.name = "eth0", .addresses = {{.prefix = "10.0.0.6/8"}}}, {.name = "eth1"}});
+  EXPECT_THAT(Listed(), ElementsAre("eth0 link", "eth1 link",
+                                    "eth0 10.0.0.6 mask 255.0.0.0 broadcast 10.0.0.6"));
+  SetInterfaces({});
+  EXPECT_THAT(Listed(), IsEmpty());
+}
+
+TEST_F(Interfaces, TheOtherEndsAreOutOfSight) {
+  SetInterfaces({{.name = "eth0"}});
+  EXPECT_THAT(Listed(), ElementsAre("eth0 link"));
+}
+
+TEST_F(Interfaces, WhatTheKernelRefusesIsAnErrorThatNamesIt) {
+  try {
+    SetInterfaces(
+        {{.name = "eth0", .addresses = {{.prefix = "10.0.0.5/8"}, {.prefix = "10.0.0.5/8"}}}});
+    FAIL() << "nothing was thrown";
+  } catch (const std::system_error& error) {
+    EXPECT_NE(std::string::npos, std::string(error.what()).find("10.0.0.5/8"));
+  }
+  EXPECT_THROW(SetInterfaces({{.name = "a-name-that-is-too-long"}}), std::system_error);
+}
+
+TEST_F(Interfaces, AnAddressThatIsNoneIsAnError) {
+  EXPECT_THROW(SetInterfaces({{.name = "eth0", .addresses = {{.prefix = "10.0.0/8"}}}}),
+               std::runtime_error);
+  EXPECT_THROW(SetInterfaces({{.name = "eth0", .addresses = {{.prefix = "10.0.0.5/33"}}}}),
+               std::runtime_error);
+  EXPECT_THROW(SetInterfaces({{.name = "eth0", .mac = "00:1A"}}), std::runtime_error);
+}
+
+}  // namespace
+}  // namespace sandbox

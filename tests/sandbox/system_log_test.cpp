@@ -1,0 +1,94 @@
+#include "sandbox/system_log.h"
+
+#include <gmock/gmock.h>
+#include <sys/wait.h>
+#include <syslog.h>
+#include <unistd.h>
+
+#include <filesystem>
+#include <string>
+
+#include "sandbox/scenario.h"
+
+namespace sandbox {
+namespace {
+
+using testing::IsEmpty;
+using testing::SizeIs;
+
+TEST(SystemLog, AMessageArrivesWithPriorityFacilityAndText) {
+  SystemLog log;
+  syslog(LOG_INFO, "%s: %d callbacks suppressed\n", "OutputPort", 3);
+  const std::vector<SystemLog::Message> messages = log.Read();
+  ASSERT_THAT(messages, SizeIs(1));
+  EXPECT_EQ(LOG_INFO, messages[0].priority);
+  EXPECT_EQ(LOG_USER, messages[0].facility);
+  EXPECT_EQ("OutputPort: 3 callbacks suppressed\n", messages[0].text);
+}
+
+TEST(SystemLog, OtherPrioritiesAndFacilitiesAreToldApart) {
+  SystemLog log;
+  openlog("a program", LOG_PID, LOG_DAEMON);
+  syslog(LOG_ERR, "broken: badly");
+  closelog();
+  const std::vector<SystemLog::Message> messages = log.Read();
+  ASSERT_THAT(messages, SizeIs(1));
+  EXPECT_EQ(LOG_ERR, messages[0].priority);
+  EXPECT_EQ(LOG_DAEMON, messages[0].facility);
+  EXPECT_EQ("broken: badly", messages[0].text);
+}
+
+TEST(SystemLog, EachMessageIsReadOnce) {
+  SystemLog log;
+  syslog(LOG_INFO, "one");
+  EXPECT_THAT(log.Read(), SizeIs(1));
+  EXPECT_THAT(log.Read(), IsEmpty());
+}
+
+TEST(SystemLog, APileOfMessagesWaitsForTheReader) {
+  SystemLog log;
+  for (int number = 0; number < 200; ++number) {
+    syslog(LOG_INFO, "message %d", number);
+  }
+  const std::vector<SystemLog::Message> messages = log.Read();
+  ASSERT_THAT(messages, SizeIs(200));
+  EXPECT_EQ("message 199", messages[199].text);
+}
+
+TEST(SystemLog, OtherProcessesLogHereToo) {
+  SystemLog log;
+  const pid_t child = fork();
+  if (child == 0) {
+    syslog(LOG_WARNING, "from the child");
+    _exit(0);
+  }
+  waitpid(child, nullptr, 0);
+  const std::vector<SystemLog::Message> messages = log.Read();
+  ASSERT_THAT(messages, SizeIs(1));
+  EXPECT_EQ("from the child", messages[0].text);
+}
+
+TEST(SystemLog, ANewOneReceivesAfterAnOldOneIsGone) {
+  {
+    SystemLog former;
+    syslog(LOG_INFO, "to the former");
+    EXPECT_THAT(former.Read(), SizeIs(1));
+  }
+  EXPECT_FALSE(std::filesystem::exists("/dev/log"));
+  syslog(LOG_INFO, "to nobody");
+  SystemLog log;
+  syslog(LOG_INFO, "to the new one");
+  const std::vector<SystemLog::Message> messages = log.Read();
+  ASSERT_THAT(messages, SizeIs(1));
+  EXPECT_EQ("to the new one", messages[0].text);
+}
+
+TEST(SystemLog, OutlivesTheChangeOfTheScenario) {
+  SystemLog log;
+  Scenario().Apply();
+  syslog(LOG_INFO, "still here");
+  EXPECT_THAT(log.Read(), SizeIs(1));
+}
+
+}  // namespace
+}  // namespace sandbox
