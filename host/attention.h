@@ -1,0 +1,23 @@
+// What in a document needs somebody's attention.
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "host/tree.h"
+
+namespace host {
+
+struct Note {
+  std::string What;   // "CANTempSensor 3 is not connected"
+  std::string Where;  // "Outputs[0]/DisplayInterfaces[1]/Sensors[3]/Connected"
+  const Value* Cause;
+};
+
+// Everything that needs attention, in order of the document. Points into `document`.
+std::vector<Note> FindNotes(const Element& document);
+
+// The templates (host/text_template.h) of all that a note can say.
+std::vector<const char*> NoteTemplates();
+
+}  // namespace host

@@ -1,0 +1,17 @@
+// The document as JSON, for programs.
+#pragma once
+
+#include <string>
+
+#include "host/tree.h"
+
+namespace host {
+
+// The tree as indented JSON (RFC 8259, UTF-8) with the schema's types. A record is an object: its
+// values, then its records and lists. A list is an array of objects, each with its class name as
+// first member "Class". Numbers are numbers in their shortest form, except that not-a-number and
+// the infinities are the strings "NaN", "INF" and "-INF"; lists of numbers are arrays; what is not
+// reported has no member.
+std::string RenderJson(const Element& document);
+
+}  // namespace host

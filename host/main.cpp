@@ -1,0 +1,71 @@
+// statuscollector: runs collection cycles and shows the document.
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <CLI/CLI.hpp>
+#include <clocale>
+#include <cstdio>
+#include <exception>
+#include <functional>
+#include <iostream>
+#include <utility>
+#include <vector>
+
+#include "host/commands.h"
+
+namespace {
+
+// A program may be started with its standard streams closed. The next file opened would then take
+// the place of one of them, and messages would go into it. Opened for reading, the place is taken
+// and writing to it stays an error.
+void KeepStandardStreams() {
+  for (const int descriptor : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
+    if (fcntl(descriptor, F_GETFD) == -1) {
+      static_cast<void>(open("/dev/null", O_RDONLY));
+    }
+  }
+}
+
+constexpr const char* kFooter =
+    "Exit status: 0 all well; 1 the last cycle failed (the document is shown all\n"
+    "the same), init did not work, or the documents differ; 2 wrong usage, or\n"
+    "something could not be read or written.";
+
+int Run(int argc, char** argv) {
+  CLI::App app("Collects the status of an LED display controller.", "statuscollector");
+  app.set_version_flag("--version", "statuscollector " STATUS_VERSION);
+  app.footer(kFooter);
+  app.require_subcommand(1);
+  app.get_formatter()->column_width(26);
+  std::vector<std::pair<CLI::App*, std::function<int()>>> commands;
+  for (std::size_t i = 0; i < host::kCommandCount; ++i) {
+    const host::Command& command = host::kCommands[i];
+    CLI::App* const declared = app.add_subcommand(command.Name, command.About);
+    commands.emplace_back(declared, command.Declare(*declared));
+  }
+  try {
+    app.parse(argc, argv);
+  } catch (const CLI::ParseError& outcome) {
+    // Help and version go to standard output and are no fault, everything else is.
+    return app.exit(outcome, std::cout, std::cerr) == 0 ? host::kAllWell : host::kTrouble;
+  }
+  for (const auto& [declared, run] : commands) {
+    if (declared->parsed()) {
+      return run();
+    }
+  }
+  return host::kTrouble;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  KeepStandardStreams();
+  std::setlocale(LC_ALL, "");
+  try {
+    return Run(argc, argv);
+  } catch (const std::exception& error) {
+    std::fprintf(stderr, "statuscollector: %s\n", error.what());
+    return host::kTrouble;
+  }
+}

@@ -1,0 +1,37 @@
+// Where documents go.
+#pragma once
+
+#include <string>
+#include <string_view>
+
+namespace host {
+
+// Standard output, kept for the host's own text. While a cycle runs, the probe prints lines of its
+// own to standard output ("Dev Name eth0"), as it has to. So that what comes out of the program is
+// the document and nothing else, descriptor 1 leads to standard error as long as this object lives,
+// and the text goes to where descriptor 1 led before.
+class StandardOutput {
+ public:
+  // Throws std::system_error.
+  StandardOutput();
+  ~StandardOutput();
+  StandardOutput(const StandardOutput&) = delete;
+  StandardOutput& operator=(const StandardOutput&) = delete;
+
+  // Throws std::system_error when not all of `text` could be written.
+  void Write(std::string_view text) const;
+
+  // Whether a person sees colours there: it is a terminal, not a dumb one, and NO_COLOR is not set.
+  bool WantsColour() const;
+
+ private:
+  int m_Descriptor;
+};
+
+// Makes the file at `path` hold `text`, whole or not at all: the text goes to a new file in the
+// same folder, which takes the name only once it is safe on the disk. A symbolic link is followed,
+// the permissions of a file that was there are kept. Throws std::system_error, also when something
+// else than a regular file stands there.
+void WriteFile(const std::string& path, std::string_view text);
+
+}  // namespace host

@@ -1,0 +1,85 @@
+// show: run collection cycles and show the last document.
+#include <CLI/CLI.hpp>
+#include <iterator>
+#include <map>
+#include <memory>
+#include <string>
+
+#include "collector/status_interface.h"
+#include "host/commands.h"
+#include "host/json.h"
+#include "host/output.h"
+#include "host/text.h"
+#include "host/tree.h"
+#include "model/xml.h"
+
+namespace host {
+namespace {
+
+std::string Text(QtSts::CStatus& status, bool colour) {
+  return RenderText(ReadTree(status), colour);
+}
+
+std::string Xml(QtSts::CStatus& status, bool /*colour*/) { return QtSts::WriteDocument(status); }
+
+std::string Json(QtSts::CStatus& status, bool /*colour*/) { return RenderJson(ReadTree(status)); }
+
+constexpr struct {
+  const char* Name;
+  std::string (*Render)(QtSts::CStatus& status, bool colour);
+} kFormats[] = {{"text", &Text}, {"xml", &Xml}, {"json", &Json}};
+
+struct Options {
+  std::string Format = kFormats[0].Name;
+  int Cycles = 1;
+  std::string Output;  // empty: standard output
+};
+
+std::string Render(const Options& options, QtSts::CStatus& status, bool colour) {
+  for (const auto& format : kFormats) {
+    if (options.Format == format.Name) {
+      return format.Render(status, colour);
+    }
+  }
+  throw std::logic_error("no format " + options.Format);
+}
+
+int Show(const Options& options) {
+  const StandardOutput output;
+  CStatusInterface collector;
+  collector.InitDatabase(false);
+  int result = 0;
+  for (int cycle = 0; cycle < options.Cycles; ++cycle) {
+    result = collector.QueryDatabase();
+  }
+  const bool colour = options.Output.empty() && output.WantsColour();
+  const std::string document = Render(options, collector.m_Status, colour);
+  collector.CloseDatabase();
+  if (options.Output.empty()) {
+    output.Write(document);
+  } else {
+    WriteFile(options.Output, document);
+  }
+  return result == 0 ? kAllWell : kFailed;
+}
+
+}  // namespace
+
+std::function<int()> DeclareShow(CLI::App& command) {
+  const auto options = std::make_shared<Options>();
+  std::vector<std::string> names;
+  for (const auto& format : kFormats) {
+    names.emplace_back(format.Name);
+  }
+  command.add_option("-f,--format", options->Format, "text (default), xml or json")
+      ->check(CLI::IsMember(names).description(""))
+      ->type_name("NAME");
+  command.add_option("-c,--cycles", options->Cycles, "Cycles to run; the last one is shown")
+      ->check(CLI::Range(1, 1000000).description(""))
+      ->type_name("N");
+  command.add_option("-o,--output", options->Output, "Write to FILE, whole or not at all")
+      ->type_name("FILE");
+  return [options] { return Show(*options); };
+}
+
+}  // namespace host

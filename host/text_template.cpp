@@ -1,0 +1,193 @@
+#include "host/text_template.h"
+
+#include <algorithm>
+#include <charconv>
+#include <cstdint>
+#include <iterator>
+#include <utility>
+
+#include "host/printable.h"
+#include "model/codes.h"
+
+namespace host {
+namespace {
+
+namespace listing = QtSts::listing;
+
+constexpr QtSts::Code kStatusFlagNames[] = {
+    {QtSts::kFlagPowerOff, "power off"},
+    {QtSts::kFlagWatchdogEvent, "watchdog event"},
+    {QtSts::kFlagTrackerActive, "pixel tracker active"},
+    {QtSts::kFlagTrackerBlanked, "output blanked"},
+    {QtSts::kFlagAmbientFailure, "ambient sensor failure"},
+    {QtSts::kFlagAmbientOverride, "ambient override"},
+};
+
+std::uint64_t Number(const std::string& text) {
+  std::uint64_t number = 0;
+  std::from_chars(text.data(), text.data() + text.size(), number);
+  return number;
+}
+
+std::string Hexadecimal(std::uint64_t number, std::size_t digits) {
+  char buffer[16];
+  char* const end = std::to_chars(std::begin(buffer), std::end(buffer), number, 16).ptr;
+  std::string text(std::begin(buffer), end);
+  std::transform(text.begin(), text.end(), text.begin(),
+                 [](char c) { return c >= 'a' ? static_cast<char>(c - 'a' + 'A') : c; });
+  return "0x" + std::string(digits - std::min(digits, text.size()), '0') + text;
+}
+
+// "none" or "0x1800: pixel tracker active, output blanked".
+std::string FlagNames(std::uint64_t flags) {
+  if (flags == 0) {
+    return "none";
+  }
+  std::string text = Hexadecimal(flags, 0);
+  const char* separator = ": ";
+  for (const QtSts::Code& flag : kStatusFlagNames) {
+    if ((flags & flag.Value) != 0) {
+      text.append(separator).append(flag.Text);
+      separator = ", ";
+    }
+  }
+  return text;
+}
+
+// "P1DT2H3M4S" as "1 d 2 h 3 min 4 s".
+std::string Duration(const std::string& text) {
+  constexpr std::pair<char, const char*> kUnits[] = {{'P', ""},    {'T', ""},      {'D', " d "},
+                                                     {'H', " h "}, {'M', " min "}, {'S', " s "}};
+  std::string spelled;
+  for (const char c : text) {
+    const auto* const unit =
+        std::find_if(std::begin(kUnits), std::end(kUnits),
+                     [c](const auto& candidate) { return candidate.first == c; });
+    if (unit != std::end(kUnits)) {
+      spelled += unit->second;
+    } else {
+      spelled += c;
+    }
+  }
+  return spelled;
+}
+
+// The name that `names` ("0=off,1=on") gives to `text`; false when it gives none.
+bool GivenName(std::string_view names, const std::string& text, std::string* name) {
+  while (!names.empty()) {
+    const std::size_t comma = names.find(',');
+    const std::string_view pair = names.substr(0, comma);
+    const std::size_t equals = pair.find('=');
+    if (pair.substr(0, equals) == text) {
+      *name = pair.substr(equals + 1);
+      return true;
+    }
+    names = comma == std::string_view::npos ? "" : names.substr(comma + 1);
+  }
+  return false;
+}
+
+std::string CodeName(const QtSts::CodeTable& codes, const std::string& text) {
+  for (const QtSts::Code& code : codes) {
+    if (std::to_string(code.Value) == text) {
+      return code.Text;
+    }
+  }
+  return "unknown (" + text + ")";
+}
+
+std::string WithUnit(const Value& value, const std::string& text) {
+  return *value.Field->Unit == '\0' ? text : text + " " + value.Field->Unit;
+}
+
+std::string Commas(const Value& value) {
+  std::string text;
+  for (const char c : value.Text) {
+    text += c == ' ' ? ", " : std::string(1, c);
+  }
+  return text.empty() ? "none" : WithUnit(value, text);
+}
+
+std::string Plain(const Value& value) {
+  if (value.Field->Codes.Count > 0) {
+    return CodeName(value.Field->Codes, value.Text);
+  }
+  if (value.Field->Scalar == &listing::kBool) {
+    return value.Text == "true" ? "yes" : "no";
+  }
+  if (value.Field->Scalar == &listing::kFloats) {
+    return Commas(value);
+  }
+  return value.Text.empty() ? "" : WithUnit(value, value.Text);
+}
+
+std::string Formatted(const Value& value, std::string_view format) {
+  std::string name;
+  if (format.starts_with("hex")) {
+    const std::string digits(format.substr(3));
+    return Hexadecimal(Number(value.Text), static_cast<std::size_t>(Number(digits)));
+  }
+  if (format == "bare") {
+    return value.Text;
+  }
+  if (format == "flags") {
+    return FlagNames(Number(value.Text));
+  }
+  if (format == "duration") {
+    return Duration(value.Text);
+  }
+  return GivenName(format, value.Text, &name) ? name : Plain(value);
+}
+
+const Value* FindByPath(const Element& element, std::string_view path) {
+  const std::size_t slash = path.rfind('/');
+  const bool own = slash == std::string_view::npos;
+  const Element* const holder = element.Find(own ? "" : path.substr(0, slash));
+  return holder == nullptr ? nullptr : holder->FindValue(own ? path : path.substr(slash + 1));
+}
+
+// What stands in place of `place`; empty when it is not reported.
+std::string FillPlace(std::string_view place, const Element& element, Filled* filled) {
+  if (place == "Class") {
+    return element.Class->Name;
+  }
+  if (place == "#") {
+    return std::to_string(element.Position);
+  }
+  const std::size_t colon = place.find(':');
+  const Value* const value = FindByPath(element, place.substr(0, colon));
+  if (value == nullptr) {
+    return "";
+  }
+  filled->Used.push_back(value);
+  return Printable(
+      Formatted(*value, colon == std::string_view::npos ? "" : place.substr(colon + 1)));
+}
+
+}  // namespace
+
+Filled Fill(std::string_view text_template, const Element& element) {
+  Filled filled;
+  bool places = false;
+  bool reported = false;
+  while (!text_template.empty()) {
+    const std::size_t open = text_template.find('{');
+    filled.Text += text_template.substr(0, open);
+    if (open == std::string_view::npos) {
+      break;
+    }
+    const std::size_t close = text_template.find('}', open);
+    const std::string text =
+        FillPlace(text_template.substr(open + 1, close - open - 1), element, &filled);
+    places = true;
+    reported = reported || !text.empty();
+    filled.Text += text.empty() ? kNotReported : text;
+    text_template.remove_prefix(close + 1);
+  }
+  if (places && !reported) {
+    filled.Text = kNotReported;
+  }
+  return filled;
+}
+
+}  // namespace host

@@ -1,0 +1,75 @@
+// docs/host.md, held to what the program does.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <regex>
+#include <string>
+
+#include "host/attention.h"
+#include "host/text_template.h"
+#include "host/tree.h"
+#include "tests/host/sample_documents.h"
+#include "tests/support/golden.h"
+#include "tests/support/run_program.h"
+
+namespace {
+
+using test_support::RunProgram;
+using testing::HasSubstr;
+
+std::string Manual() { return test_support::ReadSource("docs/host.md"); }
+
+std::string Help(const std::string& command) {
+  return RunProgram({HOST_PROGRAM, command, "--help"}).Output;
+}
+
+std::vector<std::string> Matches(const std::string& text, const std::string& pattern) {
+  const std::regex regex(pattern);
+  std::vector<std::string> found;
+  for (std::sregex_iterator match(text.begin(), text.end(), regex), end; match != end; ++match) {
+    found.push_back((*match)[1]);
+  }
+  return found;
+}
+
+TEST(Manual, HasASectionForEveryCommandAndARowForEveryOption) {
+  const std::string help = RunProgram({HOST_PROGRAM, "--help"}).Output;
+  const auto commands = Matches(help.substr(help.find("Subcommands:")), "\n  ([a-z]+) +[A-Z]");
+  EXPECT_GE(commands.size(), 4U);
+  for (const std::string& command : commands) {
+    EXPECT_THAT(Manual(), HasSubstr("\n### " + command + "\n"));
+    for (const std::string& option : Matches(Help(command), "(--[a-z]+)")) {
+      EXPECT_THAT(Manual(), HasSubstr("`" + option + "`")) << "of " << command;
+    }
+  }
+}
+
+// The words of a note are the longest piece of its template between places.
+std::string Words(const std::string& note_template) {
+  std::string words;
+  for (const std::string& piece : Matches("}" + note_template + "{", R"(\}[ :]*([^{]*?)[ :]*\{)")) {
+    words = piece.size() > words.size() ? piece : words;
+  }
+  return words;
+}
+
+TEST(Manual, ExplainsEveryNote) {
+  EXPECT_EQ(Words("Fan {FanNumber} stands still"), "stands still");
+  for (const char* note_template : host::NoteTemplates()) {
+    EXPECT_THAT(Manual(), HasSubstr("\n| " + Words(note_template) + " | "));
+  }
+}
+
+TEST(Manual, ExplainsEveryStatusFlag) {
+  const auto status = sample::Troubled();
+  const host::Element document = host::ReadTree(*status);
+  const host::Element& output = document.Find("Outputs")->Children[0];
+  const std::string flags = host::Fill("{StatusFlags:flags}", output).Text;
+  const auto words = Matches(flags, "[:,] ([a-z ]+)");
+  EXPECT_EQ(words.size(), 6U);
+  for (const std::string& word : words) {
+    EXPECT_THAT(Manual(), HasSubstr("\n| " + word + " | 0x"));
+  }
+}
+
+}  // namespace

@@ -1,0 +1,384 @@
+// The program itself, on controllers in a box.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <fstream>
+#include <nlohmann/json.hpp>
+#include <regex>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "host/page.h"
+#include "host/printable.h"
+#include "model/compare.h"
+#include "model/xml.h"
+#include "sandbox/scenario.h"
+#include "tests/support/comma_locale.h"
+#include "tests/support/run_program.h"
+#include "tests/support/validate.h"
+
+namespace {
+
+namespace fs = std::filesystem;
+using test_support::ProgramResult;
+using test_support::RunProgram;
+using testing::AnyOf;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::Not;
+using testing::StartsWith;
+
+constexpr int kAllWell = 0;
+constexpr int kFailed = 1;
+constexpr int kTrouble = 2;
+
+ProgramResult Collector(const std::vector<std::string>& arguments,
+                        const std::vector<std::string>& environment = {}) {
+  std::vector<std::string> command = {HOST_PROGRAM};
+  command.insert(command.end(), arguments.begin(), arguments.end());
+  return RunProgram(command, environment);
+}
+
+// The same behind a shell that changes streams or limits first.
+ProgramResult Shell(const std::string& line) {
+  return RunProgram({"/bin/sh", "-c", line}, {"COLLECTOR=" HOST_PROGRAM});
+}
+
+std::string Read(const std::string& path) {
+  std::ostringstream text;
+  text << std::ifstream(path, std::ios::binary).rdbuf();
+  return text.str();
+}
+
+void Write(const std::string& path, const std::string& text) { std::ofstream(path) << text; }
+
+class ShowTest : public testing::Test {
+ protected:
+  void SetUp() override {
+    m_Scenario.Row("DimmingLevel", "37.5")
+        .Row("DimmingMode", "manual")
+        .Row("GUID", "6f1c0d52")
+        .Row("Sensor_00_Celsius", "21.6")
+        .Row("Sensor_00_Connected", "false")
+        .Row("Sensor_00_Location", "Local_CAN")
+        .Row("Sensor_00_Type", "CANTemp")
+        .Interface({.name = "eth0"});
+    m_Scenario.Uptime(std::chrono::seconds(93784));
+    m_Scenario.Apply();
+  }
+
+  sandbox::Scenario m_Scenario;
+};
+
+TEST_F(ShowTest, ShowsTextUnlessAskedOtherwise) {
+  const ProgramResult result = Collector({"show"});
+  EXPECT_EQ(result.ExitCode, kAllWell) << result.Errors;
+  EXPECT_THAT(result.Output, StartsWith("Needs attention\n! CANTempSensor 0 is not connected"));
+  EXPECT_THAT(result.Output, HasSubstr("\n  Level asked for  37.5 %\n"));
+  EXPECT_EQ(Collector({"show", "--format", "text"}).ExitCode, kAllWell);
+}
+
+TEST_F(ShowTest, ShowsXmlThatIsValid) {
+  const ProgramResult result = Collector({"show", "--format", "xml"});
+  EXPECT_EQ(result.ExitCode, kAllWell) << result.Errors;
+  EXPECT_TRUE(test_support::IsValidDocument(result.Output));
+  EXPECT_THAT(result.Output, HasSubstr(" Celsius=\"21.6\""));
+}
+
+TEST_F(ShowTest, ShowsJson) {
+  const ProgramResult result = Collector({"show", "--format", "json"});
+  EXPECT_EQ(result.ExitCode, kAllWell) << result.Errors;
+  const nlohmann::json document = nlohmann::json::parse(result.Output);
+  EXPECT_EQ(document["GUID"], "6f1c0d52");
+  EXPECT_EQ(document["Sensors"][0]["Class"], "CANTempSensor");
+  EXPECT_THAT(result.Output, HasSubstr("\"Celsius\": 21.6\n"));
+}
+
+// The probe prints these lines to standard output, where they would spoil the document.
+TEST_F(ShowTest, KeepsTheProbesOwnLinesOutOfTheDocument) {
+  for (const char* format : {"text", "xml", "json"}) {
+    SCOPED_TRACE(format);
+    const ProgramResult result = Collector({"show", "--format", format, "--cycles", "2"});
+    EXPECT_THAT(result.Output, Not(HasSubstr("Dev Name")));
+    EXPECT_THAT(result.Output, AnyOf(StartsWith("N"), StartsWith("<?xml"), StartsWith("{")));
+    EXPECT_THAT(result.Errors, HasSubstr("Dev Name eth0"));
+  }
+}
+
+TEST_F(ShowTest, ShowsTheDocumentOfAFailedCycleAndEndsWithOne) {
+  m_Scenario.NoDatabase().Apply();
+  const ProgramResult result = Collector({"show", "--format", "xml"});
+  EXPECT_EQ(result.ExitCode, kFailed);
+  EXPECT_TRUE(test_support::IsValidDocument(result.Output));
+  EXPECT_THAT(result.Output, HasSubstr("<NetworkDevice "));
+  EXPECT_THAT(result.Errors, HasSubstr("14:"));
+}
+
+TEST_F(ShowTest, RunsAsManyCyclesAsAskedFor) {
+  const ProgramResult result = Collector({"show", "--cycles", "3"});
+  EXPECT_EQ(result.ExitCode, kAllWell);
+  std::smatch match;
+  const std::regex device("Dev Name eth0");
+  EXPECT_EQ(std::distance(std::sregex_iterator(result.Errors.begin(), result.Errors.end(), device),
+                          std::sregex_iterator()),
+            3);
+}
+
+TEST_F(ShowTest, SaysTheSameInALocaleWithDecimalComma) {
+  const std::vector<std::string> comma = {
+      "LOCPATH=" + test_support::CommaLocale::Path(),
+      std::string("LC_ALL=") + test_support::CommaLocale::kName};
+  // The clock goes on between two runs.
+  const std::regex time("20[0-9-]{8}T[0-9:]{8}|P1DT[0-9HMS]+|[0-9]+ min [0-9]+ s");
+  for (const char* format : {"text", "xml", "json"}) {
+    SCOPED_TRACE(format);
+    const ProgramResult plain = Collector({"show", "--format", format});
+    const ProgramResult german = Collector({"show", "--format", format}, comma);
+    EXPECT_EQ(std::regex_replace(plain.Output, time, "T"),
+              std::regex_replace(german.Output, time, "T"));
+    EXPECT_THAT(german.Output, HasSubstr("21.6"));
+  }
+  // Proof that the program was in that locale: its messages need not be, but the library sees it.
+  const ProgramResult check = RunProgram({"/usr/bin/locale", "decimal_point"}, comma);
+  EXPECT_EQ(check.Output, ",\n");
+}
+
+TEST_F(ShowTest, UsesNoColourInAPipe) {
+  EXPECT_THAT(Collector({"show"}).Output, Not(HasSubstr("\x1b")));
+}
+
+class OutputTest : public ShowTest {
+ protected:
+  void SetUp() override {
+    ShowTest::SetUp();
+    fs::remove_all(m_Folder);
+    fs::create_directories(m_Folder);
+  }
+
+  std::vector<std::string> Files() const {
+    std::vector<std::string> files;
+    for (const auto& entry : fs::directory_iterator(m_Folder)) {
+      files.push_back(entry.path().filename());
+    }
+    std::sort(files.begin(), files.end());
+    return files;
+  }
+
+  const std::string m_Folder = "/tmp/output_test";
+  const std::string m_File = m_Folder + "/status.xml";
+};
+
+TEST_F(OutputTest, WritesTheDocumentToAFile) {
+  const ProgramResult result = Collector({"show", "--format", "xml", "--output", m_File});
+  EXPECT_EQ(result.ExitCode, kAllWell) << result.Errors;
+  EXPECT_EQ(result.Output, "");
+  EXPECT_TRUE(test_support::IsValidDocument(Read(m_File)));
+  EXPECT_THAT(Files(), testing::ElementsAre("status.xml"));
+  struct stat status = {};
+  stat(m_File.c_str(), &status);
+  EXPECT_EQ(status.st_mode & 0777, 0644U);
+}
+
+TEST_F(OutputTest, WritesTheDocumentOfAFailedCycle) {
+  m_Scenario.NoDatabase().Apply();
+  EXPECT_EQ(Collector({"show", "--format", "xml", "-o", m_File}).ExitCode, kFailed);
+  EXPECT_TRUE(test_support::IsValidDocument(Read(m_File)));
+}
+
+TEST_F(OutputTest, ReplacesAFileAndKeepsItsPermissions) {
+  Write(m_File, "old");
+  chmod(m_File.c_str(), 0600);
+  EXPECT_EQ(Collector({"show", "--output", m_File}).ExitCode, kAllWell);
+  EXPECT_THAT(Read(m_File), StartsWith("Needs attention"));
+  struct stat status = {};
+  stat(m_File.c_str(), &status);
+  EXPECT_EQ(status.st_mode & 0777, 0600U);
+}
+
+TEST_F(OutputTest, FollowsASymbolicLink) {
+  Write(m_Folder + "/real", "old");
+  fs::create_symlink("real", m_File);
+  EXPECT_EQ(Collector({"show", "--output", m_File}).ExitCode, kAllWell);
+  EXPECT_TRUE(fs::is_symlink(m_File));
+  EXPECT_THAT(Read(m_Folder + "/real"), StartsWith("Needs attention"));
+}
+
+TEST_F(OutputTest, WritesRelativeToTheWorkingFolder) {
+  const ProgramResult result = Shell("cd " + m_Folder + " && exec $COLLECTOR show -o status.xml");
+  EXPECT_EQ(result.ExitCode, kAllWell) << result.Errors;
+  EXPECT_THAT(Read(m_File), StartsWith("Needs attention"));
+}
+
+// A file size limit stands for a full disk.
+TEST_F(OutputTest, LeavesTheOldFileAloneWhenItCannotWriteTheWholeNewOne) {
+  Write(m_File, "old");
+  const ProgramResult result =
+      Shell("trap '' XFSZ; ulimit -f 1; exec $COLLECTOR show --format xml --output " + m_File);
+  EXPECT_EQ(result.ExitCode, kTrouble);
+  EXPECT_THAT(result.Errors, HasSubstr("statuscollector: " + m_File + ": "));
+  EXPECT_EQ(Read(m_File), "old");
+  EXPECT_THAT(Files(), testing::ElementsAre("status.xml")) << "a temporary file is left";
+}
+
+TEST_F(OutputTest, RefusesWhatIsNoRegularFile) {
+  m_Scenario.Folder(m_Folder + "/folder");
+  fs::create_directories(m_Folder + "/folder");
+  mkfifo((m_Folder + "/pipe").c_str(), 0600);
+  for (const char* name : {"folder", "pipe"}) {
+    const ProgramResult result = Collector({"show", "--output", m_Folder + "/" + name});
+    EXPECT_EQ(result.ExitCode, kTrouble);
+    EXPECT_THAT(result.Errors, HasSubstr(std::string(name) + " is not a regular file"));
+  }
+  EXPECT_THAT(Files(), testing::ElementsAre("folder", "pipe"));
+}
+
+TEST_F(OutputTest, SaysWhenTheFolderIsNotThere) {
+  const ProgramResult result = Collector({"show", "--output", "/nowhere/status.xml"});
+  EXPECT_EQ(result.ExitCode, kTrouble);
+  EXPECT_THAT(result.Errors, HasSubstr("statuscollector: /nowhere/status.xml: "));
+}
+
+TEST_F(OutputTest, EndsWithTwoWhenStandardOutputCannotBeWritten) {
+  const ProgramResult closed = Shell("exec $COLLECTOR show >&-");
+  EXPECT_EQ(closed.ExitCode, kTrouble);
+  EXPECT_THAT(closed.Errors, HasSubstr("statuscollector: standard output: "));
+  const ProgramResult full =
+      Shell("trap '' XFSZ; ulimit -f 1; exec $COLLECTOR schema >" + m_Folder + "/schema");
+  EXPECT_EQ(full.ExitCode, kTrouble);
+  EXPECT_THAT(full.Errors, HasSubstr("statuscollector: standard output: "));
+}
+
+class InitTest : public testing::Test {
+ protected:
+  void SetUp() override { sandbox::Scenario().Apply(); }
+  static constexpr const char* kDatabase = "/dev/shm/status.db";
+};
+
+TEST_F(InitTest, MakesTheDatabaseReadyForWritersAndReaders) {
+  const ProgramResult result = Collector({"init"});
+  EXPECT_EQ(result.ExitCode, kAllWell) << result.Errors;
+  EXPECT_EQ(result.Output, "The status database is ready.\n");
+  EXPECT_EQ(Collector({"show"}).ExitCode, kAllWell);
+}
+
+TEST_F(InitTest, KeepsADatabaseThatIsReady) {
+  sandbox::Scenario().Row("GUID", "kept").Apply();
+  EXPECT_EQ(Collector({"init"}).ExitCode, kAllWell);
+  EXPECT_EQ(Collector({"init"}).ExitCode, kAllWell);
+  EXPECT_THAT(Collector({"show"}).Output, HasSubstr("GUID                  kept\n"));
+}
+
+TEST_F(InitTest, EndsWithOneWhenThereIsNoDatabaseAfterwards) {
+  fs::create_directories(kDatabase);
+  const ProgramResult folder = Collector({"init"});
+  EXPECT_EQ(folder.ExitCode, kFailed);
+  EXPECT_EQ(folder.Output, "");
+  EXPECT_THAT(folder.Errors, HasSubstr("statuscollector: the status database is not ready: "));
+  fs::remove(kDatabase);
+  Write(kDatabase, "this is no database, but a text that is long enough to be taken for one");
+  EXPECT_EQ(Collector({"init"}).ExitCode, kFailed);
+}
+
+class DiffTest : public testing::Test {
+ protected:
+  void SetUp() override {
+    QtSts::CStatus status;
+    Write(m_Before, QtSts::WriteDocument(status));
+    status.MemoryFree = 5;
+    status.GUID =
+        "\xC2\x9B"
+        "31m";
+    Write(m_After, QtSts::WriteDocument(status));
+  }
+
+  const std::string m_Before = "/tmp/before.xml";
+  const std::string m_After = "/tmp/after.xml";
+};
+
+TEST_F(DiffTest, ListsTheDifferencesAndEndsWithOne) {
+  const ProgramResult result = Collector({"diff", m_Before, m_After});
+  EXPECT_EQ(result.ExitCode, 1);
+  EXPECT_EQ(result.Output,
+            "GUID: \"\" -> \"\xEF\xBF\xBD"
+            "31m\"\nMemoryFree: 100000 -> 5\n");
+  EXPECT_EQ(result.Errors, "");
+}
+
+TEST_F(DiffTest, SaysNothingAboutEqualDocuments) {
+  const ProgramResult result = Collector({"diff", m_Before, m_Before});
+  EXPECT_EQ(result.ExitCode, kAllWell);
+  EXPECT_EQ(result.Output, "");
+}
+
+TEST_F(DiffTest, NamesTheFileThatIsNoDocument) {
+  Write("/tmp/wrong.xml", "<Status>\x1b[31m");
+  const ProgramResult wrong = Collector({"diff", m_Before, "/tmp/wrong.xml"});
+  EXPECT_EQ(wrong.ExitCode, kTrouble);
+  EXPECT_THAT(wrong.Errors, StartsWith("statuscollector: /tmp/wrong.xml: line 1: not a document"));
+  EXPECT_THAT(wrong.Errors, Not(HasSubstr("\x1b")));
+  const ProgramResult missing = Collector({"diff", "/tmp/missing.xml", m_After});
+  EXPECT_EQ(missing.ExitCode, kTrouble);
+  EXPECT_EQ(missing.Errors, "statuscollector: /tmp/missing.xml: the file cannot be read\n");
+}
+
+TEST(SchemaCommand, PrintsTheSchema) {
+  const ProgramResult result = Collector({"schema"});
+  EXPECT_EQ(result.ExitCode, kAllWell);
+  QtSts::CStatus status;
+  EXPECT_TRUE(test_support::IsValid(QtSts::WriteDocument(status), result.Output));
+}
+
+TEST(Usage, IsToldOnStandardOutputWithinEightyColumns) {
+  for (const std::vector<std::string>& arguments :
+       std::vector<std::vector<std::string>>{{"--help"},
+                                             {"-h"},
+                                             {"show", "--help"},
+                                             {"init", "--help"},
+                                             {"diff", "--help"},
+                                             {"schema", "--help"}}) {
+    SCOPED_TRACE(testing::PrintToString(arguments));
+    const ProgramResult result = Collector(arguments);
+    EXPECT_EQ(result.ExitCode, kAllWell);
+    EXPECT_EQ(result.Errors, "");
+    EXPECT_THAT(result.Output, HasSubstr("Usage: statuscollector"));
+    std::istringstream lines(result.Output);
+    for (std::string line; std::getline(lines, line);) {
+      EXPECT_LE(host::Width(line), host::Page::kColumns) << line;
+    }
+  }
+}
+
+TEST(Usage, TellsTheVersion) {
+  const ProgramResult result = Collector({"--version"});
+  EXPECT_EQ(result.ExitCode, kAllWell);
+  EXPECT_TRUE(std::regex_match(result.Output, std::regex("statuscollector \\d+\\.\\d+\\.\\d+\n")))
+      << result.Output;
+}
+
+TEST(Usage, EndsWithTwoAndAMessageOnStandardErrorWhenItIsWrong) {
+  for (const std::vector<std::string>& arguments :
+       std::vector<std::vector<std::string>>{{},
+                                             {"shwo"},
+                                             {"show", "--format", "yaml"},
+                                             {"show", "--cycles", "0"},
+                                             {"show", "--cycles", "many"},
+                                             {"show", "--nothing"},
+                                             {"show", "extra"},
+                                             {"show", "--output"},
+                                             {"diff"},
+                                             {"diff", "one"},
+                                             {"init", "extra"}}) {
+    SCOPED_TRACE(testing::PrintToString(arguments));
+    const ProgramResult result = Collector(arguments);
+    EXPECT_EQ(result.ExitCode, kTrouble);
+    EXPECT_EQ(result.Output, "");
+    EXPECT_THAT(result.Errors, Not(IsEmpty()));
+  }
+}
+
+}  // namespace
