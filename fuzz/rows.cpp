@@ -1,0 +1,74 @@
+// Rows of table `status` through the handlers: two cycles in one run, since the scratch state is
+// carried from one to the next.
+//
+// Input: a row a line, key TAB value; a line "=" parts the first cycle's rows from the second's.
+#include "collector/scratch.h"
+#include "fuzz/dispatch.h"
+#include "model/compare.h"
+#include "model/verify.h"
+#include "model/xml.h"
+#include "tests/collector/scratch_variables.h"
+
+namespace {
+
+// More rows than a real table has; larger inputs only make the fuzzer slow.
+constexpr std::size_t kLargestInput = std::size_t{64} << 10;
+
+struct Cycles {
+  fuzz::Rows first;
+  fuzz::Rows second;
+};
+
+Cycles ParseCycles(std::string_view text) {
+  Cycles cycles;
+  fuzz::Rows* rows = &cycles.first;
+  while (!text.empty()) {
+    const std::string_view line = text.substr(0, text.find('\n'));
+    text.remove_prefix(std::min(line.size() + 1, text.size()));
+    if (line == "=") {
+      rows = &cycles.second;
+      continue;
+    }
+    const std::size_t tab = std::min(line.find('\t'), line.size());
+    rows->insert_or_assign(std::string(line.substr(0, tab)),
+                           std::string(line.substr(std::min(tab + 1, line.size()))));
+  }
+  return cycles;
+}
+
+void RunCycle(const fuzz::Rows& rows, QtSts::CStatus* status) {
+  Status_ClearLists(status);
+  Reset_Globals();
+  fuzz::Dispatch(rows, status);
+}
+
+// Both cycles in a fresh process.
+void RunCycles(const Cycles& cycles, QtSts::CStatus* status) {
+  ClearScratch();
+  RunCycle(cycles.first, status);
+  RunCycle(cycles.second, status);
+}
+
+void CheckRoundTrip(QtSts::CStatus* status) {
+  QtSts::XmlError error;
+  const auto read = QtSts::ReadDocument(QtSts::WriteDocument(*status), &error);
+  FUZZ_CHECK(read != nullptr);
+  FUZZ_CHECK(QtSts::Compare(*status, *read).empty());
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  if (size > kLargestInput) {
+    return 0;
+  }
+  const Cycles cycles = ParseCycles(fuzz::Text(data, size));
+  QtSts::CStatus status;
+  RunCycles(cycles, &status);
+  QtSts::CStatus again;
+  RunCycles(cycles, &again);
+  FUZZ_CHECK(QtSts::Compare(status, again).empty());
+  CheckRoundTrip(&status);
+  ClearScratch();
+  return 0;
+}
