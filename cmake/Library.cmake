@@ -1,0 +1,37 @@
+# What every target of this project is built with.
+add_library(status_options INTERFACE)
+target_include_directories(status_options INTERFACE $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}>)
+target_compile_options(status_options INTERFACE -Wall -Wextra -Wconversion -Wshadow)
+if(STATUS_WARNINGS_AS_ERRORS)
+  target_compile_options(status_options INTERFACE -Werror)
+endif()
+if(STATUS_SANITIZE)
+  target_compile_options(status_options INTERFACE -fsanitize=${STATUS_SANITIZE}
+                                                  -fno-sanitize-recover=all)
+  target_link_options(status_options INTERFACE -fsanitize=${STATUS_SANITIZE})
+endif()
+
+# Instantiations of the standard library's templates are visible whatever the compiler is told; this
+# keeps them in.
+set(status_hidden_symbols _ZSt* _ZNSt* _ZNKSt* _ZZNSt* _ZTISt* _ZTSSt* _ZTVSt*)
+
+# status_shared_library(NAME SOURCES file... [HIDE symbol...]) makes one of the shipped libraries. It
+# shows what its sources export by name, less the mangled symbols (globs) under HIDE.
+function(status_shared_library name)
+  cmake_parse_arguments(arg "" "" "SOURCES;HIDE" ${ARGN})
+  add_library(${name} SHARED ${arg_SOURCES})
+  set(map ${CMAKE_CURRENT_BINARY_DIR}/${name}.map)
+  set(hidden ${status_hidden_symbols} ${arg_HIDE})
+  list(JOIN hidden "; " hidden)
+  file(CONFIGURE OUTPUT ${map} CONTENT "{ local: @hidden@; };\n" @ONLY)
+  target_link_options(${name} PRIVATE -Wl,--version-script=${map})
+  set_target_properties(${name} PROPERTIES LINK_DEPENDS ${map})
+  target_link_libraries(${name} PRIVATE $<BUILD_INTERFACE:status_options>)
+  target_include_directories(${name} INTERFACE $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}>
+                                               $<INSTALL_INTERFACE:include/statuscollector>)
+  set_target_properties(${name} PROPERTIES VERSION ${PROJECT_VERSION}
+                                           SOVERSION ${PROJECT_VERSION_MAJOR})
+  if(NOT STATUS_SANITIZE)
+    target_link_options(${name} PRIVATE -Wl,--no-undefined -Wl,--as-needed)
+  endif()
+endfunction()

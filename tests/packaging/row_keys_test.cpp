@@ -1,0 +1,262 @@
+// docs/rows.md against the key table, the listing of the document and the handlers themselves.
+#include <gtest/gtest.h>
+
+#include <map>
+#include <optional>
+#include <set>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "collector/key_table.h"
+#include "collector/scratch.h"
+#include "handlers/handlers.h"
+#include "model/document.h"
+#include "tests/packaging/markdown.h"
+#include "tests/support/golden.h"
+
+namespace {
+
+using markdown::Cells;
+using QtSts::ClassInfo;
+using QtSts::CStatus;
+using QtSts::Field;
+
+// Columns of the table of keys.
+enum KeyColumn { kKey, kFormat, kUnit, kField };
+
+const std::string& Page() {
+  static const std::string page = test_support::ReadSource("docs/rows.md");
+  return page;
+}
+
+int Handle(const std::string& key, std::string value, CStatus* status) {
+  for (const StatusKey& known : status_primary_keys) {
+    if (key.starts_with(known.Key)) {
+      std::string writable_key = key;
+      return known.Handler(status, value.data(), writable_key.data());
+    }
+  }
+  throw std::runtime_error("no handler of " + key);
+}
+
+const Field* FieldOf(const ClassInfo* info, std::string_view name, const void** object) {
+  for (; info != nullptr; info = info->Base) {
+    for (std::size_t i = 0; i < info->FieldCount; ++i) {
+      if (info->Fields[i].Name == name) {
+        return &info->Fields[i];
+      }
+    }
+    if (info->ToBase != nullptr) {
+      *object = info->ToBase(const_cast<void*>(*object));  // NOLINT: the walker reads only
+    }
+  }
+  return nullptr;
+}
+
+struct Found {
+  const Field* Where = nullptr;
+  std::string Value;  // as XML writes it; of a list the number of its elements
+};
+
+// The field at `path` of `status`, in first elements of lists; null when there is no such field.
+Found Find(const CStatus& status, std::string_view path) {
+  const ClassInfo* info = &CStatus::Class;
+  const void* object = &status;
+  for (;;) {
+    const std::string_view name = path.substr(0, path.find('/'));
+    const Field* const field = FieldOf(info, name, &object);
+    if (field == nullptr) {
+      return {};
+    }
+    const void* const value = field->Read(object);
+    Found found{field, ""};
+    if (field->Scalar != nullptr) {
+      field->Scalar->Format(value, &found.Value);
+    } else if (field->Elements != nullptr) {
+      found.Value = std::to_string(field->Elements->Count(value));
+    }
+    if (name.size() == path.size()) {
+      return found;
+    }
+    path.remove_prefix(name.size() + 1);
+    info = field->Record;
+    object = value;
+    if (field->Elements != nullptr) {
+      const QtSts::CBaseStatus* const element = field->Elements->At(value, 0);
+      info = QtSts::ClassOf(*element);
+      object = dynamic_cast<const void*>(element);
+    }
+  }
+}
+
+// What becomes of the field of a key when its row has `value`.
+std::string Stored(const std::string& key, const std::string& value, const std::string& path) {
+  CStatus status;
+  Handle(key, value, &status);
+  return Find(status, path).Value;
+}
+
+TEST(RowKeys, OnThePageAreTheKeyTable) {
+  std::vector<std::string> documented;
+  for (const Cells& row : markdown::Table(Page(), "Keys")) {
+    documented.push_back(markdown::Name(row[kKey]));
+  }
+  std::vector<std::string> known;
+  for (const StatusKey& key : status_primary_keys) {
+    known.push_back(key.Key);
+  }
+  EXPECT_EQ(documented, known);
+}
+
+TEST(RowKeys, NameFieldsOfTheDocumentWithTheirUnits) {
+  CStatus status;
+  Handle("TtableRows", "1", &status);  // makes the output
+  for (const Cells& row : markdown::Table(Page(), "Keys")) {
+    SCOPED_TRACE(row[kKey]);
+    const std::string path = markdown::Name(row[kField]);
+    if (path.empty()) {
+      EXPECT_EQ(row[kField], "");
+      continue;
+    }
+    const Found found = Find(status, path);
+    ASSERT_NE(found.Where, nullptr) << path;
+    EXPECT_EQ(row[kUnit], found.Where->Unit);
+  }
+}
+
+// What each format makes of three values: an integer beyond 16 bits with a fraction, a word, "1".
+const std::map<std::string, std::vector<std::string>> kFormats = {
+    {"text", {"65541.5", "true", "1"}},
+    {"integer", {"65541", "0", "1"}},
+    {"number", {"65541.5", "0", "1"}},
+    {"flag", {"false", "true", "false"}},
+};
+
+TEST(RowKeys, AreReadInTheFormatThatThePageTells) {
+  int checked = 0;
+  for (const Cells& row : markdown::Table(Page(), "Keys")) {
+    const std::string key = markdown::Name(row[kKey]);
+    const std::string path = markdown::Name(row[kField]);
+    SCOPED_TRACE(key);
+    const auto format = kFormats.find(row[kFormat]);
+    if (format == kFormats.end()) {
+      EXPECT_TRUE(row[kFormat] == "word" || row[kFormat] == "mark" || key.ends_with("_") ||
+                  path.empty())
+          << row[kFormat];
+      continue;
+    }
+    EXPECT_EQ(Stored(key, "65541.5", path), format->second[0]);
+    EXPECT_EQ(Stored(key, "true", path), format->second[1]);
+    EXPECT_EQ(Stored(key, "1", path), format->second[2]);
+    ++checked;
+  }
+  EXPECT_GE(checked, 20);
+}
+
+TEST(RowKeys, ThatAreMarksSetTheirBit) {
+  for (const auto& [key, bit] :
+       {std::pair("MdlsAmbientFailure", 0x2000), std::pair("MdlsAmbientOverride", 0x4000)}) {
+    EXPECT_EQ(Stored(key, "1", "Outputs/StatusFlags"), std::to_string(bit)) << key;
+    EXPECT_EQ(Stored(key, "true", "Outputs/StatusFlags"), "0") << key;
+  }
+}
+
+TEST(RowKeys, ThatAreKnownButNotUsedChangeNothing) {
+  for (const Cells& row : markdown::Table(Page(), "Keys")) {
+    if (row[kField].empty()) {
+      CStatus status;
+      Handle(markdown::Name(row[kKey]), "1", &status);
+      EXPECT_EQ(status.Outputs.Count(), 0U) << row[kKey];
+    }
+  }
+}
+
+using WordsAndCodes = std::vector<std::pair<std::string, std::string>>;
+
+WordsAndCodes Documented(std::string_view heading) {
+  WordsAndCodes words;
+  for (const Cells& row : markdown::Table(Page(), heading)) {
+    words.emplace_back(markdown::Name(row[0]), row[1]);
+  }
+  return words;
+}
+
+WordsAndCodes InCode(const QtSts::CodeTable& table) {
+  WordsAndCodes words;
+  for (const QtSts::Code& code : table) {
+    words.emplace_back(code.Text, std::to_string(code.Value));
+  }
+  return words;
+}
+
+template <class T>
+std::multiset<typename T::value_type> Unordered(const T& values) {
+  return {values.begin(), values.end()};
+}
+
+TEST(RowWords, OnThePageAreTheCodeTables) {
+  const std::pair<const char*, QtSts::CodeTable> tables[] = {
+      {"Dimming modes", QtSts::kDimmingModes},
+      {"Fans overrides", QtSts::kFansOverrides},
+      {"DCIO types", kDcioTypes},
+      {"Locations", kAttachments},
+      {"Lock states", QtSts::kLockStates},
+  };
+  for (const auto& [heading, table] : tables) {
+    EXPECT_EQ(Unordered(Documented(heading)), Unordered(InCode(table))) << heading;
+  }
+}
+
+TEST(RowWords, OfProductFamiliesStandInTheOrderOfTheSearch) {
+  EXPECT_EQ(Documented("Product families"), InCode(QtSts::kProductFamilies));
+  EXPECT_EQ(Stored("ProductFamily", "qtm2100", "ProductFamily"), "8");
+}
+
+struct DcioNumber {
+  std::uint32_t* Parked;
+  const char* Field;
+};
+const std::map<std::string, DcioNumber> kDcioNumbers = {
+    {"Address", {&u32_DCIO_Address, "Address"}},
+    {"ErrCnt", {&u32_DCIO_ErrCntr, "ErrorCounter"}},
+    {"NumAttribute", {&u32_DCIO_NumAttr, "NumberOfAttributes"}},
+    {"State", {&u32_DCIO_State, "State"}},
+};
+
+TEST(DcioRows, FillEveryVariableOfADevice) {
+  std::set<std::string> documented;
+  for (const Cells& row : markdown::Table(Page(), "DCIO devices")) {
+    const std::string attribute = markdown::Name(row[0]);
+    SCOPED_TRACE(attribute);
+    documented.insert(attribute);
+    if (attribute == "Type") {
+      continue;
+    }
+    ASSERT_TRUE(kDcioNumbers.contains(attribute));
+    const DcioNumber& number = kDcioNumbers.at(attribute);
+    EXPECT_EQ(row[1], "integer");
+    EXPECT_EQ(markdown::Name(row[3]), number.Field);
+    *number.Parked = 0;
+    CStatus status;
+    Handle("DCIO_00_" + attribute, "-1", &status);
+    EXPECT_EQ(*number.Parked, 4294967295U);
+  }
+  EXPECT_EQ(documented.size(), kDcioNumbers.size() + 1);
+  EXPECT_TRUE(documented.contains("Type"));
+}
+
+TEST(DcioRows, OfEveryTypeMakeTheElementWithItsFields) {
+  for (const Cells& row : markdown::Table(Page(), "DCIO types")) {
+    SCOPED_TRACE(row[0]);
+    CStatus status;
+    Handle("DCIO_00_Type", markdown::Name(row[0]), &status);
+    const QtSts::CDCIODevice* const device = status.DCIO.Devices[0];
+    ASSERT_NE(device, nullptr);
+    EXPECT_EQ(QtSts::ClassOf(*device)->Name, markdown::Name(row[2]));
+    EXPECT_EQ(device->State != nullptr, row[3] == "all");
+    EXPECT_EQ(device->ErrorCounter != nullptr, row[3] == "all");
+  }
+}
+
+}  // namespace
