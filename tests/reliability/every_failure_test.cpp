@@ -1,0 +1,341 @@
+// The n-th call of a kind fails, for n = 1, 2, 3 and so on until a cycle passes untouched, once and
+// from then on. After each failure nothing may be left behind, and the next cycle must be whole.
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <tuple>
+
+#include "model/xml.h"
+#include "sandbox/system_log.h"
+#include "sandbox/testing.h"
+#include "tests/collector/scratch_variables.h"
+#include "tests/reliability/controller.h"
+#include "tests/reliability/faults.h"
+#include "tests/reliability/scratch_state.h"
+
+namespace {
+
+using faults::Call;
+using faults::Extent;
+using faults::Injection;
+using reliability::Document;
+using reliability::FirstDifference;
+using reliability::Foreign;
+using reliability::Outcome;
+using reliability::ReportLines;
+using reliability::Run;
+using reliability::Scratch;
+
+// Opened from the test's start to its end.
+struct Laboratory {
+  Laboratory() { reliability::BusyController().Apply(); }
+
+  /// The document of a fresh collector on the present scratch state, which is put back. A document
+  /// depends on nothing else that lasts, so that it is known while the state stays the same.
+  const std::string& Untouched() {
+    if (std::string state = reliability::ScratchText(); state != state_) {
+      const Scratch before = reliability::SaveScratch();
+      CStatusInterface collector;
+      collector.InitDatabase(false);
+      const Outcome outcome = Run(&quiet, [&] { return collector.QueryDatabase(); });
+      EXPECT_EQ(outcome.result, 0) << outcome.report;
+      reliability::RestoreScratch(before);
+      state_ = std::move(state);
+      untouched_ = Document(&collector.m_Status);
+    }
+    return untouched_;
+  }
+
+  sandbox::SystemLog log;
+  reliability::Quiet quiet;
+
+ private:
+  std::string state_;
+  std::string untouched_;
+};
+
+// The option is whether the database is in write-ahead mode, or whether it is created.
+using Parameter = std::tuple<Call, Extent, bool>;
+
+std::string NameOf(const Parameter& parameter, const char* with, const char* without) {
+  const auto& [call, extent, option] = parameter;
+  return std::string(faults::NameOf(call)) + (extent == Extent::kOnce ? "Once" : "FromThenOn") +
+         (option ? with : without);
+}
+
+constexpr char kTouch[] = "UPDATE status SET value='1' WHERE address='MdlsAmbientFailure'";
+
+// One collector, opened and warm, and one failing call in one of its cycles.
+class WarmCycle {
+ public:
+  WarmCycle(Laboratory* laboratory, bool write_ahead)
+      : laboratory_(*laboratory), write_ahead_(write_ahead) {
+    EXPECT_EQ(other_.Do(write_ahead ? "PRAGMA journal_mode=WAL" : "PRAGMA journal_mode=DELETE"),
+              "");
+    collector_.InitDatabase(false);
+    for (int i = 0; i < 3; ++i) {
+      EXPECT_EQ(other_.Do(kTouch), "");
+      EXPECT_EQ(Cycle().result, 0);
+      CheckLocks();
+    }
+    steady_ = reliability::SaveScratch();
+    rows_only_ = reliability::RowsOnly(&collector_.m_Status);
+    // As long as one connection to a file holds a lock, SQLite keeps the descriptor of another that
+    // was closed, for the next one.
+    laboratory_.Untouched();
+    descriptors_ = reliability::OpenDescriptors();
+  }
+
+  /// False once the cycle passes untouched.
+  bool Fail(Call call, unsigned long nth, Extent extent) {
+    reliability::RestoreScratch(steady_);
+    reliability::ForgetTrackerReports();
+    // The reader's pages are stale by this, so that it reads the file.
+    EXPECT_EQ(other_.Do(kTouch), "");
+    const Outcome outcome = Run(&laboratory_.quiet, [&] {
+      const Injection injection(call, nth, extent);
+      return collector_.QueryDatabase();
+    });
+    const bool struck = faults::Struck();
+    laboratory_.log.Read();
+    EXPECT_EQ(reliability::OpenDescriptors(), descriptors_);
+    CheckLocks();
+    CheckPromise(outcome, call);
+    CheckNext(outcome);
+    return struck;
+  }
+
+ private:
+  Outcome Cycle() {
+    return Run(&laboratory_.quiet, [this] { return collector_.QueryDatabase(); });
+  }
+
+  void CheckLocks() {
+    if (write_ahead_) {
+      EXPECT_EQ(other_.Get("PRAGMA wal_checkpoint(TRUNCATE)"), "0") << "a snapshot is still held";
+    }
+    EXPECT_EQ(other_.Do("BEGIN EXCLUSIVE; COMMIT"), "") << "a lock is still held";
+  }
+
+  void CheckPromise(const Outcome& outcome, Call call) {
+    if (outcome.threw) {
+      EXPECT_EQ(call, Call::kMemory);
+      EXPECT_EQ(outcome.report, "");
+      return;
+    }
+    if (outcome.result != 0) {
+      EXPECT_EQ(outcome.result, 1);
+      EXPECT_EQ(ReportLines(outcome.report), 1) << outcome.report;
+      return;
+    }
+    // Only a statement that fails when it is finalized is reported by a cycle that succeeds.
+    const int lines = ReportLines(outcome.report);
+    EXPECT_TRUE(lines == 0 || (lines == 1 && call == Call::kSqlFinalize)) << outcome.report;
+    EXPECT_EQ(FirstDifference(reliability::RowsOnly(&collector_.m_Status), rows_only_), "");
+  }
+
+  void CheckNext(const Outcome& failed) {
+    if (!failed.threw && failed.result == 0 && !failed.report.empty()) {
+      const Outcome pending = Cycle();
+      EXPECT_EQ(pending.result, 1) << "the pending code makes the next cycle fail";
+      EXPECT_EQ(pending.report, "");
+    }
+    const std::string& untouched = laboratory_.Untouched();
+    const Outcome next = Cycle();
+    EXPECT_EQ(next.result, 0);
+    EXPECT_EQ(next.report, "");
+    EXPECT_EQ(FirstDifference(Document(&collector_.m_Status), untouched), "");
+    EXPECT_EQ(reliability::OpenDescriptors(), descriptors_);
+  }
+
+  Laboratory& laboratory_;
+  const bool write_ahead_;
+  Foreign other_;
+  CStatusInterface collector_;
+  Scratch steady_;
+  std::string rows_only_;
+  int descriptors_ = 0;
+};
+
+// From the opening on, and the closing too; each time with a new collector.
+class WholeLife {
+ public:
+  WholeLife(Laboratory* laboratory, bool write) : laboratory_(*laboratory), write_(write) {
+    if (write_) {
+      sandbox::RemoveDatabase();
+    }
+    EXPECT_EQ(Live(Call::kMemory, 0, Extent::kOnce).report, "");
+    descriptors_ = reliability::OpenDescriptors();
+    steady_ = reliability::SaveScratch();
+    laboratory_.Untouched();
+  }
+
+  bool Fail(Call call, unsigned long nth, Extent extent) {
+    reliability::RestoreScratch(steady_);
+    reliability::ForgetTrackerReports();
+    if (write_) {
+      sandbox::RemoveDatabase();
+    }
+    const Outcome outcome = Live(call, nth, extent);
+    const bool struck = faults::Struck();
+    EXPECT_TRUE(!outcome.threw || call == Call::kMemory);
+    EXPECT_GE(ReportLines(outcome.report), 0) << outcome.report;
+    EXPECT_EQ(reliability::OpenDescriptors(), descriptors_);
+    laboratory_.log.Read();
+    CheckNext();
+    return struck;
+  }
+
+ private:
+  Outcome Live(Call call, unsigned long nth, Extent extent) {
+    return Run(&laboratory_.quiet, [&] {
+      const Injection injection(call, nth, extent);
+      CStatusInterface collector;
+      collector.InitDatabase(write_);
+      const int result = collector.QueryDatabase();
+      collector.CloseDatabase();
+      return result;
+    });
+  }
+
+  void CheckNext() {
+    if (write_) {
+      CheckCreation();
+    }
+    const std::string& untouched = laboratory_.Untouched();
+    CStatusInterface collector;
+    collector.InitDatabase(false);
+    const Outcome next = Run(&laboratory_.quiet, [&] { return collector.QueryDatabase(); });
+    EXPECT_EQ(next.result, 0);
+    EXPECT_EQ(next.report, "");
+    EXPECT_EQ(FirstDifference(Document(&collector.m_Status), untouched), "");
+  }
+
+  // Whatever a failed creation left is completed by the next.
+  void CheckCreation() {
+    {
+      CStatusInterface collector;
+      const Outcome outcome = Run(&laboratory_.quiet, [&] { return collector.InitDatabase(true); });
+      EXPECT_EQ(outcome.report, "");
+    }
+    Foreign other;
+    EXPECT_EQ(other.Get("SELECT count(*) FROM sqlite_schema WHERE type='trigger'"), "6");
+    EXPECT_EQ(other.Get("SELECT count(*) FROM status, io, packages"), "0");
+    EXPECT_EQ(other.Get("PRAGMA integrity_check"), "ok");
+    EXPECT_EQ(other.Do("BEGIN EXCLUSIVE; COMMIT"), "") << "a lock is still held";
+  }
+
+  Laboratory& laboratory_;
+  const bool write_;
+  Scratch steady_;
+  int descriptors_ = 0;
+};
+
+// Blocks that each such failure deliberately leaves behind: the list of interfaces, when an address
+// cannot be written as text.
+long DeliberateLeak(Call call) { return call == Call::kGetnameinfo ? 1 : 0; }
+
+// Every n until nothing fails; what grows each time that the same call fails is a leak.
+template <class Subject>
+void Campaign(Subject* subject, Call call, Extent extent) {
+  constexpr int kAttempts = 4;
+  bool struck = true;
+  for (unsigned long nth = 1; struck && !testing::Test::HasFailure(); ++nth) {
+    SCOPED_TRACE(testing::Message() << "call " << nth);
+    long growth = 0;
+    for (int attempt = 0; attempt == 0 || (attempt < kAttempts && growth != 0); ++attempt) {
+      const long before = faults::LiveBlocks();
+      struck = subject->Fail(call, nth, extent);
+      growth = faults::LiveBlocks() - before - (struck ? DeliberateLeak(call) : 0);
+    }
+    if (faults::kCountsBlocks && !testing::Test::HasFailure()) {
+      EXPECT_EQ(growth, 0) << "blocks of memory, each time";
+    }
+  }
+}
+
+class EveryFailureOfACycle : public testing::TestWithParam<Parameter> {};
+
+TEST_P(EveryFailureOfACycle, LeavesNothingBehindAndTheNextCycleIsWhole) {
+  SANDBOX_NEEDS_DEVICES();
+  const auto [call, extent, write_ahead] = GetParam();
+  Laboratory laboratory;
+  WarmCycle cycle(&laboratory, write_ahead);
+  Campaign(&cycle, call, extent);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Reliability, EveryFailureOfACycle,
+    testing::Combine(testing::Values(Call::kMemory, Call::kOpen, Call::kRead, Call::kIoctl,
+                                     Call::kSocket, Call::kGetifaddrs, Call::kGetnameinfo,
+                                     Call::kFileStatus, Call::kSystemStatus, Call::kSqlSet,
+                                     Call::kSqlPrepare, Call::kSqlStep, Call::kSqlReset,
+                                     Call::kSqlFinalize),
+                     testing::Values(Extent::kOnce, Extent::kFromThenOn), testing::Bool()),
+    [](const auto& test) { return NameOf(test.param, "InWriteAheadMode", "InRollbackMode"); });
+
+class EveryFailureOfALife : public testing::TestWithParam<Parameter> {};
+
+TEST_P(EveryFailureOfALife, LeavesNothingBehindAndTheNextCollectorIsWhole) {
+  SANDBOX_NEEDS_DEVICES();
+  const auto [call, extent, writes] = GetParam();
+  Laboratory laboratory;
+  WholeLife life(&laboratory, writes);
+  Campaign(&life, call, extent);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Reliability, EveryFailureOfALife,
+    testing::Combine(testing::Values(Call::kMemory, Call::kOpen, Call::kRead, Call::kWrite,
+                                     Call::kFileStatus, Call::kSqlOpen, Call::kSqlSet,
+                                     Call::kSqlPrepare, Call::kSqlStep, Call::kSqlReset,
+                                     Call::kSqlFinalize, Call::kSqlClose),
+                     testing::Values(Extent::kOnce, Extent::kFromThenOn), testing::Bool()),
+    [](const auto& test) { return NameOf(test.param, "Creating", "Reading"); });
+
+// Writing and reading of a document, which hosts do after a cycle.
+class WrittenDocument {
+ public:
+  WrittenDocument() : written_(QtSts::WriteDocument(status_)) {}
+
+  bool Fail(Call call, unsigned long nth, Extent extent) {
+    std::string written = written_;
+    std::string read = written_;
+    {
+      const Injection injection(call, nth, extent);
+      try {
+        written = QtSts::WriteDocument(status_);
+        read = ReadBack();
+      } catch (const std::bad_alloc&) {
+        // What was done until then must be whole all the same.
+      }
+    }
+    EXPECT_EQ(FirstDifference(written, written_), "");
+    EXPECT_NE(read, "");
+    return faults::Struck();
+  }
+
+ private:
+  // What is read is the document, or there is a reason.
+  std::string ReadBack() const {
+    QtSts::XmlError error;
+    const auto read = QtSts::ReadDocument(written_, &error);
+    return read != nullptr ? read->Version : error.Message;
+  }
+
+  QtSts::CStatus status_;
+  std::string written_;
+};
+
+TEST(EveryFailureOfADocument, LeavesNothingBehindAndNeverHalfOfIt) {
+  for (const Extent extent : {Extent::kOnce, Extent::kFromThenOn}) {
+    WrittenDocument document;
+    Campaign(&document, Call::kMemory, extent);
+  }
+}
+
+TEST(ScratchState, IsSavedWhole) {
+  EXPECT_EQ(std::tuple_size_v<Scratch>, ScratchVariables().size());
+}
+
+}  // namespace

@@ -1,0 +1,26 @@
+#include "tests/support/comma_locale.h"
+
+#include <clocale>
+#include <cstdlib>
+#include <cstring>
+#include <stdexcept>
+
+namespace test_support {
+
+std::string CommaLocale::Path() { return TEST_LOCALES; }
+
+CommaLocale::CommaLocale() : m_Before(std::setlocale(LC_ALL, nullptr)) {
+  setenv("LOCPATH", Path().c_str(), 1);
+  m_LocaleBefore = std::locale::global(std::locale(kName));
+  if (std::strcmp(std::localeconv()->decimal_point, ",") != 0) {
+    throw std::runtime_error("the decimal point of the comma locale is not a comma");
+  }
+}
+
+CommaLocale::~CommaLocale() {
+  std::locale::global(m_LocaleBefore);
+  std::setlocale(LC_ALL, m_Before.c_str());
+  unsetenv("LOCPATH");
+}
+
+}  // namespace test_support
