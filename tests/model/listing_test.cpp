@@ -68,7 +68,7 @@ const ClassInfo* ListedAs(const std::string& cpp_name) {
 }
 
 struct Headers {
-  std::vector<std::string> Paths;
+  std::vector<std::string> Paths;    // of those that define such classes
   std::vector<std::string> Classes;  // every exported class that they define
 };
 
@@ -79,13 +79,16 @@ Headers ModelHeaders() {
     if (file.path().extension() != ".h") {
       continue;
     }
-    headers.Paths.push_back("model/" + file.path().filename().string());
     std::ostringstream stream;
     stream << std::ifstream(file.path()).rdbuf();
     const std::string text = stream.str();
+    const std::size_t classes = headers.Classes.size();
     for (std::sregex_iterator match(text.begin(), text.end(), definition), end; match != end;
          ++match) {
       headers.Classes.push_back("QtSts::" + (*match)[1].str());
+    }
+    if (headers.Classes.size() > classes) {
+      headers.Paths.push_back("model/" + file.path().filename().string());
     }
   }
   return headers;
