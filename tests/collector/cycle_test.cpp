@@ -207,6 +207,14 @@ TEST_F(DispatchTest, NeverGoesBackToAnEarlierTableKeyWithinACycle) {
   EXPECT_EQ(m_Status.Outputs[0]->Dimming.ActualDimmingLevel, 55) << "found from the start again";
 }
 
+TEST_F(DispatchTest, StaysWhereItWasAfterAKeyBeyondTheLastTableKey) {
+  SetRows({{"TtableTime", "time"}, {"Zzz", "1"}});
+  RunSql("INSERT INTO status VALUES(CAST('TtableTitle' AS BLOB), 'title');");
+  Open();
+  EXPECT_EQ(Cycle(), kDone);
+  EXPECT_EQ(m_Status.Outputs[0]->Title, "title");
+}
+
 TEST_F(DispatchTest, StartsAtTheFirstTableKeyInEveryCycle) {
   SetRows({{"ActualDimmingLevel", "55"}, {"TtableTitle", "title"}});
   Open();

@@ -1,13 +1,54 @@
 #include "tests/collector/hooks.h"
 
+#include <dlfcn.h>
+
+#include <ctime>
+
+#include "collector/scratch.h"
 #include "handlers/handlers.h"
+#include "model/verify.h"
 
 std::function<void(const DispatchedRow&)> g_on_thermal_scaler;
+std::function<void(const char* call)> g_on_call;
 
-// Stands in front of the library's own: the dynamic linker takes the program's definition first.
+namespace {
+
+// The definition that this program stands in front of, by its mangled name.
+template <class Function>
+Function* Behind(const char* symbol) {
+  return reinterpret_cast<Function*>(dlsym(RTLD_NEXT, symbol));
+}
+
+void Note(const char* call) {
+  if (g_on_call) {
+    g_on_call(call);
+  }
+}
+
+}  // namespace
+
+// These stand in front of the library's own: the dynamic linker takes the program's definitions
+// first.
+
 int Status_ThermalScaler(QtSts::CStatus* status, char* value, char* key) {
   if (g_on_thermal_scaler) {
     g_on_thermal_scaler({status, value, key});
   }
   return 0;
+}
+
+void Status_ClearLists(QtSts::CStatus* status) {
+  Note("Status_ClearLists");
+  Behind<void(QtSts::CStatus*)>("_Z17Status_ClearListsPN5QtSts7CStatusE")(status);
+}
+
+void Reset_Globals() {
+  Note("Reset_Globals");
+  Behind<void()>("_Z13Reset_Globalsv")();
+}
+
+extern "C" __attribute__((visibility("default"))) std::time_t time(std::time_t* result) noexcept {
+  Note("time");
+  static auto* const real = Behind<std::time_t(std::time_t*)>("time");
+  return real(result);
 }

@@ -1,5 +1,5 @@
-// How a test looks into the middle of a cycle: rows whose key begins with "ThermalScaler", which
-// the product consumes without a trace, reach a function of the test.
+// How a test looks into the middle of a cycle: some calls of the library come through this program
+// on their way.
 #pragma once
 
 #include <functional>
@@ -13,5 +13,10 @@ struct DispatchedRow {
   std::string Key;
 };
 
-// Called for each such row; empty: nothing happens. What it throws leaves the handler.
+// Called for each row whose key begins with "ThermalScaler", which the product consumes without a
+// trace; empty: nothing happens. What it throws leaves the handler.
 extern std::function<void(const DispatchedRow&)> g_on_thermal_scaler;
+
+// Called with the name of each of Status_ClearLists, Reset_Globals and time that is about to be
+// called; empty: nothing happens.
+extern std::function<void(const char* call)> g_on_call;

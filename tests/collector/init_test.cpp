@@ -9,6 +9,7 @@
 #include "sandbox/files.h"
 #include "sandbox/rows.h"
 #include "tests/collector/cycle_fixture.h"
+#include "tests/db/interposed.h"
 
 namespace {
 
@@ -51,6 +52,21 @@ TEST_F(InitTest, OpensNothingInTheConstructor) {
   EXPECT_EQ(collector.m_UTCTime, "");
   EXPECT_EQ(collector.m_Status.ConfigurationTimestamp, "2000-01-01T00:00:00");
   EXPECT_EQ(collector.m_LastError, 0);
+}
+
+TEST_F(InitTest, HoldsDocumentProbeAndUtcTextInThisOrder) {
+  const void* const members[] = {&m_Collector.m_Status, &m_Collector.m_Hardware,
+                                 &m_Collector.m_UTCTime};
+  EXPECT_LT(members[0], members[1]);
+  EXPECT_LT(members[1], members[2]);
+}
+
+TEST_F(InitTest, OpensTheDatabaseForItsOneThread) {
+  constexpr int kFlags = 32768 | SQLITE_OPEN_NOFOLLOW;
+  Init(true);
+  EXPECT_EQ(g_open_flags, kFlags | SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE);
+  Init(false);
+  EXPECT_EQ(g_open_flags, kFlags | SQLITE_OPEN_READONLY);
 }
 
 TEST_F(InitTest, CreatesThreeTablesThenThreeTriggersOfEach) {
@@ -121,6 +137,13 @@ TEST_F(InitTest, LetsTheDatabaseBeClosedTwiceAndWithoutOpening) {
   Init(true);
   EXPECT_EQ(m_Collector.CloseDatabase(), 0);
   EXPECT_EQ(m_Collector.CloseDatabase(), 0);
+}
+
+TEST_F(InitTest, LetsTheResultOfClosingThrough) {
+  Init(true);
+  g_close_result = SQLITE_IOERR;
+  EXPECT_EQ(ErrorsOf([&] { EXPECT_EQ(m_Collector.CloseDatabase(), SQLITE_IOERR); }),
+            "10:disk I/O error\n");
 }
 
 TEST_F(InitTest, ReleasesEverythingWithoutCloseDatabase) {

@@ -11,6 +11,8 @@ int g_allocations = 0;
 int g_finalize_result = 0;
 int g_reset_result = 0;
 int g_close_result = 0;
+int g_open_flags = 0;
+std::function<void(char const*)> g_on_compile;
 
 void* operator new(std::size_t size) {
   ++g_allocations;
@@ -53,6 +55,25 @@ __attribute__((visibility("default"))) int sqlite3_reset(sqlite3_stmt* stmt) {
 
 __attribute__((visibility("default"))) int sqlite3_close(sqlite3* db) {
   return Call("sqlite3_close", db, g_close_result);
+}
+
+__attribute__((visibility("default"))) int sqlite3_open_v2(char const* file, sqlite3** db,
+                                                           int flags, char const* vfs) {
+  g_open_flags = flags;
+  static auto const real =
+      reinterpret_cast<decltype(&sqlite3_open_v2)>(dlsym(RTLD_NEXT, "sqlite3_open_v2"));
+  return real(file, db, flags, vfs);
+}
+
+__attribute__((visibility("default"))) int sqlite3_prepare_v2(sqlite3* db, char const* sql,
+                                                              int size, sqlite3_stmt** stmt,
+                                                              char const** tail) {
+  if (g_on_compile) {
+    g_on_compile(sql);
+  }
+  static auto const real =
+      reinterpret_cast<decltype(&sqlite3_prepare_v2)>(dlsym(RTLD_NEXT, "sqlite3_prepare_v2"));
+  return real(db, sql, size, stmt, tail);
 }
 
 }  // extern "C"

@@ -1,6 +1,8 @@
-// Calls that this test program puts itself in front of: allocations are counted, and calls of
-// SQLite can be made to fail (they do their work all the same).
+// Calls that this test program puts itself in front of: allocations are counted, what SQLite is
+// told is noted, and calls of SQLite can be made to fail (they do their work all the same).
 #pragma once
+
+#include <functional>
 
 /// Allocations with new so far, of this program and of the library. SQLite itself uses malloc.
 extern int g_allocations;
@@ -9,3 +11,9 @@ extern int g_allocations;
 extern int g_finalize_result;
 extern int g_reset_result;
 extern int g_close_result;
+
+/// Flags of the last database that was opened.
+extern int g_open_flags;
+
+/// Called with the text of each statement that is compiled; empty: nothing happens.
+extern std::function<void(char const*)> g_on_compile;

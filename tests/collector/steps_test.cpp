@@ -1,0 +1,65 @@
+// What a cycle does in which order, and what it costs.
+
+#include "sandbox/rows.h"
+#include "tests/collector/cycle_fixture.h"
+#include "tests/collector/hooks.h"
+#include "tests/db/interposed.h"
+
+namespace {
+
+using testing::ElementsAre;
+
+class StepsTest : public CycleTest {
+ protected:
+  ~StepsTest() override {
+    g_on_call = nullptr;
+    g_on_compile = nullptr;
+  }
+
+  // The calls of one cycle that come through this program, and the statement that it compiles.
+  std::vector<std::string> Steps() {
+    std::vector<std::string> steps;
+    g_on_call = [&](const char* call) { steps.emplace_back(call); };
+    g_on_compile = [&](const char* sql) { steps.emplace_back(sql); };
+    g_on_thermal_scaler = [&](const DispatchedRow& row) { steps.push_back(row.Key); };
+    Cycle();
+    g_on_call = nullptr;
+    g_on_compile = nullptr;
+    return steps;
+  }
+
+  // Allocations of one cycle over `count` rows of about 500 bytes.
+  int Allocations(int count) {
+    sandbox::Rows rows;
+    for (int number = 100; number < 100 + count; ++number) {
+      rows["ThermalScaler" + std::to_string(number) + std::string(90, 'k')] = std::string(400, 'v');
+    }
+    sandbox::SetRows(rows);
+    const int before = g_allocations;
+    EXPECT_EQ(m_Collector.QueryDatabase(), 0);
+    return g_allocations - before;
+  }
+};
+
+// The clock is read once: two readings could tell two times.
+TEST_F(StepsTest, OfACycleAreProbeResetTimeStatementRows) {
+  sandbox::SetRows({{"ThermalScaler", "1"}, {"ThermalScalerX", "2"}});
+  Open();
+  Cycle();  // in the first, SQLite reads the names of the tables too
+  EXPECT_THAT(Steps(), ElementsAre("Status_ClearLists", "Reset_Globals", "time",
+                                   "SELECT * FROM status ORDER BY address ASC;", "ThermalScaler",
+                                   "ThermalScalerX"));
+}
+
+TEST_F(StepsTest, OfACycleWithoutADatabaseEndWithTheTime) {
+  EXPECT_THAT(Steps(), ElementsAre("Status_ClearLists", "Reset_Globals", "time"));
+}
+
+TEST_F(StepsTest, OfARowAllocateNothing) {
+  Open();
+  Allocations(1);  // what is allocated once
+  const int one_row = Allocations(1);
+  EXPECT_EQ(Allocations(300), one_row);
+}
+
+}  // namespace
