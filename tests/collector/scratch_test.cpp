@@ -84,17 +84,32 @@ TEST_F(ScratchState, LimitsOneReportAnHourFromTheStart) {
   rs.lock.unlock();
 }
 
+template <class Expected, class... Variables>
+constexpr bool kAll = (std::is_same_v<Variables, Expected> && ...);
+
 TEST_F(ScratchState, HasTheWidthsThatRowsAreCutTo) {
-  EXPECT_TRUE((std::is_same_v<decltype(u32_Address), std::uint32_t>));
-  EXPECT_TRUE((std::is_same_v<decltype(u16_IdType), std::uint16_t>));
-  EXPECT_TRUE((std::is_same_v<decltype(u8_HardwareID), std::uint8_t>));
-  EXPECT_TRUE((std::is_same_v<decltype(s32_Revision), std::int32_t>));
-  EXPECT_TRUE((std::is_same_v<decltype(f_celsius), float>));
-  EXPECT_TRUE((std::is_same_v<decltype(dLatitude), double>));
-  EXPECT_TRUE((std::is_same_v<decltype(dLongitude), double>));
-  EXPECT_TRUE((std::is_same_v<decltype(dAltitude), double>));
-  EXPECT_TRUE((std::is_same_v<decltype(FanRpms)::key_type, std::uint8_t>));
-  EXPECT_TRUE((std::is_same_v<decltype(FanRpms)::mapped_type, std::uint16_t>));
+  EXPECT_TRUE(
+      (kAll<std::uint32_t, decltype(u32_SensorNumber), decltype(u32_Address), decltype(u32_Bus),
+            decltype(u32_NumAttribute), decltype(uiSyncLossCounter),
+            decltype(u32_DispInterfaceNumAttribute), decltype(u32_Face), decltype(u32_PortStatus),
+            decltype(u32_Front), decltype(u32_Back), decltype(uiCompass), decltype(u32_FansEnabled),
+            decltype(u32_DCIO_SensorNumber), decltype(u32_DCIO_State), decltype(u32_DCIO_ErrCntr),
+            decltype(u32_DCIO_NumAttr), decltype(u32_DCIO_Address),
+            decltype(u32_TTableNumAttribute)>));
+  EXPECT_TRUE((
+      kAll<std::uint16_t, decltype(u16_DispInterfaceAddress), decltype(u16_IdType),
+           decltype(u16_OneMinAverage), decltype(u16_TenMinAverage), decltype(u16_OneMinLuxAverage),
+           decltype(u16_TenMinLuxAverage), decltype(u16_LongTermAverage), decltype(u16_AverageRpm),
+           decltype(u16_CurrentRpm), decltype(u16_Ambient)>));
+  EXPECT_TRUE((kAll<std::uint8_t, decltype(u8_HardwareID), decltype(u8_Psrb_HardwareErrors)>));
+  EXPECT_TRUE((kAll<std::int32_t, decltype(s32_Revision)>));
+  EXPECT_TRUE((kAll<float, decltype(f_celsius), decltype(f_Humidity_OneMinAverage),
+                    decltype(f_Humidity_TenMinAverage), decltype(f_inputVoltage),
+                    decltype(f_outputVoltage), decltype(f_celsiusTemperature)>));
+  EXPECT_TRUE((kAll<double, decltype(dLatitude), decltype(dLongitude), decltype(dAltitude)>));
+  EXPECT_TRUE((kAll<std::map<std::uint8_t, std::uint16_t>, decltype(FanRpms)>));
+  EXPECT_TRUE(
+      (kAll<std::vector<float>, decltype(f_Psrb_InputVoltages), decltype(f_Psrb_OutputVoltages)>));
   EXPECT_EQ(sizeof b_Connected, 1U);
   EXPECT_EQ(sizeof at_Type, 4U);
   EXPECT_EQ(sizeof st_Type, 4U);
@@ -122,12 +137,28 @@ TEST_F(ScratchState, KeepsABeaconInTenFieldsInTheirOrder) {
   EXPECT_EQ(beaconRoundel.PerColorLedCount, 65533);
   EXPECT_EQ(beaconRoundel.TemperatureKelvin, 65532);
   EXPECT_EQ(beaconRoundel.Humidity, 6);
-  EXPECT_EQ(sizeof beaconRoundel.RedDimLevel, 1U);
-  EXPECT_EQ(sizeof beaconRoundel.AmberDimLevel, 1U);
-  EXPECT_EQ(sizeof beaconRoundel.ErrorFlags, 1U);
-  EXPECT_EQ(sizeof beaconRoundel.StatusFlags, 1U);
-  EXPECT_EQ(sizeof beaconRoundel.SyncControlStartBit, 1U);
-  EXPECT_EQ(sizeof beaconRoundel.Humidity, 1U);
+  EXPECT_TRUE(
+      (kAll<std::uint8_t, decltype(BeaconRoundel::RedDimLevel),
+            decltype(BeaconRoundel::AmberDimLevel), decltype(BeaconRoundel::ErrorFlags),
+            decltype(BeaconRoundel::StatusFlags), decltype(BeaconRoundel::SyncControlStartBit),
+            decltype(BeaconRoundel::Humidity)>));
+  EXPECT_TRUE(
+      (kAll<std::uint16_t, decltype(BeaconRoundel::RedLedErrorCount),
+            decltype(BeaconRoundel::AmberLedErrorCount), decltype(BeaconRoundel::PerColorLedCount),
+            decltype(BeaconRoundel::TemperatureKelvin)>));
+}
+
+TEST_F(ScratchState, KeepsAStagedPointInFiveFieldsInTheirOrder) {
+  const DcioPoint point = {1, 4294967295, -2, -3, "label"};
+  EXPECT_EQ(point.Present, 1);
+  EXPECT_EQ(point.Type, 4294967295U);
+  EXPECT_EQ(point.Index, -2);
+  EXPECT_EQ(point.State, -3);
+  EXPECT_EQ(point.Label, "label");
+  EXPECT_EQ(sizeof point.Present, 1U);
+  EXPECT_EQ(sizeof point.Type, 4U);
+  EXPECT_EQ(sizeof point.Index, 4U);
+  EXPECT_EQ(sizeof point.State, 4U);
 }
 
 TEST_F(ResetGlobals, ClearsTheNodeCounterAndNothingElse) {
