@@ -216,6 +216,12 @@ TYPED_TEST(OwningList, IsPolymorphic) {
   EXPECT_TRUE((std::is_base_of_v<CBaseStatus, typename TypeParam::Element>));
 }
 
+TYPED_TEST(OwningList, TakesAPositionByReference) {
+  using T = typename TypeParam::Element;
+  using Member = T* (COwningList<T>::*)(unsigned int const&) const;
+  EXPECT_TRUE((std::is_same_v<decltype(&TypeParam::operator[]), Member>));
+}
+
 TYPED_TEST(OwningList, GivesNullAtAndBeyondItsCountAndNeverCreates) {
   for (const unsigned int position : {0U, 1U, 4294967295U}) {
     EXPECT_EQ(this->m_List[position], nullptr);
@@ -335,8 +341,7 @@ TEST(Elements, OfTheTtableStartAtZero) {
   EXPECT_EQ(device.Index, 0U);
   EXPECT_EQ(device.Node, 0);
   EXPECT_EQ(device.Value, 0);
-  EXPECT_TRUE((std::is_same_v<decltype(device.Index), const std::uint32_t> ||
-               std::is_same_v<decltype(CDevice::Index), std::uint32_t>));
+  EXPECT_TRUE((std::is_same_v<decltype(CDevice::Index), std::uint32_t>));
   EXPECT_TRUE((std::is_same_v<decltype(CDevice::Node), std::int32_t>));
   EXPECT_TRUE((std::is_same_v<decltype(CDevice::Value), std::int32_t>));
 }
