@@ -34,7 +34,8 @@ Descriptor Listen() {
   RemoveFile(kPath);
   // A queue of ten, the kernel's default, would soon stop a program that logs and reads in turn.
   // Only the machine's own root may change it, for the sockets made from now on.
-  std::ofstream("/proc/sys/net/unix/max_dgram_qlen") << 1000;
+  // A text, since a number would get the marks of the locale.
+  std::ofstream("/proc/sys/net/unix/max_dgram_qlen") << "1000";
   Descriptor listening(
       Check(socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0), "open the log socket"));
   sockaddr_un address = {};

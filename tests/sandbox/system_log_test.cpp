@@ -8,6 +8,7 @@
 #include <filesystem>
 #include <string>
 
+#include "sandbox/files.h"
 #include "sandbox/scenario.h"
 
 namespace sandbox {
@@ -47,6 +48,10 @@ TEST(SystemLog, EachMessageIsReadOnce) {
 
 TEST(SystemLog, APileOfMessagesWaitsForTheReader) {
   SystemLog log;
+  const std::filesystem::path queue_length = "/proc/sys/net/unix/max_dgram_qlen";
+  if (!std::filesystem::exists(queue_length) || std::stoi(ReadFile(queue_length)) < 200) {
+    GTEST_SKIP() << "this kernel lets only the machine's own root lengthen the queue";
+  }
   for (int number = 0; number < 200; ++number) {
     syslog(LOG_INFO, "message %d", number);
   }
