@@ -5,14 +5,15 @@
 #include <cstring>
 #include <stdexcept>
 
+#include "tests/support/process_locale.h"
+
 namespace test_support {
 
 std::string CommaLocale::Path() { return TEST_LOCALES; }
 
 CommaLocale::CommaLocale() : m_Before(std::setlocale(LC_ALL, nullptr)) {
   setenv("LOCPATH", Path().c_str(), 1);
-  m_LocaleBefore = std::locale::global(std::locale(kName));
-  if (std::strcmp(std::localeconv()->decimal_point, ",") != 0) {
+  if (!EnterLocale(kName) || std::strcmp(std::localeconv()->decimal_point, ",") != 0) {
     throw std::runtime_error("the decimal point of the comma locale is not a comma");
   }
 }

@@ -1,0 +1,39 @@
+// Puts the whole process, C and C++ alike, into a locale.
+#pragma once
+
+#include <clocale>
+#include <locale>
+#include <string>
+
+namespace test_support {
+
+// How C++ writes numbers, taken from the C locale as it stands. std::locale("name") would do the
+// same, but the C library forgets memory each time it looks for a name in LOCPATH that way.
+class PunctuationOfC : public std::numpunct<char> {
+ public:
+  PunctuationOfC()
+      : m_Point(*std::localeconv()->decimal_point),
+        m_Separator(*std::localeconv()->thousands_sep),
+        m_Grouping(std::localeconv()->grouping) {}
+
+ private:
+  char do_decimal_point() const override { return m_Point; }
+  char do_thousands_sep() const override { return m_Separator; }
+  std::string do_grouping() const override { return m_Grouping; }
+
+  char m_Point;
+  char m_Separator;
+  std::string m_Grouping;
+};
+
+// False, and nothing changed, where there is no such locale; "" is that of the environment.
+inline bool EnterLocale(const char* name) {
+  if (std::setlocale(LC_ALL, name) == nullptr) {
+    return false;
+  }
+  // The facet belongs to the locale; without a name it leaves the C locale alone.
+  std::locale::global(std::locale(std::locale::classic(), new PunctuationOfC));
+  return true;
+}
+
+}  // namespace test_support
