@@ -233,6 +233,18 @@ bool HasCrowdedTag(std::string_view text) {
   return false;
 }
 
+// How texts in other encodings than UTF-8 begin: UTF-16 with its mark, EBCDIC.
+constexpr std::string_view kOtherEncodings[] = {"\xFE\xFF", "\xFF\xFE", "\x4C\x6F\xA7\x94"};
+
+// UTF-16 and UTF-32 without a mark have zero bytes, which XML in UTF-8 never has.
+bool IsUtf8(std::string_view text) {
+  return text.find('\0') == std::string_view::npos &&
+         std::none_of(std::begin(kOtherEncodings), std::end(kOtherEncodings),
+                      [text](std::string_view begin) { return text.starts_with(begin); });
+}
+
+// Of UTF-8 only: libxml2 reads that in place. To convert it needs buffers, and crashes when there
+// is no memory to grow them.
 Document ParseText(std::string_view text, XmlError* error) {
   const std::unique_ptr<xmlParserCtxt, FreeParser> parser(xmlNewParserCtxt());
   if (parser == nullptr) {
@@ -242,10 +254,10 @@ Document ParseText(std::string_view text, XmlError* error) {
   parser->_private = error;
   parser->sax->internalSubset = &RefuseDocumentType;
   parser->sax->serror = &KeepFirst;
-  constexpr int kOptions =
-      XML_PARSE_NONET | XML_PARSE_NOERROR | XML_PARSE_NOWARNING | XML_PARSE_BIG_LINES;
+  constexpr int kOptions = XML_PARSE_NONET | XML_PARSE_NOERROR | XML_PARSE_NOWARNING |
+                           XML_PARSE_BIG_LINES | XML_PARSE_IGNORE_ENC;
   Document document(xmlCtxtReadMemory(parser.get(), text.data(), static_cast<int>(text.size()),
-                                      nullptr, "UTF-8", kOptions));
+                                      nullptr, nullptr, kOptions));
   if (document != nullptr && error->Message.empty()) {
     return document;
   }
@@ -289,6 +301,10 @@ std::string XmlError::Text() const {
 std::unique_ptr<CStatus> ReadDocument(std::string_view text, XmlError* error) {
   if (text.size() > kMaximumDocumentSize) {
     Refuse(error, "not a document: larger than " + std::to_string(kMaximumDocumentSize) + " bytes");
+    return nullptr;
+  }
+  if (!IsUtf8(text)) {
+    Refuse(error, "not a document: the text is not UTF-8");
     return nullptr;
   }
   if (HasCrowdedTag(text)) {

@@ -86,6 +86,9 @@ std::string WriteDocument(CStatus& status) {
   struct FreeDocument {
     void operator()(xmlDoc* document) const { xmlFreeDoc(document); }
   };
+  struct CloseSave {
+    void operator()(xmlSaveCtxt* save) const { xmlSaveClose(save); }
+  };
   const XmlMemoryWatch memory;
   const std::unique_ptr<xmlDoc, FreeDocument> document(xmlNewDoc(Xml("1.0")));
   const std::unique_ptr<xmlBuffer, FreeBuffer> buffer(xmlBufferCreate());
@@ -97,10 +100,11 @@ std::string WriteDocument(CStatus& status) {
     throw std::bad_alloc();
   }
   xmlDocSetRootElement(document.get(), root);
-  xmlSaveCtxt* const save = xmlSaveToBuffer(buffer.get(), "UTF-8", XML_SAVE_FORMAT);
+  std::unique_ptr<xmlSaveCtxt, CloseSave> save(
+      xmlSaveToBuffer(buffer.get(), "UTF-8", XML_SAVE_FORMAT));
   const bool written = save != nullptr && !memory.RanOut() && status.Write(root) &&
-                       xmlSaveDoc(save, document.get()) >= 0;
-  const bool closed = save != nullptr && xmlSaveClose(save) >= 0;
+                       xmlSaveDoc(save.get(), document.get()) >= 0;
+  const bool closed = save != nullptr && xmlSaveClose(save.release()) >= 0;
   if (!written || !closed || memory.RanOut()) {
     throw std::bad_alloc();
   }

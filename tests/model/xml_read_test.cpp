@@ -152,6 +152,21 @@ TEST(ReadDocument, RefusesWhatIsNotXml) {
   EXPECT_THAT(Refusal(Document().substr(0, 500)), HasSubstr("not a document: "));
 }
 
+TEST(ReadDocument, RefusesOtherEncodingsThanUtf8) {
+  const std::string document = Document();
+  std::string wide;
+  for (const char c : document) {
+    wide += c;
+    wide += '\0';
+  }
+  for (const std::string& text : {wide, "\xFF\xFE" + wide, "\xFE\xFF" + document,
+                                  "\x4C\x6F\xA7\x94" + document, document + '\0'}) {
+    EXPECT_EQ(Refusal(text), "not a document: the text is not UTF-8");
+  }
+  XmlError error;
+  EXPECT_NE(ReadDocument("\xEF\xBB\xBF" + document, &error), nullptr) << error.Text();
+}
+
 TEST(ReadDocument, AcceptsCommentsAndBlanks) {
   XmlError error;
   EXPECT_NE(

@@ -293,44 +293,61 @@ INSTANTIATE_TEST_SUITE_P(
                      testing::Values(Extent::kOnce, Extent::kFromThenOn), testing::Bool()),
     [](const auto& test) { return NameOf(test.param, "Creating", "Reading"); });
 
-// Writing and reading of a document, which hosts do after a cycle.
+// Writing of a document, which hosts do after a cycle.
 class WrittenDocument {
  public:
   WrittenDocument() : written_(QtSts::WriteDocument(status_)) {}
 
   bool Fail(Call call, unsigned long nth, Extent extent) {
     std::string written = written_;
-    std::string read = written_;
     {
       const Injection injection(call, nth, extent);
       try {
         written = QtSts::WriteDocument(status_);
-        read = ReadBack();
       } catch (const std::bad_alloc&) {
-        // What was done until then must be whole all the same.
+        // The only other way out.
       }
     }
     EXPECT_EQ(FirstDifference(written, written_), "");
-    EXPECT_NE(read, "");
     return faults::Struck();
   }
 
  private:
-  // What is read is the document, or there is a reason.
-  std::string ReadBack() const {
-    QtSts::XmlError error;
-    const auto read = QtSts::ReadDocument(written_, &error);
-    return read != nullptr ? read->Version : error.Message;
-  }
-
   QtSts::CStatus status_;
   std::string written_;
 };
 
-TEST(EveryFailureOfADocument, LeavesNothingBehindAndNeverHalfOfIt) {
+TEST(EveryFailureOfWriting, LeavesNothingBehindAndNeverHalfADocument) {
   for (const Extent extent : {Extent::kOnce, Extent::kFromThenOn}) {
     WrittenDocument document;
     Campaign(&document, Call::kMemory, extent);
+  }
+}
+
+// Whether reading `written` with a failure gave the whole document, a reason, or no memory.
+bool ReadsWholeOrNot(const std::string& written, unsigned long nth, Extent extent) {
+  // libxml2 itself forgets some blocks when it runs out of memory while it reads.
+  const faults::LeaksAllowed libxml2;
+  QtSts::XmlError error;
+  std::unique_ptr<QtSts::CStatus> read;
+  try {
+    const Injection injection(Call::kMemory, nth, extent);
+    read = QtSts::ReadDocument(written, &error);
+  } catch (const std::bad_alloc&) {
+    return true;
+  }
+  return read != nullptr ? QtSts::WriteDocument(*read) == written : !error.Message.empty();
+}
+
+TEST(EveryFailureOfReading, NeverGivesHalfADocument) {
+  QtSts::CStatus status;
+  const std::string written = QtSts::WriteDocument(status);
+  for (const Extent extent : {Extent::kOnce, Extent::kFromThenOn}) {
+    unsigned long nth = 0;
+    do {
+      ASSERT_TRUE(ReadsWholeOrNot(written, ++nth, extent)) << "call " << nth;
+    } while (faults::Struck());
+    EXPECT_GT(nth, 50U);
   }
 }
 

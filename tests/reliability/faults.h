@@ -3,6 +3,10 @@
 // libxml2 and the C++ library all come through here; the C library's calls of itself do not.
 #pragma once
 
+#ifdef __SANITIZE_ADDRESS__
+#include <sanitizer/lsan_interface.h>
+#endif
+
 namespace faults {
 
 enum class Call {
@@ -47,9 +51,14 @@ bool Struck();
 /// allocate elsewhere; there, the leak check at the end of the program takes over.
 long LiveBlocks();
 
+/// While it lives, what is allocated may be forgotten: the leak check passes it over.
 #ifdef __SANITIZE_ADDRESS__
+using LeaksAllowed = __lsan::ScopedDisabler;
 inline constexpr bool kCountsBlocks = false;
 #else
+struct LeaksAllowed {
+  LeaksAllowed() {}
+};
 inline constexpr bool kCountsBlocks = true;
 #endif
 
