@@ -16,17 +16,21 @@
 namespace host {
 namespace {
 
-std::string Text(QtSts::CStatus& status, bool colour) {
-  return RenderText(ReadTree(status), colour);
+std::string Text(QtSts::CStatus& status, const Look& look) {
+  return RenderText(ReadTree(status), look);
 }
 
-std::string Xml(QtSts::CStatus& status, bool /*colour*/) { return QtSts::WriteDocument(status); }
+std::string Xml(QtSts::CStatus& status, const Look& /*look*/) {
+  return QtSts::WriteDocument(status);
+}
 
-std::string Json(QtSts::CStatus& status, bool /*colour*/) { return RenderJson(ReadTree(status)); }
+std::string Json(QtSts::CStatus& status, const Look& /*look*/) {
+  return RenderJson(ReadTree(status));
+}
 
 constexpr struct {
   const char* Name;
-  std::string (*Render)(QtSts::CStatus& status, bool colour);
+  std::string (*Render)(QtSts::CStatus& status, const Look& look);
 } kFormats[] = {{"text", &Text}, {"xml", &Xml}, {"json", &Json}};
 
 struct Options {
@@ -35,10 +39,10 @@ struct Options {
   std::string Output;  // empty: standard output
 };
 
-std::string Render(const Options& options, QtSts::CStatus& status, bool colour) {
+std::string Render(const Options& options, QtSts::CStatus& status, const Look& look) {
   for (const auto& format : kFormats) {
     if (options.Format == format.Name) {
-      return format.Render(status, colour);
+      return format.Render(status, look);
     }
   }
   throw std::logic_error("no format " + options.Format);
@@ -52,8 +56,9 @@ int Show(const Options& options) {
   for (int cycle = 0; cycle < options.Cycles; ++cycle) {
     result = collector.QueryDatabase();
   }
-  const bool colour = options.Output.empty() && output.WantsColour();
-  const std::string document = Render(options, collector.m_Status, colour);
+  const Look look = {.Colour = options.Output.empty() && output.WantsColour(),
+                     .AllRowsRead = result == 0};
+  const std::string document = Render(options, collector.m_Status, look);
   collector.CloseDatabase();
   if (options.Output.empty()) {
     output.Write(document);

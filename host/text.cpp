@@ -22,10 +22,13 @@ struct Board {
 
 class TextRenderer {
  public:
-  TextRenderer(const Element& document, bool colour)
-      : m_Document(document), m_Page(colour), m_Notes(FindNotes(document)) {
+  TextRenderer(const Element& document, const Look& look)
+      : m_Document(document), m_Page(look.Colour), m_Notes(FindNotes(document)) {
     for (const Note& note : m_Notes) {
       m_Causes.insert(note.Cause);
+    }
+    if (!look.AllRowsRead) {
+      m_Notes.insert(m_Notes.begin(), Note{kRowsNotRead, "", nullptr});
     }
   }
 
@@ -226,8 +229,8 @@ class TextRenderer {
 
 }  // namespace
 
-std::string RenderText(const Element& document, bool colour) {
-  return TextRenderer(document, colour).Render();
+std::string RenderText(const Element& document, const Look& look) {
+  return TextRenderer(document, look).Render();
 }
 
 }  // namespace host

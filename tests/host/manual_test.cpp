@@ -58,6 +58,7 @@ TEST(Manual, ExplainsEveryNote) {
   for (const char* note_template : host::NoteTemplates()) {
     EXPECT_THAT(Manual(), HasSubstr("\n| " + Words(note_template) + " | "));
   }
+  EXPECT_THAT(Manual(), HasSubstr(std::string("\n| ") + host::kRowsNotRead + " | "));
 }
 
 TEST(Manual, ExplainsEveryStatusFlag) {

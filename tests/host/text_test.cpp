@@ -29,8 +29,8 @@ using testing::HasSubstr;
 using testing::Not;
 using testing::StartsWith;
 
-std::string Text(QtSts::CStatus& status, bool colour = false) {
-  return RenderText(host::ReadTree(status), colour);
+std::string Text(QtSts::CStatus& status, const host::Look& look = {}) {
+  return RenderText(host::ReadTree(status), look);
 }
 
 std::unique_ptr<QtSts::CStatus> Random(std::uint64_t seed) {
@@ -59,6 +59,19 @@ TEST(RenderText, StartsWithWhatNeedsAttention) {
   EXPECT_THAT(Text(*sample::Troubled()), StartsWith("Needs attention\n! "));
   QtSts::CStatus status;
   EXPECT_THAT(Text(status), StartsWith("Nothing needs attention\n"));
+}
+
+// "Nothing needs attention" used to stand above the document of a controller without a database.
+TEST(RenderText, StartsWithAFailedCycle) {
+  const host::Look failed = {.AllRowsRead = false};
+  QtSts::CStatus status;
+  EXPECT_THAT(Text(status, failed), StartsWith("Needs attention\n"
+                                               "! The rows of the database were not all read\n"
+                                               "\nIdentity\n"));
+  EXPECT_THAT(Text(*sample::Troubled(), failed),
+              StartsWith("Needs attention\n"
+                         "! The rows of the database were not all read\n"
+                         "! Error flags 0x0000000000000010  "));
 }
 
 TEST(RenderText, MarksTheLinesWhereTheCauseStands) {
@@ -97,9 +110,9 @@ TEST(RenderText, AddsNothingButStylesInColour) {
   for (std::uint64_t seed = 0; seed < 20; ++seed) {
     SCOPED_TRACE(seed);
     const auto document = Random(seed);
-    EXPECT_EQ(WithoutStyles(Text(*document, true)), Text(*document));
+    EXPECT_EQ(WithoutStyles(Text(*document, {.Colour = true})), Text(*document));
   }
-  EXPECT_THAT(Text(*sample::Troubled(), true), HasSubstr("\x1b[1;31m! Door open"));
+  EXPECT_THAT(Text(*sample::Troubled(), {.Colour = true}), HasSubstr("\x1b[1;31m! Door open"));
 }
 
 TEST(RenderText, ShowsFansOfABoardWithoutPoints) {
