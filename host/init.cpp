@@ -5,6 +5,7 @@
 
 #include "collector/status_interface.h"
 #include "host/commands.h"
+#include "host/output.h"
 
 namespace host {
 namespace {
@@ -43,7 +44,7 @@ int Init() {
     std::fprintf(stderr, "statuscollector: the status database is not ready: %s\n", fault.c_str());
     return kFailed;
   }
-  std::puts("The status database is ready.");
+  StandardOutput().Write("The status database is ready.\n");
   return kAllWell;
 }
 

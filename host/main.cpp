@@ -8,10 +8,13 @@
 #include <exception>
 #include <functional>
 #include <iostream>
+#include <sstream>
+#include <string>
 #include <utility>
 #include <vector>
 
 #include "host/commands.h"
+#include "host/output.h"
 
 namespace {
 
@@ -26,6 +29,15 @@ void KeepStandardStreams() {
   }
 }
 
+// What went wrong, and what helps. CLI11 misses a command before it minds the word in its place.
+std::string Complaint(const CLI::App* app, const CLI::Error& error) {
+  const std::vector<std::string> unknown = app->remaining();
+  const bool wrong_command = app->get_subcommands().empty() && !unknown.empty();
+  return "statuscollector: " +
+         (wrong_command ? "no such command: " + unknown.front() : std::string(error.what())) +
+         "\nRun statuscollector --help for more information.\n";
+}
+
 constexpr const char* kFooter =
     "Exit status: 0 all well; 1 the last cycle failed (the document is shown all\n"
     "the same), init did not work, or the documents differ; 2 wrong usage, or\n"
@@ -36,6 +48,7 @@ int Run(int argc, char** argv) {
   app.set_version_flag("--version", "statuscollector " STATUS_VERSION);
   app.footer(kFooter);
   app.require_subcommand(1);
+  app.failure_message(&Complaint);
   app.get_formatter()->column_width(26);
   std::vector<std::pair<CLI::App*, std::function<int()>>> commands;
   for (std::size_t i = 0; i < host::kCommandCount; ++i) {
@@ -47,7 +60,10 @@ int Run(int argc, char** argv) {
     app.parse(argc, argv);
   } catch (const CLI::ParseError& outcome) {
     // Help and version go to standard output and are no fault, everything else is.
-    return app.exit(outcome, std::cout, std::cerr) == 0 ? host::kAllWell : host::kTrouble;
+    std::ostringstream told;
+    const bool wanted = app.exit(outcome, told, std::cerr) == 0;
+    host::StandardOutput().Write(told.str());
+    return wanted ? host::kAllWell : host::kTrouble;
   }
   for (const auto& [declared, run] : commands) {
     if (declared->parsed()) {

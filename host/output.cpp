@@ -8,6 +8,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
+#include <stdexcept>
 #include <system_error>
 #include <utility>
 
@@ -84,6 +85,17 @@ mode_t DefaultMode() {
   return 0666 & ~mask;
 }
 
+// Where the file of this name stands or is to stand: at the end of its symbolic links, whether
+// there is a file or not.
+std::string TargetOf(const std::string& path) {
+  namespace fs = std::filesystem;
+  fs::path target = path;
+  while (fs::is_symlink(fs::symlink_status(target))) {
+    target = target.parent_path() / fs::read_symlink(target);
+  }
+  return target.string();
+}
+
 // The new name is safe on the disk only with its folder.
 void SyncFolder(const std::string& path) {
   const std::filesystem::path folder = std::filesystem::path(path).parent_path();
@@ -123,17 +135,19 @@ bool StandardOutput::WantsColour() const {
 }
 
 void WriteFile(const std::string& path, std::string_view text) {
-  namespace fs = std::filesystem;
   struct stat status = {};
   const bool exists = stat(path.c_str(), &status) == 0;
-  if (exists && !S_ISREG(status.st_mode)) {
-    errno = EEXIST;
-    Fail(path + " is not a regular file");
+  if (!exists && errno != ENOENT) {
+    Fail(path);  // links without an end, too
   }
-  NewFile file(exists ? fs::canonical(path).string() : path);
+  if (exists && !S_ISREG(status.st_mode)) {
+    throw std::runtime_error(path + " is not a regular file");
+  }
+  const std::string target = TargetOf(path);
+  NewFile file(target);
   file.Fill(text, exists ? status.st_mode & 07777 : DefaultMode());
   file.TakeOverName();
-  SyncFolder(path);
+  SyncFolder(target);
 }
 
 }  // namespace host

@@ -29,7 +29,6 @@ using test_support::ProgramResult;
 using test_support::RunProgram;
 using testing::AnyOf;
 using testing::HasSubstr;
-using testing::IsEmpty;
 using testing::Not;
 using testing::StartsWith;
 
@@ -117,6 +116,8 @@ TEST_F(ShowTest, ShowsTheDocumentOfAFailedCycleAndEndsWithOne) {
   EXPECT_TRUE(test_support::IsValidDocument(result.Output));
   EXPECT_THAT(result.Output, HasSubstr("<NetworkDevice "));
   EXPECT_THAT(result.Errors, HasSubstr("14:"));
+  EXPECT_THAT(Collector({"show"}).Output,
+              StartsWith("Needs attention\n! The rows of the database were not all read\n"));
 }
 
 TEST_F(ShowTest, RunsAsManyCyclesAsAskedFor) {
@@ -208,6 +209,26 @@ TEST_F(OutputTest, FollowsASymbolicLink) {
   EXPECT_THAT(Read(m_Folder + "/real"), StartsWith("Needs attention"));
 }
 
+// The link used to be replaced by the file.
+TEST_F(OutputTest, FollowsASymbolicLinkToAFileThatIsNotThereYet) {
+  fs::create_directories(m_Folder + "/kept");
+  fs::create_symlink("kept/real", m_Folder + "/second");
+  fs::create_symlink(m_Folder + "/second", m_File);
+  EXPECT_EQ(Collector({"show", "--output", m_File}).ExitCode, kAllWell);
+  EXPECT_THAT(Files(), testing::ElementsAre("kept", "second", "status.xml"));
+  EXPECT_TRUE(fs::is_symlink(m_File));
+  EXPECT_THAT(Read(m_Folder + "/kept/real"), StartsWith("Needs attention"));
+}
+
+// It used to be replaced, too.
+TEST_F(OutputTest, RefusesASymbolicLinkWithoutAnEnd) {
+  fs::create_symlink("status.xml", m_File);
+  const ProgramResult result = Collector({"show", "--output", m_File});
+  EXPECT_EQ(result.ExitCode, kTrouble);
+  EXPECT_THAT(result.Errors, HasSubstr("statuscollector: " + m_File + ": "));
+  EXPECT_TRUE(fs::is_symlink(m_File));
+}
+
 TEST_F(OutputTest, WritesRelativeToTheWorkingFolder) {
   const ProgramResult result = Shell("cd " + m_Folder + " && exec $COLLECTOR show -o status.xml");
   EXPECT_EQ(result.ExitCode, kAllWell) << result.Errors;
@@ -232,7 +253,7 @@ TEST_F(OutputTest, RefusesWhatIsNoRegularFile) {
   for (const char* name : {"folder", "pipe"}) {
     const ProgramResult result = Collector({"show", "--output", m_Folder + "/" + name});
     EXPECT_EQ(result.ExitCode, kTrouble);
-    EXPECT_THAT(result.Errors, HasSubstr(std::string(name) + " is not a regular file"));
+    EXPECT_THAT(result.Errors, testing::EndsWith(std::string(name) + " is not a regular file\n"));
   }
   EXPECT_THAT(Files(), testing::ElementsAre("folder", "pipe"));
 }
@@ -251,6 +272,16 @@ TEST_F(OutputTest, EndsWithTwoWhenStandardOutputCannotBeWritten) {
       Shell("trap '' XFSZ; ulimit -f 1; exec $COLLECTOR schema >" + m_Folder + "/schema");
   EXPECT_EQ(full.ExitCode, kTrouble);
   EXPECT_THAT(full.Errors, HasSubstr("statuscollector: standard output: "));
+}
+
+// These used to end with 0.
+TEST_F(OutputTest, EndsWithTwoWhenNobodyCanReadWhatIsShort) {
+  for (const char* arguments : {"init", "--help", "show --help", "--version", "schema"}) {
+    SCOPED_TRACE(arguments);
+    const ProgramResult closed = Shell(std::string("exec $COLLECTOR ") + arguments + " >&-");
+    EXPECT_EQ(closed.ExitCode, kTrouble);
+    EXPECT_THAT(closed.Errors, HasSubstr("statuscollector: standard output: "));
+  }
 }
 
 class InitTest : public testing::Test {
@@ -377,8 +408,17 @@ TEST(Usage, EndsWithTwoAndAMessageOnStandardErrorWhenItIsWrong) {
     const ProgramResult result = Collector(arguments);
     EXPECT_EQ(result.ExitCode, kTrouble);
     EXPECT_EQ(result.Output, "");
-    EXPECT_THAT(result.Errors, Not(IsEmpty()));
+    EXPECT_THAT(result.Errors, StartsWith("statuscollector: "));
   }
+}
+
+// What was named used to be passed over: "A subcommand is required".
+TEST(Usage, NamesTheCommandThatIsNone) {
+  EXPECT_THAT(Collector({"shwo"}).Errors, StartsWith("statuscollector: no such command: shwo\n"));
+  EXPECT_THAT(Collector({"--format", "xml"}).Errors,
+              StartsWith("statuscollector: no such command: --format\n"));
+  EXPECT_THAT(Collector({}).Errors, StartsWith("statuscollector: A subcommand is required\n"));
+  EXPECT_THAT(Collector({"show", "extra"}).Errors, HasSubstr("not expected: extra\n"));
 }
 
 }  // namespace
