@@ -63,7 +63,7 @@ std::string FormatTime(const std::tm& time) {
   return {text, length};
 }
 
-// "+05:30": the hours carry the sign, the minutes never do.
+// "+05:30": deliberately the hours carry the sign and the minutes never do, so -00:30 is "+00:30".
 std::string FormatOffset(long seconds) {
   char text[32];
   std::snprintf(text, sizeof text, "%+.2i:%02i", static_cast<int>(seconds / 3600),

@@ -27,7 +27,8 @@ COLLECTOR_API int Status_MdlsAmbientOverride(QtSts::CStatus* status, char* value
 COLLECTOR_API int Status_ContentLevelAvg(QtSts::CStatus* status, char* value, char* key);
 COLLECTOR_API int Status_ThermalScaler(QtSts::CStatus* status, char* value, char* key);
 
-// T-table of output 0, which they make sure of first.
+// T-table of output 0, which they make sure of first. The spellings of Status_TTableFaceCount and
+// Status_TtableDevice are deliberate: they are exported under these names.
 COLLECTOR_API int Status_TtableAuthor(QtSts::CStatus* status, char* value, char* key);
 COLLECTOR_API int Status_TtableColumns(QtSts::CStatus* status, char* value, char* key);
 COLLECTOR_API int Status_TtableContract(QtSts::CStatus* status, char* value, char* key);

@@ -31,7 +31,7 @@ void StoreCode(const QtSts::CodeTable& codes, const char* value, std::uint32_t* 
   }
 }
 
-// These rows only ever set their bit: "0" does not clear it.
+// These rows deliberately only ever set their bit: "0" does not clear it.
 void StoreFlag(CStatus* status, std::uint32_t flag, const char* value) {
   COutput* const output = Output0(status);
   if (output != nullptr && Is(value, "1")) {

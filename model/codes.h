@@ -43,8 +43,8 @@ inline constexpr Code kFansOverrides[] = {
     {0, "none"}, {1, "player"}, {2, "thermal"}, {3, "sensor"}, {4, "brightness"},
 };
 
-// Product families by model name, in the order in which a text is searched for them. No name stands
-// for 2 or 8: see Status_ProductFamily.
+// Product families by model name, in the order in which a text is searched for them. Deliberately 0
+// for "qtm3310", and no name stands for 2 or 8: see Status_ProductFamily.
 inline constexpr Code kProductFamilies[] = {
     {3, "qtm3400"}, {4, "qtm3300"}, {5, "qtm3200"}, {0, "qtm3310"}, {1, "qtm3210"},
 };
