@@ -5,6 +5,7 @@
 
 #include <map>
 #include <memory>
+#include <sstream>
 #include <stdexcept>
 
 namespace test_support {
@@ -21,6 +22,26 @@ bool Is(const xmlNode* node, const char* name) { return xmlStrEqual(node->name, 
 
 // What a schema promises: "Area/@Width" -> "xs:unsignedInt, required".
 using Promises = std::map<std::string, std::string>;
+
+// What stands in `text` between `begin` and the next stop; empty without it.
+std::string Told(const std::string& text, const std::string& begin) {
+  const std::size_t found = text.find(begin);
+  const std::size_t from = found + begin.size();
+  return found == std::string::npos ? "" : text.substr(from, text.find('.', from) - from);
+}
+
+// The unit and the codes of a field, which only its documentation tells: "Output power. Unit: W.",
+// "Who overrides. Values: 0 none, 1 player.".
+void CollectDocumentation(const std::string& text, const std::string& path, Promises* promises) {
+  if (const std::string unit = Told(text, " Unit: "); !unit.empty()) {
+    (*promises)[path + " unit"] = unit;
+  }
+  std::istringstream codes(Told(text, " Values: "));
+  for (std::string code; std::getline(codes >> std::ws, code, ',');) {
+    const std::size_t blank = code.find(' ');
+    (*promises)[path + " code " + code.substr(0, blank)] = code.substr(blank + 1);
+  }
+}
 
 // Everything below `node`, whose path is `path`.
 void Collect(xmlNode* node, const std::string& path, Promises* promises) {
@@ -42,6 +63,9 @@ void Collect(xmlNode* node, const std::string& path, Promises* promises) {
       (*promises)[at + " extends"] = Attribute(child, "base");
     } else if (Is(child, "list")) {
       (*promises)[at + " lists"] = Attribute(child, "itemType");
+    } else if (Is(child, "documentation")) {
+      const std::unique_ptr<xmlChar, decltype(xmlFree)> text(xmlNodeGetContent(child), xmlFree);
+      CollectDocumentation(reinterpret_cast<const char*>(text.get()), path, promises);
     }
     Collect(child, at, promises);
   }
