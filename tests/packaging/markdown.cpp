@@ -34,6 +34,52 @@ Cells CellsOf(const std::string& line) {
   return cells;
 }
 
+constexpr std::string_view kGap = "...";
+
+// Whether `line` is `pattern`, in which "..." stands for anything.
+bool Matches(std::string_view line, std::string_view pattern) {
+  const std::size_t gap = pattern.find(kGap);
+  if (gap == std::string_view::npos) {
+    return line == pattern;
+  }
+  if (line.substr(0, gap) != pattern.substr(0, gap)) {
+    return false;
+  }
+  const std::string_view rest = pattern.substr(gap + kGap.size());
+  for (std::size_t skipped = gap; skipped <= line.size(); ++skipped) {
+    if (Matches(line.substr(skipped), rest)) {
+      return true;
+    }
+  }
+  return false;
+}
+
+bool MatchesAt(const std::vector<std::string>& document, std::size_t at,
+               const std::vector<std::string>& pattern, std::size_t from) {
+  for (; from < pattern.size() && pattern[from] != kGap; ++from, ++at) {
+    if (at == document.size() || !Matches(document[at], pattern[from])) {
+      return false;
+    }
+  }
+  if (from == pattern.size()) {
+    return true;
+  }
+  for (; at < document.size(); ++at) {
+    if (MatchesAt(document, at, pattern, from + 1)) {
+      return true;
+    }
+  }
+  return false;
+}
+
+std::vector<std::string> WithoutIndent(std::string_view text) {
+  std::vector<std::string> lines = Lines(text);
+  for (std::string& line : lines) {
+    line.erase(0, line.find_first_not_of(' '));
+  }
+  return lines;
+}
+
 }  // namespace
 
 std::vector<std::string> Lines(std::string_view text) {
@@ -96,6 +142,12 @@ std::vector<Block> Blocks(std::string_view page) {
     }
   }
   return blocks;
+}
+
+bool Shows(std::string_view document, std::string_view example) {
+  std::vector<std::string> pattern = WithoutIndent(example);
+  pattern.insert(pattern.begin(), std::string(kGap));
+  return MatchesAt(WithoutIndent(document), 0, pattern, 0);
 }
 
 }  // namespace markdown

@@ -30,4 +30,8 @@ std::vector<Block> Blocks(std::string_view page);
 
 std::vector<std::string> Lines(std::string_view text);
 
+// Whether the lines of `example` stand somewhere in `text`, indented or not. In the example, "..."
+// stands for anything: within a line, or as a line of its own for any number of lines.
+bool Shows(std::string_view text, std::string_view example);
+
 }  // namespace markdown
