@@ -18,7 +18,7 @@ struct XmlError {
   long Line = 0;          // from 1; 0 when there is no text to point into
   std::string Message;
 
-  // "line 3: <Area> attribute Width: not a number it can hold"
+  // "line 3: <Area> attribute Width: not a value that it can hold"
   STATUS_API std::string Text() const;
 };
 
