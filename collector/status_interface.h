@@ -34,8 +34,9 @@ class COLLECTOR_API CStatusInterface : public CSQLdatabase {
 
   // One collection cycle: probes the controller, stamps the time, and hands every row of table
   // "status" to its handler. 0: all rows were read. 1: the database failed, with a report on
-  // standard error; the probe's results and the time are in the document all the same. Only running
-  // out of memory leaves as an exception.
+  // standard error; the probe's results and the time are in the document all the same. A statement
+  // that cannot be finalized after the last row is reported, too, but makes the next cycle return 1
+  // without a report. Only running out of memory leaves as an exception.
   int QueryDatabase();
 
   // Stamps the UTC text and the document's local time, daylight-saving flag and configuration

@@ -1,6 +1,8 @@
 #include <fcntl.h>
 #include <gmock/gmock.h>
 
+#include <type_traits>
+
 #include "sandbox/scenario.h"
 #include "sandbox/testing.h"
 #include "tests/hardware/interposed.h"
@@ -25,6 +27,14 @@ TEST(Probe, BeginsWithoutDocumentAndReportsTheTracker) {
   const CTolmarHardware probe;
   EXPECT_EQ(probe.m_pStatus, nullptr);
   EXPECT_TRUE(probe.m_bLogTrackerPixel);
+}
+
+TEST(Probe, IsDestroyedThroughAPointerAndHoldsTheDocumentFirst) {
+  EXPECT_TRUE(std::has_virtual_destructor_v<CTolmarHardware>);
+  const CTolmarHardware probe;
+  const void* const document = &probe.m_pStatus;
+  const void* const flag = &probe.m_bLogTrackerPixel;
+  EXPECT_LT(document, flag);
 }
 
 TEST(Probe, WithoutDocumentDoesNothing) {
