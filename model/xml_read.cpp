@@ -2,10 +2,12 @@
 #include <libxml/tree.h>
 
 #include <algorithm>
+#include <cerrno>
+#include <cstdio>
 #include <cstring>
-#include <fstream>
 #include <memory>
 #include <new>
+#include <system_error>
 
 #include "model/xml.h"
 #include "model/xml_memory.h"
@@ -267,15 +269,25 @@ Document ParseText(std::string_view text, XmlError* error) {
   return nullptr;
 }
 
-// At most one byte more than a document may have, so that an endless file ends.
-bool ReadFile(const std::string& path, std::string* text) {
-  std::ifstream file(path, std::ios::binary);
-  char block[65536];
-  while (file && text->size() <= kMaximumDocumentSize) {
-    file.read(block, sizeof block);
-    text->append(block, static_cast<std::size_t>(file.gcount()));
+struct CloseFile {
+  void operator()(std::FILE* file) const { static_cast<void>(std::fclose(file)); }
+};
+
+// 0, or the code of what failed. Little more is read than a document may have, so that an endless
+// file ends.
+int ReadFile(const std::string& path, std::string* text) {
+  const std::unique_ptr<std::FILE, CloseFile> file(std::fopen(path.c_str(), "rbe"));
+  if (file == nullptr) {
+    return errno;
   }
-  return file.eof() || text->size() > kMaximumDocumentSize;
+  char block[65536];
+  while (text->size() <= kMaximumDocumentSize && std::feof(file.get()) == 0) {
+    text->append(block, std::fread(block, 1, sizeof block, file.get()));
+    if (std::ferror(file.get()) != 0) {
+      return errno;
+    }
+  }
+  return 0;
 }
 
 }  // namespace
@@ -335,8 +347,8 @@ std::unique_ptr<CStatus> ReadDocument(std::string_view text, XmlError* error) {
 
 std::unique_ptr<CStatus> ReadDocumentFile(const std::string& path, XmlError* error) {
   std::string text;
-  if (!ReadFile(path, &text)) {
-    Refuse(error, "the file cannot be read");
+  if (const int code = ReadFile(path, &text); code != 0) {
+    Refuse(error, "the file cannot be read: " + std::generic_category().message(code));
     return nullptr;
   }
   return ReadDocument(text, error);

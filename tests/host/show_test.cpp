@@ -354,7 +354,9 @@ TEST_F(DiffTest, NamesTheFileThatIsNoDocument) {
   EXPECT_THAT(wrong.Errors, Not(HasSubstr("\x1b")));
   const ProgramResult missing = Collector({"diff", "/tmp/missing.xml", m_After});
   EXPECT_EQ(missing.ExitCode, kTrouble);
-  EXPECT_EQ(missing.Errors, "statuscollector: /tmp/missing.xml: the file cannot be read\n");
+  EXPECT_EQ(
+      missing.Errors,
+      "statuscollector: /tmp/missing.xml: the file cannot be read: No such file or directory\n");
 }
 
 TEST(SchemaCommand, PrintsTheSchema) {

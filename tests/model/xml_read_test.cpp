@@ -253,11 +253,15 @@ TEST_F(ReadDocumentFile, ReadsAFile) {
   EXPECT_NE(QtSts::ReadDocumentFile(m_Path, &error), nullptr) << error.Text();
 }
 
-TEST_F(ReadDocumentFile, SaysWhenAFileCannotBeRead) {
-  for (const std::string path : {"/nowhere/at/all.xml", "/"}) {
+TEST_F(ReadDocumentFile, SaysWhyAFileCannotBeRead) {
+  const struct {
+    const char* Path;
+    const char* Reason;
+  } rows[] = {{"/nowhere/at/all.xml", "No such file or directory"}, {"/", "Is a directory"}};
+  for (const auto& row : rows) {
     XmlError error;
-    EXPECT_EQ(QtSts::ReadDocumentFile(path, &error), nullptr);
-    EXPECT_EQ(error.Text(), "the file cannot be read");
+    EXPECT_EQ(QtSts::ReadDocumentFile(row.Path, &error), nullptr);
+    EXPECT_EQ(error.Text(), std::string("the file cannot be read: ") + row.Reason);
   }
 }
 
