@@ -44,13 +44,15 @@ unsigned ReadOnce(const hardware::TextSource& source) {
   return ReadOnce(source.Path, source.Mode, source.Limit);
 }
 
-// The whole file: one read, and one that finds its end.
+// The whole file, as many bytes at a time as the probe reads.
 unsigned ReadAll(const char* path) {
   static std::vector<char> bytes(std::size_t{8} << 20U);
   const int file = open(path, static_cast<int>(hardware::Access::kRead));
   struct stat status;
   unsigned sum = fstat(file, &status) == 0 ? 1U : 0U;
-  while (file >= 0 && read(file, bytes.data(), bytes.size()) > 0) {
+  std::size_t size = 0;
+  for (ssize_t count = 1; file >= 0 && count > 0; size += static_cast<std::size_t>(count)) {
+    count = read(file, bytes.data() + size, 4096);
     sum += static_cast<unsigned char>(bytes[0]);
   }
   close(file);
@@ -98,8 +100,8 @@ unsigned Resources() {
   sysinfo(&information);
   struct statfs storage;
   statfs(paths::kRootFolder, &storage);
-  return sum + ReadAll(paths::kPackages) + ReadAll(paths::kPackages) +
-         static_cast<unsigned>(information.uptime) + static_cast<unsigned>(storage.f_bfree);
+  return sum + ReadAll(paths::kPackages) + static_cast<unsigned>(information.uptime) +
+         static_cast<unsigned>(storage.f_bfree);
 }
 
 unsigned NameOf(const sockaddr* address, socklen_t length) {

@@ -38,11 +38,12 @@ void CheckNetwork(std::string_view text, const char* exact) {
 }
 
 void CheckPackages(std::string_view text) {
-  if (const auto version = hardware::ParseFirmwareVersion(text)) {
-    FUZZ_CHECK(IsWithin(*version, text) && version->find('\n') == std::string_view::npos);
+  const auto [distribution, display] = hardware::ParsePackages(text);
+  if (distribution) {
+    FUZZ_CHECK(IsWithin(*distribution, text) && distribution->find('\n') == text.npos);
   }
-  if (const auto version = hardware::ParseDisplayFirmwareVersion(text)) {
-    FUZZ_CHECK(IsWithin(*version, text) && HasOnly(*version, "0123456789abcdef.-"));
+  if (display) {
+    FUZZ_CHECK(IsWithin(*display, text) && HasOnly(*display, "0123456789abcdef.-"));
   }
 }
 

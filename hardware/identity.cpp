@@ -1,4 +1,7 @@
+#include "hardware/identity.h"
+
 #include <iterator>
+#include <optional>
 
 #include "hardware/files.h"
 #include "hardware/parse_hex.h"
@@ -26,6 +29,37 @@ std::int32_t FamilyOf(int hardware_id) {
     }
   }
   return kOtherFamily;
+}
+
+// Each returns what its probe returns.
+int StoreFirmwareVersion(const hardware::PackageVersions& versions, QtSts::CStatus* status) {
+  if (versions.Distribution) {
+    status->FirmwareVersion = *versions.Distribution;
+  }
+  return 0;
+}
+
+int StoreDisplayFirmwareVersion(const hardware::PackageVersions& versions, QtSts::CStatus* status) {
+  if (!versions.DisplayFirmware) {
+    return 1;
+  }
+  status->DisplayFirmwareVersion = *versions.DisplayFirmware;
+  return 0;
+}
+
+// The package database, if it can be opened, and the versions, which point into its text.
+struct Packages {
+  std::optional<hardware::WholeText> Text;
+  hardware::PackageVersions Versions;
+};
+
+Packages ReadPackages() {
+  Packages packages;
+  packages.Text = hardware::ReadWhole(paths::kPackages, hardware::Access::kRead);
+  if (packages.Text) {
+    packages.Versions = hardware::ParsePackages(*packages.Text);
+  }
+  return packages;
 }
 
 }  // namespace
@@ -67,30 +101,18 @@ int CTolmarHardware::GUID() {
 }
 
 int CTolmarHardware::FirmwareVersion() {
-  if (m_pStatus == nullptr) {
-    return 1;
-  }
-  const auto packages = hardware::ReadWhole(paths::kPackages, hardware::Access::kRead);
-  if (packages) {
-    if (const auto version = hardware::ParseFirmwareVersion(*packages)) {
-      m_pStatus->FirmwareVersion = *version;
-    }
-  }
-  return 0;
+  return m_pStatus == nullptr ? 1 : StoreFirmwareVersion(ReadPackages().Versions, m_pStatus);
 }
 
 int CTolmarHardware::DisplayFirmwareVersion() {
-  if (m_pStatus == nullptr) {
-    return 1;
+  return m_pStatus == nullptr ? 1 : StoreDisplayFirmwareVersion(ReadPackages().Versions, m_pStatus);
+}
+
+void hardware::StoreVersions(QtSts::CStatus* status) {
+  Packages packages = ReadPackages();
+  StoreFirmwareVersion(packages.Versions, status);
+  if (!packages.Text) {
+    packages = ReadPackages();
   }
-  const auto packages = hardware::ReadWhole(paths::kPackages, hardware::Access::kRead);
-  if (!packages) {
-    return 1;
-  }
-  const auto version = hardware::ParseDisplayFirmwareVersion(*packages);
-  if (!version) {
-    return 1;
-  }
-  m_pStatus->DisplayFirmwareVersion = *version;
-  return 0;
+  StoreDisplayFirmwareVersion(packages.Versions, status);
 }

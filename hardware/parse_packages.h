@@ -7,13 +7,18 @@
 
 namespace hardware {
 
-// Version of the first package whose name begins with qtm-distro: the rest of the first line behind
-// its "Package" line that contains "Version: ", be it in a later stanza. Nothing without one.
-std::optional<std::string_view> ParseFirmwareVersion(std::string_view packages);
+// Both found in one pass, since the database has megabytes; what is absent has none.
+struct PackageVersions {
+  // Of the first package whose name begins with qtm-distro: the rest of the first line behind its
+  // "Package" line that contains "Version: ", be it in a later stanza.
+  std::optional<std::string_view> Distribution;
 
-// Version of the first package whose name begins with dispfw, without one of the first whose name
-// begins with display-firmware: the digits, a to f, dots and hyphens behind the next "Version: ",
-// be it in a later stanza. Nothing without one.
-std::optional<std::string_view> ParseDisplayFirmwareVersion(std::string_view packages);
+  // Of the first package whose name begins with dispfw, without one of the first whose name begins
+  // with display-firmware: the digits, a to f, dots and hyphens behind the next "Version: ", be it
+  // in a later stanza.
+  std::optional<std::string_view> DisplayFirmware;
+};
+
+PackageVersions ParsePackages(std::string_view packages);
 
 }  // namespace hardware

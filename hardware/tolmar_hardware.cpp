@@ -1,5 +1,6 @@
 #include "hardware/tolmar_hardware.h"
 
+#include "hardware/identity.h"
 #include "hardware/parse_hex.h"
 #include "model/verify.h"
 
@@ -25,8 +26,7 @@ int CTolmarHardware::UpdateStatus(QtSts::CStatus* status) {
   SystemStorageKB();
   Network();
   DNS();
-  FirmwareVersion();
-  DisplayFirmwareVersion();
+  hardware::StoreVersions(m_pStatus);  // FirmwareVersion, DisplayFirmwareVersion
   return 0;
 }
 

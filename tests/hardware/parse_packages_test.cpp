@@ -17,13 +17,13 @@ std::string Stanza(const std::string& package, const std::string& version) {
 // Copies, because the parser's result points into its text.
 std::optional<std::string> Firmware(const std::string& packages) {
   const ExactView text(packages);
-  const auto version = hardware::ParseFirmwareVersion(text);
+  const auto version = hardware::ParsePackages(text).Distribution;
   return version ? std::optional<std::string>(*version) : std::nullopt;
 }
 
 std::optional<std::string> DisplayFirmware(const std::string& packages) {
   const ExactView text(packages);
-  const auto version = hardware::ParseDisplayFirmwareVersion(text);
+  const auto version = hardware::ParsePackages(text).DisplayFirmware;
   return version ? std::optional<std::string>(*version) : std::nullopt;
 }
 
@@ -80,6 +80,15 @@ TEST(DisplayFirmwareVersion, MayBeEmpty) {
 TEST(DisplayFirmwareVersion, PrefersDispfwWhereverItStands) {
   EXPECT_EQ(DisplayFirmware(Stanza("display-firmware", "1.0") + Stanza("dispfw", "2.0")), "2.0");
   EXPECT_EQ(DisplayFirmware(Stanza("dispfw-tools", "3.0") + Stanza("dispfw", "2.0")), "3.0");
+}
+
+TEST(PackageVersions, AreFoundTogetherInAnyOrder) {
+  const std::string display = Stanza("dispfw", "2.0");
+  const std::string distribution = Stanza("qtm-distro", "4.1");
+  for (const std::string& packages : {display + distribution, distribution + display}) {
+    EXPECT_EQ(Firmware(packages), "4.1");
+    EXPECT_EQ(DisplayFirmware(packages), "2.0");
+  }
 }
 
 TEST(DisplayFirmwareVersion, ComesFromDisplayFirmwareWithoutDispfw) {

@@ -127,7 +127,7 @@ TEST_F(UpdateStatus, RunsTheProbesInTheirOrder) {
                           kUuid, kMemory,                                                       //
                           "/sys/class/net/eth0/carrier", "/dev/shm/netlink-eth0", kLinkCounters,
                           "/sys/class/net/eth0/carrier", kRoutes,  //
-                          kResolver, kPackages, kPackages));
+                          kResolver, kPackages));
   EXPECT_EQ(m_Status.Compositors[0]->State, 2);
   EXPECT_EQ(m_Status.Outputs[0]->Frequency.Vertical, 60.0F);
   EXPECT_EQ(m_Status.Inputs.Count(), 2U);
@@ -141,6 +141,16 @@ TEST_F(UpdateStatus, RunsTheProbesInTheirOrder) {
   EXPECT_EQ(m_Status.Network.DNS.Addresses.Count(), 1U);
   EXPECT_EQ(m_Status.FirmwareVersion, "1.0");
   EXPECT_EQ(m_Status.DisplayFirmwareVersion, "2.0");
+}
+
+TEST_F(UpdateStatus, ReadsThePackageDatabaseAgainOnlyWhenItCouldNotBeOpened) {
+  Complete().Apply();
+  Opens opens;
+  opens.Refuse(kPackages, 1);
+  EXPECT_EQ(Update(), 0);
+  EXPECT_THAT(opens.Paths(), testing::Contains(kPackages).Times(2));
+  EXPECT_EQ(m_Status.FirmwareVersion, "");
+  EXPECT_EQ(m_Status.DisplayFirmwareVersion, "");
 }
 
 TEST_F(UpdateStatus, OpensDriversForWritingAllElseForReadingAndCreatesNothing) {
