@@ -64,6 +64,9 @@ TEST(Width, CountsColumnsNotBytes) {
   EXPECT_EQ(Width("e\xCC\x81"), 1U) << "a combining accent takes no column";
   EXPECT_EQ(Width("\xE6\x97\xA5\xE6\x9C\xAC"), 4U) << "East Asian characters take two";
   EXPECT_EQ(Width("\xF0\x9F\x92\xA1"), 2U);
+  EXPECT_EQ(Width("\xE2\x9A\xA1\xE2\x9C\x85\xF0\x9F\xAA\xAB"), 6U)
+      << "so do lightning, tick, battery";
+  EXPECT_EQ(Width("\xE2\x9A\xA0\xE2\x9C\x93"), 2U) << "a warning sign and a check mark do not";
 }
 
 TEST(Truncated, CutsBetweenCharacters) {
