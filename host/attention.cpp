@@ -29,12 +29,6 @@ bool HoldsZero(const Element&, const std::string& text) {
   return (" " + text + " ").find(" 0 ") != std::string::npos;
 }
 
-// A sensor that is not connected reports nothing, so that its zeros tell nothing.
-bool IsZeroWhileConnected(const Element& element, const std::string& text) {
-  const Value* const connected = element.FindValue("Connected");
-  return text == "0" && connected != nullptr && connected->Text == "true";
-}
-
 bool IsFalseWhileSelected(const Element& element, const std::string& text) {
   const Value* const selected = element.FindValue("MultiplexerSelected");
   return text == "false" && selected != nullptr && selected->Text == "true";
@@ -46,6 +40,9 @@ struct Rule {
   const char* Field;
   bool (*NeedsAttention)(const Element& element, const std::string& text);
   const char* What;
+  // A sensor that is not connected reports nothing, so that its zeros tell nothing, nor do those of
+  // its fans.
+  bool OnlyWhileConnected = false;
 };
 
 constexpr Rule kRules[] = {
@@ -59,16 +56,14 @@ constexpr Rule kRules[] = {
     {"DoorSwitch", "State", &IsNotZero, "Door open: {Class} {#}"},
     {"DoorSensorInputType", "State", &IsNotZero, "Door open: {Label}"},
     {"Sensor", "Connected", &IsFalse, "{Class} {#} is not connected"},
-    {"CANFanRpmSensor", "CurrentRpm", &IsZeroWhileConnected, "Fan stands still: {Class} {#}"},
-    {"FanRpm", "Rpm", &IsZero, "Fan {FanNumber} stands still"},
+    {"CANFanRpmSensor", "CurrentRpm", &IsZero, "Fan stands still: {Class} {#}", true},
+    {"FanRpm", "Rpm", &IsZero, "Fan {FanNumber} stands still", true},
     {"CANPsrbSensor", "HardwareErrors", &IsNotZero,
      "Power supply hardware errors {HardwareErrors:hex2}"},
-    {"CANPsrbSensor", "InputVoltages", &HoldsZero, "Power supply input at 0 V"},
-    {"CANPsrbSensor", "OutputVoltages", &HoldsZero, "Power supply output at 0 V"},
-    {"CANIsolationBoardSensor", "InputVoltage", &IsZeroWhileConnected,
-     "Isolation board input at 0 V"},
-    {"CANIsolationBoardSensor", "OutputVoltage", &IsZeroWhileConnected,
-     "Isolation board output at 0 V"},
+    {"CANPsrbSensor", "InputVoltages", &HoldsZero, "Power supply input at 0 V", true},
+    {"CANPsrbSensor", "OutputVoltages", &HoldsZero, "Power supply output at 0 V", true},
+    {"CANIsolationBoardSensor", "InputVoltage", &IsZero, "Isolation board input at 0 V", true},
+    {"CANIsolationBoardSensor", "OutputVoltage", &IsZero, "Isolation board output at 0 V", true},
     {"BeaconRecord", "ErrorFlags", &IsNotZero, "{Class} {#} reports errors {ErrorFlags:hex2}"},
     {"BeaconRecord", "RedLedErrorCount", &IsNotZero,
      "{Class} {#}: {RedLedErrorCount} red LEDs failed"},
@@ -80,9 +75,15 @@ std::string Joined(const std::string& path, const char* name) {
   return path.empty() ? name : path + "/" + name;
 }
 
-void Collect(const Element& element, const std::string& path, std::vector<Note>* notes) {
+// `connected`: whether the sensor is that `element` belongs to.
+void Collect(const Element& element, const std::string& path, bool connected,
+             std::vector<Note>* notes) {
+  if (const Value* const own = element.FindValue("Connected")) {
+    connected = own->Text == "true";
+  }
   for (const Rule& rule : kRules) {
-    const Value* const value = element.IsA(rule.Class) ? element.FindValue(rule.Field) : nullptr;
+    const bool holds = element.IsA(rule.Class) && (connected || !rule.OnlyWhileConnected);
+    const Value* const value = holds ? element.FindValue(rule.Field) : nullptr;
     if (value != nullptr && rule.NeedsAttention(element, value->Text)) {
       notes->push_back({Fill(rule.What, element).Text, Joined(path, rule.Field), value});
     }
@@ -90,7 +91,7 @@ void Collect(const Element& element, const std::string& path, std::vector<Note>*
   for (const Element& child : element.Children) {
     const std::string at = element.IsList() ? path + "[" + std::to_string(child.Position) + "]"
                                             : Joined(path, child.Name);
-    Collect(child, at, notes);
+    Collect(child, at, connected, notes);
   }
 }
 
@@ -106,7 +107,7 @@ std::vector<const char*> NoteTemplates() {
 
 std::vector<Note> FindNotes(const Element& document) {
   std::vector<Note> notes;
-  Collect(document, "", &notes);
+  Collect(document, "", true, &notes);
   return notes;
 }
 

@@ -8,6 +8,7 @@
 
 #include "host/tree.h"
 #include "model/can_sensors.h"
+#include "model/dcio_boards.h"
 #include "tests/host/sample_documents.h"
 
 namespace {
@@ -61,14 +62,24 @@ TEST(FindNotes, FindsSomethingByEveryRuleInTheSample) {
   EXPECT_EQ(Notes(*sample::Troubled()).size(), host::NoteTemplates().size());
 }
 
-// A sensor that is not connected reports zeros: one note says it all.
+// A sensor that is not connected reports zeros: one note says it all. Those of fans and power
+// supplies used to be noted.
 TEST(FindNotes, TakesZerosOfADisconnectedSensorForNothing) {
   QtSts::CStatus status;
   status.Sensors.Add(new QtSts::CCANFanRpmSensor);
   status.Sensors.Add(new QtSts::CCANIsolationBoardSensor);
+  auto* const supply = new QtSts::CCANPsrbSensor;
+  supply->InputVoltages = {0};
+  supply->OutputVoltages = {24, 0};
+  status.Sensors.Add(supply);
+  auto* const board = new QtSts::CCANDcioAndFanRpm;
+  board->FanRpms.Add(new QtSts::FanRpm);
+  status.Sensors.Add(board);
   EXPECT_THAT(Notes(status),
               ElementsAre("Sensors[0]/Connected: CANFanRpmSensor 0 is not connected",
-                          "Sensors[1]/Connected: CANIsolationBoardSensor 1 is not connected"));
+                          "Sensors[1]/Connected: CANIsolationBoardSensor 1 is not connected",
+                          "Sensors[2]/Connected: CANPsrbSensor 2 is not connected",
+                          "Sensors[3]/Connected: CANDcioAndFanRpm 3 is not connected"));
 }
 
 TEST(FindNotes, PointsToTheValueThatIsTheCause) {
