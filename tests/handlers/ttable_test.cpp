@@ -70,6 +70,13 @@ TEST_F(TtableHandler, StoresRowsAndOneMore) {
   EXPECT_EQ(Output().Ttable.ColumnsPlusOne, 0U);
 }
 
+TEST_F(TtableHandler, CountsNoneAndNotOneWithoutAValue) {
+  Row(Status_TtableColumns, "TtableColumns", nullptr);
+  Row(Status_TtableRows, "TtableRows", nullptr);
+  EXPECT_EQ(Output().Ttable.ColumnsPlusOne, 0U);
+  EXPECT_EQ(Output().Ttable.RowsPlusOne, 0U);
+}
+
 TEST_F(TtableHandler, CountsOneMoreThanMinusOneAsZero) {
   Row(Status_TtableColumns, "TtableColumns", "-1");
   EXPECT_EQ(Output().Ttable.Columns, 4294967295U);

@@ -1,4 +1,5 @@
 """The ways in which tests/mutation/mutate breaks a line of the code."""
+import collections
 import pathlib
 import re
 
@@ -29,9 +30,8 @@ class Mutant:
 
     def __init__(self, path, number, column, old, new, line):
         self.path, self.number, self.column, self.old, self.new = path, number, column, old, new
-        # Names the mutant also when lines before it come or go.
-        count = line[:column].count(old)
-        self.key = f"{path}: {line.strip()}: {old} -> {new}" + (f" #{count + 1}" if count else "")
+        # Names the mutant, also when lines before it come or go.
+        self.key = f"{path}: {line.strip()}: {old} -> {new}"
 
     def __str__(self):
         return f"{self.path}:{self.number}:{self.column + 1}: {self.old} -> {self.new}"
@@ -45,6 +45,16 @@ class Mutant:
 
 
 def mutants_of(path):
+    """All mutants of a file; the second of the same key has " #2" behind it, and so on."""
+    counts = collections.Counter()
+    for mutant in sorted(_mutants_of(path), key=lambda mutant: (mutant.number, mutant.column)):
+        counts[mutant.key] += 1
+        if counts[mutant.key] > 1:
+            mutant.key += f" #{counts[mutant.key]}"
+        yield mutant
+
+
+def _mutants_of(path):
     lines = [line.split("//")[0].rstrip() for line in (ROOT / path).read_text().splitlines()]
     for number, line in enumerate((ROOT / path).read_text().splitlines(), 1):
         if SKIPPED.search(line):

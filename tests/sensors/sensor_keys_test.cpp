@@ -160,6 +160,15 @@ TEST_F(SensorKeys, WithoutASecondUnderscoreStoreTheNumberAlone) {
   EXPECT_EQ(m_Status.Sensors.Count(), 0U);
 }
 
+TEST_F(SensorKeys, HaveTheirAttributeBehindTheUnderscoreWhateverEndsTheNumber) {
+  for (const char* const number : {"5", "5x", "5`", "5.5", "5 ", "x", ""}) {
+    SCOPED_TRACE(number);
+    u32_Address = 0;
+    EXPECT_EQ(Send(std::string("Sensor_") + number + "_Address", "17"), 0);
+    EXPECT_EQ(u32_Address, 17U);
+  }
+}
+
 TEST_F(SensorKeys, OfPointsAndFansWithoutTheirUnderscoresAreIgnored) {
   const ScratchCopy before = CopyScratch();
   for (const char* const name :
