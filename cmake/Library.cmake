@@ -11,6 +11,15 @@ if(STATUS_SANITIZE)
   target_link_options(status_options INTERFACE -fsanitize=${STATUS_SANITIZE})
 endif()
 
+# Tables of pointers need a relocation for each, of 24 bytes, or of a bit where the linker packs them.
+include(CheckLinkerFlag)
+check_linker_flag(CXX -Wl,-z,pack-relative-relocs STATUS_LINKER_PACKS)
+
+# Releases are built for size; these sources, which every row passes through, for speed.
+function(status_fast_sources)
+  set_source_files_properties(${ARGN} PROPERTIES COMPILE_OPTIONS $<$<CONFIG:Release>:-O2>)
+endfunction()
+
 # Instantiations of the standard library's templates are visible whatever the compiler is told; this
 # keeps them in.
 set(status_hidden_symbols _ZSt* _ZNSt* _ZNKSt* _ZZNSt* _ZTISt* _ZTSSt* _ZTVSt*)
@@ -27,10 +36,14 @@ function(status_shared_library name)
   target_link_options(${name} PRIVATE -Wl,--version-script=${map})
   set_target_properties(${name} PROPERTIES LINK_DEPENDS ${map})
   target_link_libraries(${name} PRIVATE $<BUILD_INTERFACE:status_options>)
+  set(installed_headers ${CMAKE_INSTALL_INCLUDEDIR}/statuscollector)
   target_include_directories(${name} INTERFACE $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}>
-                                               $<INSTALL_INTERFACE:include/statuscollector>)
+                                               $<INSTALL_INTERFACE:${installed_headers}>)
   set_target_properties(${name} PROPERTIES VERSION ${PROJECT_VERSION}
                                            SOVERSION ${PROJECT_VERSION_MAJOR})
+  if(STATUS_LINKER_PACKS)
+    target_link_options(${name} PRIVATE -Wl,-z,pack-relative-relocs)
+  endif()
   if(NOT STATUS_SANITIZE)
     target_link_options(${name} PRIVATE -Wl,--no-undefined -Wl,--as-needed)
   endif()
