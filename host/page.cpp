@@ -52,6 +52,17 @@ std::vector<std::string> Wrapped(std::string_view text, std::size_t width) {
   return lines;
 }
 
+std::string Untied(std::string_view text) {
+  const std::string_view tie = kTie;
+  std::string untied;
+  for (std::size_t found = text.find(tie); found != std::string_view::npos;
+       found = text.find(tie)) {
+    untied.append(text.substr(0, found)).append(" ");
+    text.remove_prefix(found + tie.size());
+  }
+  return untied.append(text);
+}
+
 }  // namespace
 
 std::string Padded(const std::string& text, std::size_t width, Align side) {
@@ -59,8 +70,9 @@ std::string Padded(const std::string& text, std::size_t width, Align side) {
   return side == Align::kRight ? blanks + text : text + blanks;
 }
 
-void Page::Styled(const char* style, std::string_view line) {
-  line = line.substr(0, line.find_last_not_of(' ') + 1);
+void Page::Styled(const char* style, std::string_view text) {
+  std::string line = Untied(text);
+  line.resize(line.find_last_not_of(' ') + 1);
   const bool styled = m_Colour && *style != '\0';
   m_Text.append(styled ? style : "").append(line).append(styled ? "\x1b[0m\n" : "\n");
   m_AfterTitle = false;

@@ -10,6 +10,9 @@ namespace host {
 
 enum class Align { kLeft, kRight };
 
+// A blank at which no line is broken; on the page it is one like the others.
+inline constexpr const char* kTie = "\u00A0";
+
 // `text` with blanks, so that it takes at least `width` columns.
 std::string Padded(const std::string& text, std::size_t width, Align side = Align::kLeft);
 
@@ -47,7 +50,7 @@ class Page {
   std::string Take() { return std::move(m_Text); }
 
  private:
-  void Styled(const char* style, std::string_view line);
+  void Styled(const char* style, std::string_view text);
   void TableRow(const std::vector<Heading>& headings, const std::vector<std::size_t>& widths,
                 const Row& row, const char* style);
 

@@ -6,6 +6,7 @@
 #include <iterator>
 #include <utility>
 
+#include "host/page.h"
 #include "host/printable.h"
 #include "model/codes.h"
 
@@ -97,7 +98,7 @@ std::string CodeName(const QtSts::CodeTable& codes, const std::string& text) {
 }
 
 std::string WithUnit(const Value& value, const std::string& text) {
-  return *value.Field->Unit == '\0' ? text : text + " " + value.Field->Unit;
+  return *value.Field->Unit == '\0' ? text : text + kTie + value.Field->Unit;
 }
 
 std::string Commas(const Value& value) {

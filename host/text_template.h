@@ -17,7 +17,7 @@ struct Filled {
 
 // Fills the places of a template, all of whose text is printable afterwards:
 //
-//   {Celsius}               the value with its unit, code names for codes, yes and no for flags
+//   {Celsius}               the value tied to its unit, code names for codes, yes and no for flags
 //   {Dimming/DimmingMode}   a value of a record of the element
 //   {Width:bare}            the value without its unit
 //   {State:0=off,1=on}      with other names for some values; the empty name is "not reported"

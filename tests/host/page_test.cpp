@@ -53,6 +53,15 @@ TEST(Page, WrapsTheLastColumn) {
             "                        of the page\n");
 }
 
+// Units used to stand on the line below their numbers.
+TEST(Page, BreaksNoLineAtATie) {
+  Page page(false);
+  page.Table({{""}, {""}}, {{false, {"a", std::string(69, 'w') + " 1\u00A0lx\u00A0"}}});
+  EXPECT_EQ(page.Take(), "  a  " + std::string(69, 'w') + " 1 lx\n");
+  page.Table({{""}, {""}}, {{false, {"a", std::string(72, 'w') + " 1\u00A0lx"}}});
+  EXPECT_EQ(page.Take(), "  a  " + std::string(72, 'w') + "\n     1 lx\n");
+}
+
 TEST(Page, BreaksAWordThatFitsNoLine) {
   Page page(false);
   page.Table({{""}, {""}}, {{false, {"a", std::string(100, 'w')}}});

@@ -242,7 +242,7 @@ TEST(Fill, FillsThePlacesOfATemplate) {
       {"", ""},
       {"plain", "plain"},
       {"{GUID}", "6f1c0d52-8a3e-4b7e-9d3f-2c51a0e4b7d8"},
-      {"<{MemoryFree}>", "<100000 kB>"},
+      {"<{MemoryFree}>", "<100000\u00A0kB>"},
       {"{MemoryFree:bare}", "100000"},
       {"{SerialNumber:hex}", "0x12AF0"},
       {"{SerialNumber:hex8}", "0x00012AF0"},
