@@ -28,21 +28,21 @@ class COwningList {
 
   // Deletes every distinct element once, however often it was added, and leaves the list empty.
   void Clear() noexcept {
-    std::sort(m_Elements.begin(), m_Elements.end(), std::less<T*>());
+    std::sort(m_Elements.begin(), m_Elements.end(), std::less<>());
     const auto end = std::unique(m_Elements.begin(), m_Elements.end());
-    std::for_each(m_Elements.begin(), end, std::default_delete<T>());
+    std::for_each(m_Elements.begin(), end, [](void* element) { delete static_cast<T*>(element); });
     m_Elements.clear();
   }
 
   // The element at `position`, or null past the end. Never creates anything.
   T* operator[](unsigned int const& position) const {
-    return position < m_Elements.size() ? m_Elements[position] : nullptr;
+    return position < m_Elements.size() ? static_cast<T*>(m_Elements[position]) : nullptr;
   }
 
   unsigned int Count() const { return static_cast<unsigned int>(m_Elements.size()); }
 
  private:
-  std::vector<T*> m_Elements;
+  std::vector<void*> m_Elements;  // of T; all lists share what handles plain pointers
 };
 
 }  // namespace QtSts
