@@ -59,6 +59,16 @@ TEST_F(Guid, OfAFileThatVanishedStays) {
   EXPECT_EQ(m_Status.GUID, "former");
 }
 
+// A host may have closed its standard input; the next file that is opened then takes its number.
+TEST_F(Guid, IsReadAlsoAsDescriptorZero) {
+  Scenario().File(kUuid, "abc").Apply();
+  const sandbox::Descriptor input(dup(STDIN_FILENO));
+  close(STDIN_FILENO);
+  EXPECT_EQ(m_Probe.GUID(), 0);
+  dup2(input.Number(), STDIN_FILENO);
+  EXPECT_EQ(m_Status.GUID, "abc");
+}
+
 // A pipe without a writer used to be able to hold up every cycle in open().
 TEST_F(Guid, IsNotWaitedForWhenTheFileIsAPipe) {
   Scenario().Folder("/home/Zet/.settings").Apply();

@@ -162,7 +162,7 @@ TEST_F(Network, LeavesOutInterfacesWhoseCarrierReadsZero) {
     bool Listed;
   } const kRows[] = {
       {"0", false}, {"0\n", false}, {"no", false}, {"00", false}, {"1", true},    {"1\n", true},
-      {"", true},   {"2", true},    {"-1", true},  {"01", true},  {"001", false},
+      {"", true},   {"2", true},    {"-1", true},  {"01", true},  {"001", false}, {"a", false},
   };
   Scenario().Interface(Plain("eth0")).Apply();
   for (const auto& row : kRows) {

@@ -42,6 +42,10 @@ TEST(DefaultGateway, IsThatOfTheFirstDefaultRouteThroughTheInterface) {
   EXPECT_EQ(Gateway(routes, "ETH0"), std::nullopt);
 }
 
+TEST(DefaultGateway, IsFoundForAnInterfaceOfAnyName) {
+  EXPECT_EQ(Gateway("eth~0.7-x 00000000 0101A8C0\n", "eth~0.7-x"), "192.168.1.1");
+}
+
 TEST(DefaultGateway, NeedsNoLineFeedAtTheEnd) {
   EXPECT_EQ(Gateway("eth0 00000000 0101A8C0", "eth0"), "192.168.1.1");
 }
@@ -110,7 +114,8 @@ constexpr ErrorRow kErrorRows[] = {
     {"eth0", "eth0", 0},
     {"eth0: 1 x 3 4 5 6 7 8 9 10 11", "eth0", 0},
     {"eth0: 1 2 3x 4 5 6 7 8 9 10 11", "eth0", 3},
-    {"eth0: 1 2 - 3", "eth0", 0},
+    {"eth0: 1 2 3:4 5 6 7 8 9 10 11", "eth0", 3},
+    {"eth0: 1 2 - 3 4 5 6 7 8 9 10", "eth0", 0},
     {"eth0: 1 2 3 4 5 6 7 8 9 10 +", "eth0", 3},
     // Line ends are blanks like any other.
     {"eth0:\n1\t2\v3\f4\r5 6 7 8 9 10 11", "eth0", 14},
@@ -143,6 +148,7 @@ TEST(NameServers, AreTakenAsTheyStand) {
   EXPECT_THAT(Servers("nameserver fe80::1\n"), ElementsAre(""));
   EXPECT_THAT(Servers("#nameserver 1.1.1.1\n"), ElementsAre("1.1.1.1"));
   EXPECT_THAT(Servers("nameserver 999.9..9#\n"), ElementsAre("999.9..9"));
+  EXPECT_THAT(Servers("nameserver 8.8.8.8~9\n"), ElementsAre("8.8.8.8"));
   EXPECT_THAT(Servers("nameserver  8.8.8.8\n"), ElementsAre(""));
   EXPECT_THAT(Servers("nameserver\t8.8.8.8\nnameserver 1.1.1.1\n"), ElementsAre("1.1.1.1"));
   EXPECT_THAT(Servers("nameserver nameserver 1.2.3.4 \n"), ElementsAre("", "1.2.3.4"));

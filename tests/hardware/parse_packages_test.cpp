@@ -67,6 +67,7 @@ TEST(FirmwareVersion, MayBeOfAnyLength) {
 TEST(DisplayFirmwareVersion, EndsAtTheFirstForeignCharacter) {
   EXPECT_EQ(DisplayFirmware(Stanza("dispfw", "1.2.3-4ubuntu1")), "1.2.3-4");
   EXPECT_EQ(DisplayFirmware(Stanza("dispfw", "0123456789abcdef.-g")), "0123456789abcdef.-");
+  EXPECT_EQ(DisplayFirmware(Stanza("dispfw", "1.2~3")), "1.2");
   EXPECT_EQ(DisplayFirmware(Stanza("dispfw", "1A")), "1");
   EXPECT_EQ(DisplayFirmware(Stanza("dispfw", "1 2")), "1");
   EXPECT_EQ(DisplayFirmware("Package: dispfw\nVersion: 1.2"), "1.2");

@@ -90,7 +90,7 @@ def users_of(mutant, folders):
 
     lines = (ROOT / mutant.path).read_text().splitlines()
     names = {declared(mutant.number - 1)}
-    if not mutant.path.endswith("codes.h") or None in names:
+    if not mutant.path.endswith(("codes.h", "paths.h", "requests.h")) or None in names:
         return None
     names |= {declared(index) for index, line in enumerate(lines) if mentioned(line)}
     users = [str(file.relative_to(ROOT)) for folder in folders
