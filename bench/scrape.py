@@ -36,8 +36,10 @@ def processor_time(process):
 
 def main():
     exporter = subprocess.Popen(
-        ["prometheus-node-exporter", f"--web.listen-address={ADDRESS}", "--web.disable-exporter-metrics",
-         "--collector.disable-defaults", "--collector.filesystem.mount-points-exclude=^/.+", *(f"--collector.{name}" for name in COLLECTORS)],
+        ["prometheus-node-exporter", f"--web.listen-address={ADDRESS}",
+         "--web.disable-exporter-metrics", "--collector.disable-defaults",
+         "--collector.filesystem.mount-points-exclude=^/.+",
+         *(f"--collector.{name}" for name in COLLECTORS)],
         stderr=subprocess.DEVNULL)
     try:
         text = first_scrape()

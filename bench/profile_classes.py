@@ -1,0 +1,32 @@
+"""Sorts the lines of callgrind_annotate into classes of work."""
+import re
+
+# The first whose pattern is found in "function [object]" takes the line.
+CLASSES = [
+    ("SQLite: steps and columns", r"libsqlite3"),
+    ("allocator: records and what they own",
+     r"malloc|free|calloc|realloc|operator (new|delete)|unlink_chunk"),
+    ("records: make, fill, place, destroy",
+     r"Fill|Build|Make|COwningList|introsort|_M_realloc|sort|~|_Rb_tree|Populate|OfferPoint|Verify|"
+     r"CompleteSensor|FindCode|Status_TtableDevice|Add\(|vector|ClearLists|basic_string|IOList|::Set"),
+    ("texts: copies of key and value", r"memcpy|memmove|strnlen|strcpy|stpcpy"),
+    ("texts: lengths and comparisons", r"strlen|strchr|strcmp|strncmp|memcmp|memchr|strstr"),
+    ("numbers", r"Parse(Long|Double|Unsigned)|strto|mpn|round_and_return"),
+    ("access to the row", r"libsqlitedb"),
+    ("loop and dispatch", r"ReadRows|QueryDatabase|RowsFloor"),
+    ("handlers: cut the key, find the attribute, store", r"libstatuscollector"),
+    ("everything else", r""),
+]
+
+LINE = re.compile(r"^\s*([\d,]+) \([ \d.]+%\)\s+\S*?:(.*)$")
+
+
+def classify(listing):
+    totals = {name: 0 for name, _ in CLASSES}
+    for line in listing.splitlines():
+        found = LINE.match(line)
+        if found:
+            what = found.group(2)
+            name = next(name for name, pattern in CLASSES if re.search(pattern, what))
+            totals[name] += int(found.group(1).replace(",", ""))
+    return totals
