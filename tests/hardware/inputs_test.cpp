@@ -36,6 +36,14 @@ TEST_F(Compositor, TakesTheDriversAnswerAsItsState) {
   }
 }
 
+TEST_F(Compositor, IsTheOnlyOneHoweverOftenItIsAsked) {
+  SANDBOX_NEEDS_DEVICES();
+  Scenario().Answer("zetdisplay", kCompositorState, 5).Apply();
+  EXPECT_EQ(m_Probe.Compositor(), 0);
+  EXPECT_EQ(m_Probe.Compositor(), 0);
+  EXPECT_EQ(m_Status.Compositors.Count(), 1U);
+}
+
 TEST_F(Compositor, IsNotThereWhenTheAnswerIsNegative) {
   SANDBOX_NEEDS_DEVICES();
   for (const int answer : {-1, -5000}) {

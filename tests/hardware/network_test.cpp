@@ -253,6 +253,15 @@ TEST_F(Network, BytesOfAHardwareAddressAreUnsigned) {
   EXPECT_EQ(Device(0)->MACAddress, "FE:80:9F:FF:A0:01");
 }
 
+TEST_F(Network, HardwareAddressIsFoundByTheLongestName) {
+  NetworkInterface interface = Eth0();
+  interface.name = "abcdefghijklmno";  // the kernel allows 15 characters
+  Scenario().Interface(interface).Apply();
+  Walk(0);
+  ASSERT_THAT(Names(), ElementsAre("abcdefghijklmno"));
+  EXPECT_EQ(Device(0)->MACAddress, "00:1A:2B:3C:4D:5E");
+}
+
 TEST_F(Network, HardwareAddressIsZeroWhenTheSocketIsRefused) {
   Scenario().Interface(Eth0()).Apply();
   const Failure failure(Call::kSocket);
