@@ -11,27 +11,8 @@
 namespace QtSts {
 namespace {
 
-std::string Escaped(std::string_view text) {
-  std::string escaped;
-  for (const char c : text) {
-    switch (c) {
-      case '&':
-        escaped += "&amp;";
-        break;
-      case '<':
-        escaped += "&lt;";
-        break;
-      case '"':
-        escaped += "&quot;";
-        break;
-      default:
-        escaped += c;
-    }
-  }
-  return escaped;
-}
-
-// Indented XML text, element by element.
+// Indented XML text, element by element. What the listings say goes in as it is: none of it has
+// markup, without which the schema would not be one.
 class XmlText {
  public:
   using Attributes = std::initializer_list<std::pair<const char*, std::string_view>>;
@@ -55,7 +36,7 @@ class XmlText {
 
   void Leaf(const char* name, std::string_view content) {
     Begin(name, {});
-    m_Text.append(">").append(Escaped(content)).append("</").append(name).append(">\n");
+    m_Text.append(">").append(content).append("</").append(name).append(">\n");
   }
 
   void Line(std::string_view line) { m_Text.append(line).append("\n"); }
@@ -69,7 +50,7 @@ class XmlText {
     Indent();
     m_Text.append("<").append(name);
     for (const auto& [attribute, value] : attributes) {
-      m_Text.append(" ").append(attribute).append("=\"").append(Escaped(value)).append("\"");
+      m_Text.append(" ").append(attribute).append("=\"").append(value).append("\"");
     }
   }
 

@@ -137,6 +137,19 @@ TEST(ReadDocument, NamesElementAttributeAndLineOfAFault) {
   }
 }
 
+TEST(ReadDocument, RefusesAListOfNumbersWithSomethingElseInIt) {
+  CStatus status;
+  auto board = std::make_unique<QtSts::CCANPsrbSensor>();
+  board->InputVoltages = {230, 231};
+  status.Sensors.Add(board.release());
+  std::string document = QtSts::WriteDocument(status);
+  const std::string voltages = "InputVoltages=\"230 231\"";
+  const std::size_t position = document.find(voltages);
+  ASSERT_NE(position, std::string::npos);
+  document.replace(position, voltages.size(), "InputVoltages=\"230 high\"");
+  EXPECT_THAT(Refusal(document), HasSubstr("<CANPsrbSensor> attribute InputVoltages: not a value"));
+}
+
 TEST(ReadDocument, TellsTheLineOfAnElementFarDown) {
   const std::string lines(70000, '\n');
   EXPECT_THAT(Refusal(With("<Compositors/>", "<Compositors/>" + lines + "<Surprise/>")),

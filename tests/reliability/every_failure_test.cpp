@@ -5,6 +5,7 @@
 #include <memory>
 #include <tuple>
 
+#include "model/can_sensors.h"
 #include "model/xml.h"
 #include "sandbox/system_log.h"
 #include "sandbox/testing.h"
@@ -296,7 +297,11 @@ INSTANTIATE_TEST_SUITE_P(
 // Writing of a document, which hosts do after a cycle.
 class WrittenDocument {
  public:
-  WrittenDocument() : written_(QtSts::WriteDocument(status_)) {}
+  WrittenDocument() {
+    status_.Outputs.Add(new QtSts::CTravex6Output);
+    status_.Sensors.Add(new QtSts::CCANTempSensor);
+    written_ = QtSts::WriteDocument(status_);
+  }
 
   bool Fail(Call call, unsigned long nth, Extent extent) {
     std::string written = written_;
