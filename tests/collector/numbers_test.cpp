@@ -81,4 +81,15 @@ TEST(Numbers, AreNarrowedToTheirLowBits) {
   EXPECT_EQ(numbers::Narrow<std::int32_t>(LONG_MAX), -1);
 }
 
+TEST(Numbers, LowerLettersOfAsciiAndNothingElse) {
+  const std::string upper = "ABCDEFGHIJKLMNOPQRSTUVWXYZ";
+  for (int byte = 0; byte < 256; ++byte) {
+    const auto c = static_cast<unsigned char>(byte);
+    const std::size_t letter = upper.find(static_cast<char>(c));
+    EXPECT_EQ(numbers::ToLower(c),
+              letter == std::string::npos ? byte : 'a' + static_cast<int>(letter))
+        << byte;
+  }
+}
+
 }  // namespace
