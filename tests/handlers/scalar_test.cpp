@@ -122,10 +122,9 @@ TEST_F(ScalarHandler, KnowsTheDimmingModesByTheirExactText) {
     std::uint32_t Mode;
   } kRows[] = {{"auto", 0}, {"manual", 1}, {"gps", 3},     {"schedule", 2},
                {"vmax", 4}, {"remote", 5}, {"override", 6}};
+  m_Status.Outputs.Add(new QtSts::CTravex6Output);
   for (const auto& row : kRows) {
-    if (QtSts::COutput* output = m_Status.Outputs[0]) {
-      output->Dimming.DimmingMode = 99;
-    }
+    Output().Dimming.DimmingMode = 99;
     EXPECT_EQ(Row(Status_DimmingMode, "DimmingMode", row.Value), 0);
     EXPECT_EQ(Output().Dimming.DimmingMode, row.Mode) << row.Value;
   }
