@@ -156,10 +156,9 @@ TEST_F(ScalarHandler, KnowsTheFansOverridesByTheirExactText) {
     const char* Value;
     std::uint32_t Override;
   } kRows[] = {{"none", 0}, {"player", 1}, {"thermal", 2}, {"sensor", 3}, {"brightness", 4}};
+  m_Status.Outputs.Add(new QtSts::CTravex6Output);
   for (const auto& row : kRows) {
-    if (QtSts::COutput* output = m_Status.Outputs[0]) {
-      output->Fans.Override = 99;
-    }
+    Output().Fans.Override = 99;
     EXPECT_EQ(Row(Status_FansOverride, "FansOverride", row.Value), 0);
     EXPECT_EQ(Output().Fans.Override, row.Override) << row.Value;
   }
