@@ -145,7 +145,7 @@ def page(f):
 
 Written by `bench/report`, which measures everything here in one run; do not edit. To repeat it:
 
-    bench/report            # half an hour
+    bench/report            # five minutes
     bench/report --quick    # a look, up to 10,000 rows
 
 Every figure is a ratio to a floor or a peer that was measured beside it. The **floor** of the rows is
@@ -178,8 +178,7 @@ Where the instructions of a cycle with 10,000 rows go, beside the floor's:
 SQLite's share is the floor's, and the copies are (`strnlen` and `memcpy` where the floor dares an
 unbounded `strcpy`). What is left buys what the floor does not do:
 
-- *Records* cost {allocator + records:.0f} instructions a row, {(allocator + records) / floor:.2f} of the
-  floor: every sensor is an object with a list entry and up to four values that may be absent, each
+- *Records* cost {allocator + records:.0f} instructions a row, {(allocator + records) / floor:.2f} of the floor: every sensor is an object with a list entry and up to four values that may be absent, each
   allocated by itself, and freed at the start of the next cycle. To save them, records would have to hold
   those values in place instead of behind pointers, or come from a pool that outlives the cycle.
 - *Row access and dispatch* cost {wrapper:.0f} a row: five calls into the database layer, each of which
@@ -195,8 +194,8 @@ unbounded `strcpy`). What is left buys what the floor does not do:
 
 ### Growth
 
-The cycle does the same for every row, wherever it stands: instructions per row do not grow. What time
-grows by is the caches: at 100,000 rows the records no longer fit into them when they are freed.
+The cycle does the same for every row, wherever it stands, and keeps nothing that grows with the rows
+but the records themselves.
 
 ## Demo
 
@@ -230,6 +229,6 @@ A scrape of Debian's node exporter (memory, interfaces, carriers, routes, the ro
 ## Size
 
 The three libraries, stripped, have {f['size']:,} bytes. Releases are built for size (`-Os`), the
-sources that every row passes through for speed (`status_fast_sources` in `cmake/Library.cmake`), and
+sources that every row or megabytes pass through for speed (`status_fast_sources` in `cmake/Library.cmake`), and
 relocations are packed.
 """
