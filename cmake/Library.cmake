@@ -15,7 +15,7 @@ endif()
 include(CheckLinkerFlag)
 check_linker_flag(CXX -Wl,-z,pack-relative-relocs STATUS_LINKER_PACKS)
 
-# Releases are built for size; these sources, which every row passes through, for speed.
+# Releases are built for size; these sources, which every row or megabytes pass through, for speed.
 function(status_fast_sources)
   set_source_files_properties(${ARGN} PROPERTIES COMPILE_OPTIONS $<$<CONFIG:Release>:-O2>)
 endfunction()

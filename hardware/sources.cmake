@@ -6,6 +6,7 @@ add_library(hardware_parsers STATIC
   ${PROJECT_SOURCE_DIR}/hardware/parse_packages.cpp
   ${PROJECT_SOURCE_DIR}/hardware/parse_registers.cpp
   ${PROJECT_SOURCE_DIR}/hardware/parse_resources.cpp)
+status_fast_sources(${PROJECT_SOURCE_DIR}/hardware/parse_packages.cpp)
 target_link_libraries(hardware_parsers PRIVATE status_options PUBLIC status)
 
 target_sources(statuscollector PRIVATE
