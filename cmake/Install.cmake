@@ -6,10 +6,10 @@ set(status_libraries statuscollector status sqlitedb)
 
 # The public headers: what a host or a consumer of documents names, and what those include.
 set(status_public_headers
-  collector/codes.h
-  collector/export.h
   collector/key_table.h
-  collector/scratch.h
+  collector/state/codes.h
+  collector/state/export.h
+  collector/state/scratch.h
   collector/status_interface.h
   db/cpp_sqlite3.h
   db/export.h
@@ -30,13 +30,13 @@ set(status_public_headers
   model/inputs.h
   model/io_points.h
   model/listing.h
+  model/lookup/verify.h
   model/network.h
   model/onboard_sensors.h
   model/outputs.h
   model/owning_list.h
   model/schema.h
   model/sensors.h
-  model/verify.h
   model/xml.h
   sensors/placements.h
   sensors/points.h

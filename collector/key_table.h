@@ -4,7 +4,7 @@
 #include <array>
 #include <string>
 
-#include "collector/export.h"
+#include "collector/state/export.h"
 #include "model/document.h"
 
 struct StatusKey {

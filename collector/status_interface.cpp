@@ -6,7 +6,7 @@
 #include <ctime>
 
 #include "collector/key_table.h"
-#include "collector/scratch.h"
+#include "collector/state/scratch.h"
 #include "hardware/files.h"
 #include "hardware/paths.h"
 

@@ -3,7 +3,7 @@
 
 #include <string>
 
-#include "collector/export.h"
+#include "collector/state/export.h"
 #include "db/sql_database.h"
 #include "hardware/tolmar_hardware.h"
 #include "model/document.h"

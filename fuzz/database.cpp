@@ -6,7 +6,7 @@
 #include <fstream>
 #include <stdexcept>
 
-#include "collector/scratch.h"
+#include "collector/state/scratch.h"
 #include "db/sql_database.h"
 #include "fuzz/dispatch.h"
 #include "model/xml.h"

@@ -2,10 +2,10 @@
 // carried from one to the next.
 //
 // Input: a row a line, key TAB value; a line "=" parts the first cycle's rows from the second's.
-#include "collector/scratch.h"
+#include "collector/state/scratch.h"
 #include "fuzz/dispatch.h"
 #include "model/compare.h"
-#include "model/verify.h"
+#include "model/lookup/verify.h"
 #include "model/xml.h"
 #include "tests/collector/scratch_variables.h"
 

@@ -1,9 +1,9 @@
 #include <cstring>
 
-#include "collector/numbers.h"
-#include "collector/scratch.h"
+#include "collector/state/numbers.h"
+#include "collector/state/scratch.h"
 #include "handlers/handlers.h"
-#include "model/verify.h"
+#include "model/lookup/verify.h"
 
 namespace {
 

@@ -5,7 +5,7 @@
 // of the cycle; both texts are the caller's.
 #pragma once
 
-#include "collector/export.h"
+#include "collector/state/export.h"
 #include "model/document.h"
 
 // Identity.

@@ -2,7 +2,7 @@
 #pragma once
 
 #include "model/document.h"
-#include "model/verify.h"
+#include "model/lookup/verify.h"
 
 // Makes sure of output 0, the display's only one, and returns it.
 inline QtSts::COutput* Output0(QtSts::CStatus* status) {

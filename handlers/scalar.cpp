@@ -1,6 +1,6 @@
 #include <cstring>
 
-#include "collector/numbers.h"
+#include "collector/state/numbers.h"
 #include "handlers/handlers.h"
 #include "handlers/output0.h"
 

@@ -2,8 +2,8 @@
 #include <memory>
 #include <string>
 
-#include "collector/numbers.h"
-#include "collector/scratch.h"
+#include "collector/state/numbers.h"
+#include "collector/state/scratch.h"
 #include "handlers/handlers.h"
 #include "handlers/output0.h"
 

@@ -2,7 +2,7 @@
 #include "hardware/parse_registers.h"
 #include "hardware/requests.h"
 #include "hardware/tolmar_hardware.h"
-#include "model/verify.h"
+#include "model/lookup/verify.h"
 
 namespace {
 

@@ -14,7 +14,7 @@
 #include "hardware/parse_network.h"
 #include "hardware/requests.h"
 #include "hardware/tolmar_hardware.h"
-#include "model/verify.h"
+#include "model/lookup/verify.h"
 
 namespace {
 

@@ -9,7 +9,7 @@
 #include "hardware/rate_limit.h"
 #include "hardware/requests.h"
 #include "hardware/tolmar_hardware.h"
-#include "model/verify.h"
+#include "model/lookup/verify.h"
 
 namespace {
 

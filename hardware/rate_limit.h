@@ -4,7 +4,7 @@
 #include <cstdint>
 #include <mutex>
 
-#include "collector/export.h"
+#include "collector/state/export.h"
 
 // How often an event may be emitted, and how often it was in the current period.
 struct ratelimit_state {

@@ -2,7 +2,7 @@
 
 #include "hardware/identity.h"
 #include "hardware/parse_hex.h"
-#include "model/verify.h"
+#include "model/lookup/verify.h"
 
 CTolmarHardware::CTolmarHardware() = default;
 

@@ -3,7 +3,7 @@
 
 #include <string>
 
-#include "collector/export.h"
+#include "collector/state/export.h"
 
 namespace QtSts {
 class CStatus;

@@ -3,8 +3,8 @@
 #include <memory>
 #include <utility>
 
-#include "collector/scratch.h"
-#include "model/verify.h"
+#include "collector/state/scratch.h"
+#include "model/lookup/verify.h"
 #include "sensors/record_builder.h"
 
 namespace {

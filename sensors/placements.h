@@ -5,8 +5,8 @@
 // nothing from the scratch state. Both return 0 always.
 #pragma once
 
-#include "collector/codes.h"
-#include "collector/export.h"
+#include "collector/state/codes.h"
+#include "collector/state/export.h"
 #include "model/document.h"
 
 // Into the document's own list.

@@ -2,7 +2,7 @@
 
 #include <memory>
 
-#include "collector/scratch.h"
+#include "collector/state/scratch.h"
 
 namespace {
 

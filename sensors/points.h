@@ -6,7 +6,7 @@
 // they are. Called with a board that was just made, inputs first.
 #pragma once
 
-#include "collector/export.h"
+#include "collector/state/export.h"
 #include "model/dcio_boards.h"
 
 COLLECTOR_API void PopulateInputs(QtSts::CCANDcio* board);

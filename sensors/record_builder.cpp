@@ -5,8 +5,8 @@
 #include <string_view>
 #include <type_traits>
 
-#include "collector/numbers.h"
-#include "collector/scratch.h"
+#include "collector/state/numbers.h"
+#include "collector/state/scratch.h"
 #include "model/beacons.h"
 #include "model/can_sensors.h"
 #include "model/dcio_boards.h"

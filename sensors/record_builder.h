@@ -4,8 +4,8 @@
 #include <memory>
 #include <span>
 
-#include "collector/codes.h"
-#include "collector/export.h"
+#include "collector/state/codes.h"
+#include "collector/state/export.h"
 #include "model/sensors.h"
 
 namespace sensors {

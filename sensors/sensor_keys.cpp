@@ -5,8 +5,8 @@
 #include <cstring>
 #include <type_traits>
 
-#include "collector/numbers.h"
-#include "collector/scratch.h"
+#include "collector/state/numbers.h"
+#include "collector/state/scratch.h"
 #include "sensors/placements.h"
 #include "sensors/record_builder.h"
 

@@ -4,7 +4,7 @@
 #include <span>
 #include <string_view>
 
-#include "collector/export.h"
+#include "collector/state/export.h"
 #include "model/document.h"
 
 // Parks the attribute in the scratch state; the attribute "Type" completes the sensor: its record

@@ -1,6 +1,6 @@
 // Rows on their way from the database into the document.
 
-#include "collector/scratch.h"
+#include "collector/state/scratch.h"
 #include "sandbox/rows.h"
 #include "tests/collector/cycle_fixture.h"
 #include "tests/collector/hooks.h"

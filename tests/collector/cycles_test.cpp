@@ -1,6 +1,6 @@
 // What a cycle leaves for the next, and what it makes of whole families of rows.
 
-#include "collector/scratch.h"
+#include "collector/state/scratch.h"
 #include "model/can_sensors.h"
 #include "sandbox/enter.h"
 #include "sandbox/files.h"

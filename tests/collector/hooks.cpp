@@ -4,9 +4,9 @@
 
 #include <ctime>
 
-#include "collector/scratch.h"
+#include "collector/state/scratch.h"
 #include "handlers/handlers.h"
-#include "model/verify.h"
+#include "model/lookup/verify.h"
 
 std::function<void(const DispatchedRow&)> g_on_thermal_scaler;
 std::function<void(const char* call)> g_on_call;

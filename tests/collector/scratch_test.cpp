@@ -1,4 +1,4 @@
-#include "collector/scratch.h"
+#include "collector/state/scratch.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>

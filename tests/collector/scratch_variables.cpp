@@ -3,7 +3,7 @@
 #include <sstream>
 #include <type_traits>
 
-#include "collector/scratch.h"
+#include "collector/state/scratch.h"
 
 namespace {
 

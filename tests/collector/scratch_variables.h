@@ -12,7 +12,7 @@ struct ScratchVariable {
   std::string (*Text)();  // its whole value
 };
 
-// In the order of collector/scratch.h; the rate limiter is not among them.
+// In the order of collector/state/scratch.h; the rate limiter is not among them.
 std::span<const ScratchVariable> ScratchVariables();
 
 // Makes the scratch state that of a fresh process.

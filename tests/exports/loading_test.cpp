@@ -7,7 +7,7 @@
 #include <memory>
 
 #include "collector/key_table.h"
-#include "collector/scratch.h"
+#include "collector/state/scratch.h"
 #include "hardware/rate_limit.h"
 
 namespace {

@@ -1,7 +1,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "collector/scratch.h"
+#include "collector/state/scratch.h"
 #include "tests/handlers/handler_fixture.h"
 
 namespace {

@@ -4,7 +4,7 @@
 #include <clocale>
 #include <cstdio>
 
-#include "collector/scratch.h"
+#include "collector/state/scratch.h"
 #include "model/xml.h"
 #include "tests/handlers/handler_fixture.h"
 #include "tests/support/comma_locale.h"

@@ -2,7 +2,7 @@
 #include <gtest/gtest.h>
 
 #include "collector/key_table.h"
-#include "collector/scratch.h"
+#include "collector/state/scratch.h"
 #include "model/xml.h"
 #include "tests/handlers/handler_fixture.h"
 

@@ -1,9 +1,9 @@
-#include "model/verify.h"
+#include "model/lookup/verify.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include "collector/scratch.h"
+#include "collector/state/scratch.h"
 #include "tests/collector/scratch_variables.h"
 
 namespace {

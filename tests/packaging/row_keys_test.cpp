@@ -9,7 +9,7 @@
 #include <vector>
 
 #include "collector/key_table.h"
-#include "collector/scratch.h"
+#include "collector/state/scratch.h"
 #include "handlers/handlers.h"
 #include "model/document.h"
 #include "tests/packaging/markdown.h"

@@ -9,7 +9,7 @@
 #include <string_view>
 #include <vector>
 
-#include "collector/scratch.h"
+#include "collector/state/scratch.h"
 #include "model/compare.h"
 #include "model/dcio_boards.h"
 #include "model/document.h"

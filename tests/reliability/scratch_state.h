@@ -4,7 +4,7 @@
 #include <string>
 #include <tuple>
 
-#include "collector/scratch.h"
+#include "collector/state/scratch.h"
 
 namespace reliability {
 

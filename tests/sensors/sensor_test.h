@@ -13,10 +13,10 @@
 #include <utility>
 #include <vector>
 
-#include "collector/scratch.h"
+#include "collector/state/scratch.h"
 #include "model/compare.h"
 #include "model/document.h"
-#include "model/verify.h"
+#include "model/lookup/verify.h"
 #include "sensors/sensor_keys.h"
 
 // By key, thus in the order in which a cycle reads them.

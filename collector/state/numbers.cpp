@@ -1,4 +1,4 @@
-#include "collector/numbers.h"
+#include "collector/state/numbers.h"
 
 #include <locale.h>
 #include <stdlib.h>

@@ -10,8 +10,8 @@
 // that the position returned may be empty. Called on the thread of the cycle.
 #pragma once
 
-#include "collector/codes.h"
-#include "collector/export.h"
+#include "collector/state/codes.h"
+#include "collector/state/export.h"
 #include "model/document.h"
 
 // Always 0.

@@ -13,8 +13,8 @@
 #include <string>
 #include <vector>
 
-#include "collector/codes.h"
-#include "collector/export.h"
+#include "collector/state/codes.h"
+#include "collector/state/export.h"
 
 // State of a beacon or roundel; 65535 K and 255 % stand for "no reading".
 struct BeaconRoundel {

@@ -1,9 +1,9 @@
-#include "model/verify.h"
+#include "model/lookup/verify.h"
 
 #include <cstring>
 #include <memory>
 
-#include "collector/scratch.h"
+#include "collector/state/scratch.h"
 
 namespace {
 

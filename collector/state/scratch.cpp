@@ -1,4 +1,4 @@
-#include "collector/scratch.h"
+#include "collector/state/scratch.h"
 
 // Zero-initialised: no row has been read yet.
 std::uint32_t u32_SensorNumber;
