@@ -3,10 +3,9 @@
 
 #include <cstddef>
 #include <functional>
-
-namespace CLI {
-class App;
-}
+#include <string>
+#include <variant>
+#include <vector>
 
 namespace host {
 
@@ -17,20 +16,36 @@ enum ExitStatus : int {
   kTrouble = 2,  // wrong usage, or the output or an input cannot be written or read
 };
 
-// One command: declares its options, and gives what runs it once they are parsed. What runs it
-// returns an ExitStatus; an exception ends the program with kTrouble.
+// One argument of a command. Only main.cpp knows the parser.
+struct Argument {
+  const char* Name;  // "-f,--format", or the name of a required word in its place
+  const char* Type;  // what the help shows for the value
+  const char* About;
+  std::variant<std::string*, int*> Value;  // where the value goes; holds what counts without it
+  std::vector<std::string> Choices = {};   // the only values of a text; empty: any
+  int Least = 0;                           // the limits of a number
+  int Most = 0;
+};
+
+// What a command takes, and what runs it once that is parsed. What runs it returns an ExitStatus;
+// an exception ends the program with kTrouble. It owns what the arguments point to.
+struct Declaration {
+  std::vector<Argument> Arguments;
+  std::function<int()> Run;
+};
+
 struct Command {
   const char* Name;
   const char* About;
-  std::function<int()> (*Declare)(CLI::App& command);
+  Declaration (*Declare)();
 };
 
 extern const Command kCommands[];
 extern const std::size_t kCommandCount;
 
-std::function<int()> DeclareShow(CLI::App& command);
-std::function<int()> DeclareInit(CLI::App& command);
-std::function<int()> DeclareDiff(CLI::App& command);
-std::function<int()> DeclareSchema(CLI::App& command);
+Declaration DeclareShow();
+Declaration DeclareInit();
+Declaration DeclareDiff();
+Declaration DeclareSchema();
 
 }  // namespace host

@@ -1,5 +1,4 @@
 // diff: list what differs between two documents; schema: print their schema.
-#include <CLI/CLI.hpp>
 #include <cstdio>
 #include <memory>
 #include <stdexcept>
@@ -42,22 +41,18 @@ int Diff(const Files& files) {
 
 }  // namespace
 
-std::function<int()> DeclareDiff(CLI::App& command) {
+Declaration DeclareDiff() {
   const auto files = std::make_shared<Files>();
-  command.add_option("before", files->Before, "XML document to start from")
-      ->required()
-      ->type_name("BEFORE");
-  command.add_option("after", files->After, "XML document to compare it with")
-      ->required()
-      ->type_name("AFTER");
-  return [files] { return Diff(*files); };
+  return {{{"before", "BEFORE", "XML document to start from", &files->Before},
+           {"after", "AFTER", "XML document to compare it with", &files->After}},
+          [files] { return Diff(*files); }};
 }
 
-std::function<int()> DeclareSchema(CLI::App& /*command*/) {
-  return [] {
-    StandardOutput().Write(QtSts::WriteSchema());
-    return static_cast<int>(kAllWell);
-  };
+Declaration DeclareSchema() {
+  return {{}, [] {
+            StandardOutput().Write(QtSts::WriteSchema());
+            return static_cast<int>(kAllWell);
+          }};
 }
 
 }  // namespace host

@@ -1,5 +1,4 @@
 // init: create the status database and its tables.
-#include <CLI/CLI.hpp>
 #include <cstdio>
 #include <string>
 
@@ -50,6 +49,6 @@ int Init() {
 
 }  // namespace
 
-std::function<int()> DeclareInit(CLI::App& /*command*/) { return &Init; }
+Declaration DeclareInit() { return {{}, &Init}; }
 
 }  // namespace host

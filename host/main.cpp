@@ -11,6 +11,7 @@
 #include <sstream>
 #include <string>
 #include <utility>
+#include <variant>
 #include <vector>
 
 #include "host/commands.h"
@@ -38,6 +39,19 @@ std::string Complaint(const CLI::App* app, const CLI::Error& error) {
          "\nRun statuscollector --help for more information.\n";
 }
 
+void Add(CLI::App& command, const host::Argument& argument) {
+  CLI::Option* const option = std::visit(
+      [&](auto* value) { return command.add_option(argument.Name, *value, argument.About); },
+      argument.Value);
+  option->type_name(argument.Type)->required(option->get_positional());
+  if (std::holds_alternative<int*>(argument.Value)) {
+    option->check(CLI::Range(argument.Least, argument.Most).description(""));
+  }
+  if (!argument.Choices.empty()) {
+    option->check(CLI::IsMember(argument.Choices).description(""));
+  }
+}
+
 constexpr const char* kFooter =
     "Exit status: 0 all well; 1 the last cycle failed (the document is shown all\n"
     "the same), init did not work, or the documents differ; 2 wrong usage, or\n"
@@ -54,7 +68,11 @@ int Run(int argc, char** argv) {
   for (std::size_t i = 0; i < host::kCommandCount; ++i) {
     const host::Command& command = host::kCommands[i];
     CLI::App* const declared = app.add_subcommand(command.Name, command.About);
-    commands.emplace_back(declared, command.Declare(*declared));
+    host::Declaration declaration = command.Declare();
+    for (const host::Argument& argument : declaration.Arguments) {
+      Add(*declared, argument);
+    }
+    commands.emplace_back(declared, std::move(declaration.Run));
   }
   try {
     app.parse(argc, argv);

@@ -1,9 +1,9 @@
 // show: run collection cycles and show the last document.
-#include <CLI/CLI.hpp>
 #include <iterator>
-#include <map>
 #include <memory>
+#include <stdexcept>
 #include <string>
+#include <vector>
 
 #include "collector/status_interface.h"
 #include "host/commands.h"
@@ -70,21 +70,28 @@ int Show(const Options& options) {
 
 }  // namespace
 
-std::function<int()> DeclareShow(CLI::App& command) {
+Declaration DeclareShow() {
   const auto options = std::make_shared<Options>();
   std::vector<std::string> names;
   for (const auto& format : kFormats) {
     names.emplace_back(format.Name);
   }
-  command.add_option("-f,--format", options->Format, "text (default), xml or json")
-      ->check(CLI::IsMember(names).description(""))
-      ->type_name("NAME");
-  command.add_option("-c,--cycles", options->Cycles, "Cycles to run; the last one is shown")
-      ->check(CLI::Range(1, 1000000).description(""))
-      ->type_name("N");
-  command.add_option("-o,--output", options->Output, "Write to FILE, whole or not at all")
-      ->type_name("FILE");
-  return [options] { return Show(*options); };
+  return {{{.Name = "-f,--format",
+            .Type = "NAME",
+            .About = "text (default), xml or json",
+            .Value = &options->Format,
+            .Choices = names},
+           {.Name = "-c,--cycles",
+            .Type = "N",
+            .About = "Cycles to run; the last one is shown",
+            .Value = &options->Cycles,
+            .Least = 1,
+            .Most = 1000000},
+           {.Name = "-o,--output",
+            .Type = "FILE",
+            .About = "Write to FILE, whole or not at all",
+            .Value = &options->Output}},
+          [options] { return Show(*options); }};
 }
 
 }  // namespace host
