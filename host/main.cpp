@@ -4,6 +4,7 @@
 
 #include <CLI/CLI.hpp>
 #include <clocale>
+#include <csignal>
 #include <cstdio>
 #include <exception>
 #include <functional>
@@ -95,6 +96,8 @@ int Run(int argc, char** argv) {
 
 int main(int argc, char** argv) {
   KeepStandardStreams();
+  // A pipe whose reader is gone is reported like any other output that cannot be written.
+  static_cast<void>(std::signal(SIGPIPE, SIG_IGN));
   std::setlocale(LC_ALL, "");
   try {
     return Run(argc, argv);

@@ -284,6 +284,32 @@ TEST_F(OutputTest, EndsWithTwoWhenNobodyCanReadWhatIsShort) {
   }
 }
 
+// Descriptor 4 leads into a pipe without a reader.
+ProgramResult WithBrokenPipe(const std::string& line) {
+  return Shell(
+      "rm -f /tmp/pipe; mkfifo /tmp/pipe; exec 3<>/tmp/pipe 4>/tmp/pipe 3>&-; exec $COLLECTOR " +
+      line);
+}
+
+// The signal of the broken pipe used to end it without a word.
+TEST_F(OutputTest, EndsWithTwoWhenTheReaderIsGone) {
+  for (const char* arguments : {"show", "show --format xml", "init", "--help", "schema"}) {
+    SCOPED_TRACE(arguments);
+    const ProgramResult result = WithBrokenPipe(std::string(arguments) + " >&4");
+    EXPECT_EQ(result.ExitCode, kTrouble);
+    EXPECT_THAT(result.Errors,
+                testing::EndsWith("statuscollector: standard output: Broken pipe\n"));
+  }
+}
+
+// The same signal used to end the cycle at the probe's first line.
+TEST_F(OutputTest, ShowsTheDocumentWhenNobodyReadsTheProbesLines) {
+  const ProgramResult result = WithBrokenPipe("show --format xml 2>&4");
+  EXPECT_EQ(result.ExitCode, kAllWell);
+  EXPECT_TRUE(test_support::IsValidDocument(result.Output));
+  EXPECT_THAT(result.Output, Not(HasSubstr("Dev Name")));
+}
+
 class InitTest : public testing::Test {
  protected:
   void SetUp() override { sandbox::Scenario().Apply(); }
