@@ -51,6 +51,8 @@ std::string Render(const Options& options, QtSts::CStatus& status, const Look& l
 int Show(const Options& options) {
   const StandardOutput output;
   CStatusInterface collector;
+  // The limiter of the reports is as old as the process, and syslog() waits for a full log.
+  collector.m_Hardware.m_bLogTrackerPixel = false;
   collector.InitDatabase(false);
   int result = 0;
   for (int cycle = 0; cycle < options.Cycles; ++cycle) {

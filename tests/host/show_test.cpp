@@ -17,7 +17,10 @@
 #include "host/printable.h"
 #include "model/compare.h"
 #include "model/xml.h"
+#include "sandbox/enter.h"
 #include "sandbox/scenario.h"
+#include "sandbox/system_log.h"
+#include "sandbox/testing.h"
 #include "tests/support/comma_locale.h"
 #include "tests/support/run_program.h"
 #include "tests/support/validate.h"
@@ -151,6 +154,17 @@ TEST_F(ShowTest, SaysTheSameInALocaleWithDecimalComma) {
 
 TEST_F(ShowTest, UsesNoColourInAPipe) {
   EXPECT_THAT(Collector({"show"}).Output, Not(HasSubstr("\x1b")));
+}
+
+// Each process used to report, since each starts the hour of the limiter anew; with a full log it
+// waited for ever.
+TEST_F(ShowTest, LeavesReportsAboutABlankedOutputToHostsThatGoOn) {
+  SANDBOX_NEEDS_DEVICES();
+  sandbox::Scenario::Load(sandbox::SourcePath("scenarios/faults")).Apply();
+  sandbox::SystemLog log;
+  const ProgramResult result = Collector({"show"});
+  EXPECT_THAT(result.Output, HasSubstr("\n! Output blanked by the pixel tracker"));
+  EXPECT_THAT(log.Read(), testing::IsEmpty());
 }
 
 class OutputTest : public ShowTest {
