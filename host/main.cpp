@@ -47,6 +47,10 @@ void Add(CLI::App& command, const host::Argument& argument) {
   option->type_name(argument.Type)->required(option->get_positional());
   if (std::holds_alternative<int*>(argument.Value)) {
     option->check(CLI::Range(argument.Least, argument.Most).description(""));
+  } else {
+    option->check([](const std::string& text) {
+      return std::string(text.empty() ? "must not be empty" : "");
+    });
   }
   if (!argument.Choices.empty()) {
     option->check(CLI::IsMember(argument.Choices).description(""));

@@ -443,6 +443,10 @@ TEST(Usage, EndsWithTwoAndAMessageOnStandardErrorWhenItIsWrong) {
                                              {"show", "--nothing"},
                                              {"show", "extra"},
                                              {"show", "--output"},
+                                             {"show", "--output", ""},
+                                             {"show", "--output="},
+                                             {"show", "-o", ""},
+                                             {"diff", "", "two"},
                                              {"diff"},
                                              {"diff", "one"},
                                              {"init", "extra"}}) {
@@ -452,6 +456,12 @@ TEST(Usage, EndsWithTwoAndAMessageOnStandardErrorWhenItIsWrong) {
     EXPECT_EQ(result.Output, "");
     EXPECT_THAT(result.Errors, StartsWith("statuscollector: "));
   }
+}
+
+// The option used to be passed over and the document went to standard output.
+TEST(Usage, SaysThatAnEmptyFileNameIsNone) {
+  EXPECT_THAT(Collector({"show", "-o", ""}).Errors,
+              StartsWith("statuscollector: --output: must not be empty\n"));
 }
 
 // What was named used to be passed over: "A subcommand is required".
