@@ -23,7 +23,7 @@ std::unique_ptr<QtSts::CStatus> Read(const std::string& path) {
   QtSts::XmlError error;
   auto document = QtSts::ReadDocumentFile(path, &error);
   if (document == nullptr) {
-    throw std::runtime_error(path + ": " + Printable(error.Text()));
+    throw std::runtime_error(path + ": " + error.Text());
   }
   return document;
 }

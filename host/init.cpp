@@ -5,6 +5,7 @@
 #include "collector/status_interface.h"
 #include "host/commands.h"
 #include "host/output.h"
+#include "host/printable.h"
 
 namespace host {
 namespace {
@@ -40,7 +41,8 @@ int Init() {
   const std::string fault = Fault(collector);
   collector.CloseDatabase();
   if (!fault.empty()) {
-    std::fprintf(stderr, "statuscollector: the status database is not ready: %s\n", fault.c_str());
+    std::fprintf(stderr, "statuscollector: the status database is not ready: %s\n",
+                 Printable(fault).c_str());
     return kFailed;
   }
   StandardOutput().Write("The status database is ready.\n");

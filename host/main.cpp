@@ -17,6 +17,7 @@
 
 #include "host/commands.h"
 #include "host/output.h"
+#include "host/printable.h"
 
 namespace {
 
@@ -36,7 +37,7 @@ std::string Complaint(const CLI::App* app, const CLI::Error& error) {
   const std::vector<std::string> unknown = app->remaining();
   const bool wrong_command = app->get_subcommands().empty() && !unknown.empty();
   return "statuscollector: " +
-         (wrong_command ? "no such command: " + unknown.front() : std::string(error.what())) +
+         host::Printable(wrong_command ? "no such command: " + unknown.front() : error.what()) +
          "\nRun statuscollector --help for more information.\n";
 }
 
@@ -106,7 +107,7 @@ int main(int argc, char** argv) {
   try {
     return Run(argc, argv);
   } catch (const std::exception& error) {
-    std::fprintf(stderr, "statuscollector: %s\n", error.what());
+    std::fprintf(stderr, "statuscollector: %s\n", host::Printable(error.what()).c_str());
     return host::kTrouble;
   }
 }

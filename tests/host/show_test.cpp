@@ -464,6 +464,29 @@ TEST(Usage, SaysThatAnEmptyFileNameIsNone) {
               StartsWith("statuscollector: --output: must not be empty\n"));
 }
 
+// They used to reach the terminal as they are.
+TEST(Usage, MakesArgumentsPrintableInMessages) {
+  const std::string steering = "/\x1b[2J\xC2\x9B/\xE2\x80\xAE";
+  for (const std::vector<std::string>& arguments :
+       std::vector<std::vector<std::string>>{{steering},
+                                             {"show", steering},
+                                             {"show", "--format", steering},
+                                             {"show", "--cycles", steering},
+                                             {"show", "--output", steering},
+                                             {"show", "--" + steering},
+                                             {"diff", steering, steering}}) {
+    SCOPED_TRACE(testing::PrintToString(arguments));
+    const ProgramResult result = Collector(arguments);
+    EXPECT_EQ(result.ExitCode, kTrouble);
+    EXPECT_THAT(result.Errors, HasSubstr("/\xEF\xBF\xBD[2J\xEF\xBF\xBD/\xEF\xBF\xBD"));
+    std::string lines = result.Errors;
+    lines.erase(
+        std::remove_if(lines.begin(), lines.end(), [](char c) { return c == '\n' || c == '\r'; }),
+        lines.end());
+    EXPECT_EQ(lines, host::Printable(lines));
+  }
+}
+
 // What was named used to be passed over: "A subcommand is required".
 TEST(Usage, NamesTheCommandThatIsNone) {
   EXPECT_THAT(Collector({"shwo"}).Errors, StartsWith("statuscollector: no such command: shwo\n"));
