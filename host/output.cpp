@@ -34,10 +34,16 @@ bool IsSet(const char* variable) {
   return value != nullptr && *value != '\0';
 }
 
+// A name in the folder of `path` for mkostemp. It does not grow with the file's own name, which may
+// have the greatest length that the file system knows.
+std::string TemporaryName(const std::string& path) {
+  return std::filesystem::path(path).replace_filename(".statuscollector.XXXXXX").string();
+}
+
 // A new file beside `path`, gone again unless it took over the name.
 class NewFile {
  public:
-  explicit NewFile(std::string path) : m_Path(std::move(path)), m_Temporary(m_Path + ".XXXXXX") {
+  explicit NewFile(std::string path) : m_Path(std::move(path)), m_Temporary(TemporaryName(m_Path)) {
     m_Descriptor = mkostemp(m_Temporary.data(), O_CLOEXEC);
     if (m_Descriptor == -1) {
       Fail(m_Path);

@@ -272,6 +272,18 @@ TEST_F(OutputTest, RefusesWhatIsNoRegularFile) {
   EXPECT_THAT(Files(), testing::ElementsAre("folder", "pipe"));
 }
 
+// From 249 bytes on, the name of the temporary file beside it used to be too long.
+TEST_F(OutputTest, WritesFilesWithTheLongestNames) {
+  for (const std::size_t length : {249, 252, 255}) {
+    SCOPED_TRACE(length);
+    const std::string file = m_Folder + "/" + std::string(length, 'n');
+    const ProgramResult result = Collector({"show", "--output", file});
+    EXPECT_EQ(result.ExitCode, kAllWell) << result.Errors;
+    EXPECT_THAT(Read(file), StartsWith("Needs attention"));
+  }
+  EXPECT_THAT(Files(), testing::SizeIs(3)) << "a temporary file is left";
+}
+
 TEST_F(OutputTest, SaysWhenTheFolderIsNotThere) {
   const ProgramResult result = Collector({"show", "--output", "/nowhere/status.xml"});
   EXPECT_EQ(result.ExitCode, kTrouble);
