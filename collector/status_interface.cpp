@@ -146,9 +146,13 @@ void CStatusInterface::ReadRows(CppSQLite3Query& query) {
 
 void CStatusInterface::GetTime() {
   const std::time_t now = std::time(nullptr);
-  // The C library keeps one broken-down time for both, hence the copies.
-  const std::tm local = *std::localtime(&now);
-  const std::tm utc = *std::gmtime(&now);
+  // Not localtime and gmtime, whose one result the host's other threads may overwrite. Without them
+  // only tzset notices that the zone has changed.
+  tzset();
+  std::tm local{};
+  std::tm utc{};
+  localtime_r(&now, &local);
+  gmtime_r(&now, &utc);
   m_UTCTime = FormatTime(utc);
   m_Status.LocalTime = FormatTime(local) + FormatOffset(local.tm_gmtoff);
   m_Status.DaylightSaving = local.tm_isdst != 0;

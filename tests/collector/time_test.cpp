@@ -81,6 +81,17 @@ TEST_F(TimeTest, FollowsAChangedTimeZone) {
   EXPECT_THAT(LocalTime("UTC0"), testing::EndsWith("+00:00"));
 }
 
+// The C library has one broken-down time for all callers of localtime and gmtime. What a host had
+// looked up there used to change under its hands.
+TEST_F(TimeTest, LeavesTheBrokenDownTimeOfTheHostAlone) {
+  for (auto* const look_up : {&std::localtime, &std::gmtime}) {
+    constexpr std::time_t kLongAgo = 40000000;
+    const std::tm* const held = look_up(&kLongAgo);
+    m_Collector.GetTime();
+    EXPECT_EQ(held->tm_year, 71);
+  }
+}
+
 TEST_F(TimeTest, TellsDaylightSaving) {
   GetTime("WINTER0SUMMER,0/0,J365/25");  // summer all the year
   EXPECT_TRUE(m_Status.DaylightSaving);
