@@ -31,12 +31,12 @@ T* VerifyPosition(List& list, int position) {
   return added;
 }
 
-// By key: the position of the first element that `matches`, or the count.
+// By key: the position of the first element that `matches`, or the count. A missing element, which
+// only a host can have added, ends the search.
 template <class List, class Matches>
 unsigned int FindPosition(const List& list, Matches matches) {
-  for (unsigned int position = 0; position < list.Count(); ++position) {
-    auto* const element = list[position];
-    if (element != nullptr && matches(*element)) {
+  for (unsigned int position = 0; list[position] != nullptr; ++position) {
+    if (matches(*list[position])) {
       return position;
     }
   }

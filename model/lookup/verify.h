@@ -5,7 +5,8 @@
 // - by position (compositor, output, statistics, DCIO): an element at the position is left alone,
 //   otherwise exactly one is appended, however far the position lies beyond the end;
 // - by key (input by type, network device by name, display interface by attribute count): the first
-//   match from the front, otherwise one is appended; the result is its position.
+//   match from the front, otherwise one is appended; the result is its position. A null element,
+//   which only a host can add, ends the search.
 // An existing element is never updated. None reports an error; an unknown type appends nothing, so
 // that the position returned may be empty. Called on the thread of the cycle.
 #pragma once

@@ -93,14 +93,28 @@ TEST_F(Verify, AppendsNoInputOfAnUnknownTypeAndReturnsTheCount) {
   EXPECT_EQ(m_Status.Inputs[1], nullptr);
 }
 
-// A null pointer in a list, which nobody here puts there, used to be followed.
-TEST_F(Verify, PassesOverAMissingElement) {
+// The search used to go on behind a null pointer, which only a host can have put there.
+TEST_F(Verify, EndsItsSearchAtAMissingElementAndAppends) {
+  m_Status.Inputs.Add(new QtSts::CDigitalInput);
   m_Status.Inputs.Add(nullptr);
-  EXPECT_EQ(Status_VerifyInput(&m_Status, QtSts::kPlayerInput), 1);
-  EXPECT_EQ(Status_VerifyInput(&m_Status, QtSts::kPlayerInput), 1);
+  m_Status.Inputs.Add(new QtSts::CPlayerInput);
+  EXPECT_EQ(Status_VerifyInput(&m_Status, QtSts::kDigitalInput), 0);
+  EXPECT_EQ(Status_VerifyInput(&m_Status, QtSts::kPlayerInput), 3);
+  EXPECT_EQ(Status_VerifyInput(&m_Status, QtSts::kPlayerInput), 4);
+  ASSERT_EQ(m_Status.Inputs.Count(), 5U);
+  EXPECT_EQ(m_Status.Inputs[4]->Index, 4U);
+
   m_Status.Network.Devices.Add(nullptr);
   EXPECT_EQ(Status_VerifyNetwork(&m_Status, "eth0"), 1);
-  EXPECT_EQ(Status_VerifyNetwork(&m_Status, "eth0"), 1);
+  EXPECT_EQ(Status_VerifyNetwork(&m_Status, "eth0"), 2);
+  ASSERT_EQ(m_Status.Network.Devices.Count(), 3U);
+  EXPECT_EQ(m_Status.Network.Devices[2]->Index, 2U);
+
+  DisplayInterfaces().Add(nullptr);
+  EXPECT_EQ(DisplayInterface(7, 1, kRouterCan), 1);
+  EXPECT_EQ(DisplayInterface(7, 1, kRouterCan), 2);
+  EXPECT_EQ(DisplayInterface(7, 1, kLocalCan), 3) << "nothing is made of this attachment";
+  EXPECT_EQ(DisplayInterfaces().Count(), 3U);
 }
 
 TEST_F(Verify, MakesANetworkDeviceWithItsDefaults) {
