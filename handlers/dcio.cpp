@@ -21,10 +21,11 @@ constexpr struct {
     {"Address", &u32_DCIO_Address},
 };
 
-// An unknown text keeps the previous device's type, and completes the device all the same.
+// An unknown or missing text keeps the previous device's type, and completes the device all the
+// same.
 void CompleteDevice(QtSts::CStatus* status, const char* value) {
   for (const QtSts::Code& type : kDcioTypes) {
-    if (std::strcmp(value, type.Text) == 0) {
+    if (value != nullptr && std::strcmp(value, type.Text) == 0) {
       st_DCIO_Type = static_cast<DcioType>(type.Value);
       break;
     }
@@ -44,18 +45,19 @@ int Status_DCIO(QtSts::CStatus* status, char* value, char* key) {
   }
   u32_DCIO_SensorNumber = numbers::Narrow<std::uint32_t>(numbers::ParseLong(number));
   const char* const underscore = std::strchr(number, '_');
-  if (underscore == nullptr || value == nullptr) {
+  if (underscore == nullptr) {
     return 0;
   }
   const char* const attribute = underscore + 1;
-  for (const auto& known : kNumbers) {
-    if (std::strcmp(attribute, known.Name) == 0) {
-      *known.Destination = numbers::Narrow<std::uint32_t>(numbers::ParseLong(value));
-      return 0;
-    }
-  }
   if (std::strcmp(attribute, "Type") == 0) {
     CompleteDevice(status, value);
+    return 0;
+  }
+  for (const auto& known : kNumbers) {
+    if (value != nullptr && std::strcmp(attribute, known.Name) == 0) {
+      *known.Destination = numbers::Narrow<std::uint32_t>(numbers::ParseLong(value));
+      break;
+    }
   }
   return 0;
 }

@@ -46,5 +46,6 @@ COLLECTOR_API int Status_TtableTask(QtSts::CStatus* status, char* value, char* k
 COLLECTOR_API int Status_TtableTime(QtSts::CStatus* status, char* value, char* key);
 COLLECTOR_API int Status_TtableTitle(QtSts::CStatus* status, char* value, char* key);
 
-// DCIO devices: parks an attribute in the scratch state; the "Type" row completes the device.
+// DCIO devices: parks an attribute in the scratch state; the "Type" row completes the device, also
+// with a null or unknown value.
 COLLECTOR_API int Status_DCIO(QtSts::CStatus* status, char* value, char* key);

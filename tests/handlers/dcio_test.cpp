@@ -198,14 +198,21 @@ TEST_F(DcioHandler, DoesNothingForAKeyShorterThanItsPrefix) {
 
 TEST_F(DcioHandler, StoresNothingButTheNumberWithoutAValue) {
   u32_DCIO_State = 5;
-  st_DCIO_Type = kRunLed;
   EXPECT_EQ(Dcio("DCIO_3_State", nullptr), 0);
   EXPECT_EQ(u32_DCIO_SensorNumber, 3U);
   EXPECT_EQ(u32_DCIO_State, 5U);
-  EXPECT_EQ(Dcio("DCIO_3_Type", nullptr), 0);
+  EXPECT_EQ(Count(), 0U);
+}
+
+// A "Type" row without a value used to complete nothing.
+TEST_F(DcioHandler, KeepsTheTypeWithoutAValueAndStillCompletesTheDevice) {
+  st_DCIO_Type = kRunLed;
+  EXPECT_EQ(Dcio("DCIO_0_Type", nullptr), 0);
   EXPECT_EQ(st_DCIO_Type, kRunLed);
-  EXPECT_EQ(Count(), 0U) << "completed without a value";
+  ASSERT_EQ(Count(), 1U);
+  EXPECT_NE(dynamic_cast<QtSts::CRunLED*>(Device(0)), nullptr);
   EXPECT_EQ(Dcio("DCIO_-3_Type", nullptr), -1);
+  EXPECT_EQ(Count(), 1U);
 }
 
 }  // namespace
