@@ -4,6 +4,8 @@
 #include <cstdint>
 #include <nlohmann/json.hpp>
 
+#include "model/xml.h"
+
 namespace host {
 namespace {
 
@@ -112,7 +114,9 @@ std::string Unmarked(std::string_view json) {
 }  // namespace
 
 std::string RenderJson(const Element& document) {
-  return Unmarked(ToObject(document, false).dump(2)) + "\n";
+  std::string text = Unmarked(ToObject(document, false).dump(2)) + "\n";
+  QtSts::EscapeSteering(&text, "\\u", "");  // they stand nowhere but in strings
+  return text;
 }
 
 }  // namespace host

@@ -27,7 +27,8 @@ struct XmlError {
 inline constexpr std::size_t kMaximumDocumentSize = std::size_t{64} << 20;
 
 // The whole document as indented UTF-8 text with an XML declaration. Always well-formed: what XML
-// cannot carry stands as U+FFFD. Throws std::bad_alloc when memory runs out.
+// cannot carry stands as U+FFFD. What steers terminals stands as character references. Throws
+// std::bad_alloc when memory runs out.
 STATUS_API std::string WriteDocument(CStatus& status);
 
 // The document in `text`; null, and `*error` filled, when it is not one. Entities are never
@@ -40,5 +41,10 @@ STATUS_API std::unique_ptr<CStatus> ReadDocumentFile(const std::string& path, Xm
 // Replaces every byte of `text` that XML cannot carry by U+FFFD: control characters, broken UTF-8,
 // surrogates, noncharacters. Every text of every rendering passes here.
 STATUS_API void CleanText(std::string* text);
+
+// Replaces each character of `text`, which is UTF-8, that steers terminals (U+007F to U+009F), ends
+// lines (U+2028, U+2029) or turns the reading direction (U+061C, U+200E, U+200F, U+202A to U+202E,
+// U+2066 to U+2069) by its code in four hexadecimal digits between `before` and `after`.
+STATUS_API void EscapeSteering(std::string* text, std::string_view before, std::string_view after);
 
 }  // namespace QtSts

@@ -108,8 +108,10 @@ std::string WriteDocument(CStatus& status) {
   if (!written || !closed || memory.RanOut()) {
     throw std::bad_alloc();
   }
-  return {reinterpret_cast<const char*>(xmlBufferContent(buffer.get())),
-          static_cast<std::size_t>(xmlBufferLength(buffer.get()))};
+  std::string text(reinterpret_cast<const char*>(xmlBufferContent(buffer.get())),
+                   static_cast<std::size_t>(xmlBufferLength(buffer.get())));
+  EscapeSteering(&text, "&#x", ";");  // names hold no such characters, only values do
+  return text;
 }
 
 }  // namespace QtSts

@@ -171,6 +171,17 @@ TEST(RenderJson, TakesNoTextForANumber) {
             "21.6");
 }
 
+// Such characters used to stand in the text as they are, and steered the terminal that showed it.
+TEST(RenderJson, EscapesWhatSteersATerminal) {
+  QtSts::CStatus status;
+  status.GUID =
+      "\x7f\xC2\x9B"
+      "31m\xE2\x80\xAE\xD8\x9C\\\xC3\xA4";
+  const std::string text = Json(status);
+  EXPECT_THAT(text, HasSubstr("\"GUID\": \"\\u007F\\u009B31m\\u202E\\u061C\\\\\xC3\xA4\",\n"));
+  EXPECT_EQ(json::parse(text)["GUID"], status.GUID);
+}
+
 TEST(RenderJson, KeepsTheNameClassForTheClass) {
   for (const auto* const* info = QtSts::AllClasses(); *info != nullptr; ++info) {
     EXPECT_EQ(QtSts::FieldNamed(**info, "Class"), nullptr) << (*info)->Name;

@@ -73,4 +73,43 @@ TEST(CleanText, ChangesNothingTheSecondTime) {
   EXPECT_EQ(Cleaned(once), once);
 }
 
+// Characters that steer a terminal or turn the reading direction, from and to.
+struct Range {
+  const char* First;
+  const char* Last;
+  const char* Escaped;  // the first and the last, between "<" and ">"
+};
+const Range kSteering[] = {
+    {"\x7f", "\xC2\x9F", "<007F><009F>"},
+    {"\xD8\x9C", "\xD8\x9C", "<061C><061C>"},
+    {"\xE2\x80\x8E", "\xE2\x80\x8F", "<200E><200F>"},
+    {"\xE2\x80\xA8", "\xE2\x80\xAE", "<2028><202E>"},
+    {"\xE2\x81\xA6", "\xE2\x81\xA9", "<2066><2069>"},
+};
+
+std::string Escaped(std::string text) {
+  QtSts::EscapeSteering(&text, "<", ">");
+  return text;
+}
+
+TEST(EscapeSteering, SpellsWhatSteersATerminalOrTurnsTheReadingDirection) {
+  for (const Range& range : kSteering) {
+    SCOPED_TRACE(range.Escaped);
+    const std::string text = std::string(range.First) + range.Last;
+    EXPECT_EQ(Escaped(text), range.Escaped);
+    EXPECT_EQ(Escaped("a" + text + "z"), std::string("a") + range.Escaped + "z");
+  }
+}
+
+TEST(EscapeSteering, LeavesTheNeighboursOfEachRangeAlone) {
+  for (const std::string& text :
+       {""s, "~"s, "\xC2\xA0"s, "\xD8\x9B"s, "\xD8\x9D"s, "\xE2\x80\x8D"s, "\xE2\x80\x90"s,
+        "\xE2\x80\xA7"s, "\xE2\x80\xAF"s, "\xE2\x81\xA5"s, "\xE2\x81\xAA"s, "\xC3\xA4"s,
+        "\xF0\x9F\x92\xA1"s, "\t\n\r<&>"s}) {
+    SCOPED_TRACE(testing::PrintToString(text));
+    EXPECT_EQ(Escaped(text), text);
+    EXPECT_EQ(Escaped("a" + text + "\x7f"), "a" + text + "<007F>");
+  }
+}
+
 }  // namespace

@@ -150,6 +150,20 @@ TEST(WriteDocument, StaysWellFormedWhateverTheTextsHold) {
   EXPECT_EQ(read->GUID, expected);
 }
 
+// Such characters used to stand in the text as they are, and steered the terminal that showed it.
+TEST(WriteDocument, WritesWhatSteersATerminalAsReferences) {
+  CStatus status;
+  status.GUID =
+      "\x7f\xC2\x9B"
+      "31m\xE2\x80\xAE\xD8\x9C&\xC3\xA4";
+  const std::string xml = WriteDocument(status);
+  EXPECT_THAT(xml, HasSubstr(" GUID=\"&#x007F;&#x009B;31m&#x202E;&#x061C;&amp;\xC3\xA4\""));
+  QtSts::XmlError error;
+  const auto read = QtSts::ReadDocument(xml, &error);
+  ASSERT_NE(read, nullptr) << error.Text();
+  EXPECT_EQ(read->GUID, status.GUID);
+}
+
 TEST(WriteDocument, WritesValidDocumentsOfEveryContent) {
   for (std::uint64_t seed = 0; seed < 100; ++seed) {
     SCOPED_TRACE(seed);
