@@ -8,12 +8,13 @@
 
 namespace hardware {
 
-// How a file is opened; it is never created, and no program that the host starts inherits it.
+// How a file is opened; it is never created, no program that the host starts inherits it, and no
+// terminal becomes the host's controlling one, whose end would be the host's.
 enum class Access : int {
   // Where anyone may place a file, a named pipe must not hold up the cycle.
-  kRead = O_RDONLY | O_CLOEXEC | O_NONBLOCK,
+  kRead = O_RDONLY | O_CLOEXEC | O_NOCTTY | O_NONBLOCK,
   // The drivers' device nodes and register dumps.
-  kReadWrite = O_RDWR | O_CLOEXEC,
+  kReadWrite = O_RDWR | O_CLOEXEC | O_NOCTTY,
 };
 
 // A text of which one read of at most Limit bytes is enough; what lies behind is not seen.

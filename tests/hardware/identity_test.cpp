@@ -1,7 +1,12 @@
 #include <fcntl.h>
 #include <gmock/gmock.h>
+#include <sys/mount.h>
 #include <sys/stat.h>
+#include <sys/wait.h>
 #include <unistd.h>
+
+#include <cstdio>
+#include <cstdlib>
 
 #include "sandbox/descriptor.h"
 #include "sandbox/scenario.h"
@@ -75,6 +80,53 @@ TEST_F(Guid, IsNotWaitedForWhenTheFileIsAPipe) {
   ASSERT_EQ(mkfifo(kUuid, 0600), 0);
   EXPECT_EQ(m_Probe.GUID(), 0);
   EXPECT_EQ(m_Status.GUID, "");
+}
+
+// A terminal, which a sandbox has none of: "/pts/0".
+class Terminal {
+ public:
+  Terminal() {
+    mkdir("/pts", 0755);
+    mount("devpts", "/pts", "devpts", MS_NOSUID | MS_NOEXEC, "newinstance,ptmxmode=0666");
+    m_Master = open("/pts/ptmx", O_RDWR | O_NOCTTY | O_CLOEXEC);
+    unlockpt(m_Master);
+  }
+  Terminal(const Terminal&) = delete;
+  Terminal& operator=(const Terminal&) = delete;
+  ~Terminal() {
+    close(m_Master);
+    umount2("/pts", MNT_DETACH);
+  }
+
+  bool IsThere() const { return access("/pts/0", F_OK) == 0; }
+
+ private:
+  int m_Master;
+};
+
+// Number of the process's controlling terminal, 0 when it has none.
+int ControllingTerminal() {
+  const std::string process = sandbox::ReadFile("/proc/self/stat");
+  int terminal = -1;
+  std::sscanf(process.c_str() + process.rfind(')'), ") %*c %*d %*d %*d %d", &terminal);
+  return terminal;
+}
+
+// A host that leads its session used to get the terminal behind such a link as its controlling one,
+// and to die when that was hung up.
+TEST_F(Guid, GivesTheHostNoControllingTerminal) {
+  const Terminal terminal;
+  ASSERT_TRUE(terminal.IsThere());
+  Scenario().Link(kUuid, "/pts/0").Apply();
+  const pid_t host = fork();
+  if (host == 0) {
+    setsid();
+    m_Probe.GUID();
+    _exit(ControllingTerminal() == 0 ? 0 : 1);
+  }
+  int status = -1;
+  EXPECT_EQ(waitpid(host, &status, 0), host);
+  EXPECT_EQ(status, 0);
 }
 
 constexpr std::uint32_t kHardwareIds[] = {0x8004DA5C, 0x8004DA5E, 0x8004DA5D};

@@ -165,6 +165,7 @@ TEST_F(UpdateStatus, OpensDriversForWritingAllElseForReadingAndCreatesNothing) {
                         file.Path.starts_with("/proc/driver/");
     EXPECT_EQ(file.Flags & O_ACCMODE, driver ? O_RDWR : O_RDONLY);
     EXPECT_NE(file.Flags & O_CLOEXEC, 0);
+    EXPECT_NE(file.Flags & O_NOCTTY, 0);
     EXPECT_EQ(file.Flags & (O_CREAT | O_TRUNC | O_APPEND), 0);
     EXPECT_EQ(file.Flags & O_NONBLOCK, driver ? 0 : O_NONBLOCK);
   }
