@@ -18,21 +18,27 @@ Descriptor::~Descriptor() {
   }
 }
 
-std::size_t Descriptor::Read(char* bytes, std::size_t limit) const {
+TextFile::TextFile(const char* path, Access mode) : m_Descriptor(path, mode) {
+  struct stat status;
+  if (IsOpen() && fstat(m_Descriptor.Number(), &status) == 0) {
+    m_Readable = S_ISREG(status.st_mode);
+    m_ClaimedSize = static_cast<std::size_t>(status.st_size);
+  }
+}
+
+std::size_t TextFile::Read(char* bytes, std::size_t limit) const {
+  if (!m_Readable) {
+    return 0;
+  }
   ssize_t count;
   do {
-    count = read(m_Number, bytes, limit);
+    count = read(m_Descriptor.Number(), bytes, limit);
   } while (count == -1 && errno == EINTR);
   return count > 0 ? static_cast<std::size_t>(count) : 0;
 }
 
-std::size_t Descriptor::ClaimedSize() const {
-  struct stat status;
-  return fstat(m_Number, &status) == 0 ? static_cast<std::size_t>(status.st_size) : 0;
-}
-
 std::optional<std::string> ReadText(const TextSource& source) {
-  const Descriptor file(source.Path, source.Mode);
+  const TextFile file(source.Path, source.Mode);
   if (!file.IsOpen()) {
     return std::nullopt;
   }
@@ -41,7 +47,7 @@ std::optional<std::string> ReadText(const TextSource& source) {
   return text;
 }
 
-WholeText::WholeText(const Descriptor& file) {
+WholeText::WholeText(const TextFile& file) {
   constexpr std::size_t kChunk = 4096;
   // Room for the size that the file claims and for the read that finds its end. A file of /proc
   // claims none, and one with holes may claim any: beyond this much the room grows with the bytes.
@@ -63,7 +69,7 @@ void WholeText::Grow(std::size_t capacity) {
 }
 
 std::optional<WholeText> ReadWhole(const char* path, Access mode) {
-  const Descriptor file(path, mode);
+  const TextFile file(path, mode);
   if (!file.IsOpen()) {
     return std::nullopt;
   }

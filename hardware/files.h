@@ -26,15 +26,29 @@ class Descriptor {
   bool IsOpen() const { return m_Number >= 0; }
   int Number() const { return m_Number; }
 
+ private:
+  int m_Number;
+};
+
+// A file that is read as text, which may be absent. What is not a regular file (a folder, a pipe, a
+// terminal) is open, but cannot be read.
+class TextFile {
+ public:
+  TextFile(const char* path, Access mode);
+
+  bool IsOpen() const { return m_Descriptor.IsOpen(); }
+
   // One read of at most `limit` bytes, again only when a signal broke it off. The number of bytes,
   // 0 also when reading fails.
   std::size_t Read(char* bytes, std::size_t limit) const;
 
   // The size that the file claims to have, 0 when it claims none.
-  std::size_t ClaimedSize() const;
+  std::size_t ClaimedSize() const { return m_ClaimedSize; }
 
  private:
-  int m_Number;
+  Descriptor m_Descriptor;
+  bool m_Readable = false;
+  std::size_t m_ClaimedSize = 0;
 };
 
 // What one read of `source` gives: "" when it is empty or cannot be read, nothing when it cannot be
@@ -45,7 +59,7 @@ std::optional<std::string> ReadText(const TextSource& source);
 class WholeText {
  public:
   // What can be read of `file`.
-  explicit WholeText(const Descriptor& file);
+  explicit WholeText(const TextFile& file);
 
   operator std::string_view() const { return {m_Bytes.get(), m_Size}; }  // NOLINT: is a text
 

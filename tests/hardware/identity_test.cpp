@@ -5,6 +5,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <csignal>
 #include <cstdio>
 #include <cstdlib>
 
@@ -78,6 +79,17 @@ TEST_F(Guid, IsReadAlsoAsDescriptorZero) {
 TEST_F(Guid, IsNotWaitedForWhenTheFileIsAPipe) {
   Scenario().Folder("/home/Zet/.settings").Apply();
   ASSERT_EQ(mkfifo(kUuid, 0600), 0);
+  EXPECT_EQ(m_Probe.GUID(), 0);
+  EXPECT_EQ(m_Status.GUID, "");
+}
+
+// What somebody writes into a pipe used to be the identity.
+TEST_F(Guid, IsNotTakenFromAPipe) {
+  Scenario().Folder("/home/Zet/.settings").Apply();
+  ASSERT_EQ(mkfifo(kUuid, 0600), 0);
+  const sandbox::Descriptor pipe(open(kUuid, O_RDWR | O_CLOEXEC));
+  ASSERT_EQ(write(pipe.Number(), "abc", 3), 3);
+  m_Status.GUID = "former";
   EXPECT_EQ(m_Probe.GUID(), 0);
   EXPECT_EQ(m_Status.GUID, "");
 }
@@ -267,20 +279,38 @@ TEST_F(Versions, OfADatabaseOfManyReadsAreFound) {
   EXPECT_EQ(m_Status.DisplayFirmwareVersion, "1.2");
 }
 
-// Like a pipe, many files of the system are longer than they claim to be.
+// Many files of the system are longer than they claim to be.
 TEST_F(Versions, OfAFileThatClaimsNoSizeAreFound) {
-  Scenario().Folder("/var/lib/dpkg").Apply();
-  ASSERT_EQ(mkfifo(kPackages, 0600), 0);
-  const sandbox::Descriptor pipe(open(kPackages, O_RDWR | O_CLOEXEC));
   std::string packages;
   while (packages.size() < 50000) {
     packages += "Package: filler\nVersion: 0.0\n\n";
   }
   packages += "Package: qtm-distro\nVersion: 4.1\n";
-  ASSERT_EQ(write(pipe.Number(), packages.data(), packages.size()),
-            static_cast<ssize_t>(packages.size()));
+  const pid_t process = fork();
+  if (process == 0) {  // its environment is such a file
+    char* const environment[] = {packages.data(), nullptr};
+    execle("/usr/bin/sleep", "sleep", "1000", nullptr, environment);
+    _exit(1);
+  }
+  const std::string file = "/.proc/" + std::to_string(process) + "/environ";
+  while (sandbox::ReadFile(file).find("qtm-distro") == std::string::npos) {
+    ASSERT_EQ(waitpid(process, nullptr, WNOHANG), 0);
+    usleep(1000);
+  }
+  Scenario().Link(kPackages, file).Apply();
   EXPECT_EQ(m_Probe.FirmwareVersion(), 0);
   EXPECT_EQ(m_Status.FirmwareVersion, "4.1");
+  kill(process, SIGKILL);
+  EXPECT_EQ(waitpid(process, nullptr, 0), process);
+}
+
+// An endless source used to take all memory.
+TEST_F(Versions, AreNotTakenFromADevice) {
+  m_Status.FirmwareVersion = "former";
+  Scenario().Link(kPackages, "/dev/urandom").Apply();
+  EXPECT_EQ(m_Probe.FirmwareVersion(), 0);
+  EXPECT_EQ(m_Probe.DisplayFirmwareVersion(), 1);
+  EXPECT_EQ(m_Status.FirmwareVersion, "former");
 }
 
 TEST_F(Versions, StayWhenTheDatabaseIsMissing) {

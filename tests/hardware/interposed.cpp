@@ -5,10 +5,12 @@
 #include <netdb.h>
 #include <sys/socket.h>
 #include <sys/sysinfo.h>
+#include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
 #include <cstdarg>
+#include <cstdint>
 #include <utility>
 
 namespace {
@@ -16,12 +18,19 @@ namespace {
 Opens* g_opens = nullptr;
 Call g_failing_call;
 int g_calls_to_failure = 0;  // 0: none is going to fail
+int g_error = 0;
+std::size_t g_longest_read = SIZE_MAX;
 std::function<void(ifaddrs*)> g_edit_interfaces;
 int g_interface_lists = 0;
 std::function<void(struct statfs*)> g_edit_storage;
 
-bool Fails(Call call) {
-  return g_calls_to_failure > 0 && call == g_failing_call && --g_calls_to_failure == 0;
+// Whether this call fails, with errno set to its usual error unless the test wants another.
+bool Fails(Call call, int usual_error) {
+  const bool fails = g_calls_to_failure > 0 && call == g_failing_call && --g_calls_to_failure == 0;
+  if (fails) {
+    errno = g_error != 0 ? g_error : usual_error;
+  }
+  return fails;
 }
 
 template <class Function>
@@ -55,12 +64,17 @@ bool Opens::Admit(const char* path, int flags) {
   return path != m_RefusedPath || times < m_RefusedFrom;
 }
 
-Failure::Failure(Call call, int nth) {
+Failure::Failure(Call call, int nth, int error) {
   g_failing_call = call;
   g_calls_to_failure = nth;
+  g_error = error;
 }
 
 Failure::~Failure() { g_calls_to_failure = 0; }
+
+ShortReads::ShortReads(std::size_t limit) { g_longest_read = limit; }
+
+ShortReads::~ShortReads() { g_longest_read = SIZE_MAX; }
 
 InterfaceEdit::InterfaceEdit(std::function<void(ifaddrs*)> edit) {
   g_edit_interfaces = std::move(edit);
@@ -94,9 +108,16 @@ __attribute__((visibility("default"))) int open(const char* path, int flags, ...
   return real(path, flags, mode);
 }
 
+__attribute__((visibility("default"))) ssize_t read(int file, void* bytes, std::size_t count) {
+  if (Fails(Call::kRead, EIO)) {
+    return -1;
+  }
+  static const auto real = Real<ssize_t(int, void*, std::size_t)>("read");
+  return real(file, bytes, std::min(count, g_longest_read));
+}
+
 __attribute__((visibility("default"))) int getifaddrs(ifaddrs** list) noexcept {
-  if (Fails(Call::kGetifaddrs)) {
-    errno = ENOBUFS;
+  if (Fails(Call::kGetifaddrs, ENOBUFS)) {
     return -1;
   }
   static const auto real = Real<int(ifaddrs**)>("getifaddrs");
@@ -121,7 +142,7 @@ __attribute__((visibility("default"))) int getnameinfo(const sockaddr* address, 
                                                        char* host, socklen_t host_size,
                                                        char* service, socklen_t service_size,
                                                        int flags) {
-  if (Fails(Call::kGetnameinfo)) {
+  if (Fails(Call::kGetnameinfo, ENOMEM)) {
     return EAI_MEMORY;
   }
   static const auto real =
@@ -130,8 +151,7 @@ __attribute__((visibility("default"))) int getnameinfo(const sockaddr* address, 
 }
 
 __attribute__((visibility("default"))) int socket(int domain, int type, int protocol) noexcept {
-  if (Fails(Call::kSocket)) {
-    errno = EMFILE;
+  if (Fails(Call::kSocket, EMFILE)) {
     return -1;
   }
   static const auto real = Real<int(int, int, int)>("socket");
@@ -140,8 +160,7 @@ __attribute__((visibility("default"))) int socket(int domain, int type, int prot
 
 __attribute__((visibility("default"))) int statfs(const char* path,
                                                   struct statfs* storage) noexcept {
-  if (Fails(Call::kStatfs)) {
-    errno = EIO;
+  if (Fails(Call::kStatfs, EIO)) {
     return -1;
   }
   static const auto real = Real<int(const char*, struct statfs*)>("statfs");
@@ -153,8 +172,7 @@ __attribute__((visibility("default"))) int statfs(const char* path,
 }
 
 __attribute__((visibility("default"))) int sysinfo(struct sysinfo* system) noexcept {
-  if (Fails(Call::kSysinfo)) {
-    errno = EFAULT;
+  if (Fails(Call::kSysinfo, EFAULT)) {
     return -1;
   }
   static const auto real = Real<int(struct sysinfo*)>("sysinfo");

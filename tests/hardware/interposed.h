@@ -6,6 +6,7 @@
 #include <ifaddrs.h>
 #include <sys/vfs.h>
 
+#include <cstddef>
 #include <functional>
 #include <string>
 #include <vector>
@@ -38,15 +39,25 @@ class Opens {
   int m_RefusedFrom = 0;
 };
 
-enum class Call { kGetifaddrs, kGetnameinfo, kSocket, kStatfs, kSysinfo };
+enum class Call { kGetifaddrs, kGetnameinfo, kRead, kSocket, kStatfs, kSysinfo };
 
-// Makes the `nth` call from now on fail, counted from 1, while it lives.
+// Makes the `nth` call from now on fail, counted from 1, while it lives. `error` is its errno; 0:
+// the usual one of that call.
 class Failure {
  public:
-  explicit Failure(Call call, int nth = 1);
+  explicit Failure(Call call, int nth = 1, int error = 0);
   Failure(const Failure&) = delete;
   Failure& operator=(const Failure&) = delete;
   ~Failure();
+};
+
+// Makes read() give at most `limit` bytes at a time, while it lives.
+class ShortReads {
+ public:
+  explicit ShortReads(std::size_t limit);
+  ShortReads(const ShortReads&) = delete;
+  ShortReads& operator=(const ShortReads&) = delete;
+  ~ShortReads();
 };
 
 // Changes the interfaces that getifaddrs() lists, while it lives.

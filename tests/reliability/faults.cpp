@@ -209,6 +209,11 @@ int lstat(const char* path, struct stat* status) noexcept {
   return Fails(Call::kFileStatus) ? FailWith(EACCES) : real(path, status);
 }
 
+int fstat(int file, struct stat* status) noexcept {
+  REAL(fstat);
+  return Fails(Call::kFileStatus) ? FailWith(EIO) : real(file, status);
+}
+
 int statfs(const char* path, struct statfs* status) noexcept {
   REAL(statfs);
   return Fails(Call::kSystemStatus) ? FailWith(EIO) : real(path, status);

@@ -18,7 +18,7 @@ enum class Call {
   kSocket,
   kGetifaddrs,
   kGetnameinfo,
-  kFileStatus,    // stat, lstat
+  kFileStatus,    // stat, lstat, fstat
   kSystemStatus,  // statfs, sysinfo
   kSqlOpen,       // sqlite3_open_v2
   kSqlSet,        // sqlite3_db_config, sqlite3_busy_timeout, sqlite3_exec, sqlite3_file_control
