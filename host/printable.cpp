@@ -15,10 +15,19 @@ struct Range {
 };
 
 template <std::size_t kCount>
+constexpr bool IsAscending(const Range (&ranges)[kCount]) {
+  return std::is_sorted(
+      std::begin(ranges), std::end(ranges),
+      [](const Range& left, const Range& right) { return left.Last < right.First; });
+}
+
+// `ranges` are in ascending order.
+template <std::size_t kCount>
 bool IsIn(const Range (&ranges)[kCount], std::uint32_t code) {
-  return std::any_of(std::begin(ranges), std::end(ranges), [code](const Range& range) {
-    return code >= range.First && code <= range.Last;
-  });
+  const Range* const range =
+      std::lower_bound(std::begin(ranges), std::end(ranges), code,
+                       [](const Range& each, std::uint32_t wanted) { return each.Last < wanted; });
+  return range != std::end(ranges) && code >= range->First;
 }
 
 // Control characters, and format characters that are invisible or turn the reading direction.
@@ -51,6 +60,8 @@ constexpr Range kWide[] = {
     {0x1F300, 0x1F64F}, {0x1F680, 0x1F6FF}, {0x1F7E0, 0x1F7EB}, {0x1F900, 0x1F9FF},
     {0x1FA70, 0x1FAFF}, {0x20000, 0x3FFFD},
 };
+
+static_assert(IsAscending(kSteering) && IsAscending(kCombining) && IsAscending(kWide));
 
 std::size_t ColumnsOf(std::uint32_t code) {
   if (IsIn(kCombining, code)) {
@@ -106,10 +117,15 @@ std::string Printable(std::string_view source) {
 
 std::size_t Width(std::string_view text) {
   std::size_t columns = 0;
-  while (!text.empty()) {
-    const Character character = First(text);
-    columns += ColumnsOf(character.Code);
-    text.remove_prefix(character.Bytes.size());
+  for (std::size_t position = 0; position < text.size();) {
+    if (static_cast<unsigned char>(text[position]) < 0x80) {
+      ++columns;
+      ++position;
+    } else {
+      const Character character = First(text.substr(position));
+      columns += ColumnsOf(character.Code);
+      position += character.Bytes.size();
+    }
   }
   return columns;
 }
