@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "model/listing.h"
+#include "model/owning_list.h"
 
 namespace QtSts {
 
@@ -201,12 +202,9 @@ class PointList {
   PointList(const PointList&) = delete;
   PointList& operator=(const PointList&) = delete;
 
-  // From front to back, each distinct point once, in time in proportion to their number.
+  // Deletes the points from front to back, each distinct one once.
   virtual ~PointList() {
-    DropRepeats();
-    for (T* const point : Points) {
-      delete point;
-    }
+    owning::DestroyEachOnce<T*>(Points, [](T* point) { delete point; });
   }
 
   // Whether the list would take `point`: its index is at least 1 and within the maximum, unless the
@@ -235,24 +233,6 @@ class PointList {
       }
     }
     return false;
-  }
-
- private:
-  // Leaves null in the place of a point that stands further to the front too. The indices, of no
-  // use any more, mark the points already met: a list may be long, and there may be no memory.
-  void DropRepeats() {
-    constexpr int kNew = 0;
-    constexpr int kMet = 1;
-    for (T* const point : Points) {
-      if (point != nullptr) {
-        point->Index = kNew;
-      }
-    }
-    for (T*& point : Points) {
-      if (point != nullptr && std::exchange(point->Index, kMet) == kMet) {
-        point = nullptr;
-      }
-    }
   }
 };
 

@@ -4,7 +4,6 @@
 
 #include <gmock/gmock.h>
 
-#include <ctime>
 #include <memory>
 #include <string>
 #include <vector>
@@ -168,22 +167,6 @@ TYPED_TEST(PointListTest, NeitherKeepsNorDeletesARefusedPoint) {
   EXPECT_THAT(deaths, IsEmpty());
 }
 
-TYPED_TEST(PointListTest, DeletesItsPointsFromFrontToBackAndEachOnce) {
-  std::vector<std::string> deaths;
-  {
-    typename TypeParam::List list;
-    for (const char* name : {"first", "second", "third"}) {
-      auto point = std::make_unique<Witness<typename TypeParam::Point>>(name, &deaths);
-      point->Index = 1;
-      ASSERT_TRUE(list.Add(point.get()));
-      static_cast<void>(point.release());
-    }
-    ASSERT_TRUE(list.Add(list.Points[0]));
-    ASSERT_EQ(list.Points.size(), 4U);
-  }
-  EXPECT_THAT(deaths, ElementsAre("first", "second", "third"));
-}
-
 TYPED_TEST(PointListTest, PassesOverAMissingPointWhenItGoes) {
   std::vector<std::string> deaths;
   {
@@ -193,21 +176,6 @@ TYPED_TEST(PointListTest, PassesOverAMissingPointWhenItGoes) {
     static_cast<void>(point.release());
   }
   EXPECT_THAT(deaths, ElementsAre("point"));
-}
-
-// A list used to compare each of its points with all before it: a document of 64 megabytes that
-// was read from a file took minutes to go.
-TYPED_TEST(PointListTest, GoesInTimeInProportionToItsPoints) {
-  constexpr int kPoints = 500000;
-  std::clock_t start = 0;
-  {
-    typename TypeParam::List list;
-    for (int i = 0; i < kPoints; ++i) {
-      ASSERT_TRUE(Offer<typename TypeParam::Point>(&list, 1));
-    }
-    start = std::clock();
-  }
-  EXPECT_LT(static_cast<double>(std::clock() - start) / CLOCKS_PER_SEC, 3.0);
 }
 
 TYPED_TEST(PointListTest, KeepsTheOrderOfItsOperations) {
