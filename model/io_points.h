@@ -261,7 +261,10 @@ class STATUS_API IOList {
       : Inputs(std::move(inputs)), Outputs(std::move(outputs)) {}
   IOList(const IOList&) = delete;
   IOList& operator=(const IOList&) = delete;
-  virtual ~IOList() { Inputs.reset(); }  // inputs go before outputs
+  virtual ~IOList() {  // inputs go before outputs
+    Delete(Inputs);
+    Delete(Outputs);
+  }
 
   virtual bool Add(BaseInputType* point) { return Inputs && Inputs->Add(point); }
   virtual bool Add(BaseOutputType* point) { return Outputs && Outputs->Add(point); }
@@ -271,6 +274,14 @@ class STATUS_API IOList {
   }
 
   static const ClassInfo Class;
+
+ private:
+  // The pointer is cleared after its list is gone, not before.
+  template <class List>
+  static void Delete(std::unique_ptr<List>& list) {
+    delete list.get();
+    static_cast<void>(list.release());
+  }
 };
 
 }  // namespace QtSts

@@ -354,22 +354,6 @@ TEST(PointPair, AnswersFalseToEverythingWithoutItsLists) {
   EXPECT_EQ(output, nullptr);
 }
 
-TEST(PointPair, DestroysItsInputsBeforeItsOutputs) {
-  std::vector<std::string> deaths;
-  {
-    IOList points(std::make_unique<InputListType>(), std::make_unique<OutputListType>());
-    auto output = std::make_unique<Witness<BaseOutputType>>("output", &deaths);
-    output->Index = 1;
-    ASSERT_TRUE(points.Add(output.get()));
-    static_cast<void>(output.release());
-    auto input = std::make_unique<Witness<BaseInputType>>("input", &deaths);
-    input->Index = 1;
-    ASSERT_TRUE(points.Add(input.get()));
-    static_cast<void>(input.release());
-  }
-  EXPECT_THAT(deaths, ElementsAre("input", "output"));
-}
-
 TEST(FanList, TakesTheSameFanTwiceAndDeletesItOnce) {
   std::vector<std::string> deaths;
   {

@@ -6,6 +6,7 @@
 
 #include <cstdlib>
 #include <ctime>
+#include <functional>
 #include <memory>
 #include <new>
 #include <string>
@@ -197,6 +198,32 @@ TYPED_TEST(OwnedList, OfManyElementsGoesInSeconds) {
     EXPECT_EQ(g_gone.size(), std::size_t{kElements});
     g_gone.clear();
   }
+}
+
+template <class List>
+class NotedList : public List {
+ public:
+  explicit NotedList(std::vector<std::string>* seen, std::function<std::string()> look)
+      : m_Seen(seen), m_Look(std::move(look)) {}
+  ~NotedList() override { m_Seen->push_back(m_Look()); }
+
+ private:
+  std::vector<std::string>* m_Seen;
+  std::function<std::string()> m_Look;
+};
+
+// The pointer to the inputs used to be null already while they went.
+TEST(PointPair, ClearsEachPointerAfterItsListIsGone) {
+  std::vector<std::string> seen;
+  {
+    QtSts::IOList points;
+    const auto look = [&points] {
+      return std::string(points.Inputs ? "inputs" : "-") + (points.Outputs ? " outputs" : " -");
+    };
+    points.Outputs = std::make_unique<NotedList<QtSts::OutputListType>>(&seen, look);
+    points.Inputs = std::make_unique<NotedList<QtSts::InputListType>>(&seen, look);
+  }
+  EXPECT_THAT(seen, ElementsAre("inputs outputs", "- outputs"));
 }
 
 }  // namespace
