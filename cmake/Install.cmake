@@ -7,8 +7,10 @@ set(status_libraries statuscollector status sqlitedb)
 # The public headers: what a host or a consumer of documents names, and what those include.
 set(status_public_headers
   collector/key_table.h
+  collector/observer.h
   collector/state/codes.h
   collector/state/export.h
+  collector/state/observer.h
   collector/state/scratch.h
   collector/status_interface.h
   db/cpp_sqlite3.h

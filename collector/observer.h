@@ -1,0 +1,4 @@
+// How a host watches its cycles.
+#pragma once
+
+#include "collector/state/observer.h"

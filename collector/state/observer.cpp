@@ -1,0 +1,44 @@
+#include "collector/state/observer.h"
+
+#include <cxxabi.h>
+
+#include <utility>
+
+#include "collector/state/tell.h"
+
+namespace observe {
+namespace {
+
+// The observer is in See: what it calls of the collector is not told.
+bool g_busy = false;
+
+}  // namespace
+
+Observer* g_observer = nullptr;
+
+Observer::~Observer() = default;
+
+Observer* SetObserver(Observer* observer) noexcept { return std::exchange(g_observer, observer); }
+
+Observer* CurrentObserver() noexcept { return g_observer; }
+
+void Send(const Event& event) {
+  Observer* const observer = g_observer;
+  if (g_busy || observer == nullptr) {
+    return;
+  }
+  g_busy = true;
+  try {
+    observer->See(event);
+  } catch (const abi::__forced_unwind&) {
+    g_busy = false;
+    throw;  // the thread is being cancelled, which nobody may hold up
+  } catch (...) {
+    if (g_observer == observer) {
+      g_observer = nullptr;
+    }
+  }
+  g_busy = false;
+}
+
+}  // namespace observe

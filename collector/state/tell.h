@@ -1,0 +1,52 @@
+// How the library tells its observer. Without one each place costs one comparison.
+#pragma once
+
+#include <cerrno>
+
+#include "collector/state/observer.h"
+
+namespace observe {
+
+// Exported, so that parsers that a test links beside the library have the same one.
+COLLECTOR_API extern Observer* g_observer;
+
+inline bool IsWatched() noexcept { return g_observer != nullptr; }
+
+// Hands `event` to the observer, if there is one that is not just seeing another event.
+COLLECTOR_API void Send(const Event& event);
+
+// `make` gives the event; it is called when somebody watches.
+template <class Make>
+inline void Tell(Make make) {
+  if (IsWatched()) [[unlikely]] {
+    Send(make());
+  }
+}
+
+// Makes `call`, which returns a negative number and sets errno when it fails, and tells what is
+// asked before it and what came of it afterwards. `fill` sets what belongs to the call in its
+// answer. errno is as the call left it.
+template <class CallIt, class Fill>
+auto Ask(const Asks& question, CallIt call, Fill fill) {
+  if (!IsWatched()) [[likely]] {
+    return call();
+  }
+  Send(question);
+  const auto result = call();
+  const int error = errno;
+  Answers answer;
+  answer.Question = &question;
+  answer.Result = static_cast<long long>(result);
+  answer.Error = result < 0 ? error : 0;
+  fill(result, answer);
+  Send(answer);
+  errno = error;
+  return result;
+}
+
+template <class CallIt>
+auto Ask(const Asks& question, CallIt call) {
+  return Ask(question, call, [](auto, Answers&) {});
+}
+
+}  // namespace observe

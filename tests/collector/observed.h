@@ -1,0 +1,34 @@
+// An observer for tests: what it saw, as lines of text.
+#pragma once
+
+#include <functional>
+#include <string>
+#include <vector>
+
+#include "collector/observer.h"
+
+// Sees everything as long as it lives, then leaves the place to the observer before it.
+class Observed : public observe::Observer {
+ public:
+  Observed();
+  Observed(const Observed&) = delete;
+  Observed& operator=(const Observed&) = delete;
+  ~Observed() override;
+
+  void See(const observe::Event& event) override;
+
+  // The lines of the kinds of events that `wanted` names by how their lines begin.
+  std::vector<std::string> Lines(const std::vector<std::string>& wanted) const;
+
+  // A line for each event.
+  std::vector<std::string> All;
+
+  // Called after each event.
+  std::function<void(const observe::Event&)> Then;
+
+ private:
+  observe::Observer* m_Before;
+};
+
+// The event in a line: "asks open /proc/meminfo", "row 3 DimmingLevel=75".
+std::string TextOf(const observe::Event& event);
