@@ -102,7 +102,13 @@ CppSQLite3Exception Failure(sqlite3* db, int code) {
                          std::to_string(Budget::kSeconds) + " seconds: table or view too large"};
   }
   bool const told = db != nullptr && (sqlite3_errcode(db) & 0xff) == primary;
-  return {primary, told ? sqlite3_errmsg(db) : sqlite3_errstr(primary)};
+  if (!told) {
+    return {primary, sqlite3_errstr(primary), code, 0};
+  }
+  // SQLite notes the system's error for these two alone, and keeps it beyond later failures.
+  bool const noted = primary == SQLITE_CANTOPEN || primary == SQLITE_IOERR;
+  return {primary, sqlite3_errmsg(db), sqlite3_extended_errcode(db),
+          noted ? sqlite3_system_errno(db) : 0};
 }
 
 void RequireRegularFiles(std::string const& file) {

@@ -6,6 +6,7 @@
 #include <chrono>
 #include <ctime>
 #include <memory>
+#include <optional>
 #include <string>
 #include <utility>
 
@@ -46,6 +47,7 @@ struct Connection {
 
   sqlite3* db = nullptr;
   Budget budget;
+  std::optional<CppSQLite3Exception> open_failure;  ///< Then nothing is open, and never was.
 };
 
 /// A compiled statement, null once finalized. Only the query that carries the number of the current

@@ -6,12 +6,40 @@
 #include "db/connection.h"
 
 using sqlitedb::Connect;
+using sqlitedb::Connection;
 using sqlitedb::Failure;
 using sqlitedb::Prepared;
 
+namespace {
+
+// The message of every exception, which so carries more than its class has members for: programs
+// hold that class as it is.
+struct Details : std::string {
+  Details(std::string message, int extended, int system)
+      : std::string(std::move(message)), extended_code(extended), system_error(system) {}
+
+  int extended_code;
+  int system_error;
+};
+
+Details const& DetailsOf(std::shared_ptr<std::string const> const& message) {
+  return static_cast<Details const&>(*message);
+}
+
+}  // namespace
+
 CppSQLite3Exception::CppSQLite3Exception(int code, std::string message)
+    : CppSQLite3Exception(code, std::move(message), code, 0) {}
+
+CppSQLite3Exception::CppSQLite3Exception(int code, std::string message, int extended_code,
+                                         int system_error)
     : code_(code != SQLITE_OK ? code : SQLITE_ERROR),
-      message_(std::make_shared<std::string const>(std::move(message))) {}
+      message_(std::make_shared<Details const>(
+          std::move(message), extended_code != SQLITE_OK ? extended_code : code_, system_error)) {}
+
+int CppSQLite3Exception::extendedCode() const noexcept { return DetailsOf(message_).extended_code; }
+
+int CppSQLite3Exception::systemError() const noexcept { return DetailsOf(message_).system_error; }
 
 void CppSQLite3Exception::Report() const noexcept {
   std::fprintf(stderr, "%d:%s\n", errorCode(), errorMessage());
@@ -102,6 +130,10 @@ char const* CppSQLite3Query::getStringField(int column, char const* if_null) {
   return if_null;
 }
 
+int CppSQLite3Query::getFieldBytes(int column) noexcept {
+  return eof_ || !Running() ? 0 : sqlite3_column_bytes(prepared_->stmt, column);
+}
+
 void CppSQLite3Query::finalize() {
   bool const running = Running();
   auto const prepared = std::exchange(prepared_, nullptr);
@@ -159,13 +191,33 @@ void CppSQLite3Statement::finalize() {
   }
 }
 
+namespace {
+
+bool IsOpen(std::shared_ptr<Connection> const& connection) {
+  return connection != nullptr && !connection->open_failure;
+}
+
+}  // namespace
+
 CppSQLite3DB::CppSQLite3DB() noexcept = default;
 
 CppSQLite3DB::~CppSQLite3DB() = default;
 
 void CppSQLite3DB::open(char const* file, int flags) {
   close();
-  connection_ = Connect(file, flags);
+  auto failed = std::make_shared<Connection>();
+  try {
+    connection_ = Connect(file, flags);
+  } catch (CppSQLite3Exception const& failure) {
+    failed->open_failure = failure;
+    connection_ = std::move(failed);
+    throw;
+  }
+}
+
+CppSQLite3Exception const* CppSQLite3DB::openFailure() const noexcept {
+  return connection_ != nullptr && connection_->open_failure ? &*connection_->open_failure
+                                                             : nullptr;
 }
 
 int CppSQLite3DB::close() noexcept {
@@ -174,11 +226,11 @@ int CppSQLite3DB::close() noexcept {
 }
 
 bool CppSQLite3DB::readOnly() const noexcept {
-  return connection_ != nullptr && sqlite3_db_readonly(connection_->db, "main") != 0;
+  return IsOpen(connection_) && sqlite3_db_readonly(connection_->db, "main") != 0;
 }
 
 CppSQLite3Statement CppSQLite3DB::compileStatement(char const* sql) {
-  if (connection_ == nullptr || sql == nullptr) {
+  if (!IsOpen(connection_) || sql == nullptr) {
     throw Failure(nullptr, SQLITE_MISUSE);
   }
   sqlite3* db = connection_->db;

@@ -12,18 +12,28 @@ struct Connection;
 struct Prepared;
 }  // namespace sqlitedb
 
-/// A failure of the database: SQLite's primary result code and its message alone. Deliberately
-/// not a std::exception: only who names it catches it. Copying never throws.
+/// A failure of the database: SQLite's result code and its message. Deliberately not a
+/// std::exception: only who names it catches it. Copying never throws.
 class SQLITEDB_API CppSQLite3Exception {
  public:
   /// Code 0 would mean success and is kept as 1, SQLite's general error.
   CppSQLite3Exception(int code, std::string message);
+
+  /// The same with what errorCode() leaves out.
+  CppSQLite3Exception(int code, std::string message, int extended_code, int system_error);
 
   /// Never 0.
   int errorCode() const noexcept { return code_; }
 
   /// Zero-terminated; lives as long as the exception.
   char const* errorMessage() const noexcept { return message_->c_str(); }
+
+  /// SQLite's extended result code, of which errorCode() is the low byte; the same as errorCode()
+  /// when SQLite says no more.
+  int extendedCode() const noexcept;
+
+  /// errno of the system call that failed; 0 when it is not known.
+  int systemError() const noexcept;
 
   /// Writes the code, ":", the message and a line feed to standard error.
   void Report() const noexcept;
@@ -54,6 +64,10 @@ class SQLITEDB_API CppSQLite3Query {
   /// bytes are the stored ones, zero-terminated, and valid until nextRow or the end of the query.
   /// Throws CppSQLite3Exception, code 25, when there is no such column, 21 when there is no row.
   char const* getStringField(int column, char const* if_null);
+
+  /// Bytes of the text that getStringField gives for a column, those after a zero byte included; 0
+  /// when the column is NULL, not there, or there is no row.
+  int getFieldBytes(int column) noexcept;
 
   /// Ends the query: the read lock goes, the statement stays. Harmless when empty. Throws
   /// CppSQLite3Exception on failure, the query being empty then.
@@ -112,6 +126,10 @@ class SQLITEDB_API CppSQLite3DB {
   /// write leaves the write-ahead log in place when it is the last to close. Throws
   /// CppSQLite3Exception, nothing being open then.
   void open(char const* file, int flags);
+
+  /// Why nothing is open: the failure of the last open. Null when it succeeded, or since close.
+  /// Lives until the next open or close.
+  CppSQLite3Exception const* openFailure() const noexcept;
 
   /// Closes the connection, once its last statement is gone. Harmless when not open. Returns
   /// SQLite's code, 0 when done.

@@ -3,6 +3,7 @@
 
 #include <gmock/gmock.h>
 
+#include <cerrno>
 #include <exception>
 #include <fstream>
 #include <type_traits>
@@ -47,6 +48,21 @@ TEST(Exception, IsNoStandardExceptionAndCopiesWithoutThrowing) {
 
 TEST(Exception, NeverCarriesCodeZero) {
   EXPECT_EQ(CppSQLite3Exception(0, "not an error").errorCode(), 1);
+}
+
+TEST(Exception, CarriesTheExtendedCodeAndTheSystemsError) {
+  CppSQLite3Exception const failure(14, "unable to open database file", 526, EISDIR);
+  CppSQLite3Exception const copy = failure;
+  EXPECT_EQ(copy.errorCode(), 14);
+  EXPECT_EQ(copy.extendedCode(), 526);
+  EXPECT_EQ(copy.systemError(), EISDIR);
+  EXPECT_EQ(Stderr([&] { copy.Report(); }), "14:unable to open database file\n");
+}
+
+TEST(Exception, HasItsCodeForTheExtendedOneAndNoSystemErrorWithoutThem) {
+  EXPECT_EQ(CppSQLite3Exception(21, "misuse").extendedCode(), 21);
+  EXPECT_EQ(CppSQLite3Exception(0, "not an error").extendedCode(), 1);
+  EXPECT_EQ(CppSQLite3Exception(21, "misuse").systemError(), 0);
 }
 
 TEST(Exception, ReportIsCodeColonMessageAndLineFeed) {
@@ -162,6 +178,19 @@ TEST_F(Statement, FieldsKeepTheirBytes) {
   EXPECT_STREQ(query.getStringField(4, ""), "42");
   EXPECT_STREQ(query.getStringField(5, ""), "1.5");
   EXPECT_STREQ(query.getStringField(6, ""), "");
+}
+
+TEST_F(Statement, FieldsHaveTheBytesThatAreStoredBeyondAZeroByteToo) {
+  CppSQLite3Statement statement =
+      database_.m_DB.compileStatement("SELECT NULL, '', CAST(x'610062' AS TEXT), x'80c1', 42");
+  CppSQLite3Query query = statement.execQuery();
+  std::vector<int> bytes;
+  for (int column = -1; column <= 5; ++column) {
+    bytes.push_back(query.getFieldBytes(column));
+  }
+  EXPECT_THAT(bytes, ElementsAre(0, 0, 0, 3, 2, 2, 0));
+  query.finalize();
+  EXPECT_EQ(query.getFieldBytes(2), 0);
 }
 
 TEST_F(Statement, ColumnThatIsNotThereThrows) {

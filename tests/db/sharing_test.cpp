@@ -3,6 +3,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <cerrno>
 #include <chrono>
 #include <memory>
 #include <set>
@@ -140,9 +141,10 @@ TEST_F(Sharing, FileWithoutReadPermissionReports) {
   fs::permissions(file_, fs::perms(0000));
   Child child([&] {
     CSQLdatabase database;
-    return BecomeUnprivileged() && Stderr([&] {
-                                     database.OpenDatabaseReadOnly(file_.c_str(), kNoMutex);
-                                   }) == "14:unable to open database file\n"
+    return BecomeUnprivileged() &&
+                   Stderr([&] { database.OpenDatabaseReadOnly(file_.c_str(), kNoMutex); }) ==
+                       "14:unable to open database file\n" &&
+                   database.m_DB.openFailure()->systemError() == EACCES
                ? 0
                : 1;
   });

@@ -3,6 +3,7 @@
 
 #include <gmock/gmock.h>
 
+#include <cerrno>
 #include <fstream>
 
 #include "tests/db/database_fixture.h"
@@ -105,6 +106,24 @@ TEST_F(Database, OpenNeedsAFileName) {
 TEST_F(Database, OpenInAFolderThatIsNotThereReports) {
   std::string const lost = dir_ / "no" / "status.db";
   Expect(14, kCantOpenLine, [&] { return database_.OpenDatabaseWrite(lost.c_str(), kNoMutex, 0); });
+}
+
+TEST_F(Database, FailureToOpenIsKeptUntilItIsOpenedAgainOrClosed) {
+  EXPECT_EQ(database_.m_DB.openFailure(), nullptr);
+  std::string const lost = dir_ / "no" / "status.db";
+  EXPECT_EQ(Stderr([&] { database_.OpenDatabaseReadOnly(lost.c_str(), kNoMutex); }), kCantOpenLine);
+  EXPECT_EQ(Thrown([&] { database_.m_DB.compileStatement(kSelect); }) + "\n", kMisuseLine);
+  EXPECT_FALSE(database_.m_DB.readOnly());
+  ASSERT_NE(database_.m_DB.openFailure(), nullptr);
+  EXPECT_EQ(database_.m_DB.openFailure()->errorCode(), SQLITE_CANTOPEN);
+  EXPECT_EQ(database_.m_DB.openFailure()->systemError(), ENOENT);
+  ASSERT_EQ(OpenWrite(), 0);
+  EXPECT_EQ(database_.m_DB.openFailure(), nullptr);
+  Stderr([&] { database_.OpenDatabaseReadOnly(nullptr, kNoMutex); });
+  ASSERT_NE(database_.m_DB.openFailure(), nullptr);
+  EXPECT_EQ(database_.m_DB.openFailure()->errorCode(), SQLITE_MISUSE);
+  EXPECT_EQ(database_.CloseDatabase(), 0);
+  EXPECT_EQ(database_.m_DB.openFailure(), nullptr);
 }
 
 TEST_F(Database, OpenAgainClosesFirst) {
