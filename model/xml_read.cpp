@@ -1,3 +1,4 @@
+#include <libxml/SAX2.h>
 #include <libxml/parser.h>
 #include <libxml/tree.h>
 
@@ -8,9 +9,11 @@
 #include <memory>
 #include <new>
 #include <system_error>
+#include <vector>
 
 #include "model/xml.h"
 #include "model/xml_memory.h"
+#include "model/xml_reader.h"
 
 namespace QtSts {
 namespace {
@@ -25,137 +28,32 @@ using Document = std::unique_ptr<xmlDoc, FreeDocument>;
 struct FreeText {
   void operator()(xmlChar* text) const { xmlFree(text); }
 };
+using OwnText = std::unique_ptr<xmlChar, FreeText>;
 
-// Fills objects from elements. The first fault ends the reading and stands in the error.
-class Reader {
- public:
-  explicit Reader(XmlError* error) : m_Error(error) {}
-
-  bool ReadObject(const ClassInfo& info, void* object, xmlNode* node) {
-    return CheckNames(info, node) && ReadFields(info, object, node);
-  }
-
- private:
-  bool Fail(xmlNode* node, const char* attribute, const char* message) {
-    m_Error->Element = Text(node->name);
-    m_Error->Attribute = attribute;
-    m_Error->Line = xmlGetLineNo(node);
-    m_Error->Message = message;
-    return false;
-  }
-
-  // Everything that the element holds is a field of the class, each child element once.
-  bool CheckNames(const ClassInfo& info, xmlNode* node) {
-    if (node->ns != nullptr) {
-      return Fail(node, "", "unknown element");
-    }
-    for (const xmlAttr* attribute = node->properties; attribute; attribute = attribute->next) {
-      const Field* const field = FieldNamed(info, Text(attribute->name));
-      if (field == nullptr || field->Scalar == nullptr || attribute->ns != nullptr) {
-        return Fail(node, Text(attribute->name), "unknown attribute");
-      }
-    }
-    for (xmlNode* child = node->children; child != nullptr; child = child->next) {
-      if (!IsElement(child)) {
-        if (!IsIgnorable(child)) {
-          return Fail(node, "", "text where only elements may stand");
-        }
-        continue;
-      }
-      const Field* const field = FieldNamed(info, Text(child->name));
-      if (field == nullptr || field->Scalar != nullptr) {
-        return Fail(child, "", "unknown element");
-      }
-      if (Child(node, Text(child->name)) != child) {
-        return Fail(child, "", "element stands twice");
-      }
-    }
-    return true;
-  }
-
-  static bool IsElement(const xmlNode* node) { return node->type == XML_ELEMENT_NODE; }
-
-  static bool IsIgnorable(xmlNode* node) {
-    return node->type == XML_COMMENT_NODE || xmlIsBlankNode(node) == 1;
-  }
-
-  static xmlNode* Child(const xmlNode* node, const char* name) {
-    xmlNode* child = node->children;
-    while (child != nullptr && !(IsElement(child) && std::strcmp(Text(child->name), name) == 0)) {
-      child = child->next;
-    }
-    return child;
-  }
-
-  bool ReadFields(const ClassInfo& info, void* object, xmlNode* node) {
-    if (info.Base != nullptr && !ReadFields(*info.Base, info.ToBase(object), node)) {
+// Tells the reader about a node of a tree and what it holds; false when memory runs out.
+bool TellNode(XmlReader& reader, xmlNode* node) {
+  std::vector<OwnText> texts;
+  std::vector<XmlAttribute> attributes;
+  for (const xmlAttr* attribute = node->properties; attribute; attribute = attribute->next) {
+    if (texts.emplace_back(xmlGetNoNsProp(node, attribute->name)) == nullptr &&
+        attribute->ns == nullptr) {
       return false;
     }
-    for (std::size_t i = 0; i < info.FieldCount; ++i) {
-      const Field& field = info.Fields[i];
-      if (!(field.Scalar != nullptr ? ReadScalar(field, object, node)
-                                    : ReadElement(field, object, node))) {
-        return false;
-      }
-    }
-    return true;
+    const char* const value = texts.back() == nullptr ? "" : Text(texts.back().get());
+    attributes.push_back({Text(attribute->name), attribute->ns != nullptr, value});
   }
-
-  bool ReadScalar(const Field& field, void* object, xmlNode* node) {
-    const std::unique_ptr<xmlChar, FreeText> text(
-        xmlGetNoNsProp(node, reinterpret_cast<const xmlChar*>(field.Name)));
-    if (text == nullptr) {
-      return field.Optional || Fail(node, field.Name, "attribute is missing");
-    }
-    if (!field.Scalar->Parse(Text(text.get()), field.Make(object))) {
-      return Fail(node, field.Name, "not a value that it can hold");
-    }
-    return true;
-  }
-
-  bool ReadElement(const Field& field, void* object, xmlNode* node) {
-    xmlNode* const child = Child(node, field.Name);
-    if (child == nullptr) {
-      if (field.Optional) {
-        return true;
-      }
-      Fail(node, "", "");
-      m_Error->Message = std::string("element <") + field.Name + "> is missing";
+  reader.Begin(Text(node->name), node->ns != nullptr, attributes, xmlGetLineNo(node));
+  for (xmlNode* child = node->children; child != nullptr && !reader.Failed(); child = child->next) {
+    if (child->type != XML_ELEMENT_NODE) {
+      const bool ignored = child->type == XML_COMMENT_NODE || xmlIsBlankNode(child) == 1;
+      reader.Text(ignored ? "" : "text");
+    } else if (!TellNode(reader, child)) {
       return false;
     }
-    return field.Elements != nullptr ? ReadList(field, field.Make(object), child)
-                                     : ReadObject(*field.Record, field.Make(object), child);
   }
-
-  bool ReadList(const Field& field, void* list, xmlNode* node) {
-    if (node->ns != nullptr) {
-      return Fail(node, "", "unknown element");
-    }
-    if (node->properties != nullptr) {
-      return Fail(node, Text(node->properties->name), "unknown attribute");
-    }
-    for (xmlNode* child = node->children; child != nullptr; child = child->next) {
-      if (!IsElement(child)) {
-        if (!IsIgnorable(child)) {
-          return Fail(node, "", "text where only elements may stand");
-        }
-        continue;
-      }
-      const ClassInfo* const info = ClassNamed(Text(child->name));
-      if (info == nullptr || info->Create == nullptr || !IsA(*info, *field.Record)) {
-        return Fail(child, "", "not an element of this list");
-      }
-      std::unique_ptr<CBaseStatus> element(info->Create());
-      if (!ReadObject(*info, dynamic_cast<void*>(element.get()), child)) {
-        return false;
-      }
-      field.Elements->Add(list, element.release());
-    }
-    return true;
-  }
-
-  XmlError* m_Error;
-};
+  reader.End();
+  return true;
+}
 
 struct FreeParser {
   void operator()(xmlParserCtxt* parser) const { xmlFreeParserCtxt(parser); }
@@ -166,24 +64,87 @@ void Refuse(XmlError* error, const std::string& message) {
   error->Message = message;
 }
 
-// The parser's private data is the error to fill. The first fault counts: the others follow from
-// it.
-void KeepFirst(void* parser, xmlErrorPtr fault) {
-  auto* const error = static_cast<XmlError*>(static_cast<xmlParserCtxt*>(parser)->_private);
-  if (error->Message.empty() && fault->level >= XML_ERR_ERROR) {
-    const std::string_view message = fault->message == nullptr ? "" : fault->message;
-    Refuse(error, "not a document: ");
-    error->Message += message.substr(0, message.find('\n'));
-    error->Line = fault->line;
+// What the parser's functions share, as its private data.
+struct Parsing {
+  XmlReader Reader;
+  XmlError Fault;  // of the text, which is no XML; the reader has its own
+  bool NoMemory = false;
+};
+
+// Calls `act` with what is shared. No exception may pass through libxml2.
+template <class Act>
+void Guarded(void* parser, const Act& act) {
+  auto* const context = static_cast<xmlParserCtxt*>(parser);
+  auto* const parsing = static_cast<Parsing*>(context->_private);
+  try {
+    act(*parsing);
+  } catch (const std::bad_alloc&) {
+    parsing->NoMemory = true;
+    xmlStopParser(context);
   }
+}
+
+// The first fault counts: the others follow from it.
+void KeepFirst(void* parser, xmlErrorPtr fault) {
+  Guarded(parser, [fault](Parsing& parsing) {
+    if (parsing.Fault.Message.empty() && fault->level >= XML_ERR_ERROR) {
+      const std::string_view message = fault->message == nullptr ? "" : fault->message;
+      Refuse(&parsing.Fault, "not a document: ");
+      parsing.Fault.Message += message.substr(0, message.find('\n'));
+      parsing.Fault.Line = fault->line;
+    }
+  });
 }
 
 // A document type could declare entities, so a document with one is not read on.
 void RefuseDocumentType(void* parser, const xmlChar*, const xmlChar*, const xmlChar*) {
-  auto* const context = static_cast<xmlParserCtxt*>(parser);
-  Refuse(static_cast<XmlError*>(context->_private),
-         "not a document: document types are not accepted");
-  xmlStopParser(context);
+  Guarded(parser, [parser](Parsing& parsing) {
+    Refuse(&parsing.Fault, "not a document: document types are not accepted");
+    xmlStopParser(static_cast<xmlParserCtxt*>(parser));
+  });
+}
+
+// An attribute comes as five pointers: name, prefix, namespace, and begin and end of the value.
+void Begin(void* parser, const xmlChar* name, const xmlChar*, const xmlChar* uri, int,
+           const xmlChar**, int attribute_count, int, const xmlChar** parts) {
+  Guarded(parser, [=](Parsing& parsing) {
+    std::vector<XmlAttribute> attributes;
+    for (const xmlChar** part = parts; part != parts + 5 * attribute_count; part += 5) {
+      const auto length = static_cast<std::size_t>(part[4] - part[3]);
+      attributes.push_back({Text(part[0]), part[2] != nullptr, {Text(part[3]), length}});
+    }
+    parsing.Reader.Begin(Text(name), uri != nullptr, attributes, xmlSAX2GetLineNumber(parser));
+  });
+}
+
+void End(void* parser, const xmlChar*, const xmlChar*, const xmlChar*) {
+  Guarded(parser, [](Parsing& parsing) { parsing.Reader.End(); });
+}
+
+void Between(void* parser, const xmlChar* text, int length) {
+  Guarded(parser, [=](Parsing& parsing) {
+    parsing.Reader.Text({Text(text), static_cast<std::size_t>(length)});
+  });
+}
+
+void Instruction(void* parser, const xmlChar*, const xmlChar*) {
+  Guarded(parser, [](Parsing& parsing) { parsing.Reader.Text("<?"); });
+}
+
+// The parser keeps no tree: it tells the reader what it meets.
+void TellReader(xmlParserCtxt* parser, Parsing* parsing) {
+  parser->_private = parsing;
+  xmlSAXHandler& sax = *parser->sax;
+  sax.internalSubset = &RefuseDocumentType;
+  sax.serror = &KeepFirst;
+  sax.startElementNs = &Begin;
+  sax.endElementNs = &End;
+  sax.characters = &Between;
+  sax.ignorableWhitespace = &Between;
+  sax.cdataBlock = &Between;
+  sax.processingInstruction = &Instruction;
+  sax.comment = nullptr;
+  sax.reference = nullptr;
 }
 
 // What stands between '<' and '>' without being a tag.
@@ -247,26 +208,20 @@ bool IsUtf8(std::string_view text) {
 
 // Of UTF-8 only: libxml2 reads that in place. To convert it needs buffers, and crashes when there
 // is no memory to grow them.
-Document ParseText(std::string_view text, XmlError* error) {
+void ParseText(std::string_view text, Parsing* parsing) {
   const std::unique_ptr<xmlParserCtxt, FreeParser> parser(xmlNewParserCtxt());
   if (parser == nullptr) {
     throw std::bad_alloc();
   }
-  *error = XmlError();
-  parser->_private = error;
-  parser->sax->internalSubset = &RefuseDocumentType;
-  parser->sax->serror = &KeepFirst;
+  TellReader(parser.get(), parsing);
+  // The values of attributes come with their references replaced; no entity can be declared.
   constexpr int kOptions = XML_PARSE_NONET | XML_PARSE_NOERROR | XML_PARSE_NOWARNING |
-                           XML_PARSE_BIG_LINES | XML_PARSE_IGNORE_ENC;
-  Document document(xmlCtxtReadMemory(parser.get(), text.data(), static_cast<int>(text.size()),
-                                      nullptr, nullptr, kOptions));
-  if (document != nullptr && error->Message.empty()) {
-    return document;
+                           XML_PARSE_BIG_LINES | XML_PARSE_IGNORE_ENC | XML_PARSE_NOENT;
+  const Document document(xmlCtxtReadMemory(
+      parser.get(), text.data(), static_cast<int>(text.size()), nullptr, nullptr, kOptions));
+  if (document == nullptr && parsing->Fault.Message.empty()) {
+    Refuse(&parsing->Fault, "not a document: libxml2 gives no reason");
   }
-  if (error->Message.empty()) {
-    Refuse(error, "not a document: libxml2 gives no reason");
-  }
-  return nullptr;
 }
 
 struct CloseFile {
@@ -293,10 +248,13 @@ int ReadFile(const std::string& path, std::string* text) {
 }  // namespace
 
 bool CListedStatus::Parse(_xmlNode* node) {
-  XmlError error;
   const ClassInfo* const info = ClassOf(*this);
-  return node != nullptr && info != nullptr &&
-         Reader(&error).ReadObject(*info, dynamic_cast<void*>(this), node);
+  if (node == nullptr || info == nullptr) {
+    return false;
+  }
+  XmlError error;
+  XmlReader reader(*info, dynamic_cast<void*>(this), &error);
+  return TellNode(reader, node) && !reader.Failed();
 }
 
 std::string XmlError::Text() const {
@@ -324,25 +282,19 @@ std::unique_ptr<CStatus> ReadDocument(std::string_view text, XmlError* error) {
                       std::to_string(kMaximumAttributes) + " attributes");
     return nullptr;
   }
-  const XmlMemoryWatch memory;
-  const Document document = ParseText(text, error);
-  if (memory.RanOut()) {
-    throw std::bad_alloc();
-  }
-  if (document == nullptr) {
-    return nullptr;
-  }
-  xmlNode* const root = xmlDocGetRootElement(document.get());
-  if (root == nullptr || std::strcmp(Text(root->name), CStatus::Class.Name) != 0) {
-    Refuse(error, std::string("the outermost element is not <") + CStatus::Class.Name + ">");
-    return nullptr;
-  }
   auto status = std::make_unique<CStatus>();
-  const bool whole = Reader(error).ReadObject(CStatus::Class, status.get(), root);
-  if (memory.RanOut()) {
+  *error = XmlError();
+  Parsing parsing{XmlReader(CStatus::Class, status.get(), error, CStatus::Class.Name), {}};
+  const XmlMemoryWatch memory;
+  ParseText(text, &parsing);
+  if (parsing.NoMemory || memory.RanOut()) {
     throw std::bad_alloc();
   }
-  return whole ? std::move(status) : nullptr;
+  if (!parsing.Fault.Message.empty()) {
+    *error = parsing.Fault;  // whatever the elements before it hold
+    return nullptr;
+  }
+  return parsing.Reader.Failed() ? nullptr : std::move(status);
 }
 
 std::unique_ptr<CStatus> ReadDocumentFile(const std::string& path, XmlError* error) {

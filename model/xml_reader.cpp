@@ -1,0 +1,176 @@
+#include "model/xml_reader.h"
+
+#include <algorithm>
+#include <cstring>
+#include <string>
+#include <utility>
+
+namespace QtSts {
+namespace {
+
+// A field and the part of an object, its own or a base's, that has it.
+struct Member {
+  const Field* Listed;
+  void* Part;
+};
+
+// Null without such a field.
+Member FindMember(const ClassInfo& info, void* object, std::string_view name) {
+  const ClassInfo* part = &info;
+  while (part != nullptr) {
+    const Field* const end = part->Fields + part->FieldCount;
+    const Field* const field =
+        std::find_if(part->Fields, end, [name](const Field& each) { return name == each.Name; });
+    if (field != end) {
+      return {field, object};
+    }
+    object = part->Base == nullptr ? nullptr : part->ToBase(object);
+    part = part->Base;
+  }
+  return {nullptr, nullptr};
+}
+
+}  // namespace
+
+XmlReader::XmlReader(const ClassInfo& info, void* object, XmlError* error, const char* name)
+    : m_Root{info.Name, 0, &info, object, nullptr, {}, nullptr}, m_RootName(name), m_Error(error) {}
+
+void XmlReader::Fail(const char* element, long line, const char* attribute, std::string message) {
+  m_Error->Element = element;
+  m_Error->Attribute = attribute;
+  m_Error->Line = line;
+  m_Error->Message = std::move(message);
+  m_Failed = true;
+}
+
+void XmlReader::Begin(const char* name, bool has_namespace,
+                      std::span<const XmlAttribute> attributes, long line) {
+  if (m_Failed) {
+    return;
+  }
+  if (m_Open.empty() && m_RootName != nullptr && std::strcmp(name, m_RootName) != 0) {
+    Fail("", 0, "", std::string("the outermost element is not <") + m_RootName + ">");
+  } else if (has_namespace) {
+    Fail(name, line, "", "unknown element");
+  } else if (m_Open.empty()) {
+    m_Root.Line = line;
+    BeginObject(std::move(m_Root), attributes);
+  } else if (m_Open.back().Class == nullptr) {
+    BeginElement(name, attributes, line);
+  } else {
+    BeginField(name, attributes, line);
+  }
+}
+
+// A child of an object: a record or a list, once.
+void XmlReader::BeginField(const char* name, std::span<const XmlAttribute> attributes, long line) {
+  Open& parent = m_Open.back();
+  const auto [field, part] = FindMember(*parent.Class, parent.Object, name);
+  if (field == nullptr || field->Scalar != nullptr) {
+    Fail(name, line, "", "unknown element");
+    return;
+  }
+  if (std::find(parent.Seen.begin(), parent.Seen.end(), field) != parent.Seen.end()) {
+    Fail(name, line, "", "element stands twice");
+    return;
+  }
+  parent.Seen.push_back(field);
+  if (field->Elements == nullptr) {
+    BeginObject({field->Name, line, field->Record, field->Make(part), nullptr, {}, nullptr},
+                attributes);
+  } else if (!attributes.empty()) {
+    Fail(name, line, attributes.front().Name, "unknown attribute");
+  } else {
+    m_Open.push_back({field->Name, line, nullptr, field->Make(part), field, {}, nullptr});
+  }
+}
+
+// A child of a list: an object of a class that the list may hold.
+void XmlReader::BeginElement(const char* name, std::span<const XmlAttribute> attributes,
+                             long line) {
+  const ClassInfo* const info = ClassNamed(name);
+  if (info == nullptr || info->Create == nullptr || !IsA(*info, *m_Open.back().List->Record)) {
+    Fail(name, line, "", "not an element of this list");
+    return;
+  }
+  std::unique_ptr<CBaseStatus> element(info->Create());
+  void* const object = dynamic_cast<void*>(element.get());
+  BeginObject({info->Name, line, info, object, nullptr, {}, std::move(element)}, attributes);
+}
+
+void XmlReader::BeginObject(Open object, std::span<const XmlAttribute> attributes) {
+  if (HasOnlyListed(object, attributes) &&
+      ReadScalars(object, *object.Class, object.Object, attributes)) {
+    m_Open.push_back(std::move(object));
+  }
+}
+
+bool XmlReader::HasOnlyListed(const Open& object, std::span<const XmlAttribute> attributes) {
+  for (const XmlAttribute& attribute : attributes) {
+    const Field* const field = FieldNamed(*object.Class, attribute.Name);
+    if (field == nullptr || field->Scalar == nullptr || attribute.HasNamespace) {
+      Fail(object.Name, object.Line, attribute.Name, "unknown attribute");
+      return false;
+    }
+  }
+  return true;
+}
+
+bool XmlReader::ReadScalars(const Open& object, const ClassInfo& part, void* part_object,
+                            std::span<const XmlAttribute> attributes) {
+  if (part.Base != nullptr &&
+      !ReadScalars(object, *part.Base, part.ToBase(part_object), attributes)) {
+    return false;
+  }
+  for (const Field* field = part.Fields; field != part.Fields + part.FieldCount; ++field) {
+    if (field->Scalar == nullptr) {
+      continue;
+    }
+    const auto attribute = std::find_if(
+        attributes.begin(), attributes.end(),
+        [field](const XmlAttribute& each) { return std::strcmp(each.Name, field->Name) == 0; });
+    if (attribute == attributes.end()) {
+      if (!field->Optional) {
+        Fail(object.Name, object.Line, field->Name, "attribute is missing");
+        return false;
+      }
+    } else if (!field->Scalar->Parse(attribute->Value, field->Make(part_object))) {
+      Fail(object.Name, object.Line, field->Name, "not a value that it can hold");
+      return false;
+    }
+  }
+  return true;
+}
+
+void XmlReader::Text(std::string_view text) {
+  if (!m_Failed && !m_Open.empty() && text.find_first_not_of(" \t\r\n") != std::string_view::npos) {
+    Fail(m_Open.back().Name, m_Open.back().Line, "", "text where only elements may stand");
+  }
+}
+
+void XmlReader::End() {
+  if (m_Failed) {
+    return;
+  }
+  Open ended = std::move(m_Open.back());
+  m_Open.pop_back();
+  if (ended.Class != nullptr && HasAllElements(ended, *ended.Class) && ended.Made != nullptr) {
+    m_Open.back().List->Elements->Add(m_Open.back().Object, ended.Made.release());
+  }
+}
+
+bool XmlReader::HasAllElements(const Open& object, const ClassInfo& part) {
+  if (part.Base != nullptr && !HasAllElements(object, *part.Base)) {
+    return false;
+  }
+  for (const Field* field = part.Fields; field != part.Fields + part.FieldCount; ++field) {
+    if (field->Scalar == nullptr && !field->Optional &&
+        std::find(object.Seen.begin(), object.Seen.end(), field) == object.Seen.end()) {
+      Fail(object.Name, object.Line, "", std::string("element <") + field->Name + "> is missing");
+      return false;
+    }
+  }
+  return true;
+}
+
+}  // namespace QtSts
