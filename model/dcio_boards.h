@@ -3,8 +3,11 @@
 #pragma once
 
 #include <cstdint>
+#include <memory>
+#include <vector>
 
 #include "model/io_points.h"
+#include "model/owning_list.h"
 #include "model/sensors.h"
 
 namespace QtSts {
@@ -48,13 +51,39 @@ class STATUS_API FanRpm : public CListedStatus {
   static const ClassInfo Class;
 };
 
-class STATUS_API FanRpmList : public COwningList<FanRpm> {
+// The fans of a board, in order of addition. Owns them.
+class STATUS_API FanRpmList {
  public:
-  // Appends `fan`, which belongs to the list from this call on; always true.
+  using Element = FanRpm;
+
+  std::vector<FanRpm*> Fans;
+
+  FanRpmList() = default;
+  FanRpmList(const FanRpmList&) = delete;
+  FanRpmList& operator=(const FanRpmList&) = delete;
+  virtual ~FanRpmList() { Clear(); }
+
+  // Appends `fan`, which belongs to the list from this call on, even if memory runs out in it;
+  // always true.
   bool Add(FanRpm* fan) {
-    COwningList::Add(fan);
+    std::unique_ptr<FanRpm> owned(fan);
+    Fans.push_back(fan);
+    static_cast<void>(owned.release());
     return true;
   }
+
+  // Deletes the fans from front to back, each distinct one once, and leaves the list empty.
+  void Clear() noexcept {
+    owning::DestroyEachOnce(Fans, &owning::Delete<FanRpm>);
+    Fans.clear();
+  }
+
+  // The fan at `position`, or null past the end.
+  FanRpm* operator[](unsigned int const& position) const {
+    return position < Fans.size() ? Fans[position] : nullptr;
+  }
+
+  unsigned int Count() const { return static_cast<unsigned int>(Fans.size()); }
 };
 
 class STATUS_API CCANDcioAndFanRpm : public CCANDcio {

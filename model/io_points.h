@@ -203,9 +203,7 @@ class PointList {
   PointList& operator=(const PointList&) = delete;
 
   // Deletes the points from front to back, each distinct one once.
-  virtual ~PointList() {
-    owning::DestroyEachOnce<T*>(Points, [](T* point) { delete point; });
-  }
+  virtual ~PointList() { owning::DestroyEachOnce(Points, &owning::Delete<T>); }
 
   // Whether the list would take `point`: its index is at least 1 and within the maximum, unless the
   // list is open-ended.

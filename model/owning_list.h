@@ -68,6 +68,11 @@ void DestroyEachOnce(std::vector<Pointer>& elements, void (*destroy)(Pointer)) {
   }
 }
 
+template <class T>
+void Delete(T* element) {
+  delete element;
+}
+
 }  // namespace owning
 
 // Holds elements made with `new`, in order of Add, and deletes them. T needs a virtual destructor.

@@ -226,4 +226,16 @@ TEST(PointPair, ClearsEachPointerAfterItsListIsGone) {
   EXPECT_THAT(seen, ElementsAre("inputs outputs", "- outputs"));
 }
 
+TEST(FanList, HoldsItsFansInAVectorThatEveryoneSees) {
+  static_assert(std::is_same_v<decltype(QtSts::FanRpmList::Fans), std::vector<QtSts::FanRpm*>>);
+  QtSts::FanRpmList list;
+  auto* const fan = new QtSts::FanRpm(0, 1, 900);
+  EXPECT_TRUE(list.Add(fan));
+  EXPECT_TRUE(list.Add(nullptr));
+  EXPECT_THAT(list.Fans, ElementsAre(fan, nullptr));
+  EXPECT_EQ(list[0U], fan);
+  EXPECT_EQ(list[2U], nullptr);
+  EXPECT_EQ(list.Count(), 2U);
+}
+
 }  // namespace
