@@ -1,10 +1,11 @@
 // The scratch state of a collection cycle: where row handlers park one attribute after another
 // until a "Type" row turns what is parked into a record.
 //
-// Process-wide, exported, all zero at load. Only u32_TTableNumAttribute is cleared per cycle; every
-// other variable keeps the value of the last row that wrote it, across sensors, boards and cycles.
-// This carry-over is deliberate: a sensor that lacks an attribute row inherits that attribute from
-// the sensor read before it. Nothing here is locked: one cycle at a time in a process.
+// Process-wide, exported, all zero at load. Every cycle clears u32_TTableNumAttribute, and a record
+// the fans, voltages and staged points that it takes; all else keeps the value of the last row that
+// wrote it, across sensors, boards and cycles. This carry-over is deliberate: a sensor that lacks
+// an attribute row inherits that attribute from the sensor read before it. Nothing here is locked:
+// one cycle at a time in a process.
 #pragma once
 
 #include <array>

@@ -2,6 +2,7 @@
 #include <syslog.h>
 
 #include <ctime>
+#include <system_error>
 
 #include "hardware/rate_limit.h"
 #include "sandbox/system_log.h"
@@ -85,6 +86,14 @@ TEST_F(Tracker, BlankedOutputIsReportedWithEveryTrackerLineOnceAnHour) {
   EXPECT_THAT(Logged(&log),
               ElementsAre("OutputPort: 2 callbacks suppressed\n", kBlankedLine,
                           "pixel_tracker_bits: 0x8\n", "the pixel_tracker_count: 0x2\n"));
+}
+
+TEST_F(Tracker, BlankedOutputThrowsASystemErrorWhenTheLimiterCannotLock) {
+  SANDBOX_NEEDS_DEVICES();
+  Blanked().Apply();
+  rs.lock.native_handle()->__data.__kind = 0x7F;  // no kind of mutex
+  EXPECT_THROW(m_Probe.OutputPort(0), std::system_error);
+  rs.lock.native_handle()->__data.__kind = 0;
 }
 
 TEST_F(Tracker, BlankedOutputIsNotReportedWhenTheHostWantsNoReports) {
