@@ -7,12 +7,15 @@
 
 #include "collector/key_table.h"
 #include "collector/state/scratch.h"
+#include "collector/state/tell.h"
 #include "hardware/files.h"
 #include "hardware/paths.h"
+#include "hardware/system_calls.h"
 
 namespace {
 
 namespace paths = hardware::paths;
+using observe::Stage;
 
 constexpr unsigned short kOpenFlags = 32768;   // SQLITE_OPEN_NOMUTEX: one thread at a time
 constexpr unsigned short kSynchronousOff = 0;  // the file lives in memory
@@ -71,6 +74,64 @@ std::string FormatOffset(long seconds) {
   return text;
 }
 
+// Tells the end of a cycle, also when an exception leaves it.
+class CycleEnd {
+ public:
+  CycleEnd() = default;
+  CycleEnd(const CycleEnd&) = delete;
+  CycleEnd& operator=(const CycleEnd&) = delete;
+  ~CycleEnd() {
+    if (!m_Returned) {
+      Tell(0, true);
+    }
+  }
+
+  int Return(int result) {
+    m_Returned = true;
+    Tell(result, false);
+    return result;
+  }
+
+ private:
+  static void Tell(int result, bool threw) {
+    observe::Tell([&] {
+      observe::CycleEnds event;
+      event.Result = result;
+      event.Threw = threw;
+      return event;
+    });
+  }
+
+  bool m_Returned = false;
+};
+
+void TellStage(Stage stage) {
+  observe::Tell([&] {
+    observe::AsksDatabase event;
+    event.At = stage;
+    return event;
+  });
+}
+
+void TellFailure(Stage stage, const CppSQLite3Exception& failure, bool from_before = false) {
+  observe::Tell([&] {
+    observe::DatabaseFails event;
+    event.At = stage;
+    event.Code = failure.errorCode();
+    event.ExtendedCode = failure.extendedCode();
+    event.SystemError = failure.systemError();
+    event.Message = failure.errorMessage();
+    event.FromBefore = from_before;
+    return event;
+  });
+}
+
+void TellOpenFailure(const CppSQLite3DB& database, bool from_before) {
+  if (const CppSQLite3Exception* const failure = database.openFailure()) {
+    TellFailure(Stage::kOpen, *failure, from_before);
+  }
+}
+
 }  // namespace
 
 CStatusInterface::CStatusInterface() = default;
@@ -78,10 +139,14 @@ CStatusInterface::~CStatusInterface() = default;
 
 int CStatusInterface::InitDatabase(bool write) {
   if (!write) {
+    TellStage(Stage::kOpen);
     OpenDatabaseReadOnly(paths::kStatusDatabase, kOpenFlags);
+    TellOpenFailure(m_DB, false);
     return 0;
   }
+  TellStage(Stage::kOpen);
   OpenDatabaseWrite(paths::kStatusDatabase, kOpenFlags, kSynchronousOff);
+  TellOpenFailure(m_DB, false);
   for (const auto& table : kTables) {
     CreateTable(table.Name, table.Id);
   }
@@ -93,37 +158,63 @@ int CStatusInterface::InitDatabase(bool write) {
 
 int CStatusInterface::CloseDatabase() { return CSQLdatabase::CloseDatabase(); }
 
+int CStatusInterface::QueryDatabase() {
+  observe::Tell([this] {
+    observe::CycleBegins event;
+    event.Status = &m_Status;
+    return event;
+  });
+  CycleEnd end;
+  return end.Return(RunCycle());
+}
+
+int CStatusInterface::RunCycle() {
+  m_Hardware.UpdateStatus(&m_Status);
+  Reset_Globals();
+  observe::TellProbeBegins("GetTime");
+  GetTime();
+  observe::TellProbeEnds("GetTime", 0);
+  return QueryRows();
+}
+
 // The four places that catch differ deliberately: only the preparation and the statement's final
 // finalize store the code, and only the latter leaves the cycle a success, so that its code makes
 // the next cycle fail.
-int CStatusInterface::QueryDatabase() {
-  CppSQLite3Query query;
-  m_Hardware.UpdateStatus(&m_Status);
-  Reset_Globals();
+int CStatusInterface::QueryRows() {
   std::string sql = "SELECT * FROM status";
   sql += " ORDER BY address ASC;";
-  GetTime();
+  CppSQLite3Query query;
+  Stage stage = Stage::kPrepare;
   try {
     try {
+      TellOpenFailure(m_DB, true);
+      TellStage(stage);
       m_Statement = m_DB.compileStatement(sql.c_str());
     } catch (const CppSQLite3Exception& failure) {
       failure.Report();
+      TellFailure(stage, failure);
       m_LastError = failure.errorCode();
     }
     if (ReadAndClearLastError() != 0) {
       return 1;
     }
+    TellStage(stage = Stage::kExecute);
     query = m_Statement.execQuery();
+    TellStage(stage = Stage::kRows);
     ReadRows(query);
+    TellStage(stage = Stage::kFinish);
     query.finalize();
   } catch (const CppSQLite3Exception& failure) {
     failure.Report();
+    TellFailure(stage, failure);
     return 1;
   }
   try {
+    TellStage(stage = Stage::kRelease);
     m_Statement.finalize();
   } catch (const CppSQLite3Exception& failure) {
     failure.Report();
+    TellFailure(stage, failure);
     m_LastError = failure.errorCode();
   }
   return 0;
@@ -145,14 +236,14 @@ void CStatusInterface::ReadRows(CppSQLite3Query& query) {
 }
 
 void CStatusInterface::GetTime() {
-  const std::time_t now = std::time(nullptr);
+  const std::time_t now = hardware::calls::Now();
   // Not localtime and gmtime, whose one result the host's other threads may overwrite. Without them
   // only tzset notices that the zone has changed.
   tzset();
   std::tm local{};
   std::tm utc{};
-  localtime_r(&now, &local);
-  gmtime_r(&now, &utc);
+  hardware::calls::LocalTime(now, &local);
+  hardware::calls::UtcTime(now, &utc);
   m_UTCTime = FormatTime(utc);
   m_Status.LocalTime = FormatTime(local) + FormatOffset(local.tm_gmtoff);
   m_Status.DaylightSaving = local.tm_isdst != 0;

@@ -48,5 +48,7 @@ class COLLECTOR_API CStatusInterface : public CSQLdatabase {
   std::string m_UTCTime;       // "2026-11-15T09:22:15", empty before the first cycle
 
  private:
+  int RunCycle();
+  int QueryRows();
   void ReadRows(CppSQLite3Query& query);
 };

@@ -1,16 +1,17 @@
 #include "hardware/files.h"
 
-#include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
 #include <cerrno>
 #include <utility>
 
+#include "hardware/system_calls.h"
+
 namespace hardware {
 
 Descriptor::Descriptor(const char* path, Access mode)
-    : m_Number(open(path, static_cast<int>(mode))) {}
+    : m_Number(calls::Open(path, static_cast<int>(mode))) {}
 
 Descriptor::~Descriptor() {
   if (IsOpen()) {
@@ -18,27 +19,31 @@ Descriptor::~Descriptor() {
   }
 }
 
-TextFile::TextFile(const char* path, Access mode) : m_Descriptor(path, mode) {
+TextFile::TextFile(const char* path, Access mode) : m_Path(path), m_Descriptor(path, mode) {
   struct stat status;
-  if (IsOpen() && fstat(m_Descriptor.Number(), &status) == 0) {
+  if (IsOpen() && calls::FileStatus(m_Descriptor.Number(), m_Path, &status) == 0) {
     m_Readable = S_ISREG(status.st_mode);
     m_ClaimedSize = static_cast<std::size_t>(status.st_size);
   }
 }
 
-std::size_t TextFile::Read(char* bytes, std::size_t limit) const {
+std::size_t TextFile::Read(char* bytes, std::size_t limit) {
   if (!m_Readable) {
     return 0;
   }
   ssize_t count;
   do {
-    count = read(m_Descriptor.Number(), bytes, limit);
+    count = calls::Read(m_Descriptor.Number(), m_Path, m_Offset, bytes, limit);
   } while (count == -1 && errno == EINTR);
-  return count > 0 ? static_cast<std::size_t>(count) : 0;
+  if (count <= 0) {
+    return 0;
+  }
+  m_Offset += static_cast<std::size_t>(count);
+  return static_cast<std::size_t>(count);
 }
 
 std::optional<std::string> ReadText(const TextSource& source) {
-  const TextFile file(source.Path, source.Mode);
+  TextFile file(source.Path, source.Mode);
   if (!file.IsOpen()) {
     return std::nullopt;
   }
@@ -47,7 +52,7 @@ std::optional<std::string> ReadText(const TextSource& source) {
   return text;
 }
 
-WholeText::WholeText(const TextFile& file) {
+WholeText::WholeText(TextFile& file) {
   constexpr std::size_t kChunk = 4096;
   // Room for the size that the file claims and for the read that finds its end. A file of /proc
   // claims none, and one with holes may claim any: beyond this much the room grows with the bytes.
@@ -69,7 +74,7 @@ void WholeText::Grow(std::size_t capacity) {
 }
 
 std::optional<WholeText> ReadWhole(const char* path, Access mode) {
-  const TextFile file(path, mode);
+  TextFile file(path, mode);
   if (!file.IsOpen()) {
     return std::nullopt;
   }
@@ -78,7 +83,7 @@ std::optional<WholeText> ReadWhole(const char* path, Access mode) {
 
 bool Exists(const char* path) {
   struct stat status;
-  return stat(path, &status) == 0;
+  return calls::PathStatus(path, &status) == 0;
 }
 
 }  // namespace hardware

@@ -1,8 +1,6 @@
 // How the probe reaches files and device nodes.
 #pragma once
 
-#include <sys/ioctl.h>
-
 #include <array>
 #include <cstddef>
 #include <memory>
@@ -11,6 +9,7 @@
 #include <string_view>
 
 #include "hardware/paths.h"
+#include "hardware/system_calls.h"
 
 namespace hardware {
 
@@ -34,19 +33,22 @@ class Descriptor {
 // terminal) is open, but cannot be read.
 class TextFile {
  public:
+  // `path` stays the caller's, for as long as this lives.
   TextFile(const char* path, Access mode);
 
   bool IsOpen() const { return m_Descriptor.IsOpen(); }
 
   // One read of at most `limit` bytes, again only when a signal broke it off. The number of bytes,
   // 0 also when reading fails.
-  std::size_t Read(char* bytes, std::size_t limit) const;
+  std::size_t Read(char* bytes, std::size_t limit);
 
   // The size that the file claims to have, 0 when it claims none.
   std::size_t ClaimedSize() const { return m_ClaimedSize; }
 
  private:
+  const char* m_Path;
   Descriptor m_Descriptor;
+  std::size_t m_Offset = 0;
   bool m_Readable = false;
   std::size_t m_ClaimedSize = 0;
 };
@@ -59,7 +61,7 @@ std::optional<std::string> ReadText(const TextSource& source);
 class WholeText {
  public:
   // What can be read of `file`.
-  explicit WholeText(const TextFile& file);
+  explicit WholeText(TextFile& file);
 
   operator std::string_view() const { return {m_Bytes.get(), m_Size}; }  // NOLINT: is a text
 
@@ -87,7 +89,7 @@ std::optional<std::array<int, kCount>> AskDevice(const char* path,
   }
   std::array<int, kCount> answers;
   for (std::size_t i = 0; i < kCount; ++i) {
-    answers[i] = ioctl(device.Number(), requests[i]);
+    answers[i] = calls::Request(device.Number(), path, requests[i]);
   }
   return answers;
 }

@@ -3,6 +3,7 @@
 #include <iterator>
 #include <optional>
 
+#include "collector/state/tell.h"
 #include "hardware/files.h"
 #include "hardware/parse_hex.h"
 #include "hardware/parse_packages.h"
@@ -33,14 +34,14 @@ std::int32_t FamilyOf(int hardware_id) {
 
 // Each returns what its probe returns.
 int StoreFirmwareVersion(const hardware::PackageVersions& versions, QtSts::CStatus* status) {
-  if (versions.Distribution) {
+  if (observe::TellLabel("Package: qtm-distro", versions.Distribution.has_value())) {
     status->FirmwareVersion = *versions.Distribution;
   }
   return 0;
 }
 
 int StoreDisplayFirmwareVersion(const hardware::PackageVersions& versions, QtSts::CStatus* status) {
-  if (!versions.DisplayFirmware) {
+  if (!observe::TellLabel("Package: dispfw", versions.DisplayFirmware.has_value())) {
     return 1;
   }
   status->DisplayFirmwareVersion = *versions.DisplayFirmware;

@@ -2,17 +2,16 @@
 #include <net/if.h>
 #include <netdb.h>
 #include <netinet/in.h>
-#include <sys/ioctl.h>
-#include <sys/socket.h>
 
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <memory>
 
+#include "collector/state/tell.h"
 #include "hardware/files.h"
 #include "hardware/parse_network.h"
-#include "hardware/requests.h"
+#include "hardware/system_calls.h"
 #include "hardware/tolmar_hardware.h"
 #include "model/lookup/verify.h"
 
@@ -29,10 +28,10 @@ bool IsReported(const ifaddrs& entry) {
          std::strcmp(entry.ifa_name, "lo") != 0 && std::strcmp(entry.ifa_name, "sit0") != 0;
 }
 
-// The address as text; false, and a message on standard output, when there is none.
-bool HostText(const sockaddr* address, socklen_t length, std::string* text) {
+// An address of the interface as text; false, and a message on standard output, when there is none.
+bool HostText(const char* interface, const sockaddr* address, socklen_t length, std::string* text) {
   char host[NI_MAXHOST];
-  const int code = getnameinfo(address, length, host, sizeof host, nullptr, 0, NI_NUMERICHOST);
+  const int code = hardware::calls::HostText(interface, address, length, host, sizeof host);
   if (code != 0) {
     std::printf("getnameinfo() failed: %s\n", gai_strerror(code));
     return false;
@@ -45,8 +44,8 @@ bool HostText(const sockaddr* address, socklen_t length, std::string* text) {
 std::string HardwareAddress(const char* interface) {
   ifreq request{};
   std::strncpy(request.ifr_name, interface, sizeof request.ifr_name - 1);
-  const hardware::Descriptor socket(::socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0));
-  ioctl(socket.Number(), hardware::requests::socket::kHardwareAddress, &request);
+  const hardware::Descriptor socket(hardware::calls::Socket());
+  hardware::calls::HardwareAddress(socket.Number(), &request);
   unsigned char bytes[6];
   std::memcpy(bytes, request.ifr_hwaddr.sa_data, sizeof bytes);
   return hardware::HardwareAddressText(bytes);
@@ -64,9 +63,9 @@ void StoreLink(CTolmarHardware* probe, QtSts::CNetworkDevice* device) {
 bool StoreIPv4(CTolmarHardware* probe, const ifaddrs& entry, QtSts::CNetworkDevice* device) {
   constexpr socklen_t kLength = sizeof(sockaddr_in);
   std::string unused;  // only whether there is a broadcast address matters
-  if (!HostText(entry.ifa_addr, kLength, &device->IPv4Address) ||
-      !HostText(entry.ifa_netmask, kLength, &device->Netmask) ||
-      !HostText(entry.ifa_broadaddr, kLength, &unused)) {
+  if (!HostText(entry.ifa_name, entry.ifa_addr, kLength, &device->IPv4Address) ||
+      !HostText(entry.ifa_name, entry.ifa_netmask, kLength, &device->Netmask) ||
+      !HostText(entry.ifa_name, entry.ifa_broadaddr, kLength, &unused)) {
     return false;
   }
   probe->GetGateway(entry.ifa_name, &device->Gateway);
@@ -81,7 +80,7 @@ bool StoreEntry(CTolmarHardware* probe, const ifaddrs& entry, QtSts::CNetworkDev
       StoreLink(probe, device);
       return true;
     case AF_INET6:  // deliberately without the length of its prefix, unlike the initial text
-      return HostText(entry.ifa_addr, sizeof(sockaddr_in6), &device->IPv6Address);
+      return HostText(entry.ifa_name, entry.ifa_addr, sizeof(sockaddr_in6), &device->IPv6Address);
     case AF_INET:
       return StoreIPv4(probe, entry, device);
     default:
@@ -96,7 +95,7 @@ int CTolmarHardware::Network() {
     return 1;
   }
   ifaddrs* first = nullptr;
-  if (getifaddrs(&first) == -1) {
+  if (hardware::calls::Interfaces(&first) == -1) {
     return 1;
   }
   std::unique_ptr<ifaddrs, decltype(&freeifaddrs)> list(first, &freeifaddrs);
@@ -142,7 +141,7 @@ int CTolmarHardware::GetGateway(char const* interface, std::string* gateway) {
     return 1;
   }
   auto found = hardware::ParseDefaultGateway(*routes, interface);
-  if (!found) {
+  if (!observe::TellLabel(interface, found.has_value())) {
     return 1;
   }
   *gateway = std::move(*found);

@@ -7,6 +7,7 @@
 #include <cstdio>
 #include <cstring>
 
+#include "collector/state/tell.h"
 #include "hardware/parse_hex.h"
 
 namespace hardware {
@@ -91,7 +92,7 @@ std::optional<std::string> ParseDefaultGateway(std::string_view routes,
 
 std::int32_t ParseLinkErrors(const char* counters, const char* interface) {
   const char* found = std::strstr(counters, interface);
-  if (found == nullptr) {
+  if (!observe::TellLabel(interface, found != nullptr)) {
     return 0;
   }
   std::string_view line = found;
@@ -111,11 +112,12 @@ std::int32_t ParseLinkErrors(const char* counters, const char* interface) {
 }
 
 std::vector<std::string> ParseNameServers(std::string_view resolver) {
-  constexpr std::string_view kLabel = "nameserver ";
+  constexpr const char* kLabelText = "nameserver ";
+  constexpr std::string_view kLabel = kLabelText;
   std::vector<std::string> servers;
   for (;;) {
     const std::size_t label = resolver.find(kLabel);
-    if (label == std::string_view::npos) {
+    if (!observe::TellLabel(kLabelText, label != std::string_view::npos)) {
       return servers;
     }
     resolver.remove_prefix(label + kLabel.size());

@@ -1,8 +1,6 @@
-#include <sys/sysinfo.h>
-#include <sys/vfs.h>
-
 #include "hardware/files.h"
 #include "hardware/parse_resources.h"
+#include "hardware/system_calls.h"
 #include "hardware/tolmar_hardware.h"
 #include "model/document.h"
 
@@ -16,7 +14,7 @@ int CTolmarHardware::SystemMemoryKB() {
     hardware::ParseMemory(meminfo->c_str(), m_pStatus);
   }
   struct sysinfo system;
-  if (sysinfo(&system) == 0) {
+  if (hardware::calls::System(&system) == 0) {
     m_pStatus->Uptime = hardware::UptimeText(system.uptime);
   }
   return 0;
@@ -27,7 +25,7 @@ int CTolmarHardware::SystemStorageKB() {
     return 1;
   }
   struct statfs storage;
-  if (statfs(paths::kRootFolder, &storage) == 0) {
+  if (hardware::calls::Storage(paths::kRootFolder, &storage) == 0) {
     m_pStatus->StorageTotal = hardware::StorageKB(storage.f_blocks);
     // Deliberately with the blocks that are reserved for the superuser.
     m_pStatus->StorageFree = hardware::StorageKB(storage.f_bfree);

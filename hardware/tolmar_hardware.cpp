@@ -1,8 +1,40 @@
 #include "hardware/tolmar_hardware.h"
 
+#include "collector/state/tell.h"
 #include "hardware/identity.h"
 #include "hardware/parse_hex.h"
 #include "model/lookup/verify.h"
+
+namespace {
+
+constexpr int kPort = 0;  // the only one there is
+
+// The probes in their order.
+constexpr struct {
+  const char* Name;
+  int (*Run)(CTolmarHardware& hardware);
+} kProbes[] = {
+    {"Compositor", [](CTolmarHardware& hardware) { return hardware.Compositor(); }},
+    {"OutputPort", [](CTolmarHardware& hardware) { return hardware.OutputPort(kPort); }},
+    {"ContentLimit", [](CTolmarHardware& hardware) { return hardware.ContentLimit(kPort); }},
+    // The first takes input position 0, the second input position 1.
+    {"InputGraphic", [](CTolmarHardware& hardware) { return hardware.InputGraphic(); }},
+    {"InputDVI", [](CTolmarHardware& hardware) { return hardware.InputDVI(); }},
+    {"IDs", [](CTolmarHardware& hardware) { return hardware.IDs(); }},
+    {"GUID", [](CTolmarHardware& hardware) { return hardware.GUID(); }},
+    {"SystemMemoryKB", [](CTolmarHardware& hardware) { return hardware.SystemMemoryKB(); }},
+    {"SystemStorageKB", [](CTolmarHardware& hardware) { return hardware.SystemStorageKB(); }},
+    {"Network", [](CTolmarHardware& hardware) { return hardware.Network(); }},
+    {"DNS", [](CTolmarHardware& hardware) { return hardware.DNS(); }},
+    // FirmwareVersion and DisplayFirmwareVersion from one reading of their source.
+    {"Versions",
+     [](CTolmarHardware& hardware) {
+       hardware::StoreVersions(hardware.m_pStatus);
+       return 0;
+     }},
+};
+
+}  // namespace
 
 CTolmarHardware::CTolmarHardware() = default;
 
@@ -14,19 +46,10 @@ int CTolmarHardware::UpdateStatus(QtSts::CStatus* status) {
     return 0;
   }
   Status_ClearLists(m_pStatus);
-  Compositor();
-  constexpr int kPort = 0;  // the only one there is
-  OutputPort(kPort);
-  ContentLimit(kPort);
-  InputGraphic();  // takes input position 0
-  InputDVI();      // takes input position 1
-  IDs();
-  GUID();
-  SystemMemoryKB();
-  SystemStorageKB();
-  Network();
-  DNS();
-  hardware::StoreVersions(m_pStatus);  // FirmwareVersion, DisplayFirmwareVersion
+  for (const auto& [name, run] : kProbes) {
+    observe::TellProbeBegins(name);
+    observe::TellProbeEnds(name, run(*this));
+  }
   return 0;
 }
 

@@ -102,7 +102,8 @@ struct CycleEnds : EventOf<Kind::kCycleEnds> {
 // Events of a probe stand between these two. An exception that leaves the probe leaves out the
 // second one.
 struct ProbeBegins : EventOf<Kind::kProbeBegins> {
-  const char* Probe = nullptr;  // its function's name: "OutputPort"
+  // The name of its function: "OutputPort"; "Versions" for the two that read the package database.
+  const char* Probe = nullptr;
 };
 struct ProbeEnds : EventOf<Kind::kProbeEnds> {
   const char* Probe = nullptr;
@@ -112,10 +113,11 @@ struct ProbeEnds : EventOf<Kind::kProbeEnds> {
 // ---- Sources
 
 enum class Call : std::uint32_t {
-  kOpen,             // open
+  kOpen,             // open, or openat where it has a descriptor
   kRead,             // read
   kFileStatus,       // fstat
-  kPathStatus,       // stat, lstat
+  kPathStatus,       // stat
+  kLinkTarget,       // readlinkat
   kRequest,          // ioctl of a device node, without an argument
   kStorage,          // statfs
   kSystem,           // sysinfo
@@ -173,7 +175,7 @@ enum class Stage : std::uint32_t {
   kRelease,  // the end of the statement
 };
 
-// Told before each stage of a cycle; within kRows the rows follow.
+// Told before each stage of a cycle, and before InitDatabase opens; within kRows the rows follow.
 struct AsksDatabase : EventOf<Kind::kAsksDatabase> {
   Stage At = Stage::kOpen;
 };

@@ -23,6 +23,34 @@ inline void Tell(Make make) {
   }
 }
 
+inline void TellProbeBegins(const char* probe) {
+  Tell([&] {
+    ProbeBegins event;
+    event.Probe = probe;
+    return event;
+  });
+}
+
+inline void TellProbeEnds(const char* probe, int result) {
+  Tell([&] {
+    ProbeEnds event;
+    event.Probe = probe;
+    event.Result = result;
+    return event;
+  });
+}
+
+// Tells whether `label` was found in what was read last. Returns `found`.
+inline bool TellLabel(const char* label, bool found) {
+  Tell([&] {
+    Label event;
+    event.Text = label;
+    event.Found = found;
+    return event;
+  });
+  return found;
+}
+
 // Makes `call`, which returns a negative number and sets errno when it fails, and tells what is
 // asked before it and what came of it afterwards. `fill` sets what belongs to the call in its
 // answer. errno is as the call left it.

@@ -1,5 +1,11 @@
 #include "tests/collector/observed.h"
 
+#include <ifaddrs.h>
+#include <sys/socket.h>
+#include <sys/stat.h>
+#include <sys/sysinfo.h>
+#include <sys/vfs.h>
+
 #include <algorithm>
 #include <cstring>
 #include <sstream>
@@ -9,8 +15,9 @@ namespace {
 using namespace observe;  // NOLINT: every name of it is used here
 
 constexpr const char* kCalls[] = {
-    "open",       "read",   "file status",      "path status", "request", "storage",    "system",
-    "interfaces", "socket", "hardware address", "host text",   "time",    "local time", "UTC"};
+    "open",    "read",       "file status", "path status", "link target",      "request",
+    "storage", "system",     "interfaces",  "socket",      "hardware address", "host text",
+    "time",    "local time", "UTC"};
 constexpr const char* kStages[] = {"open", "prepare", "execute", "rows", "finish", "release"};
 constexpr const char* kFates[] = {"stored",       "replaced",          "unknown word",
                                   "first stays",  "not set",           "refused number",
@@ -65,8 +72,18 @@ void Write(std::ostream& out, const Asks& event) {
     case Call::kRead:
       out << ", offset " << event.Offset << ", limit " << event.Limit;
       break;
+    case Call::kHostText:
+      out << ", family " << (event.Address == nullptr ? -1 : event.Address->sa_family);
+      break;
     default:
       break;
+  }
+}
+
+void WriteInterfaces(std::ostream& out, const ifaddrs* entry) {
+  for (; entry != nullptr; entry = entry->ifa_next) {
+    out << ", " << entry->ifa_name << "/"
+        << (entry->ifa_addr == nullptr ? -1 : entry->ifa_addr->sa_family);
   }
 }
 
@@ -79,6 +96,20 @@ void Write(std::ostream& out, const Answers& event) {
   if (event.Bytes.data() != nullptr) {
     out << ", \"" << event.Bytes << '"' << (event.MayGoOn() ? "..." : "");
   }
+  if (event.Status != nullptr) {
+    out << ", " << (S_ISREG(event.Status->st_mode) ? "regular " : "other ") << std::oct
+        << (event.Status->st_mode & 07777) << std::dec << " of " << event.Status->st_uid;
+  }
+  if (event.Storage != nullptr) {
+    out << ", " << event.Storage->f_blocks << " blocks";
+  }
+  if (event.System != nullptr) {
+    out << ", up " << event.System->uptime;
+  }
+  if (event.Time != nullptr) {
+    out << ", " << event.Time->tm_year << " at " << event.Time->tm_gmtoff;
+  }
+  WriteInterfaces(out, event.Interfaces);
 }
 
 void Write(std::ostream& out, const Label& event) {

@@ -1,0 +1,52 @@
+// The calls through which the collector asks the system, each told to the observer. Nothing else in
+// the collector calls what these call; they return what it returns, and leave errno as it does.
+#pragma once
+
+#include <ifaddrs.h>
+#include <net/if.h>
+#include <netdb.h>
+#include <sys/stat.h>
+#include <sys/sysinfo.h>
+#include <sys/types.h>
+#include <sys/vfs.h>
+
+#include <cstddef>
+#include <cstdint>
+#include <ctime>
+
+namespace hardware::calls {
+
+int Open(const char* path, int flags);
+
+// `offset`: how much of `path` was read through this descriptor before.
+ssize_t Read(int descriptor, const char* path, std::uint64_t offset, char* bytes,
+             std::size_t limit);
+
+// fstat and stat.
+int FileStatus(int descriptor, const char* path, struct stat* status);
+int PathStatus(const char* path, struct stat* status);
+
+// ioctl without an argument.
+int Request(int descriptor, const char* path, unsigned long request);
+
+int Storage(const char* path, struct statfs* storage);
+int System(struct sysinfo* system);
+
+// getifaddrs.
+int Interfaces(ifaddrs** first);
+
+// A datagram socket.
+int Socket();
+
+// The hardware address of the interface that `request` names.
+int HardwareAddress(int descriptor, ifreq* request);
+
+// getnameinfo: the address as numbers.
+int HostText(const char* interface, const sockaddr* address, socklen_t bytes, char* text,
+             socklen_t limit);
+
+std::time_t Now();
+void LocalTime(std::time_t time, std::tm* broken_down);
+void UtcTime(std::time_t time, std::tm* broken_down);
+
+}  // namespace hardware::calls
