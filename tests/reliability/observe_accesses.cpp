@@ -1,0 +1,82 @@
+// Opens the status database, runs a cycle and writes what its observer saw it ask of the system
+// into a file, in lines that a trace of its system calls can be brought to as well. usage:
+// observe_accesses FILE
+#include <fstream>
+
+#include "collector/observer.h"
+#include "collector/status_interface.h"
+
+namespace {
+
+using observe::Call;
+
+class AccessLog : public observe::Observer {
+ public:
+  explicit AccessLog(const char* file) : m_File(file) {}
+
+  void See(const observe::Event& event) override {
+    if (const auto* answer = event.As<observe::Answers>()) {
+      Write(*answer->Question, answer->Result);
+    }
+  }
+
+ private:
+  void Write(const observe::Asks& question, long long result) {
+    switch (question.What) {
+      case Call::kOpen:
+        m_Lines += "open " + std::string(question.Source);
+        break;
+      case Call::kRead:
+        m_Lines += "read " + std::to_string(question.Descriptor);
+        break;
+      case Call::kFileStatus:
+        m_Lines += "status " + std::to_string(question.Descriptor);
+        break;
+      case Call::kPathStatus:
+        m_Lines += "status " + std::string(question.Source);
+        break;
+      case Call::kRequest:
+      case Call::kHardwareAddress:
+        m_Lines += "request " + std::to_string(question.Descriptor);
+        break;
+      case Call::kLinkTarget:
+        m_Lines += "link " + std::to_string(question.Descriptor);
+        break;
+      case Call::kStorage:
+        m_Lines += "storage " + std::string(question.Source);
+        break;
+      case Call::kSystem:
+        m_Lines += "system";
+        break;
+      case Call::kSocket:
+        m_Lines += "socket";
+        break;
+      default:
+        return;  // the C library's own, if they are system calls at all
+    }
+    m_Lines += " = " + std::to_string(result) + '\n';
+  }
+
+ public:
+  void Finish() { m_File << m_Lines << std::flush; }
+
+ private:
+  std::ofstream m_File;
+  std::string m_Lines;
+};
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  if (argc != 2) {
+    return 2;
+  }
+  AccessLog log(argv[1]);
+  observe::SetObserver(&log);
+  CStatusInterface collector;
+  collector.InitDatabase(false);
+  const int result = collector.QueryDatabase();
+  observe::SetObserver(nullptr);
+  log.Finish();
+  return result;
+}
