@@ -1,4 +1,25 @@
-# status_test(NAME SOURCES file... LIBRARIES target... [SANDBOX])
+# Each test has a label that says in which pass of ./test it runs: "plain" is built as the preset dev
+# says, "sanitized" with sanitizers and run in a locale with a decimal comma, "both" runs in both. A
+# test is sanitized unless sanitizers would make something else of what it looks at. Whatever the
+# labels, ./test --long runs all tests in both passes.
+#
+# status_pass(plain|sanitized|both TARGETS target... [TESTS test...]) labels these tests, and adds
+# what has to be built for them to the target plain_pass, sanitized_pass or both.
+add_custom_target(plain_pass)
+add_custom_target(sanitized_pass)
+function(status_pass pass)
+  cmake_parse_arguments(arg "" "" "TARGETS;TESTS" ${ARGN})
+  foreach(each plain sanitized)
+    if(pass STREQUAL each OR pass STREQUAL both)
+      add_dependencies(${each}_pass ${arg_TARGETS})
+    endif()
+  endforeach()
+  if(arg_TESTS)
+    set_tests_properties(${arg_TESTS} PROPERTIES LABELS ${pass})
+  endif()
+endfunction()
+
+# status_test(NAME SOURCES file... LIBRARIES target... [SANDBOX] [PASS plain|sanitized|both])
 # makes one GoogleTest program; every test of it is a ctest case of its own, so each runs in a
 # fresh process. With SANDBOX the program runs inside a controller in a box. Every program is in the
 # locale of its environment.
@@ -41,7 +62,7 @@ target_precompile_headers(test_base PRIVATE
   <vector>)
 
 function(status_test name)
-  cmake_parse_arguments(arg "SANDBOX" "" "SOURCES;LIBRARIES" ${ARGN})
+  cmake_parse_arguments(arg "SANDBOX" "PASS" "SOURCES;LIBRARIES" ${ARGN})
   add_executable(${name} ${arg_SOURCES})
   target_precompile_headers(${name} REUSE_FROM test_base)
   target_link_libraries(${name} PRIVATE status_options test_base ${arg_LIBRARIES} GTest::gmock)
@@ -52,7 +73,12 @@ function(status_test name)
   else()
     target_link_libraries(${name} PRIVATE GTest::gmock_main)
   endif()
-  gtest_discover_tests(${name} TEST_PREFIX "${name}." PROPERTIES TIMEOUT 120 SKIP_RETURN_CODE 77
+  if(NOT arg_PASS)
+    set(arg_PASS sanitized)
+  endif()
+  status_pass(${arg_PASS} TARGETS ${name})
+  gtest_discover_tests(${name} TEST_PREFIX "${name}." PROPERTIES TIMEOUT 300 SKIP_RETURN_CODE 77
+                       LABELS ${arg_PASS}
                        ENVIRONMENT "LSAN_OPTIONS=suppressions=${PROJECT_SOURCE_DIR}/tests/lsan.supp"
                        DISCOVERY_TIMEOUT 60)
 endfunction()

@@ -1,5 +1,5 @@
 // Linked into every test program: puts it into the locale of its environment, C and C++ alike, as a
-// host may be. ./test runs all tests a second time in one with a decimal comma.
+// host may be. Under sanitizers ./test runs them in one with a decimal comma.
 #include <cstdio>
 #include <cstdlib>
 
