@@ -14,6 +14,8 @@
 namespace host {
 namespace {
 
+constexpr std::size_t kBlock = 65536;  // what is written at a time
+
 struct Files {
   std::string Before;
   std::string After;
@@ -31,12 +33,19 @@ std::unique_ptr<QtSts::CStatus> Read(const std::string& path) {
 int Diff(const Files& files) {
   const auto before = Read(files.Before);
   const auto after = Read(files.After);
+  const StandardOutput output;
   std::string text;
-  for (const QtSts::Difference& difference : QtSts::Compare(*before, *after)) {
+  bool equal = true;
+  QtSts::Compare(*before, *after, [&](const QtSts::Difference& difference) {
+    equal = false;
     text += Printable(difference.Text()) + "\n";
-  }
-  StandardOutput().Write(text);
-  return text.empty() ? kAllWell : kFailed;
+    if (text.size() >= kBlock) {
+      output.Write(text);
+      text.clear();
+    }
+  });
+  output.Write(text);
+  return equal ? kAllWell : kFailed;
 }
 
 }  // namespace

@@ -62,8 +62,12 @@ const void* BaseOf(const ClassInfo& info, const void* object) {
   return info.ToBase(const_cast<void*>(object));
 }
 
+using Visit = std::function<void(const Difference&)>;
+
 class Comparison {
  public:
+  explicit Comparison(const Visit& visit) : m_Visit(visit) {}
+
   void CompareElements(const Element& before, const Element& after) {
     if (before.Info != after.Info || before.Info == nullptr) {
       Note(NameOf(before), NameOf(after));
@@ -72,8 +76,6 @@ class Comparison {
     }
   }
 
-  std::vector<Difference> Take() { return std::move(m_Differences); }
-
  private:
   static std::string NameOf(const Element& element) {
     return element.Info == nullptr ? kAbsent : element.Info->Name;
@@ -81,7 +83,7 @@ class Comparison {
 
   void Note(std::string before, std::string after) {
     if (before != after) {
-      m_Differences.push_back({m_Path.empty() ? "." : m_Path, std::move(before), std::move(after)});
+      m_Visit({m_Path.empty() ? "." : m_Path, std::move(before), std::move(after)});
     }
   }
 
@@ -123,8 +125,8 @@ class Comparison {
     }
   }
 
+  const Visit& m_Visit;
   std::string m_Path;
-  std::vector<Difference> m_Differences;
 };
 
 // An object of a class without a listing has nothing to compare.
@@ -137,10 +139,15 @@ Element AsElement(const CBaseStatus& object) {
 
 std::string Difference::Text() const { return Path + ": " + Before + " -> " + After; }
 
+void Compare(const CBaseStatus& before, const CBaseStatus& after, const Visit& visit) {
+  Comparison(visit).CompareElements(AsElement(before), AsElement(after));
+}
+
 std::vector<Difference> Compare(const CBaseStatus& before, const CBaseStatus& after) {
-  Comparison comparison;
-  comparison.CompareElements(AsElement(before), AsElement(after));
-  return comparison.Take();
+  std::vector<Difference> differences;
+  Compare(before, after,
+          [&differences](const Difference& difference) { differences.push_back(difference); });
+  return differences;
 }
 
 }  // namespace QtSts

@@ -1,6 +1,7 @@
 // What differs between two documents, found by walking the listings.
 #pragma once
 
+#include <functional>
 #include <string>
 #include <vector>
 
@@ -27,5 +28,9 @@ struct Difference {
 // has, or that has another class, is one difference, whatever it holds. Objects of two classes
 // differ at the path ".".
 STATUS_API std::vector<Difference> Compare(const CBaseStatus& before, const CBaseStatus& after);
+
+// The same, each difference handed to `visit` as it is found, so that none takes memory longer.
+STATUS_API void Compare(const CBaseStatus& before, const CBaseStatus& after,
+                        const std::function<void(const Difference&)>& visit);
 
 }  // namespace QtSts

@@ -413,29 +413,40 @@ TEST_F(DiffTest, NamesTheFileThatIsNoDocument) {
 
 #ifndef __SANITIZE_ADDRESS__  // which reserves more memory than any limit
 
-// A document of 100,000 sensors, 12 MB.
-std::string LargeDocument(const std::string& celsius, const std::string& sync_losses) {
+// A document of 100,000 sensors, 12 MB, each with this text for three of its values.
+std::string LargeDocument(const std::string& value) {
   QtSts::CStatus status;
   const std::string text = QtSts::WriteDocument(status);
   const std::string list = "<Sensors/>";
   const std::size_t place = text.find(list);
   std::string sensors = "<Sensors>\n";
   for (int i = 0; i < 100'000; ++i) {
-    sensors += "    <CANTempSensor NumberOfAttributes=\"5\" Connected=\"true\" SyncLossCounter=\"" +
-               sync_losses + "\" Address=\"" + std::to_string(i) + "\" Bus=\"0\" Celsius=\"" +
-               celsius + "\"/>\n";
+    sensors += "    <CANTempSensor NumberOfAttributes=\"" + value +
+               "\" Connected=\"true\" SyncLossCounter=\"" + value + "\" Address=\"" +
+               std::to_string(i) + "\" Bus=\"0\" Celsius=\"" + value + "\"/>\n";
   }
   return text.substr(0, place) + sensors + "  </Sensors>" + text.substr(place + list.size());
 }
 
-constexpr const char* kLimitedDiff = "ulimit -v 150000; exec $COLLECTOR diff ";
+constexpr const char* kLimitedDiff = "ulimit -v 140000; exec $COLLECTOR diff ";
 
 // The tree that libxml2 made of such a document used to take 180 MB.
 TEST_F(DiffTest, ReadsLargeDocumentsInLittleMemory) {
-  Write(m_Before, LargeDocument("21.5", "0"));
+  Write(m_Before, LargeDocument("5"));
   const ProgramResult result = Shell(kLimitedDiff + m_Before + " " + m_Before);
   EXPECT_EQ(result.ExitCode, kAllWell) << result.Errors;
   EXPECT_EQ(result.Output, "");
+}
+
+// All differences used to be kept, and the text of all, 100 MB more.
+TEST_F(DiffTest, ListsManyDifferencesInLittleMemory) {
+  Write(m_Before, LargeDocument("5"));
+  Write(m_After, LargeDocument("6"));
+  const ProgramResult result = Shell(kLimitedDiff + m_Before + " " + m_After);
+  EXPECT_EQ(result.ExitCode, 1) << result.Errors;
+  EXPECT_EQ(std::count(result.Output.begin(), result.Output.end(), '\n'), 300'000);
+  EXPECT_THAT(result.Output, testing::EndsWith("Sensors[99999]/SyncLossCounter: 5 -> 6\n"
+                                               "Sensors[99999]/Celsius: 5 -> 6\n"));
 }
 
 #endif

@@ -80,6 +80,17 @@ TEST(Compare, ListsEveryDifferenceInOrderOfTheFields) {
                           "MemoryFree: 100000 -> 1"));
 }
 
+TEST(Compare, HandsTheSameDifferencesToAVisitor) {
+  const auto before = test_support::RandomDocument(test_support::SeededChoices(1));
+  const auto after = test_support::RandomDocument(test_support::SeededChoices(2));
+  std::vector<std::string> visited;
+  QtSts::Compare(*before, *after, [&visited](const QtSts::Difference& difference) {
+    visited.push_back(difference.Text());
+  });
+  EXPECT_GT(visited.size(), 10U);
+  EXPECT_EQ(visited, Texts(*before, *after));
+}
+
 TEST(Compare, PutsTextsBetweenQuotes) {
   CStatus before;
   CStatus after;
