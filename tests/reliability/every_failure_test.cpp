@@ -1,6 +1,6 @@
 // The n-th call of a kind fails, for n = 1, 2, 3 and so on until a cycle passes untouched, once and
 // from then on. After each failure nothing may be left behind, and the next cycle must be whole.
-#include <gtest/gtest.h>
+#include <gmock/gmock.h>
 
 #include <memory>
 #include <tuple>
@@ -241,6 +241,7 @@ template <class Subject>
 void Campaign(Subject* subject, Call call, Extent extent) {
   constexpr int kAttempts = 4;
   bool struck = true;
+  unsigned long failures = 0;
   for (unsigned long nth = 1; struck && !testing::Test::HasFailure(); ++nth) {
     SCOPED_TRACE(testing::Message() << "call " << nth);
     long growth = 0;
@@ -252,7 +253,9 @@ void Campaign(Subject* subject, Call call, Extent extent) {
     if (faults::kCountsBlocks && !testing::Test::HasFailure()) {
       EXPECT_EQ(growth, 0) << "blocks of memory, each time";
     }
+    failures += struck ? 1 : 0;
   }
+  EXPECT_GT(failures, 0U) << "no call was there to fail, so that nothing was tried";
 }
 
 class EveryFailureOfACycle : public testing::TestWithParam<Parameter> {};
@@ -354,6 +357,50 @@ TEST(EveryFailureOfReading, NeverGivesHalfADocument) {
     } while (faults::Struck());
     EXPECT_GT(nth, 50U);
   }
+}
+
+// The functions that can be made to fail.
+constexpr const char* kFunctions[] = {"malloc",
+                                      "calloc",
+                                      "realloc",
+                                      "open",
+                                      "open64",
+                                      "read",
+                                      "pread64",
+                                      "pwrite64",
+                                      "ftruncate64",
+                                      "ioctl",
+                                      "socket",
+                                      "getifaddrs",
+                                      "getnameinfo",
+                                      "stat",
+                                      "lstat",
+                                      "statfs",
+                                      "sysinfo",
+                                      "sqlite3_open_v2",
+                                      "sqlite3_db_config",
+                                      "sqlite3_busy_timeout",
+                                      "sqlite3_exec",
+                                      "sqlite3_file_control",
+                                      "sqlite3_prepare_v2",
+                                      "sqlite3_step",
+                                      "sqlite3_reset",
+                                      "sqlite3_finalize",
+                                      "sqlite3_close"};
+
+// A kind of failure has several functions: without one of them its campaigns would still find calls
+// to fail.
+TEST(EveryFunctionThatCanFail, IsCalledByACollector) {
+  SANDBOX_NEEDS_DEVICES();
+  constexpr unsigned long kNone = 0;
+  Laboratory laboratory;
+  for (const bool write_ahead : {true, false}) {
+    EXPECT_FALSE(WarmCycle(&laboratory, write_ahead).Fail(Call::kMemory, kNone, Extent::kOnce));
+  }
+  for (const bool writes : {false, true}) {
+    EXPECT_FALSE(WholeLife(&laboratory, writes).Fail(Call::kMemory, kNone, Extent::kOnce));
+  }
+  EXPECT_THAT(faults::Called(), testing::UnorderedElementsAreArray(kFunctions));
 }
 
 TEST(ScratchState, IsSavedWhole) {

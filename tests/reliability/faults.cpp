@@ -30,9 +30,26 @@ struct {
 
 long g_live_blocks = 0;
 
-// Whether this call of the kind is to fail.
-bool Fails(faults::Call call) {
-  if (!g_plan.armed || g_plan.call != call) {
+// The names of the functions that were called during an injection, without memory to note them.
+constexpr std::size_t kMostFunctions = 64;
+const char* g_called[kMostFunctions];
+
+void NoteCall(const char* function) {
+  for (const char*& called : g_called) {
+    if (called == nullptr || called == function) {
+      called = function;
+      return;
+    }
+  }
+}
+
+// Whether this call of the kind is to fail. `function` is the __func__ of who asks.
+bool Fails(faults::Call call, const char* function) {
+  if (!g_plan.armed) {
+    return false;
+  }
+  NoteCall(function);
+  if (g_plan.call != call) {
     return false;
   }
   ++g_plan.calls;
@@ -89,6 +106,14 @@ Injection::~Injection() { g_plan.armed = false; }
 
 bool Struck() { return g_plan.struck; }
 
+std::set<std::string> Called() {
+  std::set<std::string> names;
+  for (const char* const* called = g_called; *called != nullptr; ++called) {
+    names.insert(*called);
+  }
+  return names;
+}
+
 long LiveBlocks() { return g_live_blocks; }
 
 }  // namespace faults
@@ -116,15 +141,15 @@ void* ALLOCATOR(realloc)(void* block, std::size_t size);
 void ALLOCATOR(free)(void* block);
 
 void* malloc(std::size_t size) {
-  return Fails(Call::kMemory) ? NoMemory() : Born(ALLOCATOR(malloc)(size));
+  return Fails(Call::kMemory, __func__) ? NoMemory() : Born(ALLOCATOR(malloc)(size));
 }
 
 void* calloc(std::size_t count, std::size_t size) {
-  return Fails(Call::kMemory) ? NoMemory() : Born(ALLOCATOR(calloc)(count, size));
+  return Fails(Call::kMemory, __func__) ? NoMemory() : Born(ALLOCATOR(calloc)(count, size));
 }
 
 void* realloc(void* block, std::size_t size) {
-  if (Fails(Call::kMemory)) {
+  if (Fails(Call::kMemory, __func__)) {
     return NoMemory();
   }
   return block == nullptr ? Born(ALLOCATOR(realloc)(block, size)) : ALLOCATOR(realloc)(block, size);
@@ -135,41 +160,36 @@ void free(void* block) {
   ALLOCATOR(free)(block);
 }
 
-#define OPEN(name)                                                          \
-  int name(const char* path, int flags, ...) {                              \
-    REAL(name);                                                             \
-    std::va_list rest;                                                      \
-    va_start(rest, flags);                                                  \
-    const auto mode = va_arg(rest, mode_t);                                 \
-    va_end(rest);                                                           \
-    return Fails(Call::kOpen) ? FailWith(EMFILE) : real(path, flags, mode); \
+#define OPEN(name)                                                                    \
+  int name(const char* path, int flags, ...) {                                        \
+    REAL(name);                                                                       \
+    std::va_list rest;                                                                \
+    va_start(rest, flags);                                                            \
+    const auto mode = va_arg(rest, mode_t);                                           \
+    va_end(rest);                                                                     \
+    return Fails(Call::kOpen, __func__) ? FailWith(EMFILE) : real(path, flags, mode); \
   }
 OPEN(open)
 OPEN(open64)
 
 ssize_t read(int file, void* bytes, std::size_t count) {
   REAL(read);
-  return Fails(Call::kRead) ? FailWith(EIO) : real(file, bytes, count);
+  return Fails(Call::kRead, __func__) ? FailWith(EIO) : real(file, bytes, count);
 }
 
 ssize_t pread64(int file, void* bytes, std::size_t count, off64_t offset) {
   REAL(pread64);
-  return Fails(Call::kRead) ? FailWith(EIO) : real(file, bytes, count, offset);
-}
-
-ssize_t write(int file, const void* bytes, std::size_t count) {
-  REAL(write);
-  return Fails(Call::kWrite) ? FailWith(ENOSPC) : real(file, bytes, count);
+  return Fails(Call::kRead, __func__) ? FailWith(EIO) : real(file, bytes, count, offset);
 }
 
 ssize_t pwrite64(int file, const void* bytes, std::size_t count, off64_t offset) {
   REAL(pwrite64);
-  return Fails(Call::kWrite) ? FailWith(ENOSPC) : real(file, bytes, count, offset);
+  return Fails(Call::kWrite, __func__) ? FailWith(ENOSPC) : real(file, bytes, count, offset);
 }
 
 int ftruncate64(int file, off64_t length) noexcept {
   REAL(ftruncate64);
-  return Fails(Call::kWrite) ? FailWith(ENOSPC) : real(file, length);
+  return Fails(Call::kWrite, __func__) ? FailWith(ENOSPC) : real(file, length);
 }
 
 int ioctl(int file, unsigned long request, ...) noexcept {
@@ -178,35 +198,35 @@ int ioctl(int file, unsigned long request, ...) noexcept {
   va_start(rest, request);
   void* const argument = va_arg(rest, void*);
   va_end(rest);
-  return Fails(Call::kIoctl) ? FailWith(EIO) : real(file, request, argument);
+  return Fails(Call::kIoctl, __func__) ? FailWith(EIO) : real(file, request, argument);
 }
 
 int socket(int domain, int type, int protocol) noexcept {
   REAL(socket);
-  return Fails(Call::kSocket) ? FailWith(EMFILE) : real(domain, type, protocol);
+  return Fails(Call::kSocket, __func__) ? FailWith(EMFILE) : real(domain, type, protocol);
 }
 
 int getifaddrs(ifaddrs** list) noexcept {
   REAL(getifaddrs);
-  return Fails(Call::kGetifaddrs) ? FailWith(ENOBUFS) : real(list);
+  return Fails(Call::kGetifaddrs, __func__) ? FailWith(ENOBUFS) : real(list);
 }
 
 int getnameinfo(const sockaddr* address, socklen_t length, char* host, socklen_t host_size,
                 char* service, socklen_t service_size, int flags) {
   REAL(getnameinfo);
-  return Fails(Call::kGetnameinfo)
+  return Fails(Call::kGetnameinfo, __func__)
              ? EAI_FAIL
              : real(address, length, host, host_size, service, service_size, flags);
 }
 
 int stat(const char* path, struct stat* status) noexcept {
   REAL(stat);
-  return Fails(Call::kFileStatus) ? FailWith(EACCES) : real(path, status);
+  return Fails(Call::kFileStatus, __func__) ? FailWith(EACCES) : real(path, status);
 }
 
 int lstat(const char* path, struct stat* status) noexcept {
   REAL(lstat);
-  return Fails(Call::kFileStatus) ? FailWith(EACCES) : real(path, status);
+  return Fails(Call::kFileStatus, __func__) ? FailWith(EACCES) : real(path, status);
 }
 
 int fstat(int file, struct stat* status) noexcept {
@@ -216,18 +236,18 @@ int fstat(int file, struct stat* status) noexcept {
 
 int statfs(const char* path, struct statfs* status) noexcept {
   REAL(statfs);
-  return Fails(Call::kSystemStatus) ? FailWith(EIO) : real(path, status);
+  return Fails(Call::kSystemStatus, __func__) ? FailWith(EIO) : real(path, status);
 }
 
 int sysinfo(struct sysinfo* status) noexcept {
   REAL(sysinfo);
-  return Fails(Call::kSystemStatus) ? FailWith(EFAULT) : real(status);
+  return Fails(Call::kSystemStatus, __func__) ? FailWith(EFAULT) : real(status);
 }
 
 int sqlite3_open_v2(const char* file, sqlite3** db, int flags, const char* vfs) {
   REAL(sqlite3_open_v2);
   const int code = real(file, db, flags, vfs);
-  return Fails(Call::kSqlOpen) ? SQLITE_CANTOPEN : code;
+  return Fails(Call::kSqlOpen, __func__) ? SQLITE_CANTOPEN : code;
 }
 
 int sqlite3_db_config(sqlite3* db, int option, ...) {
@@ -237,29 +257,29 @@ int sqlite3_db_config(sqlite3* db, int option, ...) {
   const int value = va_arg(rest, int);
   int* const result = va_arg(rest, int*);
   va_end(rest);
-  return Fails(Call::kSqlSet) ? SQLITE_ERROR : real(db, option, value, result);
+  return Fails(Call::kSqlSet, __func__) ? SQLITE_ERROR : real(db, option, value, result);
 }
 
 int sqlite3_busy_timeout(sqlite3* db, int milliseconds) {
   REAL(sqlite3_busy_timeout);
-  return Fails(Call::kSqlSet) ? SQLITE_ERROR : real(db, milliseconds);
+  return Fails(Call::kSqlSet, __func__) ? SQLITE_ERROR : real(db, milliseconds);
 }
 
 int sqlite3_exec(sqlite3* db, const char* sql, int (*row)(void*, int, char**, char**),
                  void* context, char** message) {
   REAL(sqlite3_exec);
-  return Fails(Call::kSqlSet) ? SQLITE_ERROR : real(db, sql, row, context, message);
+  return Fails(Call::kSqlSet, __func__) ? SQLITE_ERROR : real(db, sql, row, context, message);
 }
 
 int sqlite3_file_control(sqlite3* db, const char* name, int operation, void* argument) {
   REAL(sqlite3_file_control);
-  return Fails(Call::kSqlSet) ? SQLITE_IOERR : real(db, name, operation, argument);
+  return Fails(Call::kSqlSet, __func__) ? SQLITE_IOERR : real(db, name, operation, argument);
 }
 
 int sqlite3_prepare_v2(sqlite3* db, const char* sql, int length, sqlite3_stmt** statement,
                        const char** tail) {
   REAL(sqlite3_prepare_v2);
-  if (Fails(Call::kSqlPrepare)) {
+  if (Fails(Call::kSqlPrepare, __func__)) {
     *statement = nullptr;
     return SQLITE_IOERR;
   }
@@ -268,14 +288,14 @@ int sqlite3_prepare_v2(sqlite3* db, const char* sql, int length, sqlite3_stmt** 
 
 int sqlite3_step(sqlite3_stmt* statement) {
   REAL(sqlite3_step);
-  return Fails(Call::kSqlStep) ? SQLITE_IOERR : real(statement);
+  return Fails(Call::kSqlStep, __func__) ? SQLITE_IOERR : real(statement);
 }
 
-#define WORKS_ALL_THE_SAME(name, handle, call) \
-  int name(handle* object) {                   \
-    REAL(name);                                \
-    const int code = real(object);             \
-    return Fails(call) ? SQLITE_IOERR : code;  \
+#define WORKS_ALL_THE_SAME(name, handle, call)          \
+  int name(handle* object) {                            \
+    REAL(name);                                         \
+    const int code = real(object);                      \
+    return Fails(call, __func__) ? SQLITE_IOERR : code; \
   }
 WORKS_ALL_THE_SAME(sqlite3_reset, sqlite3_stmt, Call::kSqlReset)
 WORKS_ALL_THE_SAME(sqlite3_finalize, sqlite3_stmt, Call::kSqlFinalize)

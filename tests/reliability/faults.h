@@ -7,13 +7,16 @@
 #include <sanitizer/lsan_interface.h>
 #endif
 
+#include <set>
+#include <string>
+
 namespace faults {
 
 enum class Call {
   kMemory,  // malloc, calloc, realloc, operator new: no memory
   kOpen,    // open: EMFILE
   kRead,    // read, pread: EIO
-  kWrite,   // write, pwrite, ftruncate: ENOSPC
+  kWrite,   // pwrite, ftruncate: ENOSPC
   kIoctl,   // ioctl: -1 with EIO, which is also how a driver says "not available"
   kSocket,
   kGetifaddrs,
@@ -46,6 +49,10 @@ class Injection {
 
 /// Whether the last injection made a call fail.
 bool Struck();
+
+/// The functions that this program stands in front of and that were called while an injection
+/// lived, whatever its kind.
+std::set<std::string> Called();
 
 /// Blocks of memory that are allocated now. Not counted under AddressSanitizer, whose own functions
 /// allocate elsewhere; there, the leak check at the end of the program takes over.
