@@ -47,9 +47,10 @@ sandbox::Scenario BusyController() {
   return sandbox::Scenario::Load(sandbox::SourcePath("scenarios/demo"))
       .Answer("travex", kTrackerEnable, 0)
       .File("/proc/driver/frame_control/registers",
-            sandbox::ReadFile(
-                sandbox::SourcePath("scenarios/demo/root/proc/driver/frame_control/registers")) +
-                "pixel_tracker_bits: 0x8\n")
+            // The first of a label counts.
+            "pixel_tracker_bits: 0x8\n" +
+                sandbox::ReadFile(
+                    sandbox::SourcePath("scenarios/demo/root/proc/driver/frame_control/registers")))
       .File("/var/run/wd_event", "")
       .Row("ErrorFlags", sandbox::Blob("0x1234"))
       .Row("TtableContract", nullptr)
