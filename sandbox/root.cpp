@@ -173,8 +173,8 @@ void LinkProcesses() {
 }
 
 // Entries that belong to an object of the running program: an open database, a bound socket.
-constexpr std::array kInUse = {"/dev/log", "/dev/shm/status.db", "/dev/shm/status.db-shm",
-                               "/dev/shm/status.db-wal"};
+constexpr std::array kInUse = {"/dev/log", "/dev/shm/status.db", "/dev/shm/status.db-journal",
+                               "/dev/shm/status.db-shm", "/dev/shm/status.db-wal"};
 
 // Whether this entry of the root file system or of /dev is no fixture.
 bool Stays(const std::string& path) {

@@ -173,7 +173,7 @@ void RemoveRow(const std::string& key) { Connection().Run(kDelete, key, nullptr)
 void RunSql(const std::string& statements) { Connection().Run(statements); }
 
 void RemoveDatabase() {
-  for (const char* suffix : {"", "-wal", "-shm"}) {
+  for (const char* suffix : {"", "-journal", "-wal", "-shm"}) {
     RemoveFile(std::string(kDatabase) + suffix);
   }
 }
