@@ -1,7 +1,5 @@
 #include "hardware/files.h"
 
-#include <unistd.h>
-
 #include <algorithm>
 #include <cerrno>
 #include <utility>
@@ -10,16 +8,8 @@
 
 namespace hardware {
 
-Descriptor::Descriptor(const char* path, Access mode)
-    : m_Number(calls::Open(path, static_cast<int>(mode))) {}
-
-Descriptor::~Descriptor() {
-  if (IsOpen()) {
-    close(m_Number);
-  }
-}
-
-TextFile::TextFile(const char* path, Access mode) : m_Path(path), m_Descriptor(path, mode) {
+TextFile::TextFile(const char* path, Access mode)
+    : m_Path(path), m_Descriptor(calls::Open(path, static_cast<int>(mode))) {
   struct stat status;
   if (IsOpen() && calls::FileStatus(m_Descriptor.Number(), m_Path, &status) == 0) {
     m_Readable = S_ISREG(status.st_mode);

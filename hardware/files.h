@@ -8,26 +8,11 @@
 #include <string>
 #include <string_view>
 
+#include "hardware/descriptor.h"
 #include "hardware/paths.h"
 #include "hardware/system_calls.h"
 
 namespace hardware {
-
-// Owns a file descriptor, which may be absent.
-class Descriptor {
- public:
-  explicit Descriptor(int number) : m_Number(number) {}
-  Descriptor(const char* path, Access mode);
-  Descriptor(const Descriptor&) = delete;
-  Descriptor& operator=(const Descriptor&) = delete;
-  ~Descriptor();
-
-  bool IsOpen() const { return m_Number >= 0; }
-  int Number() const { return m_Number; }
-
- private:
-  int m_Number;
-};
 
 // A file that is read as text, which may be absent. What is not a regular file (a folder, a pipe, a
 // terminal) is open, but cannot be read.
@@ -83,7 +68,7 @@ bool Exists(const char* path);
 template <std::size_t kCount>
 std::optional<std::array<int, kCount>> AskDevice(const char* path,
                                                  const unsigned long (&requests)[kCount]) {
-  const Descriptor device(path, Access::kReadWrite);
+  const Descriptor device(calls::Open(path, static_cast<int>(Access::kReadWrite)));
   if (!device.IsOpen()) {
     return std::nullopt;
   }
