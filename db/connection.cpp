@@ -1,8 +1,13 @@
 #include "db/connection.h"
 
-#include <sys/stat.h>
-
+#include <chrono>
+#include <thread>
 #include <utility>
+
+#include "db/companions.h"
+#include "db/database_copy.h"
+#include "db/file_lock.h"
+#include "db/guarded_files.h"
 
 namespace sqlitedb {
 
@@ -51,8 +56,7 @@ void Check(sqlite3* db, int code) {
   }
 }
 
-void Harden(Connection& connection) {
-  sqlite3* db = connection.db;
+void Harden(sqlite3* db, Budget& budget) {
   for (auto const& defence : kDefences) {
     Check(db, sqlite3_db_config(db, defence.option, defence.value, nullptr));
   }
@@ -60,8 +64,8 @@ void Harden(Connection& connection) {
     sqlite3_limit(db, limit.limit, limit.value);
   }
   Check(db, sqlite3_busy_timeout(db, static_cast<int>(kBusyTimeout.count())));
-  connection.budget.Restart();
-  sqlite3_progress_handler(db, Budget::kStepsPerCall, &Budget::Spend, &connection.budget);
+  budget.Restart();
+  sqlite3_progress_handler(db, Budget::kStepsPerCall, &Budget::Spend, &budget);
   Check(db, sqlite3_exec(db, kSettings, nullptr, nullptr, nullptr));
 }
 
@@ -70,6 +74,61 @@ void Harden(Connection& connection) {
 void KeepWriteAheadLog(sqlite3* db) {
   int on = 1;
   Check(db, sqlite3_file_control(db, "main", SQLITE_FCNTL_PERSIST_WAL, &on));
+}
+
+sqlite3* OpenMemory(Budget& budget) {
+  sqlite3* db = nullptr;
+  int const code = sqlite3_open_v2(
+      ":memory:", &db, SQLITE_OPEN_READWRITE | SQLITE_OPEN_MEMORY | SQLITE_OPEN_NOMUTEX, nullptr);
+  try {
+    Check(db, code);
+    Harden(db, budget);
+  } catch (CppSQLite3Exception const&) {
+    sqlite3_close(db);
+    throw;
+  }
+  return db;
+}
+
+// A query that still runs keeps the copy that it began with.
+bool UseCopy(Connection& connection, std::string const& name) {
+  if (connection.copy == nullptr) {
+    connection.copy = OpenMemory(connection.budget);
+  }
+  bool const running = sqlite3_txn_state(connection.copy, "main") != SQLITE_TXN_NONE;
+  if (running || CopyDatabase(connection.file, name, connection.copy)) {
+    connection.db = connection.copy;
+    return true;
+  }
+  return false;
+}
+
+// In write-ahead mode, what was opened once stays open, and nobody takes it away.
+int OpenLog(Connection& connection) {
+  connection.budget.Restart();
+  int const code =
+      sqlite3_exec(connection.file, "PRAGMA schema_version", nullptr, nullptr, nullptr) & 0xff;
+  if (code != SQLITE_OK && code != SQLITE_CANTOPEN && code != SQLITE_READONLY) {
+    throw Failure(connection.file, code);
+  }
+  return code;
+}
+
+// A writer that is about to open or to close the database makes or removes log and index one after
+// the other.
+void ReadWithoutWriting(Connection& connection, std::string const& name) {
+  auto const end = std::chrono::steady_clock::now() + kBusyTimeout;
+  while (!LogIsAbsent(name) || !UseCopy(connection, name)) {
+    int const code = OpenLog(connection);
+    if (code == SQLITE_OK) {
+      return;
+    }
+    if (std::chrono::steady_clock::now() >= end) {
+      RequireIndex(name);
+      throw Failure(connection.file, code);
+    }
+    std::this_thread::sleep_for(std::chrono::milliseconds(5));
+  }
 }
 
 }  // namespace
@@ -88,7 +147,13 @@ int Budget::Spend(void* budget) noexcept {
   return --self.calls_left_ < 0 || late ? 1 : 0;
 }
 
-int Connection::Close() noexcept { return sqlite3_close(std::exchange(db, nullptr)); }
+int Connection::Close() noexcept {
+  db = nullptr;
+  if (copy != nullptr) {
+    sqlite3_close(std::exchange(copy, nullptr));
+  }
+  return sqlite3_close(std::exchange(file, nullptr));
+}
 
 int Prepared::Finalize() noexcept {
   ++run;
@@ -111,28 +176,35 @@ CppSQLite3Exception Failure(sqlite3* db, int code) {
           noted ? sqlite3_system_errno(db) : 0};
 }
 
-void RequireRegularFiles(std::string const& file) {
-  for (char const* suffix : {"", "-journal", "-wal", "-shm"}) {
-    struct stat found {};
-    if (lstat((file + suffix).c_str(), &found) == 0 && !S_ISREG(found.st_mode)) {
-      throw Failure(nullptr, SQLITE_CANTOPEN);
-    }
-  }
-}
-
 std::shared_ptr<Connection> Connect(char const* file, int flags) {
   if (file == nullptr || *file == '\0') {
     throw Failure(nullptr, SQLITE_MISUSE);
   }
-  RequireRegularFiles(file);
+  PrepareCompanions(file);
   auto connection = std::make_shared<Connection>();
-  int const code = sqlite3_open_v2(file, &connection->db, flags | SQLITE_OPEN_NOFOLLOW, nullptr);
+  int const code =
+      sqlite3_open_v2(file, &connection->file, flags | SQLITE_OPEN_NOFOLLOW, GuardedFiles());
+  connection->db = connection->file;
   Check(connection->db, code);
-  Harden(*connection);
+  Harden(connection->db, connection->budget);
   if (sqlite3_db_readonly(connection->db, "main") == 0) {
     KeepWriteAheadLog(connection->db);
   }
   return connection;
+}
+
+void Refresh(Connection& connection) {
+  int moved = 0;
+  sqlite3_file_control(connection.file, "main", SQLITE_FCNTL_HAS_MOVED, &moved);
+  if (moved != 0) {
+    throw CppSQLite3Exception(SQLITE_CANTOPEN, "database file was deleted or replaced");
+  }
+  std::string const name = sqlite3_db_filename(connection.file, "main");
+  PrepareCompanions(name, HoldsLock(connection.file));
+  connection.db = connection.file;
+  if (!MayMake(name) && !HoldsLock(connection.file)) {
+    ReadWithoutWriting(connection, name);
+  }
 }
 
 }  // namespace sqlitedb

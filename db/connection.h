@@ -45,7 +45,9 @@ struct Connection {
 
   int Close() noexcept;
 
-  sqlite3* db = nullptr;
+  sqlite3* db = nullptr;    ///< What statements run on: the file, or a copy of it in memory.
+  sqlite3* file = nullptr;  ///< The opened file, owned.
+  sqlite3* copy = nullptr;  ///< Owned; null until one was needed.
   Budget budget;
   std::optional<CppSQLite3Exception> open_failure;  ///< Then nothing is open, and never was.
 };
@@ -68,9 +70,9 @@ struct Prepared {
 /// The exception for `code`, with the message of `db` where that is about it.
 CppSQLite3Exception Failure(sqlite3* db, int code);
 
-/// Throws code 14 when `file`, its journal, its write-ahead log or that log's index is there and
-/// is not a regular file: SQLite would wait for ever for the other end of a pipe.
-void RequireRegularFiles(std::string const& file);
+/// Makes `connection` ready for the next statement. Throws code 14 when its file was deleted or
+/// replaced, or when one of the files that SQLite keeps beside it is not to be trusted.
+void Refresh(Connection& connection);
 
 /// Opens `file` with its defences up, or throws.
 std::shared_ptr<Connection> Connect(char const* file, int flags);

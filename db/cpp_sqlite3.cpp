@@ -226,20 +226,15 @@ int CppSQLite3DB::close() noexcept {
 }
 
 bool CppSQLite3DB::readOnly() const noexcept {
-  return IsOpen(connection_) && sqlite3_db_readonly(connection_->db, "main") != 0;
+  return IsOpen(connection_) && sqlite3_db_readonly(connection_->file, "main") != 0;
 }
 
 CppSQLite3Statement CppSQLite3DB::compileStatement(char const* sql) {
   if (!IsOpen(connection_) || sql == nullptr) {
     throw Failure(nullptr, SQLITE_MISUSE);
   }
+  sqlitedb::Refresh(*connection_);
   sqlite3* db = connection_->db;
-  int moved = 0;
-  sqlite3_file_control(db, "main", SQLITE_FCNTL_HAS_MOVED, &moved);
-  if (moved != 0) {
-    throw CppSQLite3Exception(SQLITE_CANTOPEN, "database file was deleted or replaced");
-  }
-  sqlitedb::RequireRegularFiles(sqlite3_db_filename(db, "main"));
   connection_->budget.Restart();
   auto prepared = std::make_shared<Prepared>(connection_);
   int const code = sqlite3_prepare_v2(db, sql, -1, &prepared->stmt, nullptr);

@@ -139,7 +139,8 @@ class SQLITEDB_API CppSQLite3DB {
   bool readOnly() const noexcept;
 
   /// Compiles the first statement of `sql`. Throws CppSQLite3Exception: code 21 when not open,
-  /// code 14 when the opened file was deleted or replaced by another.
+  /// code 14 when the opened file was deleted or replaced by another, or when a file that SQLite
+  /// keeps beside it may be written by somebody who may not write the database.
   CppSQLite3Statement compileStatement(char const* sql);
 
  private:

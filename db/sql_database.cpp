@@ -7,6 +7,7 @@
 #include <thread>
 #include <utility>
 
+#include "db/companions.h"
 #include "db/connection.h"
 
 namespace {
@@ -84,6 +85,7 @@ int CSQLdatabase::OpenDatabaseWrite(char const* file, unsigned short flags,
     }
     Run("PRAGMA synchronous=" + std::to_string(synchronous));
     SwitchToWriteAhead(m_DB);
+    sqlitedb::PrepareCompanions(file);  // the switch took the journal away
   });
 }
 

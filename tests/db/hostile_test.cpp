@@ -60,6 +60,11 @@ void MakeSocket(std::string const& path) {
   close(fd);
 }
 
+std::string NotRegular(std::string const& name) {
+  return "14:" + name + " is not a regular file and belongs to user " + std::to_string(geteuid()) +
+         ": remove it while no program has the database open";
+}
+
 struct OddFile {
   char const* name;
   std::function<void(std::string const&)> make;
@@ -90,12 +95,13 @@ TEST_F(Hostile, NothingButARegularFileIsOpened) {
       odd.make(file_ + suffix);
       int read = -1;
       int write = -1;
+      std::string const refusal = *suffix == '\0' ? kCantOpen : NotRegular(file_ + suffix);
       EXPECT_LT(Seconds([&] {
                   EXPECT_EQ(Stderr([&] {
                               read = database_.OpenDatabaseReadOnly(file_.c_str(), kNoMutex);
                               write = database_.OpenDatabaseWrite(file_.c_str(), kNoMutex, 0);
                             }),
-                            std::string(kCantOpen) + "\n" + kCantOpen + "\n");
+                            refusal + "\n" + refusal + "\n");
                 }),
                 1.0);
       EXPECT_EQ(read, 14);
@@ -124,9 +130,11 @@ TEST_F(Hostile, OddJournalThatComesAfterOpeningIsRefusedBeforeReading) {
     SCOPED_TRACE(odd.name);
     fs::remove(file_);
     Make(kTable);
-    odd.make(file_ + "-journal");
-    EXPECT_LT(Seconds([&] { EXPECT_EQ(Thrown([&] { Count(); }), kCantOpen); }), 1.0);
-    fs::remove(file_ + "-journal");
+    std::string const journal = file_ + "-journal";
+    fs::remove(journal);
+    odd.make(journal);
+    EXPECT_LT(Seconds([&] { EXPECT_EQ(Thrown([&] { Count(); }), NotRegular(journal)); }), 1.0);
+    fs::remove(journal);
     EXPECT_EQ(Count(), 1);
   }
 }

@@ -242,6 +242,40 @@ TEST_F(OtherProcesses, TruncatedDatabaseGivesAReportOrTheRowsItHad) {
   }
 }
 
+// What is made beside the database in such a folder used to be the first reader's.
+TEST_F(OtherProcesses, UserWhoMayOnlyReadReadsWhileAHostRunsAndWhileNoneDoes) {
+  const fs::perms before = fs::status("/dev/shm").permissions();
+  fs::permissions("/dev/shm", fs::perms(01777));
+  const auto read = [this](const std::string& stamp) {
+    Process reader([this, &stamp] {
+      constexpr unsigned kNobody = 65534;
+      CStatusInterface own;
+      const Outcome cycle = setgid(kNobody) != 0 || setuid(kNobody) != 0
+                                ? Outcome{}
+                                : reliability::Run(&quiet_, [&own] {
+                                    own.InitDatabase(false);
+                                    return own.QueryDatabase();
+                                  });
+      return cycle.result == 0 && cycle.report.empty() && own.m_Status.GUID == stamp ? 0 : 1;
+    });
+    return reader.Wait();
+  };
+  MakeForeign();
+  EXPECT_EQ(read("0"), 0) << "in rollback mode";
+  ASSERT_EQ(Foreign().Do("PRAGMA journal_mode=WAL; UPDATE status SET value='1'"), "");
+  EXPECT_EQ(read("1"), 0) << "without a log";
+  for (const char* suffix : {"-journal", "-wal", "-shm"}) {
+    EXPECT_FALSE(fs::exists(std::string(sandbox::kDatabase) + suffix)) << suffix;
+  }
+  Open();
+  ExpectWhole("1");
+  ASSERT_EQ(Foreign().Do("UPDATE status SET value='2'"), "");
+  EXPECT_EQ(read("2"), 0) << "while a host runs";
+  collector_.CloseDatabase();
+  EXPECT_EQ(read("2"), 0) << "after it";
+  fs::permissions("/dev/shm", before);
+}
+
 TEST_F(OtherProcesses, UnreadableDatabaseIsToldUntilItCanBeOpened) {
   MakeForeign();
   Process reader([this] {

@@ -1,0 +1,297 @@
+#include "db/companions.h"
+
+#include <fcntl.h>
+#include <sqlite3.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <array>
+#include <cerrno>
+#include <cstddef>
+#include <optional>
+
+#include "db/connection.h"
+#include "db/file_lock.h"
+#include "db/file_system.h"
+#include "db/group_member.h"
+
+namespace sqlitedb {
+
+namespace {
+
+using FileStatus = struct stat;
+using Statuses = std::array<std::optional<FileStatus>, 3>;
+
+constexpr std::array kAll = {Companion::kJournal, Companion::kLog, Companion::kIndex};
+
+std::optional<FileStatus> StatusOf(std::string const& name) {
+  FileStatus found{};
+  if (lstat(name.c_str(), &found) == 0) {
+    return found;
+  }
+  if (errno != ENOENT) {
+    throw Failure(nullptr, SQLITE_CANTOPEN);
+  }
+  return std::nullopt;
+}
+
+std::string NameOf(std::string const& file, Companion companion) {
+  return file + SuffixOf(companion);
+}
+
+std::optional<FileStatus> StatusOf(std::string const& file, Companion companion) {
+  return StatusOf(NameOf(file, companion));
+}
+
+std::optional<FileStatus> StatusOfDatabase(std::string const& file) {
+  auto const database = StatusOf(file);
+  if (database && !S_ISREG(database->st_mode)) {
+    throw Failure(nullptr, SQLITE_CANTOPEN);
+  }
+  return database;
+}
+
+bool OthersMayWrite(FileStatus const& status) { return (status.st_mode & S_IWOTH) != 0; }
+
+bool GroupMayWrite(FileStatus const& status) { return (status.st_mode & S_IWGRP) != 0; }
+
+bool UserMayWrite(FileStatus const& database, uid_t user) {
+  return user == 0 || user == database.st_uid || user == geteuid() || OthersMayWrite(database) ||
+         (GroupMayWrite(database) && IsMember(user, database.st_gid));
+}
+
+// SQLite gives a companion the permissions of the database, but the group of its maker.
+bool ItsGroupMayWrite(FileStatus const& database, FileStatus const& companion) {
+  return OthersMayWrite(database) ||
+         (GroupMayWrite(database) &&
+          (companion.st_gid == database.st_gid || IsOwnGroup(companion.st_uid, companion.st_gid)));
+}
+
+// Why a companion must not be used, "" when only such users may write it as may write the database.
+// With a second name, it may be a file of root's that somebody else has put here.
+std::string Objection(FileStatus const& database, FileStatus const& companion) {
+  std::string const owner = "user " + std::to_string(companion.st_uid);
+  if (!S_ISREG(companion.st_mode)) {
+    return "is not a regular file and belongs to " + owner;
+  }
+  if (!UserMayWrite(database, companion.st_uid)) {
+    return "belongs to " + owner + ", who may not write the database";
+  }
+  if (OthersMayWrite(companion) && !OthersMayWrite(database)) {
+    return "belongs to " + owner + " and may be written by everybody, unlike the database";
+  }
+  if (GroupMayWrite(companion) && !ItsGroupMayWrite(database, companion)) {
+    return "belongs to " + owner + " and may be written by group " +
+           std::to_string(companion.st_gid) + ", unlike the database";
+  }
+  if (companion.st_nlink > 1) {
+    return "belongs to " + owner + " and has a second name";
+  }
+  return "";
+}
+
+// A writer of the group has a journal of his own while he writes, which readers leave alone. What
+// his own group may do to it matters once it is to be rolled back, and is looked at then.
+bool IsJournalOfWriter(FileStatus const& database, FileStatus const& journal) {
+  FileStatus for_himself = journal;
+  for_himself.st_mode &= ~static_cast<mode_t>(S_IWGRP);
+  return Objection(database, for_himself).empty();
+}
+
+// SQLite takes an empty journal for a missing one.
+bool IsHarmlessJournal(FileStatus const& database, FileStatus const& journal) {
+  return S_ISREG(journal.st_mode) && (journal.st_size == 0 || IsJournalOfWriter(database, journal));
+}
+
+bool IsShared(FileStatus const& database) {
+  return GroupMayWrite(database) || OthersMayWrite(database);
+}
+
+// The user whose log and index every writer can open. In a folder of everybody's, the kernel may
+// refuse a file to a program that would create it if missing, unless it belongs to that program's
+// user or to the owner of the folder, who is root.
+std::optional<uid_t> CommonOwner(FileStatus const& database) {
+  if (!IsShared(database)) {
+    return database.st_uid;
+  }
+  bool const root_will_do = database.st_uid == 0 || OthersMayWrite(database) ||
+                            IsMember(database.st_uid, database.st_gid);
+  return root_will_do ? std::optional<uid_t>(0) : std::nullopt;
+}
+
+// A commit takes the journal away, which in such a folder only its owner may do. So several writers
+// need one each.
+std::optional<uid_t> OwnerAhead(FileStatus const& database, Companion companion) {
+  bool const one_each = companion == Companion::kJournal && IsShared(database);
+  return one_each ? std::nullopt : CommonOwner(database);
+}
+
+uid_t OwnerWhenNeeded(FileStatus const& database, Companion companion) {
+  return geteuid() == 0 ? OwnerAhead(database, companion).value_or(database.st_uid) : geteuid();
+}
+
+void Make(std::string const& file, Companion companion, FileStatus const& database, uid_t owner) {
+  MakeEmptyFile(NameOf(file, companion), owner, database.st_gid, database.st_mode & 0777);
+}
+
+Statuses StatusesOf(std::string const& file) {
+  Statuses statuses;
+  for (std::size_t i = 0; i < kAll.size(); ++i) {
+    statuses[i] = StatusOf(file, kAll[i]);
+  }
+  return statuses;
+}
+
+// Ahead of their need, only such companions are made as every writer can use. True when any was.
+bool MakeAhead(std::string const& file, FileStatus const& database, Statuses const& statuses) {
+  bool any = false;
+  for (std::size_t i = 0; i < kAll.size(); ++i) {
+    auto const owner = statuses[i] ? std::nullopt : OwnerAhead(database, kAll[i]);
+    if (owner && (geteuid() == 0 || geteuid() == *owner) && MayMake(file)) {
+      Make(file, kAll[i], database, *owner);
+      any = true;
+    }
+  }
+  return any;
+}
+
+bool IsLitter(FileStatus const& database, std::optional<FileStatus> const& companion) {
+  return companion && S_ISREG(companion->st_mode) && companion->st_size == 0 &&
+         !Objection(database, *companion).empty();
+}
+
+bool AnyIsLitter(FileStatus const& database, Statuses const& statuses) {
+  return IsLitter(database, statuses[0]) || IsLitter(database, statuses[1]) ||
+         IsLitter(database, statuses[2]);
+}
+
+// Nobody has the database open while it is locked, so nobody has opened these either.
+bool RemoveLitter(std::string const& file, FileStatus const& database) {
+  Connection writer;
+  if (sqlite3_open_v2(file.c_str(), &writer.file,
+                      SQLITE_OPEN_READWRITE | SQLITE_OPEN_NOFOLLOW | SQLITE_OPEN_NOMUTEX,
+                      nullptr) != SQLITE_OK) {
+    return false;
+  }
+  FileLock lock(writer.file);
+  if (lock.Take(SQLITE_LOCK_SHARED) != SQLITE_OK || lock.Take(SQLITE_LOCK_EXCLUSIVE) != SQLITE_OK) {
+    return false;
+  }
+  for (Companion const companion : kAll) {
+    std::string const name = NameOf(file, companion);
+    auto const found = StatusOf(name);
+    if (IsLitter(database, found) && unlink(name.c_str()) == 0) {
+      CppSQLite3Exception(SQLITE_NOTICE, "removed " + name + ", which was empty and belonged to " +
+                                             "user " + std::to_string(found->st_uid))
+          .Report();
+    }
+  }
+  return true;
+}
+
+// What has one name when it is opened stays what it is, whoever gives it another.
+void ForgetSecondName(std::optional<FileStatus>& status) {
+  if (status) {
+    status->st_nlink = 1;
+  }
+}
+
+[[noreturn]] void Refuse(std::string const& file, Companion companion, std::string const& why) {
+  throw CppSQLite3Exception(SQLITE_CANTOPEN, NameOf(file, companion) + " " + why);
+}
+
+}  // namespace
+
+char const* SuffixOf(Companion companion) {
+  switch (companion) {
+    case Companion::kJournal:
+      return "-journal";
+    case Companion::kLog:
+      return "-wal";
+    case Companion::kIndex:
+      break;
+  }
+  return "-shm";
+}
+
+bool MayMake(std::string const& file) {
+  return faccessat(AT_FDCWD, file.c_str(), W_OK, AT_EACCESS) == 0 &&
+         faccessat(AT_FDCWD, FolderOf(file).c_str(), W_OK | X_OK, AT_EACCESS) == 0;
+}
+
+Standing Look(std::string const& file, Companion companion) {
+  auto const found = StatusOf(file, companion);
+  if (!found) {
+    return Standing::kMissing;
+  }
+  if (S_ISREG(found->st_mode) && found->st_size == 0) {
+    return Standing::kEmpty;
+  }
+  auto const database = StatusOfDatabase(file);
+  bool const usable =
+      database && (companion == Companion::kJournal ? IsHarmlessJournal(*database, *found)
+                                                    : Objection(*database, *found).empty());
+  return usable ? Standing::kUsable : Standing::kRefused;
+}
+
+void PrepareCompanions(std::string const& file, bool log_is_open) {
+  auto const database = StatusOfDatabase(file);
+  if (!database) {
+    return;
+  }
+  Statuses statuses = StatusesOf(file);
+  if (geteuid() == 0 && AnyIsLitter(*database, statuses) && RemoveLitter(file, *database)) {
+    statuses = StatusesOf(file);
+  }
+  if (MakeAhead(file, *database, statuses)) {
+    statuses = StatusesOf(file);
+  }
+  if (log_is_open) {
+    ForgetSecondName(statuses[1]);
+    ForgetSecondName(statuses[2]);
+  }
+  for (std::size_t i = 0; i < kAll.size(); ++i) {
+    if (!statuses[i] ||
+        (kAll[i] == Companion::kJournal && IsHarmlessJournal(*database, *statuses[i]))) {
+      continue;
+    }
+    std::string const objection = Objection(*database, *statuses[i]);
+    if (!objection.empty()) {
+      Refuse(file, kAll[i], objection + ": remove it while no program has the database open");
+    }
+  }
+}
+
+bool PrepareToOpen(std::string const& file, std::initializer_list<Companion> companions,
+                   bool make_missing) {
+  auto const database = StatusOfDatabase(file);
+  if (!database) {
+    return false;
+  }
+  for (Companion const companion : companions) {
+    auto found = StatusOf(file, companion);
+    if (!found && make_missing && MayMake(file)) {
+      Make(file, companion, *database, OwnerWhenNeeded(*database, companion));
+      found = StatusOf(file, companion);
+    }
+    if (!found || !Objection(*database, *found).empty()) {
+      return false;
+    }
+  }
+  return true;
+}
+
+void RequireIndex(std::string const& file) {
+  if (!StatusOf(file, Companion::kIndex)) {
+    Refuse(file, Companion::kIndex,
+           "is missing, and user " + std::to_string(geteuid()) +
+               " may not make it: a program that may write the database must open it once");
+  }
+}
+
+bool LogIsAbsent(std::string const& file) {
+  auto const log = StatusOf(file, Companion::kLog);
+  return !log || (S_ISREG(log->st_mode) && log->st_size == 0 && !StatusOf(file, Companion::kIndex));
+}
+
+}  // namespace sqlitedb

@@ -1,0 +1,52 @@
+// The journal, the write-ahead log and the log's index that SQLite keeps beside a database. The
+// folder lets everybody make files, so it matters who makes these and whose are used: who may write
+// the index can end every program that has it mapped, and who may write a log or a journal can
+// change what is read. Nothing here opens a companion: closing the index would drop the locks that
+// SQLite has on it. Private to this folder.
+#pragma once
+
+#include <initializer_list>
+#include <string>
+
+namespace sqlitedb {
+
+enum class Companion { kJournal, kLog, kIndex };
+
+enum class Standing {
+  kMissing,
+  kEmpty,  ///< A regular file without a byte, whoever owns it.
+  kUsable,
+  kRefused,
+};
+
+/// "-journal", "-wal" or "-shm".
+char const* SuffixOf(Companion companion);
+
+/// What stands at the name of a companion of `file`. Throws CppSQLite3Exception, code 14, where
+/// that cannot be seen.
+Standing Look(std::string const& file, Companion companion);
+
+/// Makes missing companions of `file`, if the effective user may write it and his would do for
+/// every writer; as root removes those that somebody has left empty who may not write it, with a
+/// line on standard error for each. Throws CppSQLite3Exception, code 14, when `file` is there and
+/// is not a regular file, or when a companion may be written by somebody who may not write `file`,
+/// or is not a regular file: SQLite would wait for ever for the other end of a pipe.
+void PrepareCompanions(std::string const& file, bool log_is_open = false);
+
+/// Called as SQLite is about to open a companion: true when each is there and may be written by
+/// nobody who may not write `file`. `make_missing`: they are made first, if the effective user may.
+bool PrepareToOpen(std::string const& file, std::initializer_list<Companion> companions,
+                   bool make_missing);
+
+/// True when the effective user may write `file` and make files beside it.
+bool MayMake(std::string const& file);
+
+/// Throws CppSQLite3Exception, code 14, when the log's index is missing, for a user who cannot read
+/// the log for want of it.
+void RequireIndex(std::string const& file);
+
+/// True when no program has a log of `file` open, or can have had since the last true answer while
+/// the shared lock was held: `file` holds all rows then.
+bool LogIsAbsent(std::string const& file);
+
+}  // namespace sqlitedb

@@ -1,0 +1,113 @@
+#include "db/guarded_files.h"
+
+#include <sqlite3.h>
+
+#include <new>
+#include <string>
+#include <string_view>
+
+#include "db/companions.h"
+#include "db/connection.h"
+#include "db/cpp_sqlite3.h"
+
+namespace sqlitedb {
+
+namespace {
+
+constexpr char const* kName = "sqlitedb";
+
+sqlite3_vfs* g_system = nullptr;
+
+bool EndsWith(std::string_view name, Companion companion) {
+  return name.ends_with(SuffixOf(companion));
+}
+
+std::string DatabaseOf(std::string_view name, Companion companion) {
+  return std::string(name.substr(0, name.size() - std::string_view(SuffixOf(companion)).size()));
+}
+
+// No exception may pass through SQLite.
+template <class Action>
+int Guarded(Action action) noexcept {
+  try {
+    return action();
+  } catch (CppSQLite3Exception const& failure) {
+    return failure.errorCode();
+  } catch (std::bad_alloc const&) {
+    return SQLITE_NOMEM;
+  }
+}
+
+int Exists(std::string_view name, Companion companion, int* exists) {
+  Standing const standing = Look(DatabaseOf(name, companion), companion);
+  *exists = standing == Standing::kUsable ? 1 : 0;
+  return standing == Standing::kRefused ? SQLITE_CANTOPEN : SQLITE_OK;
+}
+
+int Access(sqlite3_vfs* /*self*/, char const* name, int flags, int* result) noexcept {
+  if (flags == SQLITE_ACCESS_EXISTS) {
+    for (Companion const companion : {Companion::kJournal, Companion::kLog}) {
+      if (EndsWith(name, companion)) {
+        return Guarded([&] { return Exists(name, companion, result); });
+      }
+    }
+  }
+  return g_system->xAccess(g_system, name, flags, result);
+}
+
+bool MayOpen(char const* name, int flags) {
+  bool const make = (flags & SQLITE_OPEN_CREATE) != 0;
+  if ((flags & SQLITE_OPEN_WAL) != 0 && EndsWith(name, Companion::kLog)) {
+    return PrepareToOpen(DatabaseOf(name, Companion::kLog), {Companion::kLog, Companion::kIndex},
+                         make);
+  }
+  if ((flags & SQLITE_OPEN_MAIN_JOURNAL) != 0 && EndsWith(name, Companion::kJournal)) {
+    return PrepareToOpen(DatabaseOf(name, Companion::kJournal), {Companion::kJournal}, make);
+  }
+  return true;
+}
+
+int Open(sqlite3_vfs* /*self*/, char const* name, sqlite3_file* file, int flags,
+         int* out) noexcept {
+  int const code =
+      name == nullptr ? SQLITE_OK
+                      : Guarded([&] { return MayOpen(name, flags) ? SQLITE_OK : SQLITE_CANTOPEN; });
+  if (code != SQLITE_OK) {
+    file->pMethods = nullptr;
+    return code;
+  }
+  return g_system->xOpen(g_system, name, file, flags, out);
+}
+
+// Taken back when the library is unloaded.
+class Registration {
+ public:
+  Registration() {
+    g_system = sqlite3_vfs_find("unix");
+    if (g_system == nullptr) {
+      throw Failure(nullptr, SQLITE_NOMEM);
+    }
+    vfs_ = *g_system;
+    vfs_.zName = kName;
+    vfs_.xAccess = Access;
+    vfs_.xOpen = Open;
+    if (int const code = sqlite3_vfs_register(&vfs_, 0); code != SQLITE_OK) {
+      throw Failure(nullptr, code);
+    }
+  }
+  Registration(Registration const&) = delete;
+  Registration& operator=(Registration const&) = delete;
+  ~Registration() { sqlite3_vfs_unregister(&vfs_); }
+
+ private:
+  sqlite3_vfs vfs_{};
+};
+
+}  // namespace
+
+char const* GuardedFiles() {
+  static Registration registration;
+  return kName;
+}
+
+}  // namespace sqlitedb

@@ -1,0 +1,251 @@
+// Whose journal, write-ahead log and index are used in a folder where everybody makes files.
+#include <fcntl.h>
+#include <gmock/gmock.h>
+#include <sys/stat.h>
+#include <unistd.h>
+
+#include <fstream>
+
+#include "db/sql_database.h"
+#include "tests/db/companions_fixture.h"
+#include "tests/db/interposed.h"
+
+namespace {
+
+using testing::ElementsAre;
+using testing::Pair;
+using testing::StartsWith;
+
+namespace fs = std::filesystem;
+
+constexpr char const* kCantOpen = "14:unable to open database file";
+
+}  // namespace
+
+// After one look of another user's at the database, its log and index were his.
+TEST_F(Companions, HostIsNotEndedByAUserWhoMayNotWriteTheDatabase) {
+  MakeWriteAhead();
+  Signal ready;
+  Signal shrink;
+  Signal shrunk;
+  Child stranger([&] {
+    if (!Become(kStranger)) {
+      return 1;
+    }
+    Foreign foreign(file_);
+    foreign.Get("SELECT count(*) FROM status");
+    int const index = open(Path("-shm").c_str(), O_RDWR);
+    ready.Send();
+    shrink.Await();
+    bool const done = ftruncate(index, 0) == 0;
+    shrunk.Send();
+    pause();
+    return done ? 0 : 2;
+  });
+  ready.Await();
+  Child host([&] {
+    bool open = false;
+    Stderr([&] { open = OpenReader() == 0; });
+    std::string const first = open ? Thrown([&] { ReadRows(reader_); }) : "not open";
+    shrink.Send();
+    shrunk.Await();
+    std::string const second = open ? Thrown([&] { ReadRows(reader_); }) : "not open";
+    return first == second ? 0 : 3;
+  });
+  EXPECT_EQ(host.Wait(), 0) << "-1 when a signal ended it";
+}
+
+// SQLite used to wait in open for the other end of the pipe.
+TEST_F(Companions, PipeThatComesAfterTheLookDoesNotHoldAHost) {
+  struct {
+    char const* suffix;
+    bool write_ahead;
+  } const rows[] = {{"-journal", false}, {"-journal", true}, {"-wal", true}, {"-shm", true}};
+  for (auto const& row : rows) {
+    SCOPED_TRACE(testing::Message() << row.suffix << (row.write_ahead ? " in WAL mode" : ""));
+    row.write_ahead ? MakeWriteAhead() : MakeRollback();
+    Child host([&] {
+      alarm(10);
+      if (OpenReader() != 0) {
+        return 1;
+      }
+      // A writer's commit takes the journal away, and the stranger was waiting for that.
+      std::string const name = Path(row.suffix);
+      g_on_compile = [&](char const*) {
+        unlink(name.c_str());
+        mkfifo(name.c_str(), 0644);
+        chown(name.c_str(), kStranger.id, kStranger.group);
+      };
+      std::string const failure = Thrown([&] { ReadRows(reader_); });
+      g_on_compile = nullptr;
+      std::string const next = Thrown([&] { ReadRows(reader_); });
+      return failure == kCantOpen && next == Refused(name,
+                                                     "is not a regular file and belongs to "
+                                                     "user 65534")
+                 ? 0
+                 : 2;
+    });
+    EXPECT_EQ(host.Wait(), 0) << "-1 when it was held";
+    RemoveAll();
+  }
+}
+
+TEST_F(Companions, FileOfAStrangerIsNeverOpenedWhatever) {
+  struct {
+    char const* suffix;
+    User user;
+    mode_t mode;
+    std::string why;
+  } const rows[] = {
+      {"-journal", kStranger, 0644, "belongs to user 65534, who may not write the database"},
+      {"-wal", kStranger, 0644, "belongs to user 65534, who may not write the database"},
+      {"-shm", kStranger, 0600, "belongs to user 65534, who may not write the database"},
+      {"-wal",
+       {0, 0},
+       0646,
+       "belongs to user 0 and may be written by everybody, unlike the "
+       "database"},
+      {"-shm",
+       {0, 0},
+       0666,
+       "belongs to user 0 and may be written by everybody, unlike the "
+       "database"},
+      {"-journal",
+       {0, 0},
+       0646,
+       "belongs to user 0 and may be written by everybody, unlike the "
+       "database"},
+      {"-shm",
+       {0, 65534},
+       0664,
+       "belongs to user 0 and may be written by group 65534, unlike the "
+       "database"},
+  };
+  for (bool const write_ahead : {false, true}) {
+    for (auto const& row : rows) {
+      SCOPED_TRACE(testing::Message() << row.suffix << " " << row.why);
+      write_ahead ? MakeWriteAhead() : MakeRollback();
+      Put(row.suffix, row.user, row.mode, "bytes");
+      EXPECT_EQ(Stderr([&] { EXPECT_EQ(OpenReader(), 14); }),
+                Refused(Path(row.suffix), row.why) + "\n");
+      fs::remove(Path(row.suffix));
+      ASSERT_EQ(OpenReader(), 0);
+      EXPECT_THAT(ReadRows(reader_), ElementsAre(Pair("a", "1")));
+      fs::remove(Path(row.suffix));
+      Put(row.suffix, row.user, row.mode, "bytes");
+      EXPECT_EQ(Thrown([&] { ReadRows(reader_); }), Refused(Path(row.suffix), row.why));
+      RemoveAll();
+    }
+  }
+}
+
+// The kernel may let everybody give a second name to a file of root's that he may write, or to any.
+TEST_F(Companions, FileWithASecondNameIsRefused) {
+  MakeWriteAhead();
+  for (char const* suffix : {"-wal", "-shm", "-journal"}) {
+    std::ofstream(dir_ / "other") << "bytes";
+    fs::create_hard_link(dir_ / "other", Path(suffix));
+    EXPECT_EQ(Stderr([&] { EXPECT_EQ(OpenReader(), 14); }),
+              Refused(Path(suffix), "belongs to user 0 and has a second name") + "\n");
+    for (auto const& name : Files()) {
+      if (name != "status.db") {
+        fs::remove(dir_ / name);
+      }
+    }
+  }
+}
+
+// Else, one link would stop a host that runs for years.
+TEST_F(Companions, SecondNameOfWhatIsOpenStopsNoHost) {
+  MakeWriteAhead();
+  ASSERT_EQ(OpenReader(), 0);
+  EXPECT_EQ(ReadRows(reader_).size(), 1U);
+  for (char const* suffix : kSuffixes) {
+    fs::create_hard_link(Path(suffix), std::string(dir_ / "other") + suffix);
+    EXPECT_EQ(Thrown([&] { EXPECT_EQ(ReadRows(reader_).size(), 1U); }), "") << suffix;
+  }
+}
+
+// A journal of a stranger's would be rolled back into the database.
+TEST_F(Companions, JournalOfAStrangerIsNotRolledBack) {
+  MakeRollback();
+  Signal ready;
+  Child writer([&] {
+    Foreign foreign(file_);
+    std::string const failure = foreign.Do(
+        "PRAGMA synchronous=FULL; PRAGMA cache_spill=1; PRAGMA cache_size=1; BEGIN;"
+        "UPDATE status SET value='2';"
+        "WITH RECURSIVE c(x) AS (SELECT 1 UNION ALL SELECT x+1 FROM c LIMIT 2000) "
+        "INSERT INTO status SELECT 'k'||x, hex(zeroblob(100)) FROM c");
+    ready.Send();
+    pause();
+    return failure.empty() ? 0 : 1;
+  });
+  ready.Await();
+  fs::copy_file(Path("-journal"), dir_ / "kept");
+  writer.Kill();
+  writer.Wait();
+  ASSERT_EQ(Foreign(file_).Get("SELECT value FROM status"), "1") << "rolled back";
+  ASSERT_EQ(Foreign(file_).Do("UPDATE status SET value='3'"), "");
+  fs::remove(Path("-journal"));
+  fs::rename(dir_ / "kept", Path("-journal"));
+  Own(Path("-journal"), kStranger, 0644);
+  EXPECT_EQ(
+      Stderr([&] {
+        CSQLdatabase database;
+        EXPECT_EQ(database.OpenDatabaseWrite(file_.c_str(), kNoMutex, 0), 14);
+      }),
+      Refused(Path("-journal"), "belongs to user 65534, who may not write the database") + "\n");
+  fs::remove(Path("-journal"));
+  EXPECT_EQ(Foreign(file_).Get("SELECT value FROM status"), "3");
+}
+
+TEST_F(Companions, EmptyFileOfAStrangerIsRemovedByRootWithOneLine) {
+  for (bool const write_ahead : {false, true}) {
+    for (char const* suffix : kSuffixes) {
+      for (bool const before_opening : {true, false}) {
+        SCOPED_TRACE(testing::Message() << suffix << (write_ahead ? " in WAL mode" : "")
+                                        << (before_opening ? ", before opening" : ""));
+        write_ahead ? MakeWriteAhead() : MakeRollback();
+        std::string const line =
+            "27:removed " + Path(suffix) + ", which was empty and belonged to user 65534\n";
+        if (before_opening) {
+          Put(suffix, kStranger, 0666);
+          EXPECT_EQ(Stderr([&] { EXPECT_EQ(OpenReader(), 0); }), line);
+        } else {
+          ASSERT_EQ(OpenReader(), 0);
+          fs::remove(Path(suffix));
+          Put(suffix, kStranger, 0666);
+          EXPECT_EQ(Stderr([&] { EXPECT_EQ(ReadRows(reader_).size(), 1U); }), line);
+        }
+        EXPECT_EQ(Owner(Path(suffix)), "0:0 644");
+        EXPECT_EQ(Stderr([&] { EXPECT_EQ(ReadRows(reader_).size(), 1U); }), "");
+        RemoveAll();
+      }
+    }
+  }
+}
+
+TEST_F(Companions, EmptyJournalOfAStrangerStopsNobodyEvenWhileItCannotBeReplaced) {
+  MakeRollback();
+  Put("-journal", kStranger, 0666);
+  Foreign other(file_);
+  ASSERT_EQ(other.Do("BEGIN; SELECT * FROM status"), "");
+  EXPECT_EQ(ReadAll(file_), "");
+  EXPECT_EQ(Owner(Path("-journal")), "65534:65534 666") << "the database is in use";
+  EXPECT_EQ(As(kWriter, [&] { return ReadAll(file_); }), "");
+  ASSERT_EQ(other.Do("COMMIT"), "");
+  EXPECT_THAT(ReadAll(file_), StartsWith("27:removed "));
+  EXPECT_EQ(ReadAll(file_), "");
+}
+
+TEST_F(Companions, EmptyLogOfAStrangerIsRefusedWhileTheDatabaseIsInUse) {
+  MakeRollback();
+  Put("-wal", kStranger, 0666);
+  Foreign other(file_);
+  ASSERT_EQ(other.Do("BEGIN; SELECT * FROM status"), "");
+  EXPECT_EQ(ReadAll(file_),
+            Refused(Path("-wal"), "belongs to user 65534, who may not write the database") + "\n");
+  ASSERT_EQ(other.Do("COMMIT"), "");
+  EXPECT_THAT(ReadAll(file_), StartsWith("27:removed "));
+}
