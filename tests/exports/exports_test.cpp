@@ -29,6 +29,7 @@ Names Exported(const std::string& library, const char* style) {
   for (std::string line; std::getline(lines, line);) {
     names.insert(line.substr(line.find_first_of(' ') + 3));  // "address letter name"
   }
+  EXPECT_GT(names.size(), 20U) << nm.Output;
   return names;
 }
 

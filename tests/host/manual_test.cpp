@@ -38,7 +38,9 @@ TEST(Manual, HasASectionForEveryCommandAndARowForEveryOption) {
   EXPECT_GE(commands.size(), 4U);
   for (const std::string& command : commands) {
     EXPECT_THAT(Manual(), HasSubstr("\n### " + command + "\n"));
-    for (const std::string& option : Matches(Help(command), "(--[a-z]+)")) {
+    const auto options = Matches(Help(command), "(--[a-z]+)");
+    EXPECT_THAT(options, testing::Contains("--help")) << "of " << command;
+    for (const std::string& option : options) {
       EXPECT_THAT(Manual(), HasSubstr("`" + option + "`")) << "of " << command;
     }
   }
@@ -55,6 +57,7 @@ std::string Words(const std::string& note_template) {
 
 TEST(Manual, ExplainsEveryNote) {
   EXPECT_EQ(Words("Fan {FanNumber} stands still"), "stands still");
+  EXPECT_GT(host::NoteTemplates().size(), 5U);
   for (const char* note_template : host::NoteTemplates()) {
     EXPECT_THAT(Manual(), HasSubstr("\n| " + Words(note_template) + " | "));
   }

@@ -97,7 +97,7 @@ std::vector<Cells> Table(std::string_view page, std::string_view heading) {
   const auto start = std::ranges::find(lines, heading, &HeadingOf);
   const auto stop = start == lines.end() ? start : std::find_if(start + 1, lines.end(), is_heading);
   auto row = std::find_if(start, stop, &IsTableRow);
-  if (stop - row < 2) {
+  if (stop - row < 3) {  // its head, the rule and a row
     throw std::runtime_error("no table below the heading " + std::string(heading));
   }
   std::vector<Cells> table;

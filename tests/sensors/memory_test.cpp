@@ -124,6 +124,7 @@ std::size_t TakenFrom(const std::array<DcioPoint, kEntries>& staged,
 }  // namespace
 
 TEST_F(Memory, IsNotUsedByRowsThatOnlyStoreANumberAFlagOrACode) {
+  const long at_start = g_Made;
   std::vector<std::string> names;
   for (const sensors::Attribute& attribute : sensors::ExactAttributes()) {
     names.emplace_back(attribute.Name);
@@ -135,6 +136,7 @@ TEST_F(Memory, IsNotUsedByRowsThatOnlyStoreANumberAFlagOrACode) {
     names.emplace_back(name);
   }
   st_Type = kUnknownSensor;
+  ASSERT_GT(g_Made, at_start) << "allocations are not counted";
   for (const std::string& name : names) {
     SCOPED_TRACE(name);
     std::string key = "Sensor_5_" + name;
@@ -186,15 +188,16 @@ TEST_F(Memory, ThatRunsOutInARecordLeavesNeitherARecordNorALeak) {
     for (const bool behind_interface : {false, true}) {
       Forget();
       bool survived = false;
-      for (long n = 0; !survived; ++n) {
-        SCOPED_TRACE(testing::Message() << "allocation " << n << " fails");
-        ASSERT_LT(n, 1000);
+      long failures = 0;
+      for (; !survived; ++failures) {
+        SCOPED_TRACE(testing::Message() << "allocation " << failures << " fails");
+        ASSERT_LT(failures, 1000);
         const long live = g_Live;
         Stage();
         st_Type = kind.Code;
         {
           QtSts::CStatus status;
-          survived = Survives(n, [&] {
+          survived = Survives(failures, [&] {
             behind_interface ? Status_VerifyDisplayInterfaceSensor(&status, kRouterCan)
                              : Status_VerifySensor(&status);
           });
@@ -203,6 +206,8 @@ TEST_F(Memory, ThatRunsOutInARecordLeavesNeitherARecordNorALeak) {
         Forget();
         EXPECT_EQ(g_Live, live);
       }
+      // Also where nothing is made of the kind: an output and its interface come first.
+      EXPECT_GT(failures, 1) << "no allocation failed";
     }
   }
 }
@@ -212,12 +217,13 @@ TEST_F(Memory, ThatRunsOutInARecordTakesAllFansAndVoltagesOrNone) {
   for (const SensorType type : {kCanDcioAndFanRpm, kCanPowerSupplyRedundancyBoard}) {
     SCOPED_TRACE(type);
     bool survived = false;
-    for (long n = 0; !survived; ++n) {
-      SCOPED_TRACE(testing::Message() << "allocation " << n << " fails");
+    long failures = 0;
+    for (; !survived; ++failures) {
+      SCOPED_TRACE(testing::Message() << "allocation " << failures << " fails");
       Stage();
       st_Type = type;
       QtSts::CStatus status;
-      survived = Survives(n, [&] { Status_VerifySensor(&status); });
+      survived = Survives(failures, [&] { Status_VerifySensor(&status); });
       if (type == kCanDcioAndFanRpm) {
         EXPECT_TRUE(FanRpms.empty() || FanRpms == fans);
         EXPECT_TRUE(!survived || FanRpms.empty());
@@ -227,6 +233,7 @@ TEST_F(Memory, ThatRunsOutInARecordTakesAllFansAndVoltagesOrNone) {
         EXPECT_TRUE(!survived || f_Psrb_InputVoltages.empty());
       }
     }
+    EXPECT_GT(failures, 1) << "no allocation failed";
   }
 }
 
