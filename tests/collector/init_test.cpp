@@ -88,10 +88,9 @@ TEST_F(InitTest, MakesTablesWhoseFirstColumnsAreAddressAndValue) {
   }
 }
 
-TEST_F(InitTest, IsPubliclyOfTheDatabaseClass) {
-  EXPECT_TRUE((std::is_convertible_v<CStatusInterface*, CSQLdatabase*>));
-  EXPECT_TRUE(std::has_virtual_destructor_v<CSQLdatabase>);
-}
+// It is publicly of the database class.
+static_assert(std::is_convertible_v<CStatusInterface*, CSQLdatabase*>);
+static_assert(std::has_virtual_destructor_v<CSQLdatabase>);
 
 TEST_F(InitTest, ForWritingDoesNotWaitForADisk) {
   Init(true);

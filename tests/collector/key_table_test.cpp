@@ -87,10 +87,8 @@ TEST(KeyTable, HasNoKeyThatBeginsWithAnotherOne) {
   }
 }
 
-TEST(KeyTable, HoldsItsKeysAsStrings) {
-  EXPECT_TRUE((std::is_same_v<decltype(StatusKey::Key), std::string>));
-  EXPECT_TRUE((std::is_same_v<decltype(StatusKey::Handler), Handler>));
-}
+static_assert(std::is_same_v<decltype(StatusKey::Key), std::string>);
+static_assert(std::is_same_v<decltype(StatusKey::Handler), Handler>);
 
 TEST(KeyTable, CanBeUsedByStaticInitialisersOfAHost) {
   EXPECT_EQ(kEarlyUser.FirstKey, "ActualDimmingLevel");

@@ -87,43 +87,40 @@ TEST_F(ScratchState, LimitsOneReportAnHourFromTheStart) {
 template <class Expected, class... Variables>
 constexpr bool kAll = (std::is_same_v<Variables, Expected> && ...);
 
-TEST_F(ScratchState, HasTheWidthsThatRowsAreCutTo) {
-  EXPECT_TRUE(
-      (kAll<std::uint32_t, decltype(u32_SensorNumber), decltype(u32_Address), decltype(u32_Bus),
-            decltype(u32_NumAttribute), decltype(uiSyncLossCounter),
-            decltype(u32_DispInterfaceNumAttribute), decltype(u32_Face), decltype(u32_PortStatus),
-            decltype(u32_Front), decltype(u32_Back), decltype(uiCompass), decltype(u32_FansEnabled),
-            decltype(u32_DCIO_SensorNumber), decltype(u32_DCIO_State), decltype(u32_DCIO_ErrCntr),
-            decltype(u32_DCIO_NumAttr), decltype(u32_DCIO_Address),
-            decltype(u32_TTableNumAttribute)>));
-  EXPECT_TRUE((
-      kAll<std::uint16_t, decltype(u16_DispInterfaceAddress), decltype(u16_IdType),
-           decltype(u16_OneMinAverage), decltype(u16_TenMinAverage), decltype(u16_OneMinLuxAverage),
-           decltype(u16_TenMinLuxAverage), decltype(u16_LongTermAverage), decltype(u16_AverageRpm),
-           decltype(u16_CurrentRpm), decltype(u16_Ambient)>));
-  EXPECT_TRUE((kAll<std::uint8_t, decltype(u8_HardwareID), decltype(u8_Psrb_HardwareErrors)>));
-  EXPECT_TRUE((kAll<std::int32_t, decltype(s32_Revision)>));
-  EXPECT_TRUE((kAll<float, decltype(f_celsius), decltype(f_Humidity_OneMinAverage),
-                    decltype(f_Humidity_TenMinAverage), decltype(f_inputVoltage),
-                    decltype(f_outputVoltage), decltype(f_celsiusTemperature)>));
-  EXPECT_TRUE((kAll<double, decltype(dLatitude), decltype(dLongitude), decltype(dAltitude)>));
-  EXPECT_TRUE((kAll<std::map<std::uint8_t, std::uint16_t>, decltype(FanRpms)>));
-  EXPECT_TRUE(
-      (kAll<std::vector<float>, decltype(f_Psrb_InputVoltages), decltype(f_Psrb_OutputVoltages)>));
-  EXPECT_EQ(sizeof b_Connected, 1U);
-  EXPECT_EQ(sizeof at_Type, 4U);
-  EXPECT_EQ(sizeof st_Type, 4U);
-  EXPECT_EQ(sizeof Locked, 4U);
-  EXPECT_EQ(sizeof st_DCIO_Type, 4U);
-}
+// The widths that rows are cut to.
+static_assert(
+    kAll<std::uint32_t, decltype(u32_SensorNumber), decltype(u32_Address), decltype(u32_Bus),
+         decltype(u32_NumAttribute), decltype(uiSyncLossCounter),
+         decltype(u32_DispInterfaceNumAttribute), decltype(u32_Face), decltype(u32_PortStatus),
+         decltype(u32_Front), decltype(u32_Back), decltype(uiCompass), decltype(u32_FansEnabled),
+         decltype(u32_DCIO_SensorNumber), decltype(u32_DCIO_State), decltype(u32_DCIO_ErrCntr),
+         decltype(u32_DCIO_NumAttr), decltype(u32_DCIO_Address), decltype(u32_TTableNumAttribute)>);
+static_assert(
+    kAll<std::uint16_t, decltype(u16_DispInterfaceAddress), decltype(u16_IdType),
+         decltype(u16_OneMinAverage), decltype(u16_TenMinAverage), decltype(u16_OneMinLuxAverage),
+         decltype(u16_TenMinLuxAverage), decltype(u16_LongTermAverage), decltype(u16_AverageRpm),
+         decltype(u16_CurrentRpm), decltype(u16_Ambient)>);
+static_assert(kAll<std::uint8_t, decltype(u8_HardwareID), decltype(u8_Psrb_HardwareErrors)>);
+static_assert(kAll<std::int32_t, decltype(s32_Revision)>);
+static_assert(kAll<float, decltype(f_celsius), decltype(f_Humidity_OneMinAverage),
+                   decltype(f_Humidity_TenMinAverage), decltype(f_inputVoltage),
+                   decltype(f_outputVoltage), decltype(f_celsiusTemperature)>);
+static_assert(kAll<double, decltype(dLatitude), decltype(dLongitude), decltype(dAltitude)>);
+static_assert(kAll<std::map<std::uint8_t, std::uint16_t>, decltype(FanRpms)>);
+static_assert(
+    kAll<std::vector<float>, decltype(f_Psrb_InputVoltages), decltype(f_Psrb_OutputVoltages)>);
+static_assert(sizeof b_Connected == 1);
+static_assert(sizeof at_Type == 4);
+static_assert(sizeof st_Type == 4);
+static_assert(sizeof Locked == 4);
+static_assert(sizeof st_DCIO_Type == 4);
 
-TEST_F(ScratchState, HoldsCodesOfAnyThirtyTwoBitValue) {
-  EXPECT_TRUE((std::is_same_v<std::underlying_type_t<AttachmentType>, std::uint32_t>));
-  EXPECT_TRUE((std::is_same_v<std::underlying_type_t<SensorType>, std::uint32_t>));
-  EXPECT_TRUE((std::is_same_v<std::underlying_type_t<DcioType>, std::uint32_t>));
-  EXPECT_TRUE((std::is_same_v<std::underlying_type_t<LockState>, std::uint32_t>));
-  EXPECT_TRUE((std::is_same_v<std::underlying_type_t<QtSts::InputType>, std::uint32_t>));
-}
+// Codes hold any value of 32 bits.
+static_assert(std::is_same_v<std::underlying_type_t<AttachmentType>, std::uint32_t>);
+static_assert(std::is_same_v<std::underlying_type_t<SensorType>, std::uint32_t>);
+static_assert(std::is_same_v<std::underlying_type_t<DcioType>, std::uint32_t>);
+static_assert(std::is_same_v<std::underlying_type_t<LockState>, std::uint32_t>);
+static_assert(std::is_same_v<std::underlying_type_t<QtSts::InputType>, std::uint32_t>);
 
 TEST_F(ScratchState, KeepsABeaconInTenFieldsInTheirOrder) {
   beaconRoundel = {1, 2, 3, 65535, 65534, 4, 5, 65533, 65532, 6};
@@ -137,15 +134,15 @@ TEST_F(ScratchState, KeepsABeaconInTenFieldsInTheirOrder) {
   EXPECT_EQ(beaconRoundel.PerColorLedCount, 65533);
   EXPECT_EQ(beaconRoundel.TemperatureKelvin, 65532);
   EXPECT_EQ(beaconRoundel.Humidity, 6);
-  EXPECT_TRUE(
-      (kAll<std::uint8_t, decltype(BeaconRoundel::RedDimLevel),
-            decltype(BeaconRoundel::AmberDimLevel), decltype(BeaconRoundel::ErrorFlags),
-            decltype(BeaconRoundel::StatusFlags), decltype(BeaconRoundel::SyncControlStartBit),
-            decltype(BeaconRoundel::Humidity)>));
-  EXPECT_TRUE(
-      (kAll<std::uint16_t, decltype(BeaconRoundel::RedLedErrorCount),
-            decltype(BeaconRoundel::AmberLedErrorCount), decltype(BeaconRoundel::PerColorLedCount),
-            decltype(BeaconRoundel::TemperatureKelvin)>));
+  static_assert(
+      kAll<std::uint8_t, decltype(BeaconRoundel::RedDimLevel),
+           decltype(BeaconRoundel::AmberDimLevel), decltype(BeaconRoundel::ErrorFlags),
+           decltype(BeaconRoundel::StatusFlags), decltype(BeaconRoundel::SyncControlStartBit),
+           decltype(BeaconRoundel::Humidity)>);
+  static_assert(
+      kAll<std::uint16_t, decltype(BeaconRoundel::RedLedErrorCount),
+           decltype(BeaconRoundel::AmberLedErrorCount), decltype(BeaconRoundel::PerColorLedCount),
+           decltype(BeaconRoundel::TemperatureKelvin)>);
 }
 
 TEST_F(ScratchState, KeepsAStagedPointInFiveFieldsInTheirOrder) {
@@ -155,10 +152,10 @@ TEST_F(ScratchState, KeepsAStagedPointInFiveFieldsInTheirOrder) {
   EXPECT_EQ(point.Index, -2);
   EXPECT_EQ(point.State, -3);
   EXPECT_EQ(point.Label, "label");
-  EXPECT_EQ(sizeof point.Present, 1U);
-  EXPECT_EQ(sizeof point.Type, 4U);
-  EXPECT_EQ(sizeof point.Index, 4U);
-  EXPECT_EQ(sizeof point.State, 4U);
+  static_assert(sizeof point.Present == 1);
+  static_assert(sizeof point.Type == 4);
+  static_assert(sizeof point.Index == 4);
+  static_assert(sizeof point.State == 4);
 }
 
 TEST_F(ResetGlobals, ClearsTheNodeCounterAndNothingElse) {

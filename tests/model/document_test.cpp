@@ -73,28 +73,24 @@ TEST(Document, StartsWithItsInitialValues) {
   EXPECT_EQ(status.FurtherWord5, 0U);
 }
 
-TEST(Document, HasItsFieldsInTheirTypes) {
-  EXPECT_TRUE((std::is_same_v<decltype(CStatus::MemoryTotal), std::int64_t>));
-  EXPECT_TRUE((std::is_same_v<decltype(CStatus::MemoryFree), std::int64_t>));
-  EXPECT_TRUE((std::is_same_v<decltype(CStatus::StorageTotal), std::uint64_t>));
-  EXPECT_TRUE((std::is_same_v<decltype(CStatus::StorageFree), std::uint64_t>));
-  EXPECT_TRUE((std::is_same_v<decltype(CStatus::HardwareID1), std::int32_t>));
-  EXPECT_TRUE((std::is_same_v<decltype(CStatus::SerialNumber), std::uint32_t>));
-  EXPECT_TRUE((std::is_same_v<decltype(CStatus::ProductFamily), std::int32_t>));
-  EXPECT_TRUE((std::is_same_v<decltype(CStatus::Uptime), std::string>));
-  EXPECT_TRUE((std::is_same_v<decltype(CStatus::DaylightSaving), bool>));
-}
-
-TEST(Document, HoldsItsSubRecordsByValue) {
-  EXPECT_TRUE((std::is_same_v<decltype(CStatus::Sensors), CSensorList>));
-  EXPECT_TRUE((std::is_same_v<decltype(CStatus::Network), CNetwork>));
-  EXPECT_TRUE((std::is_same_v<decltype(CStatus::DCIO), CDCIO>));
-  EXPECT_TRUE((std::is_same_v<decltype(CStatus::Compositors), CCompositorList>));
-  EXPECT_TRUE((std::is_same_v<decltype(CStatus::Inputs), CInputList>));
-  EXPECT_TRUE((std::is_same_v<decltype(CStatus::Outputs), COutputList>));
-  EXPECT_TRUE((std::is_same_v<decltype(CStatus::SolarInfo), CSolarInfo>));
-  EXPECT_TRUE((std::is_same_v<decltype(CNetwork::DNS), CDNS>));
-}
+// The fields in their types, the sub-records by value.
+static_assert(std::is_same_v<decltype(CStatus::MemoryTotal), std::int64_t>);
+static_assert(std::is_same_v<decltype(CStatus::MemoryFree), std::int64_t>);
+static_assert(std::is_same_v<decltype(CStatus::StorageTotal), std::uint64_t>);
+static_assert(std::is_same_v<decltype(CStatus::StorageFree), std::uint64_t>);
+static_assert(std::is_same_v<decltype(CStatus::HardwareID1), std::int32_t>);
+static_assert(std::is_same_v<decltype(CStatus::SerialNumber), std::uint32_t>);
+static_assert(std::is_same_v<decltype(CStatus::ProductFamily), std::int32_t>);
+static_assert(std::is_same_v<decltype(CStatus::Uptime), std::string>);
+static_assert(std::is_same_v<decltype(CStatus::DaylightSaving), bool>);
+static_assert(std::is_same_v<decltype(CStatus::Sensors), CSensorList>);
+static_assert(std::is_same_v<decltype(CStatus::Network), CNetwork>);
+static_assert(std::is_same_v<decltype(CStatus::DCIO), CDCIO>);
+static_assert(std::is_same_v<decltype(CStatus::Compositors), CCompositorList>);
+static_assert(std::is_same_v<decltype(CStatus::Inputs), CInputList>);
+static_assert(std::is_same_v<decltype(CStatus::Outputs), COutputList>);
+static_assert(std::is_same_v<decltype(CStatus::SolarInfo), CSolarInfo>);
+static_assert(std::is_same_v<decltype(CNetwork::DNS), CDNS>);
 
 // Where members lie in memory is the order in which they are built.
 void ExpectAscending(const std::vector<const void*>& members) {
@@ -148,24 +144,21 @@ TEST(Document, AllocatesNothingButItsTwoLongTexts) {
   status->~CStatus();
 }
 
-TEST(Document, IsAConcreteStatusClass) {
-  EXPECT_TRUE((std::is_base_of_v<CBaseStatus, CStatus>));
-  EXPECT_TRUE(std::is_abstract_v<CBaseStatus>);
-  EXPECT_FALSE(std::is_abstract_v<CStatus>);
-  EXPECT_TRUE(std::has_virtual_destructor_v<CBaseStatus>);
-  EXPECT_FALSE(std::is_copy_constructible_v<CStatus>);
-  for (const bool polymorphic :
-       {std::is_base_of_v<CBaseStatus, CNetwork>, std::is_base_of_v<CBaseStatus, CDNS>,
-        std::is_base_of_v<CBaseStatus, CDCIO>, std::is_base_of_v<CBaseStatus, CSolarInfo>}) {
-    EXPECT_TRUE(polymorphic);
-  }
-}
+// The document is a concrete status class that nobody copies, and so are its records.
+static_assert(std::is_base_of_v<CBaseStatus, CStatus>);
+static_assert(std::is_abstract_v<CBaseStatus>);
+static_assert(!std::is_abstract_v<CStatus>);
+static_assert(std::has_virtual_destructor_v<CBaseStatus>);
+static_assert(!std::is_copy_constructible_v<CStatus>);
+static_assert(std::is_base_of_v<CBaseStatus, CNetwork>);
+static_assert(std::is_base_of_v<CBaseStatus, CDNS>);
+static_assert(std::is_base_of_v<CBaseStatus, CDCIO>);
+static_assert(std::is_base_of_v<CBaseStatus, CSolarInfo>);
 
-TEST(Document, HoldsPointListsThatAreNoStatusClasses) {
-  EXPECT_FALSE((std::is_base_of_v<CBaseStatus, InputListType>));
-  EXPECT_FALSE((std::is_base_of_v<CBaseStatus, OutputListType>));
-  EXPECT_FALSE((std::is_base_of_v<CBaseStatus, IOList>));
-}
+// The point lists are none.
+static_assert(!std::is_base_of_v<CBaseStatus, InputListType>);
+static_assert(!std::is_base_of_v<CBaseStatus, OutputListType>);
+static_assert(!std::is_base_of_v<CBaseStatus, IOList>);
 
 TEST(Document, KeepsTheOrderOfVirtualFunctions) {
   // the destructor takes the slots 0 and 1
@@ -199,6 +192,11 @@ template <class List>
 class OwningList : public testing::Test {
  protected:
   using Element = typename List::Element;
+  static_assert(std::has_virtual_destructor_v<List>);
+  static_assert(std::is_base_of_v<CBaseStatus, Element>);
+  // The position is taken by reference.
+  static_assert(std::is_same_v<decltype(&List::operator[]),
+                               Element* (COwningList<Element>::*)(unsigned int const&) const>);
 
   Element* Make() { return new Counted<Element>(&m_Destroyed); }
 
@@ -210,17 +208,6 @@ using Lists =
     testing::Types<CSensorList, CAddressList, CNetworkDeviceList, CDCIODeviceList, CCompositorList,
                    CInputList, COutputList, CDisplayInterfaceList, CDeviceList, CStatList>;
 TYPED_TEST_SUITE(OwningList, Lists);
-
-TYPED_TEST(OwningList, IsPolymorphic) {
-  EXPECT_TRUE(std::has_virtual_destructor_v<TypeParam>);
-  EXPECT_TRUE((std::is_base_of_v<CBaseStatus, typename TypeParam::Element>));
-}
-
-TYPED_TEST(OwningList, TakesAPositionByReference) {
-  using T = typename TypeParam::Element;
-  using Member = T* (COwningList<T>::*)(unsigned int const&) const;
-  EXPECT_TRUE((std::is_same_v<decltype(&TypeParam::operator[]), Member>));
-}
 
 TYPED_TEST(OwningList, GivesNullAtAndBeyondItsCountAndNeverCreates) {
   for (const unsigned int position : {0U, 1U, 4294967295U}) {
@@ -341,9 +328,9 @@ TEST(Elements, OfTheTtableStartAtZero) {
   EXPECT_EQ(device.Index, 0U);
   EXPECT_EQ(device.Node, 0);
   EXPECT_EQ(device.Value, 0);
-  EXPECT_TRUE((std::is_same_v<decltype(CDevice::Index), std::uint32_t>));
-  EXPECT_TRUE((std::is_same_v<decltype(CDevice::Node), std::int32_t>));
-  EXPECT_TRUE((std::is_same_v<decltype(CDevice::Value), std::int32_t>));
+  static_assert(std::is_same_v<decltype(CDevice::Index), std::uint32_t>);
+  static_assert(std::is_same_v<decltype(CDevice::Node), std::int32_t>);
+  static_assert(std::is_same_v<decltype(CDevice::Value), std::int32_t>);
 }
 
 template <class T>
@@ -383,9 +370,9 @@ TEST(Elements, OfTheSmallListsStartAtZero) {
   EXPECT_EQ(CStat().Number, 0);
   EXPECT_EQ(CStat().First, 0);
   EXPECT_EQ(CStat().Second, 0);
-  EXPECT_TRUE((std::is_same_v<decltype(CStat::First), std::int32_t>));
-  EXPECT_TRUE((std::is_same_v<decltype(CContent::First), std::uint16_t>));
-  EXPECT_TRUE((std::is_same_v<decltype(CContent::Third), std::uint32_t>));
+  static_assert(std::is_same_v<decltype(CStat::First), std::int32_t>);
+  static_assert(std::is_same_v<decltype(CContent::First), std::uint16_t>);
+  static_assert(std::is_same_v<decltype(CContent::Third), std::uint32_t>);
   const CDCIODevice device;
   EXPECT_EQ(device.NumberOfAttributes, 0U);
   EXPECT_EQ(device.State, nullptr);
