@@ -11,12 +11,14 @@
 //
 // Ends with 77 where the system allows no controller in a box.
 //
+// Watched is Cycle with an observer that counts events.
 // Rows, Probe, Xml: what is measured. RowsFloor, ProbeFloor, XmlFloor: the same work's system
 // calls, SQLite steps and libxml2 calls, and nothing else. A cycle on a bare controller is its rows
 // part and a probe that finds nothing, so Rows is Cycle less Probe.
 #include <benchmark/benchmark.h>
 #include <unistd.h>
 
+#include <array>
 #include <cstdint>
 #include <cstdio>
 #include <cstdlib>
@@ -29,6 +31,7 @@
 #include "bench/allocations.h"
 #include "bench/floors.h"
 #include "bench/row_mix.h"
+#include "collector/observer.h"
 #include "collector/status_interface.h"
 #include "host/json.h"
 #include "host/tree.h"
@@ -123,6 +126,11 @@ class Bodies {
   }
 
   void Cycle() { benchmark::DoNotOptimize(m_Collector.QueryDatabase()); }
+  void Watched() {
+    observe::Observer* const before = observe::SetObserver(&m_Counter);
+    Cycle();
+    observe::SetObserver(before);
+  }
   void Probe() { benchmark::DoNotOptimize(m_Probe.UpdateStatus(&m_Status)); }
   void RowsFloor() { benchmark::DoNotOptimize(m_RowsFloor.Run()); }
   void ProbeFloor() { benchmark::DoNotOptimize(bench::ProbeFloor()); }
@@ -135,6 +143,17 @@ class Bodies {
   }
 
  private:
+  class Counter : public observe::Observer {
+   public:
+    void See(const observe::Event& event) override {
+      benchmark::DoNotOptimize(++m_Events[static_cast<std::size_t>(event.Tag)]);
+    }
+
+   private:
+    std::array<std::uint64_t, 32> m_Events{};
+  };
+
+  Counter m_Counter;
   CStatusInterface m_Collector;
   CTolmarHardware m_Probe;
   QtSts::CStatus m_Status;
@@ -147,13 +166,10 @@ constexpr struct {
   const char* Name;
   void (Bodies::*Body)();
 } kBenchmarks[] = {
-    {"Cycle", &Bodies::Cycle},
-    {"Probe", &Bodies::Probe},
-    {"RowsFloor", &Bodies::RowsFloor},
-    {"ProbeFloor", &Bodies::ProbeFloor},
-    {"Xml", &Bodies::Xml},
-    {"XmlFloor", &Bodies::XmlFloor},
-    {"Json", &Bodies::Json},
+    {"Cycle", &Bodies::Cycle},           {"Watched", &Bodies::Watched},
+    {"Probe", &Bodies::Probe},           {"RowsFloor", &Bodies::RowsFloor},
+    {"ProbeFloor", &Bodies::ProbeFloor}, {"Xml", &Bodies::Xml},
+    {"XmlFloor", &Bodies::XmlFloor},     {"Json", &Bodies::Json},
     {"Parse", &Bodies::Parse},
 };
 

@@ -36,6 +36,17 @@ void CopyText(char (&buffer)[kSize], const char* text) {
   buffer[length] = '\0';
 }
 
+// A row as the database gives it; null texts are NULL.
+struct StoredRow {
+  const char* Key;
+  const char* Value;
+  CppSQLite3Query* Query;
+};
+
+std::size_t StoredBytes(void* query, int column) {
+  return static_cast<std::size_t>(static_cast<CppSQLite3Query*>(query)->getFieldBytes(column));
+}
+
 // Merges the rows, which come in byte order, with the table of keys, which stands in byte order:
 // the search for a row's key begins where the previous row's key was found. It deliberately never
 // wraps.
@@ -44,18 +55,42 @@ class Dispatcher {
   explicit Dispatcher(QtSts::CStatus* status) : m_Status(status) {}
 
   // An unknown key is ignored, and so is the handler's result.
-  void Dispatch(char* key, char* value) {
+  void Dispatch(const StoredRow& stored, char* key, char* value) {
+    const std::size_t searched_from = m_Resume;
+    const int entry = Find(key);
+    observe::Tell([&] {
+      observe::RowBegins event;
+      event.Key = stored.Key;
+      event.Value = stored.Value;
+      event.CutKey = key;
+      event.CutValue = value;
+      event.Entry = entry;
+      event.SearchedFrom = static_cast<int>(searched_from);
+      event.Bytes = &StoredBytes;
+      event.Cells = stored.Query;
+      return event;
+    });
+    const int result = entry < 0 ? 0 : status_primary_keys[m_Resume].Handler(m_Status, value, key);
+    observe::Tell([&] {
+      observe::RowEnds event;
+      event.Result = result;
+      return event;
+    });
+  }
+
+ private:
+  // The position in the table; -1 when there is none.
+  int Find(const char* key) {
     for (std::size_t i = m_Resume; i < status_primary_keys.size(); ++i) {
       const std::string& prefix = status_primary_keys[i].Key;
       if (std::strncmp(prefix.c_str(), key, prefix.size()) == 0) {
         m_Resume = i;  // not the one after it: several rows may match one prefix
-        status_primary_keys[i].Handler(m_Status, value, key);
-        return;
+        return static_cast<int>(i);
       }
     }
+    return -1;
   }
 
- private:
   QtSts::CStatus* m_Status;
   std::size_t m_Resume = 0;
 };
@@ -225,9 +260,10 @@ void CStatusInterface::ReadRows(CppSQLite3Query& query) {
   char key[kKeySize];
   char value[kValueSize];
   while (ReadAndClearLastError() == 0 && !query.eof()) {
-    CopyText(key, query.getStringField(0, ""));
-    CopyText(value, query.getStringField(1, ""));
-    dispatcher.Dispatch(key, value);
+    const StoredRow row{query.getStringField(0, nullptr), query.getStringField(1, nullptr), &query};
+    CopyText(key, row.Key == nullptr ? "" : row.Key);
+    CopyText(value, row.Value == nullptr ? "" : row.Value);
+    dispatcher.Dispatch(row, key, value);
     query.nextRow();
     if (query.eof()) {
       query.finalize();

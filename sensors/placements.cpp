@@ -1,22 +1,60 @@
 #include "sensors/placements.h"
 
+#include <algorithm>
 #include <memory>
 #include <utility>
 
 #include "collector/state/scratch.h"
+#include "collector/state/tell.h"
 #include "model/lookup/verify.h"
 #include "sensors/record_builder.h"
 
 namespace {
 
+using observe::Ending;
 using QtSts::CSensorList;
 using sensors::Placement;
 
 bool Has(const CSensorList& list, std::uint32_t number) { return list[number] != nullptr; }
 
-void Add(CSensorList* list, std::unique_ptr<QtSts::CSensor> record) {
-  if (list != nullptr && record != nullptr) {
+// Where sensors go, as the observer is told it.
+struct Target {
+  observe::Place Where;
+  int Interface;  // position of the display interface, -1 for the own buses
+};
+constexpr Target kOwnBus = {observe::Place::kSensors, -1};
+
+// Tells what became of the sensor that the scratch state describes; `record` is null when it was
+// refused, `list` when there is none.
+void TellSensor(const Target& target, Ending ending, const CSensorList* list,
+                const QtSts::CSensor* record = nullptr) {
+  observe::TellRecord(target.Where, ending, [&](observe::Record& event) {
+    event.Interface = target.Interface;
+    event.Number = u32_SensorNumber;
+    event.Type = st_Type;
+    event.Element = record;
+    if (list != nullptr) {
+      event.Position = list->Count() - (record == nullptr ? 0 : 1);
+    }
+  });
+}
+
+// Why the type in the scratch state has no record.
+Ending RefusalOfType() {
+  const auto kinds = sensors::SensorKinds();
+  const bool is_kind = std::ranges::find(kinds, st_Type, &sensors::SensorKind::Code) != kinds.end();
+  return is_kind ? Ending::kNotHere : Ending::kNoKind;
+}
+
+void Add(const Target& target, CSensorList* list, std::unique_ptr<QtSts::CSensor> record) {
+  if (record == nullptr) {
+    if (observe::IsWatched()) {
+      TellSensor(target, RefusalOfType(), list);
+    }
+  } else if (list != nullptr) {
+    const QtSts::CSensor* const added = record.get();
     list->Add(record.release());
+    TellSensor(target, Ending::kCompleted, list, added);
   }
 }
 
@@ -34,8 +72,10 @@ CSensorList* SensorsBehind(QtSts::CStatus* status, int position) {
 }  // namespace
 
 int Status_VerifySensor(QtSts::CStatus* status) {
-  if (!Has(status->Sensors, u32_SensorNumber)) {
-    Add(&status->Sensors, sensors::BuildRecord(Placement::kOwnBus));
+  if (Has(status->Sensors, u32_SensorNumber)) {
+    TellSensor(kOwnBus, Ending::kPositionTaken, &status->Sensors);
+  } else {
+    Add(kOwnBus, &status->Sensors, sensors::BuildRecord(Placement::kOwnBus));
   }
   return 0;
 }
@@ -43,11 +83,16 @@ int Status_VerifySensor(QtSts::CStatus* status) {
 int Status_VerifyDisplayInterfaceSensor(QtSts::CStatus* status, AttachmentType attachment) {
   Status_VerifyOutput(status, 0);
   const int position = Status_VerifyDisplayInterface(status, 0, attachment);
+  const Target target = {observe::Place::kInterfaceSensors, position};
   const CSensorList* const list = SensorsBehind(status, position);
-  if (list != nullptr && !Has(*list, u32_SensorNumber)) {
+  if (list == nullptr) {
+    TellSensor(target, Ending::kNoPlace, nullptr);
+  } else if (Has(*list, u32_SensorNumber)) {
+    TellSensor(target, Ending::kPositionTaken, list);
+  } else {
     auto record = sensors::BuildRecord(Placement::kBehindInterface);
     // Deliberately looked up once more, behind the building: nothing is kept across it.
-    Add(SensorsBehind(status, position), std::move(record));
+    Add(target, SensorsBehind(status, position), std::move(record));
   }
   return 0;
 }

@@ -3,9 +3,12 @@
 #include <memory>
 
 #include "collector/state/scratch.h"
+#include "collector/state/tell.h"
 
 namespace {
 
+using observe::PointFate;
+using observe::PointPlace;
 using QtSts::BaseInputType;
 using QtSts::BaseOutputType;
 using QtSts::IOList;
@@ -48,27 +51,55 @@ constexpr std::unique_ptr<BaseOutputType> (*kOutputs[])() = {
 
 constexpr std::int32_t kActive = 1;  // any other state is inactive
 
-// Makes the point of `entry` and offers it to `list`. A refused point is deliberately dropped,
-// neither kept nor deleted: tests/lsan.supp names this function for it.
+// Makes the point of `entry` and offers it to `list`; null when that refuses it. A refused point is
+// deliberately dropped, neither kept nor deleted: tests/lsan.supp names this function for it.
 template <class Point>
-void OfferPoint(std::unique_ptr<Point> (*make)(), const DcioPoint& entry, IOList* list) {
+const Point* OfferPoint(std::unique_ptr<Point> (*make)(), const DcioPoint& entry, IOList* list) {
   std::unique_ptr<Point> point = make();
   point->Set(entry.State == kActive);
   point->Index = entry.Index;
   point->Label = entry.Label;
-  list->Add(point.get());
-  static_cast<void>(point.release());
+  const bool taken = list->Add(point.get());
+  const Point* const offered = point.release();
+  return taken ? offered : nullptr;
+}
+
+bool IsEmpty(const DcioPoint& entry) {
+  return entry.Present == 0 && entry.Type == 0 && entry.Index == 0 && entry.State == 0 &&
+         entry.Label.empty();
+}
+
+void TellPoint(PointPlace where, std::size_t number, const DcioPoint& entry, PointFate fate,
+               const QtSts::CBaseStatus* element = nullptr) {
+  observe::Tell([&] {
+    observe::Point event;
+    event.What = fate;
+    event.Where = where;
+    event.Entry = static_cast<unsigned int>(number);
+    event.Type = entry.Type;
+    event.Index = entry.Index;
+    event.Element = element;
+    return event;
+  });
 }
 
 template <class Point, std::size_t kCodes, std::size_t kEntries>
-void Populate(std::unique_ptr<Point> (*const (&makers)[kCodes])(),
+void Populate(std::unique_ptr<Point> (*const (&makers)[kCodes])(), PointPlace where,
               std::array<DcioPoint, kEntries>* staged, IOList* list) {
-  for (DcioPoint& entry : *staged) {
+  for (std::size_t number = 0; number < kEntries; ++number) {
+    DcioPoint& entry = (*staged)[number];
     if (entry.Present == 0) {
+      if (observe::IsWatched() && !IsEmpty(entry)) {
+        TellPoint(where, number, entry, PointFate::kLeft);
+      }
       continue;
     }
     if (entry.Type < kCodes && makers[entry.Type] != nullptr) {
-      OfferPoint(makers[entry.Type], entry, list);
+      const Point* const point = OfferPoint(makers[entry.Type], entry, list);
+      TellPoint(where, number, entry, point == nullptr ? PointFate::kRefused : PointFate::kTaken,
+                point);
+    } else {
+      TellPoint(where, number, entry, PointFate::kNoClass);
     }
     entry = DcioPoint();
   }
@@ -76,6 +107,10 @@ void Populate(std::unique_ptr<Point> (*const (&makers)[kCodes])(),
 
 }  // namespace
 
-void PopulateInputs(QtSts::CCANDcio* board) { Populate(kInputs, &dcioInputs, &board->Points); }
+void PopulateInputs(QtSts::CCANDcio* board) {
+  Populate(kInputs, PointPlace::kInput, &dcioInputs, &board->Points);
+}
 
-void PopulateOutputs(QtSts::CCANDcio* board) { Populate(kOutputs, &dcioOutputs, &board->Points); }
+void PopulateOutputs(QtSts::CCANDcio* board) {
+  Populate(kOutputs, PointPlace::kOutput, &dcioOutputs, &board->Points);
+}

@@ -51,6 +51,18 @@ inline bool TellLabel(const char* label, bool found) {
   return found;
 }
 
+// Tells of an element that its last row completes, or that is refused.
+template <class Make>
+inline void TellRecord(Place place, Ending ending, Make fill) {
+  Tell([&] {
+    Record event;
+    event.What = ending;
+    event.Where = place;
+    fill(event);
+    return event;
+  });
+}
+
 // Makes `call`, which returns a negative number and sets errno when it fails, and tells what is
 // asked before it and what came of it afterwards. `fill` sets what belongs to the call in its
 // answer. errno is as the call left it.

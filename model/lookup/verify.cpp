@@ -4,9 +4,11 @@
 #include <memory>
 
 #include "collector/state/scratch.h"
+#include "collector/state/tell.h"
 
 namespace {
 
+using observe::Ending;
 using QtSts::CDCIODevice;
 using QtSts::CDisplayInterface;
 using QtSts::CInput;
@@ -86,6 +88,38 @@ std::unique_ptr<CDisplayInterface> MakeDisplayInterface(AttachmentType type) {
   return made;
 }
 
+// Tells what became of the DCIO device that the scratch state describes; `device` is null when it
+// was refused.
+void TellDcio(const CStatus& status, Ending ending, const CDCIODevice* device = nullptr,
+              bool took_state = false) {
+  observe::TellRecord(observe::Place::kDcioDevices, ending, [&](observe::Record& event) {
+    // Those of the state are the last.
+    static constexpr const void* kTaken[] = {&u32_DCIO_NumAttr, &u32_DCIO_Address, &u32_DCIO_State,
+                                             &u32_DCIO_ErrCntr};
+    event.Number = u32_DCIO_SensorNumber;
+    event.Type = st_DCIO_Type;
+    event.Element = device;
+    event.Position = status.DCIO.Devices.Count() - (device == nullptr ? 0 : 1);
+    if (device != nullptr) {
+      event.Taken = std::span(kTaken).first(took_state ? 4 : 2);
+    }
+  });
+}
+
+void TellDisplayInterface(Ending ending, AttachmentType type, unsigned int position,
+                          const CDisplayInterface* element) {
+  observe::TellRecord(observe::Place::kDisplayInterfaces, ending, [&](observe::Record& event) {
+    static constexpr const void* kTaken[] = {&u32_DispInterfaceNumAttribute,
+                                             &u16_DispInterfaceAddress};
+    event.Number = u32_DispInterfaceNumAttribute;
+    event.Type = type;
+    event.Position = position;
+    event.Element = element;
+    // The number alone finds an interface.
+    event.Taken = std::span(kTaken).first(ending == Ending::kCompleted ? 2 : 1);
+  });
+}
+
 }  // namespace
 
 int Status_VerifyCompositor(CStatus* status, int position) {
@@ -134,8 +168,12 @@ int Status_VerifyOutputStats(CStatus* status, int output, int stat) {
 
 int Status_VerifyDCIO(CStatus* status) {
   // Deliberately positional: no device stores its number, so unpadded numbers lose devices.
-  if (status->DCIO.Devices[u32_DCIO_SensorNumber] != nullptr ||
-      st_DCIO_Type >= std::size(kDcioKinds)) {
+  if (status->DCIO.Devices[u32_DCIO_SensorNumber] != nullptr) {
+    TellDcio(*status, Ending::kPositionTaken);
+    return 0;
+  }
+  if (st_DCIO_Type >= std::size(kDcioKinds)) {
+    TellDcio(*status, Ending::kNoKind);
     return 0;
   }
   const DcioKind& kind = kDcioKinds[st_DCIO_Type];
@@ -147,7 +185,9 @@ int Status_VerifyDCIO(CStatus* status) {
     device->ErrorCounter = std::make_unique<std::uint32_t>(u32_DCIO_ErrCntr);
   }
   device->Address = std::make_unique<std::uint32_t>(u32_DCIO_Address);
+  const CDCIODevice* const added = device.get();
   status->DCIO.Devices.Add(device.release());
+  TellDcio(*status, Ending::kCompleted, added, kind.ReportsState);
   return 0;
 }
 
@@ -161,10 +201,14 @@ int Status_VerifyDisplayInterface(CStatus* status, int output, AttachmentType ty
       FindPosition(owner->DisplayInterfaces, [](const CDisplayInterface& candidate) {
         return candidate.NumberOfAttributes == u32_DispInterfaceNumAttribute;
       });
-  if (owner->DisplayInterfaces[position] == nullptr) {
-    if (std::unique_ptr<CDisplayInterface> made = MakeDisplayInterface(type)) {
-      owner->DisplayInterfaces.Add(made.release());
-    }
+  if (const CDisplayInterface* const found = owner->DisplayInterfaces[position]) {
+    TellDisplayInterface(Ending::kFound, type, position, found);
+  } else if (std::unique_ptr<CDisplayInterface> made = MakeDisplayInterface(type)) {
+    const CDisplayInterface* const added = made.get();
+    owner->DisplayInterfaces.Add(made.release());
+    TellDisplayInterface(Ending::kCompleted, type, position, added);
+  } else {
+    TellDisplayInterface(Ending::kNoKind, type, position, nullptr);
   }
   return static_cast<int>(position);
 }

@@ -131,7 +131,7 @@ void Write(std::ostream& out, const RowBegins& event) {
   out << "row " << event.Entry << " " << Quoted(event.Key) << "=" << Quoted(event.Value);
 }
 
-void Write(std::ostream& out, const RowEnds& event) { out << "row ends " << event.Result; }
+void Write(std::ostream& out, const RowEnds& event) { out << "ends row " << event.Result; }
 
 void Write(std::ostream& out, const Stores& event) {
   out << "stores " << event.Attribute << " \"" << Quoted(event.Text)
