@@ -199,7 +199,11 @@ void Refresh(Connection& connection) {
   if (moved != 0) {
     throw CppSQLite3Exception(SQLITE_CANTOPEN, "database file was deleted or replaced");
   }
-  std::string const name = sqlite3_db_filename(connection.file, "main");
+  char const* const filename = sqlite3_db_filename(connection.file, "main");
+  if (filename == nullptr || *filename == '\0') {
+    return;  // in memory
+  }
+  std::string const name = filename;
   PrepareCompanions(name, HoldsLock(connection.file));
   connection.db = connection.file;
   if (!MayMake(name) && !HoldsLock(connection.file)) {

@@ -242,3 +242,12 @@ TEST_F(DatabaseCopy, FileThatIsNoDatabaseOrBrokenFailsAsItDoesOtherwise) {
     close(repaired);
   }
 }
+
+TEST_F(DatabaseCopy, DatabaseInMemoryNeedsNoFiles) {
+  CSQLdatabase memory;
+  EXPECT_LT(Seconds([&] {
+              memory.m_DB.open(":memory:", 1);
+              EXPECT_EQ(Setting(memory, "SELECT 'row'"), "row");
+            }),
+            1.5);
+}
