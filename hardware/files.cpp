@@ -4,12 +4,13 @@
 #include <cerrno>
 #include <utility>
 
+#include "hardware/open_file.h"
 #include "hardware/system_calls.h"
 
 namespace hardware {
 
-TextFile::TextFile(const char* path, Access mode)
-    : m_Path(path), m_Descriptor(calls::Open(path, static_cast<int>(mode))) {
+TextFile::TextFile(const char* path, Access mode, Links links)
+    : m_Path(path), m_Descriptor(OpenFile(path, mode, links)) {
   struct stat status;
   if (IsOpen() && calls::FileStatus(m_Descriptor.Number(), m_Path, &status) == 0) {
     m_Readable = S_ISREG(status.st_mode);
@@ -33,7 +34,7 @@ std::size_t TextFile::Read(char* bytes, std::size_t limit) {
 }
 
 std::optional<std::string> ReadText(const TextSource& source) {
-  TextFile file(source.Path, source.Mode);
+  TextFile file(source.Path, source.Mode, source.Followed);
   if (!file.IsOpen()) {
     return std::nullopt;
   }
@@ -64,7 +65,7 @@ void WholeText::Grow(std::size_t capacity) {
 }
 
 std::optional<WholeText> ReadWhole(const char* path, Access mode) {
-  TextFile file(path, mode);
+  TextFile file(path, mode, Links::kAnyones);
   if (!file.IsOpen()) {
     return std::nullopt;
   }

@@ -19,7 +19,7 @@ namespace hardware {
 class TextFile {
  public:
   // `path` stays the caller's, for as long as this lives.
-  TextFile(const char* path, Access mode);
+  TextFile(const char* path, Access mode, Links links);
 
   bool IsOpen() const { return m_Descriptor.IsOpen(); }
 

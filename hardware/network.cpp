@@ -162,7 +162,8 @@ int CTolmarHardware::CheckHardwareLink(char const* interface) {
 
 int CTolmarHardware::NetworkLinkTransitionCount(char const* interface) {
   const std::string path = paths::Transitions(interface);
-  const auto transitions = ReadText({path.c_str(), Access::kRead, paths::kTransitionsLimit});
+  const auto transitions =
+      ReadText({path.c_str(), Access::kRead, paths::kTransitionsLimit, hardware::Links::kTrusted});
   if (!transitions) {
     return -1;
   }

@@ -17,11 +17,20 @@ enum class Access : int {
   kReadWrite = O_RDWR | O_CLOEXEC | O_NOCTTY,
 };
 
+// Which symbolic links lead to a file.
+enum class Links {
+  kAnyones,
+  // From the folder that holds the file on, only those of root and of the effective user: not
+  // everyone who may write there may read what the collector may.
+  kTrusted,
+};
+
 // A text of which one read of at most Limit bytes is enough; what lies behind is not seen.
 struct TextSource {
   const char* Path;
   Access Mode;
   std::size_t Limit;  // bytes
+  Links Followed = Links::kAnyones;
 };
 
 namespace paths {
@@ -46,8 +55,9 @@ inline constexpr TextSource kVideoMux{"/proc/driver/video_mux/registers", Access
 inline constexpr char kWatchdogEvent[] = "/var/run/wd_event";
 
 // Identity and versions.
-inline constexpr TextSource kUuid{"/home/Zet/.settings/uuid", Access::kRead, 128};
-inline constexpr TextSource kSerial{"/home/Zet/.settings/serial#", Access::kRead, 16};
+inline constexpr TextSource kUuid{"/home/Zet/.settings/uuid", Access::kRead, 128, Links::kTrusted};
+inline constexpr TextSource kSerial{"/home/Zet/.settings/serial#", Access::kRead, 16,
+                                    Links::kTrusted};
 inline constexpr char kPackages[] = "/var/lib/dpkg/status";
 
 // Resources.

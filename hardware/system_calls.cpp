@@ -41,6 +41,12 @@ int Open(const char* path, int flags) {
   return Ask(question, [&] { return open(path, flags); });
 }
 
+int OpenIn(int folder, const char* path, int flags) {
+  Asks question = About(Call::kOpen, path, folder);
+  question.Number = static_cast<unsigned long>(flags);
+  return Ask(question, [&] { return openat(folder, std::strrchr(path, '/') + 1, flags); });
+}
+
 ssize_t Read(int descriptor, const char* path, std::uint64_t offset, char* bytes,
              std::size_t limit) {
   Asks question = About(Call::kRead, path, descriptor);
@@ -63,6 +69,16 @@ int PathStatus(const char* path, struct stat* status) {
   return Ask(
       About(Call::kPathStatus, path), [&] { return stat(path, status); },
       [&](int result, Answers& answer) { answer.Status = result == 0 ? status : nullptr; });
+}
+
+ssize_t LinkTarget(int descriptor, const char* path, char* target, std::size_t limit) {
+  Asks question = About(Call::kLinkTarget, path, descriptor);
+  question.Limit = limit;
+  return Ask(
+      question, [&] { return readlinkat(descriptor, "", target, limit); },
+      [&](ssize_t length, Answers& answer) {
+        answer.Bytes = {target, length > 0 ? static_cast<std::size_t>(length) : 0};
+      });
 }
 
 int Request(int descriptor, const char* path, unsigned long request) {

@@ -18,6 +18,9 @@ namespace hardware::calls {
 
 int Open(const char* path, int flags);
 
+// openat: opens the last name of `path` in `folder`, which the names before it have led to.
+int OpenIn(int folder, const char* path, int flags);
+
 // `offset`: how much of `path` was read through this descriptor before.
 ssize_t Read(int descriptor, const char* path, std::uint64_t offset, char* bytes,
              std::size_t limit);
@@ -25,6 +28,9 @@ ssize_t Read(int descriptor, const char* path, std::uint64_t offset, char* bytes
 // fstat and stat.
 int FileStatus(int descriptor, const char* path, struct stat* status);
 int PathStatus(const char* path, struct stat* status);
+
+// readlinkat: where the link leads that was opened as a place.
+ssize_t LinkTarget(int descriptor, const char* path, char* target, std::size_t limit);
 
 // ioctl without an argument.
 int Request(int descriptor, const char* path, unsigned long request);

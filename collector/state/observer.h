@@ -117,7 +117,7 @@ enum class Call : std::uint32_t {
   kRead,             // read
   kFileStatus,       // fstat
   kPathStatus,       // stat
-  kLinkTarget,       // readlinkat
+  kLinkTarget,       // readlinkat of a link that was opened with O_PATH
   kRequest,          // ioctl of a device node, without an argument
   kStorage,          // statfs
   kSystem,           // sysinfo
@@ -133,11 +133,13 @@ enum class Call : std::uint32_t {
 // Told before a source is asked: the last one names a source that hangs.
 struct Asks : EventOf<Kind::kAsks> {
   Call What = Call::kOpen;
-  const char* Source = "";            // path or interface; "" where there is none
-  int Descriptor = -1;                // of what is asked, -1 where there is none
+  const char* Source = "";  // path or interface; "" where there is none
+  // Of what is asked, -1 where there is none. kOpen: the folder in which Source's last name is
+  // opened, when the names before it were opened one by one.
+  int Descriptor = -1;
   unsigned long Number = 0;           // kOpen: flags; kRequest: the request
   std::uint64_t Offset = 0;           // kRead: bytes read from this descriptor before
-  std::size_t Limit = 0;              // kRead: bytes at most
+  std::size_t Limit = 0;              // kRead, kLinkTarget: bytes at most
   const sockaddr* Address = nullptr;  // kHostText: may be null, as the interface list has it
   std::size_t AddressBytes = 0;       // kHostText
 };
@@ -145,10 +147,10 @@ struct Asks : EventOf<Kind::kAsks> {
 // What came of it. Only the members that belong to the call are set.
 struct Answers : EventOf<Kind::kAnswers> {
   const Asks* Question = nullptr;
-  long long Result = 0;                 // what the call returned
-  int Error = 0;                        // errno when the call failed, else 0
-  std::string_view Bytes;               // kRead; kHardwareAddress: six bytes; kHostText: the text
-  const struct stat* Status = nullptr;  // kFileStatus, kPathStatus
+  long long Result = 0;    // what the call returned
+  int Error = 0;           // errno when the call failed, else 0
+  std::string_view Bytes;  // kRead, kLinkTarget; kHardwareAddress: six bytes; kHostText: the text
+  const struct stat* Status = nullptr;         // kFileStatus, kPathStatus
   const struct statfs* Storage = nullptr;      // kStorage
   const struct sysinfo* System = nullptr;      // kSystem
   const struct ifaddrs* Interfaces = nullptr;  // kInterfaces: the whole list, its first entry

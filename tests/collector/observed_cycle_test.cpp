@@ -89,7 +89,11 @@ TEST_F(ObservedCycle, NamesItsDocument) {
 
 TEST_F(ObservedCycle, AsksAFileAndIsAnsweredItsBytes) {
   EXPECT_THAT(LinesOf(Bare().File("/home/Zet/.settings/uuid", "abc\n"), "GUID"),
-              ElementsAre("probe GUID", StartsWith("asks open /home/Zet/.settings/uuid, 0x"),
+              ElementsAre("probe GUID", StartsWith("asks open /home/Zet/, 0x"),
+                          MatchesRegex("answers open /home/Zet/: [0-9]+"),
+                          StartsWith("asks open /home/Zet/.settings, 0x"),
+                          MatchesRegex("answers open /home/Zet/.settings: [0-9]+"),
+                          StartsWith("asks open /home/Zet/.settings/uuid, 0x"),
                           MatchesRegex("answers open /home/Zet/.settings/uuid: [0-9]+"),
                           "asks file status /home/Zet/.settings/uuid",
                           "answers file status /home/Zet/.settings/uuid: 0, regular 644 of 0",
@@ -98,9 +102,28 @@ TEST_F(ObservedCycle, AsksAFileAndIsAnsweredItsBytes) {
 }
 
 TEST_F(ObservedCycle, IsToldWhyAFileIsMissing) {
+  EXPECT_THAT(LinesOf(Bare().Folder("/home/Zet/.settings"), "GUID").back(),
+              "answers open /home/Zet/.settings/uuid: -1, No such file or directory");
   EXPECT_THAT(LinesOf(Bare(), "GUID"),
-              ElementsAre("probe GUID", StartsWith("asks open /home/Zet/.settings/uuid, 0x"),
-                          "answers open /home/Zet/.settings/uuid: -1, No such file or directory"));
+              ElementsAre("probe GUID", StartsWith("asks open /home/Zet/, 0x"),
+                          "answers open /home/Zet/: -1, No such file or directory"));
+}
+
+TEST_F(ObservedCycle, FollowsALinkWithEachNameInItsFolder) {
+  const std::string folder = "/home/Zet/.settings/";
+  const Scenario scenario = Bare().File("/home/Zet/uuid", "abc").Link(folder + "uuid", "../uuid");
+  std::vector<std::string> lines = LinesOf(scenario, "GUID");
+  std::erase_if(lines, [](const std::string& line) { return !line.starts_with("answers "); });
+  EXPECT_THAT(lines, ElementsAre(StartsWith("answers open /home/Zet/: "),
+                                 StartsWith("answers open /home/Zet/.settings: "),
+                                 StartsWith("answers open " + folder + "uuid: -1, "),
+                                 StartsWith("answers open " + folder + "uuid: "),
+                                 StartsWith("answers file status " + folder + "uuid: 0, "),
+                                 "answers link target " + folder + "uuid: 7, \"../uuid\"",
+                                 StartsWith("answers open " + folder + "..: "),
+                                 StartsWith("answers open " + folder + "../uuid: "),
+                                 StartsWith("answers file status " + folder + "uuid: 0, "),
+                                 StartsWith("answers read " + folder + "uuid: 3, ")));
 }
 
 TEST_F(ObservedCycle, IsToldWhatIsNoFile) {

@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <climits>
 #include <cstdarg>
 #include <cstdint>
 #include <utility>
@@ -38,6 +39,23 @@ Function* Real(const char* name) {
   return reinterpret_cast<Function*>(dlsym(RTLD_NEXT, name));
 }
 
+// Whether a test refuses this open. A place that is only walked through is not a file that is
+// opened.
+bool Refused(const std::string& path, int flags) {
+  if (g_opens == nullptr || (flags & O_PATH) != 0 || g_opens->Admit(path, flags)) {
+    return false;
+  }
+  errno = EACCES;
+  return true;
+}
+
+std::string PathOf(int folder) {
+  char path[PATH_MAX];
+  const std::string link = "/proc/self/fd/" + std::to_string(folder);
+  const ssize_t length = readlink(link.c_str(), path, sizeof path);
+  return {path, length > 0 ? static_cast<std::size_t>(length) : 0};
+}
+
 }  // namespace
 
 Opens::Opens() { g_opens = this; }
@@ -57,10 +75,10 @@ std::vector<std::string> Opens::Paths() const {
   return paths;
 }
 
-bool Opens::Admit(const char* path, int flags) {
+bool Opens::Admit(const std::string& path, int flags) {
   m_Files.push_back({path, flags});
   const auto times = std::count_if(m_Files.begin(), m_Files.end(),
-                                   [path](const File& file) { return file.Path == path; });
+                                   [&path](const File& file) { return file.Path == path; });
   return path != m_RefusedPath || times < m_RefusedFrom;
 }
 
@@ -93,6 +111,7 @@ StorageEdit::~StorageEdit() { g_edit_storage = nullptr; }
 extern "C" {
 
 __attribute__((visibility("default"))) int open(const char* path, int flags, ...) {
+  static const auto real = Real<int(const char*, int, ...)>("open");
   mode_t mode = 0;
   if ((flags & O_CREAT) != 0) {
     va_list arguments;
@@ -100,12 +119,13 @@ __attribute__((visibility("default"))) int open(const char* path, int flags, ...
     mode = va_arg(arguments, mode_t);
     va_end(arguments);
   }
-  if (g_opens != nullptr && !g_opens->Admit(path, flags)) {
-    errno = EACCES;
-    return -1;
-  }
-  static const auto real = Real<int(const char*, int, ...)>("open");
-  return real(path, flags, mode);
+  return Refused(path, flags) ? -1 : real(path, flags, mode);
+}
+
+// Without a mode: the libraries create no files.
+__attribute__((visibility("default"))) int openat(int folder, const char* name, int flags, ...) {
+  static const auto real = Real<int(int, const char*, int, ...)>("openat");
+  return Refused(PathOf(folder) + "/" + name, flags) ? -1 : real(folder, name, flags);
 }
 
 __attribute__((visibility("default"))) ssize_t read(int file, void* bytes, std::size_t count) {

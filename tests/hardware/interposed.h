@@ -31,7 +31,7 @@ class Opens {
   const std::vector<File>& Files() const { return m_Files; }
 
   // Records the file; false when it is to be refused.
-  bool Admit(const char* path, int flags);
+  bool Admit(const std::string& path, int flags);
 
  private:
   std::vector<File> m_Files;

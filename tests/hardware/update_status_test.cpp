@@ -72,6 +72,7 @@ TEST_F(UpdateStatus, KeepsTheDocumentItWasGiven) {
 }
 
 TEST_F(UpdateStatus, SucceedsOnABareMachine) {
+  Scenario().Folder("/home/Zet/.settings").Apply();
   const Opens opens;
   EXPECT_EQ(Update(), 0);
   EXPECT_EQ(m_Status.Compositors.Count(), 0U);

@@ -52,6 +52,8 @@ sandbox::Scenario BusyController() {
                 sandbox::ReadFile(
                     sandbox::SourcePath("scenarios/demo/root/proc/driver/frame_control/registers")))
       .File("/var/run/wd_event", "")
+      .File("/home/Zet/uuid", "behind a link\n")
+      .Link("/home/Zet/.settings/uuid", "../uuid")
       .Row("ErrorFlags", sandbox::Blob("0x1234"))
       .Row("TtableContract", nullptr)
       .Row("MdlsAmbientFailure", "1");

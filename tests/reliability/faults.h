@@ -14,14 +14,14 @@ namespace faults {
 
 enum class Call {
   kMemory,  // malloc, calloc, realloc, operator new: no memory
-  kOpen,    // open: EMFILE
+  kOpen,    // open, openat: EMFILE
   kRead,    // read, pread: EIO
   kWrite,   // pwrite, ftruncate: ENOSPC
   kIoctl,   // ioctl: -1 with EIO, which is also how a driver says "not available"
   kSocket,
   kGetifaddrs,
   kGetnameinfo,
-  kFileStatus,    // stat, lstat, fstat
+  kFileStatus,    // stat, lstat, fstat, readlinkat
   kSystemStatus,  // statfs, sysinfo
   kSqlOpen,       // sqlite3_open_v2
   kSqlSet,        // sqlite3_db_config, sqlite3_busy_timeout, sqlite3_exec, sqlite3_file_control

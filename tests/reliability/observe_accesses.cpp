@@ -10,6 +10,12 @@ namespace {
 
 using observe::Call;
 
+// As openat gets it.
+std::string NameOpened(const observe::Asks& question) {
+  const std::string path = question.Source;
+  return question.Descriptor == -1 ? path : path.substr(path.rfind('/') + 1);
+}
+
 class AccessLog : public observe::Observer {
  public:
   explicit AccessLog(const char* file) : m_File(file) {}
@@ -24,7 +30,7 @@ class AccessLog : public observe::Observer {
   void Write(const observe::Asks& question, long long result) {
     switch (question.What) {
       case Call::kOpen:
-        m_Lines += "open " + std::string(question.Source);
+        m_Lines += "open " + NameOpened(question);
         break;
       case Call::kRead:
         m_Lines += "read " + std::to_string(question.Descriptor);

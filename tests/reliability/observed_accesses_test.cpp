@@ -34,7 +34,7 @@ std::string AccessOf(const std::string& call) {
   if (name == "newfstatat") {
     return "status " + (path.empty() ? first : path) + result;
   }
-  if (name == "close") {
+  if (name == "close" || name == "geteuid") {
     return "";
   }
   static const std::map<std::string, std::string> kNames = {{"read", "read "},

@@ -1,0 +1,89 @@
+#include "hardware/open_file.h"
+
+#include <unistd.h>
+
+#include <cerrno>
+#include <climits>
+#include <optional>
+#include <utility>
+
+#include "hardware/descriptor.h"
+#include "hardware/system_calls.h"
+
+namespace hardware {
+namespace {
+
+constexpr int kMostLinks = 40;  // as many as the kernel follows on one path
+constexpr int kPlace = O_PATH | O_CLOEXEC;
+
+// Where the link leads that is the last name of `path`, in `folder`; nothing when it is no link or
+// not to be trusted.
+std::optional<std::string> TrustedTarget(const Descriptor& folder, const char* path) {
+  const Descriptor link(calls::OpenIn(folder.Number(), path, kPlace | O_NOFOLLOW));
+  struct stat status;
+  if (!link.IsOpen() || calls::FileStatus(link.Number(), path, &status) != 0 ||
+      !S_ISLNK(status.st_mode) || (status.st_uid != 0 && status.st_uid != geteuid())) {
+    return std::nullopt;
+  }
+  char target[PATH_MAX];
+  const ssize_t length = calls::LinkTarget(link.Number(), path, target, sizeof target);
+  if (length <= 0) {
+    return std::nullopt;
+  }
+  return std::string(target, static_cast<std::size_t>(length));
+}
+
+// Takes the first name off `path`; "." where a slash stands before it or behind the last.
+std::string TakeName(std::string* path) {
+  const std::size_t slash = path->find('/');
+  std::string name = path->substr(0, slash);
+  path->erase(0, slash == std::string::npos ? slash : slash + 1);
+  return name.empty() ? "." : name;
+}
+
+// Walks `path` from the folder `above`, whose name ends with a slash, name by name, so that nobody
+// can swap a link in after it was looked at.
+int OpenByTrustedLinks(std::string above, std::string path, int flags) {
+  Descriptor folder(calls::Open(above.c_str(), kPlace | O_DIRECTORY));
+  for (int links = 0; links <= kMostLinks && folder.IsOpen();) {
+    const bool last = path.find('/') == std::string::npos;
+    const std::string place = above + TakeName(&path);
+    Descriptor found(calls::OpenIn(folder.Number(), place.c_str(),
+                                   O_NOFOLLOW | (last ? flags : kPlace | O_DIRECTORY)));
+    if (found.IsOpen()) {
+      if (last) {
+        return found.Release();
+      }
+      folder = std::move(found);
+      above = place + '/';
+      continue;
+    }
+    if (errno != ELOOP && errno != ENOTDIR) {
+      return -1;
+    }
+    auto target = TrustedTarget(folder, place.c_str());
+    if (!target) {
+      return -1;
+    }
+    if (target->starts_with('/')) {
+      above = "/";
+      folder = Descriptor(calls::Open(above.c_str(), kPlace | O_DIRECTORY));
+    }
+    path = target->append(last ? "" : "/").append(path);
+    ++links;
+  }
+  return -1;
+}
+
+}  // namespace
+
+int OpenFile(const std::string& path, Access mode, Links links) {
+  const int flags = static_cast<int>(mode);
+  if (links == Links::kAnyones) {
+    return calls::Open(path.c_str(), flags);
+  }
+  const std::size_t folder = path.rfind('/', path.rfind('/') - 1) + 1;  // where its name begins
+  return OpenByTrustedLinks(path.substr(0, folder), path.substr(folder), flags);
+}
+
+}  // namespace hardware
