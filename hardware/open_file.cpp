@@ -16,6 +16,35 @@ namespace {
 constexpr int kMostLinks = 40;  // as many as the kernel follows on one path
 constexpr int kPlace = O_PATH | O_CLOEXEC;
 
+constexpr int kNoFolder = -1;
+
+int Open(int folder, const char* path, int flags) {
+  return folder == kNoFolder ? calls::Open(path, flags) : calls::OpenIn(folder, path, flags);
+}
+
+// Opens `path`, in `folder` unless that is kNoFolder, even when another process holds a write lease
+// on it. Such a file refuses to be opened without waiting; what was seen to be a regular file may
+// be waited for, since the kernel ends the lease after /proc/sys/fs/lease-break-time.
+int OpenLeased(int folder, const char* path, int flags) {
+  const int file = Open(folder, path, flags);
+  if (file >= 0 || errno != EWOULDBLOCK) {
+    return file;
+  }
+  const Descriptor place(Open(folder, path, kPlace | (flags & O_NOFOLLOW)));
+  struct stat status;
+  if (!place.IsOpen() || calls::FileStatus(place.Number(), path, &status) != 0 ||
+      !S_ISREG(status.st_mode)) {
+    return -1;
+  }
+  // The file that was looked at, whatever stands in its place by now.
+  const std::string same = "/proc/thread-self/fd/" + std::to_string(place.Number());
+  int waited;
+  do {
+    waited = calls::Open(same.c_str(), flags & ~(O_NONBLOCK | O_NOFOLLOW));
+  } while (waited == -1 && errno == EINTR);
+  return waited;
+}
+
 // Where the link leads that is the last name of `path`, in `folder`; nothing when it is no link or
 // not to be trusted.
 std::optional<std::string> TrustedTarget(const Descriptor& folder, const char* path) {
@@ -48,8 +77,8 @@ int OpenByTrustedLinks(std::string above, std::string path, int flags) {
   for (int links = 0; links <= kMostLinks && folder.IsOpen();) {
     const bool last = path.find('/') == std::string::npos;
     const std::string place = above + TakeName(&path);
-    Descriptor found(calls::OpenIn(folder.Number(), place.c_str(),
-                                   O_NOFOLLOW | (last ? flags : kPlace | O_DIRECTORY)));
+    Descriptor found(OpenLeased(folder.Number(), place.c_str(),
+                                O_NOFOLLOW | (last ? flags : kPlace | O_DIRECTORY)));
     if (found.IsOpen()) {
       if (last) {
         return found.Release();
@@ -80,7 +109,7 @@ int OpenByTrustedLinks(std::string above, std::string path, int flags) {
 int OpenFile(const std::string& path, Access mode, Links links) {
   const int flags = static_cast<int>(mode);
   if (links == Links::kAnyones) {
-    return calls::Open(path.c_str(), flags);
+    return OpenLeased(kNoFolder, path.c_str(), flags);
   }
   const std::size_t folder = path.rfind('/', path.rfind('/') - 1) + 1;  // where its name begins
   return OpenByTrustedLinks(path.substr(0, folder), path.substr(folder), flags);
