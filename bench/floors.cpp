@@ -46,13 +46,11 @@ unsigned ReadOnce(const hardware::TextSource& source) {
 
 // The whole file, as many bytes at a time as the probe reads.
 unsigned ReadAll(const char* path) {
-  static std::vector<char> bytes(std::size_t{8} << 20U);
+  static char bytes[std::size_t{64} << 10U];
   const int file = open(path, static_cast<int>(hardware::Access::kRead));
-  struct stat status;
-  unsigned sum = fstat(file, &status) == 0 ? 1U : 0U;
-  std::size_t size = 0;
-  for (ssize_t count = 1; file >= 0 && count > 0; size += static_cast<std::size_t>(count)) {
-    count = read(file, bytes.data() + size, 4096);
+  unsigned sum = 0;
+  for (ssize_t count = 1; file >= 0 && count > 0;) {
+    count = read(file, bytes, sizeof bytes);
     sum += static_cast<unsigned char>(bytes[0]);
   }
   close(file);

@@ -1,6 +1,8 @@
 // Every text parser of the probe on one text.
 #include <arpa/inet.h>
 
+#include <algorithm>
+
 #include "fuzz/fuzz.h"
 #include "hardware/parse_hex.h"
 #include "hardware/parse_network.h"
@@ -9,6 +11,7 @@
 #include "hardware/parse_resources.h"
 #include "model/compare.h"
 #include "model/document.h"
+#include "tests/hardware/packages_reference.h"
 
 namespace {
 
@@ -37,14 +40,20 @@ void CheckNetwork(std::string_view text, const char* exact) {
   FUZZ_CHECK(hardware::BaseName(text).find(':') == std::string::npos);
 }
 
+// In pieces as long as the bytes of the text say.
 void CheckPackages(std::string_view text) {
-  const auto [distribution, display] = hardware::ParsePackages(text);
-  if (distribution) {
-    FUZZ_CHECK(IsWithin(*distribution, text) && distribution->find('\n') == text.npos);
+  hardware::PackageSearch search;
+  for (std::size_t at = 0; at < text.size();) {
+    const std::size_t size = static_cast<unsigned char>(text[at]) % 64U + 1;
+    const fuzz::Exact piece(text.substr(at, size));
+    if (!search.Take({piece.Get(), std::min(size, text.size() - at)})) {
+      break;
+    }
+    at += size;
   }
-  if (display) {
-    FUZZ_CHECK(IsWithin(*display, text) && HasOnly(*display, "0123456789abcdef.-"));
-  }
+  const auto [distribution, display] = search.TakeVersions();
+  FUZZ_CHECK(distribution == ReferenceDistribution(text));
+  FUZZ_CHECK(display == ReferenceDisplayFirmware(text));
 }
 
 // What the register and resource parsers make of the text, on top of what was there.

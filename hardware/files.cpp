@@ -2,36 +2,55 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <memory>
 #include <utility>
 
 #include "hardware/open_file.h"
 #include "hardware/system_calls.h"
 
 namespace hardware {
+namespace {
 
-TextFile::TextFile(const char* path, Access mode, Links links)
-    : m_Path(path), m_Descriptor(OpenFile(path, mode, links)) {
-  struct stat status;
-  if (IsOpen() && calls::FileStatus(m_Descriptor.Number(), m_Path, &status) == 0) {
-    m_Readable = S_ISREG(status.st_mode);
-    m_ClaimedSize = static_cast<std::size_t>(status.st_size);
+class TextFile {
+ public:
+  // `path` stays the caller's, for as long as this lives.
+  TextFile(const char* path, Access mode, Links links)
+      : m_Path(path), m_Descriptor(OpenFile(path, mode, links)) {
+    struct stat status;
+    m_Readable = IsOpen() && calls::FileStatus(m_Descriptor.Number(), m_Path, &status) == 0 &&
+                 S_ISREG(status.st_mode);
   }
-}
 
-std::size_t TextFile::Read(char* bytes, std::size_t limit) {
-  if (!m_Readable) {
-    return 0;
+  bool IsOpen() const { return m_Descriptor.IsOpen(); }
+
+  // One read of at most `limit` bytes, again only when a signal broke it off. The number of bytes,
+  // nothing when reading fails.
+  std::optional<std::size_t> Read(char* bytes, std::size_t limit) {
+    if (!m_Readable) {
+      return std::nullopt;
+    }
+    ssize_t count;
+    do {
+      count = calls::Read(m_Descriptor.Number(), m_Path, m_Offset, bytes, limit);
+    } while (count == -1 && errno == EINTR);
+    if (count < 0) {
+      return std::nullopt;
+    }
+    m_Offset += static_cast<std::size_t>(count);
+    return static_cast<std::size_t>(count);
   }
-  ssize_t count;
-  do {
-    count = calls::Read(m_Descriptor.Number(), m_Path, m_Offset, bytes, limit);
-  } while (count == -1 && errno == EINTR);
-  if (count <= 0) {
-    return 0;
-  }
-  m_Offset += static_cast<std::size_t>(count);
-  return static_cast<std::size_t>(count);
-}
+
+  // How much was read.
+  std::size_t Offset() const { return m_Offset; }
+
+ private:
+  const char* m_Path;
+  Descriptor m_Descriptor;
+  std::size_t m_Offset = 0;
+  bool m_Readable;
+};
+
+}  // namespace
 
 std::optional<std::string> ReadText(const TextSource& source) {
   TextFile file(source.Path, source.Mode, source.Followed);
@@ -39,37 +58,37 @@ std::optional<std::string> ReadText(const TextSource& source) {
     return std::nullopt;
   }
   std::string text(source.Limit, '\0');
-  text.resize(file.Read(text.data(), source.Limit));
+  text.resize(file.Read(text.data(), source.Limit).value_or(0));
   return text;
 }
 
-WholeText::WholeText(TextFile& file) {
-  constexpr std::size_t kChunk = 4096;
-  // Room for the size that the file claims and for the read that finds its end. A file of /proc
-  // claims none, and one with holes may claim any: beyond this much the room grows with the bytes.
-  constexpr std::size_t kTrusted = std::size_t{64} << 20;
-  Grow(std::min(file.ClaimedSize(), kTrusted) + kChunk);
-  while (const std::size_t count = file.Read(m_Bytes.get() + m_Size, kChunk)) {
-    m_Size += count;
-    if (m_Capacity - m_Size < kChunk) {
-      Grow(2 * m_Capacity);
-    }
-  }
-}
-
-void WholeText::Grow(std::size_t capacity) {
-  auto bytes = std::make_unique_for_overwrite<char[]>(capacity);
-  std::copy_n(m_Bytes.get(), m_Size, bytes.get());
-  m_Bytes = std::move(bytes);
-  m_Capacity = capacity;
-}
-
-std::optional<WholeText> ReadWhole(const char* path, Access mode) {
+Reading ReadBlocks(const char* path, Access mode,
+                   const std::function<bool(std::string_view block)>& take) {
   TextFile file(path, mode, Links::kAnyones);
   if (!file.IsOpen()) {
-    return std::nullopt;
+    return Reading::kNotOpened;
   }
-  return WholeText(file);
+  constexpr std::size_t kBlock = std::size_t{64} << 10;  // stays in the processor's cache
+  const auto block = std::make_unique_for_overwrite<char[]>(kBlock);
+  while (file.Offset() < kLongestFile) {
+    const auto count = file.Read(block.get(), std::min(kBlock, kLongestFile - file.Offset()));
+    if (!count) {
+      return Reading::kBroken;
+    }
+    if (*count == 0 || !take({block.get(), *count})) {
+      break;
+    }
+  }
+  return Reading::kDone;
+}
+
+std::optional<std::string> ReadWhole(const char* path, Access mode) {
+  std::string text;
+  const Reading reading = ReadBlocks(path, mode, [&text](std::string_view block) {
+    text += block;
+    return true;
+  });
+  return reading == Reading::kNotOpened ? std::nullopt : std::optional(std::move(text));
 }
 
 bool Exists(const char* path) {

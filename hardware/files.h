@@ -3,7 +3,7 @@
 
 #include <array>
 #include <cstddef>
-#include <memory>
+#include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -14,52 +14,28 @@
 
 namespace hardware {
 
-// A file that is read as text, which may be absent. What is not a regular file (a folder, a pipe, a
-// terminal) is open, but cannot be read.
-class TextFile {
- public:
-  // `path` stays the caller's, for as long as this lives.
-  TextFile(const char* path, Access mode, Links links);
-
-  bool IsOpen() const { return m_Descriptor.IsOpen(); }
-
-  // One read of at most `limit` bytes, again only when a signal broke it off. The number of bytes,
-  // 0 also when reading fails.
-  std::size_t Read(char* bytes, std::size_t limit);
-
-  // The size that the file claims to have, 0 when it claims none.
-  std::size_t ClaimedSize() const { return m_ClaimedSize; }
-
- private:
-  const char* m_Path;
-  Descriptor m_Descriptor;
-  std::size_t m_Offset = 0;
-  bool m_Readable = false;
-  std::size_t m_ClaimedSize = 0;
-};
-
 // What one read of `source` gives: "" when it is empty or cannot be read, nothing when it cannot be
 // opened.
+//
+// What is not a regular file (a folder, a pipe, a terminal) is opened, but cannot be read.
 std::optional<std::string> ReadText(const TextSource& source);
 
-// The text of a whole file; not zero-terminated.
-class WholeText {
- public:
-  // What can be read of `file`.
-  explicit WholeText(TextFile& file);
-
-  operator std::string_view() const { return {m_Bytes.get(), m_Size}; }  // NOLINT: is a text
-
- private:
-  void Grow(std::size_t capacity);
-
-  std::unique_ptr<char[]> m_Bytes;  // not initialised before it is read into
-  std::size_t m_Size = 0;
-  std::size_t m_Capacity = 0;
+// How the reading of a file ended.
+enum class Reading {
+  kNotOpened,
+  kBroken,  // by a read that failed, be it the first
+  kDone,    // at the file's end or at kLongestFile, or `take` wanted no more
 };
 
-// The whole file, nothing when it cannot be opened.
-std::optional<WholeText> ReadWhole(const char* path, Access mode);
+// What lies behind is not read, so that every source ends.
+inline constexpr std::size_t kLongestFile = std::size_t{1} << 30;  // bytes
+
+// Hands the file to `take` in blocks, as long as that returns true.
+Reading ReadBlocks(const char* path, Access mode,
+                   const std::function<bool(std::string_view block)>& take);
+
+// What can be read of a file, nothing when it cannot be opened.
+std::optional<std::string> ReadWhole(const char* path, Access mode);
 
 bool Exists(const char* path);
 

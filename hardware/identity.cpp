@@ -1,7 +1,6 @@
 #include "hardware/identity.h"
 
-#include <iterator>
-#include <optional>
+#include <string_view>
 
 #include "collector/state/tell.h"
 #include "hardware/files.h"
@@ -48,19 +47,18 @@ int StoreDisplayFirmwareVersion(const hardware::PackageVersions& versions, QtSts
   return 0;
 }
 
-// The package database, if it can be opened, and the versions, which point into its text.
+// The versions in what could be read of the package database.
 struct Packages {
-  std::optional<hardware::WholeText> Text;
+  hardware::Reading Reading;
   hardware::PackageVersions Versions;
 };
 
 Packages ReadPackages() {
-  Packages packages;
-  packages.Text = hardware::ReadWhole(paths::kPackages, hardware::Access::kRead);
-  if (packages.Text) {
-    packages.Versions = hardware::ParsePackages(*packages.Text);
-  }
-  return packages;
+  hardware::PackageSearch search;
+  const hardware::Reading reading =
+      hardware::ReadBlocks(paths::kPackages, hardware::Access::kRead,
+                           [&search](std::string_view block) { return search.Take(block); });
+  return {reading, search.TakeVersions()};
 }
 
 }  // namespace
@@ -112,7 +110,7 @@ int CTolmarHardware::DisplayFirmwareVersion() {
 void hardware::StoreVersions(QtSts::CStatus* status) {
   Packages packages = ReadPackages();
   StoreFirmwareVersion(packages.Versions, status);
-  if (!packages.Text) {
+  if (packages.Reading != Reading::kDone) {
     packages = ReadPackages();
   }
   StoreDisplayFirmwareVersion(packages.Versions, status);

@@ -1,58 +1,115 @@
 #include "hardware/parse_packages.h"
 
-#include <array>
+#include <algorithm>
+#include <utility>
 
 namespace hardware {
 namespace {
 
 constexpr auto kNone = std::string_view::npos;
+constexpr std::string_view kPackage = "Package: ";
+constexpr std::string_view kVersion = "Version: ";
 
-enum Name { kDistribution, kDisplay, kDisplayFallback, kNameCount };
-constexpr std::array<std::string_view, kNameCount> kNames = {"qtm-distro", "dispfw",
-                                                             "display-firmware"};
+std::size_t EndOfLine(std::string_view text) { return text.find('\n'); }
 
-// Where "Package: " with each of the names stands first; kNone where it does not.
-std::array<std::size_t, kNameCount> FindNames(std::string_view packages) {
-  constexpr std::string_view kPackage = "Package: ";
-  std::array<std::size_t, kNameCount> found;
-  found.fill(kNone);
-  for (std::size_t package = packages.find(kPackage); package != kNone;
-       package = packages.find(kPackage, package + 1)) {
-    const std::string_view name = packages.substr(package + kPackage.size());
-    for (std::size_t i = 0; i < kNameCount; ++i) {
-      if (found[i] == kNone && name.starts_with(kNames[i])) {
-        found[i] = package;
-      }
-    }
-  }
-  return found;
-}
-
-// What stands behind the first "Version: " from `position` on, to the end of `packages`.
-std::optional<std::string_view> BehindVersion(std::string_view packages, std::size_t position) {
-  constexpr std::string_view kVersion = "Version: ";
-  const std::size_t version = position != kNone ? packages.find(kVersion, position) : kNone;
-  if (version == kNone) {
-    return std::nullopt;
-  }
-  return packages.substr(version + kVersion.size());
+std::size_t EndOfDigits(std::string_view text) {
+  return text.find_first_not_of("0123456789abcdef.-");
 }
 
 }  // namespace
 
-PackageVersions ParsePackages(std::string_view packages) {
-  const auto found = FindNames(packages);
-  const std::size_t line = found[kDistribution];
-  auto distribution = BehindVersion(packages, line != kNone ? packages.find('\n', line) : kNone);
-  if (distribution) {
-    distribution = distribution->substr(0, distribution->find('\n'));
+constexpr std::array<PackageSearch::Rule, PackageSearch::kNameCount> PackageSearch::kRules = {{
+    {"Package: qtm-distro", Stage::kLineEnd, EndOfLine},
+    {"Package: dispfw", Stage::kLabel, EndOfDigits},
+    {"Package: display-firmware", Stage::kLabel, EndOfDigits},
+}};
+
+bool PackageSearch::Take(std::string_view piece) {
+  // As much as there may be of a label before its last byte.
+  constexpr std::size_t kOverlap = kRules[kDisplayFallback].Package.size() - 1;
+  const std::size_t begin = m_Size - m_Tail.size();
+  m_Tail += piece.substr(0, kOverlap);
+  Search(m_Tail, begin);
+  if (piece.size() > kOverlap) {
+    Search(piece, m_Size);
+    m_Tail = piece.substr(piece.size() - kOverlap);
+  } else {
+    m_Tail.erase(0, m_Tail.size() - std::min(m_Tail.size(), kOverlap));
   }
-  auto display =
-      BehindVersion(packages, found[kDisplay] != kNone ? found[kDisplay] : found[kDisplayFallback]);
-  if (display) {
-    display = display->substr(0, display->find_first_not_of("0123456789abcdef.-"));
+  m_Size += piece.size();
+  return m_Found[kDistribution].Wanted != Stage::kDone || m_Found[kDisplay].Wanted != Stage::kDone;
+}
+
+PackageVersions PackageSearch::TakeVersions() {
+  const auto version = [](Found* found) -> std::optional<std::string> {
+    if (found->Wanted < Stage::kVersionEnd) {
+      return std::nullopt;
+    }
+    return std::move(found->Version);
+  };
+  const bool has_display = m_Found[kDisplay].Wanted != Stage::kName;
+  return {version(&m_Found[kDistribution]),
+          version(&m_Found[has_display ? kDisplay : kDisplayFallback])};
+}
+
+void PackageSearch::Search(std::string_view text, std::size_t begin) {
+  // The fallback is only wanted as long as the display's own package is.
+  if (m_Found[kDistribution].Wanted == Stage::kName || m_Found[kDisplay].Wanted == Stage::kName) {
+    FindNames(text, begin);
   }
-  return {distribution, display};
+  for (std::size_t i = 0; i < kNameCount; ++i) {
+    Advance(text, begin, kRules[i], &m_Found[i]);
+  }
+}
+
+void PackageSearch::FindNames(std::string_view text, std::size_t begin) {
+  std::size_t position = text.find(kPackage, m_NamesFrom - begin);
+  // What stands from here on may be the beginning of a name, and is looked at once more.
+  std::size_t open = text.size() - std::min(text.size(), kPackage.size() - 1);
+  for (; position != kNone; position = text.find(kPackage, position + 1)) {
+    const std::string_view rest = text.substr(position);
+    for (std::size_t i = 0; i < kNameCount; ++i) {
+      if (m_Found[i].Wanted == Stage::kName && rest.starts_with(kRules[i].Package)) {
+        m_Found[i] = {kRules[i].Next, begin + position, {}};
+      }
+    }
+    if (rest.size() < kRules[kDisplayFallback].Package.size()) {
+      open = std::min(open, position);
+    }
+  }
+  m_NamesFrom = std::max(m_NamesFrom, begin + open);
+}
+
+void PackageSearch::Advance(std::string_view text, std::size_t begin, const Rule& rule,
+                            Found* found) {
+  const std::size_t end = begin + text.size();
+  if (found->Wanted == Stage::kLineEnd) {
+    const std::size_t position = text.find('\n', found->From - begin);
+    if (position == kNone) {
+      found->From = end;
+      return;
+    }
+    found->Wanted = Stage::kLabel;
+    found->From = begin + position;
+  }
+  if (found->Wanted == Stage::kLabel) {
+    const std::size_t position = text.find(kVersion, found->From - begin);
+    if (position == kNone) {
+      found->From = std::max(found->From, end - std::min(end, kVersion.size() - 1));
+      return;
+    }
+    found->Wanted = Stage::kVersionEnd;
+    found->From = begin + position + kVersion.size();
+  }
+  if (found->Wanted == Stage::kVersionEnd) {
+    const std::string_view rest = text.substr(found->From - begin);
+    const std::size_t length = rule.VersionEnd(rest);
+    found->Version += rest.substr(0, std::min(length, kLongestVersion - found->Version.size()));
+    found->From = end;
+    if (length != kNone || found->Version.size() == kLongestVersion) {
+      found->Wanted = Stage::kDone;
+    }
+  }
 }
 
 }  // namespace hardware

@@ -2,23 +2,69 @@
 // end of its line, the display firmware's only as far as digits of a version go.
 #pragma once
 
+#include <array>
+#include <cstddef>
 #include <optional>
+#include <string>
 #include <string_view>
 
 namespace hardware {
 
-// Both found in one pass, since the database has megabytes; what is absent has none.
+// What is absent has none.
 struct PackageVersions {
   // Of the first package whose name begins with qtm-distro: the rest of the first line behind its
   // "Package" line that contains "Version: ", be it in a later stanza.
-  std::optional<std::string_view> Distribution;
+  std::optional<std::string> Distribution;
 
   // Of the first package whose name begins with dispfw, without one of the first whose name begins
   // with display-firmware: the digits, a to f, dots and hyphens behind the next "Version: ", be it
   // in a later stanza.
-  std::optional<std::string_view> DisplayFirmware;
+  std::optional<std::string> DisplayFirmware;
 };
 
-PackageVersions ParsePackages(std::string_view packages);
+// Where a version that does not end is cut, in bytes.
+inline constexpr std::size_t kLongestVersion = std::size_t{1} << 20;
+
+// Finds both versions in one pass through the database, which has megabytes. It comes in pieces,
+// cut anywhere; nothing of them is kept but the versions and what may be the beginning of a label.
+class PackageSearch {
+ public:
+  // Takes the next piece. False when no piece that may follow changes a version.
+  bool Take(std::string_view piece);
+
+  // What the pieces held; ends the search.
+  PackageVersions TakeVersions();
+
+ private:
+  enum Name { kDistribution, kDisplay, kDisplayFallback, kNameCount };
+
+  // What is looked for next.
+  enum class Stage { kName, kLineEnd, kLabel, kVersionEnd, kDone };
+
+  // A package name, what follows it and how far its version goes.
+  struct Rule {
+    std::string_view Package;
+    Stage Next;
+    std::size_t (*VersionEnd)(std::string_view text);
+  };
+  static const std::array<Rule, kNameCount> kRules;
+
+  // The first package of a name. Positions count from the beginning of the database.
+  struct Found {
+    Stage Wanted = Stage::kName;
+    std::size_t From = 0;  // where to go on
+    std::string Version;
+  };
+
+  // Searches `text`, which begins at the position `begin`.
+  void Search(std::string_view text, std::size_t begin);
+  void FindNames(std::string_view text, std::size_t begin);
+  static void Advance(std::string_view text, std::size_t begin, const Rule& rule, Found* found);
+
+  std::array<Found, kNameCount> m_Found;
+  std::size_t m_NamesFrom = 0;  // where to go on looking for names
+  std::size_t m_Size = 0;       // of all pieces
+  std::string m_Tail;           // the last of them
+};
 
 }  // namespace hardware

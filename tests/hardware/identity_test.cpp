@@ -1,6 +1,7 @@
 #include <fcntl.h>
 #include <gmock/gmock.h>
 #include <sys/mount.h>
+#include <sys/resource.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -342,6 +343,88 @@ TEST_F(Versions, StayWhenTheDatabaseCannotBeRead) {
   EXPECT_EQ(m_Probe.FirmwareVersion(), 0);
   EXPECT_EQ(m_Probe.DisplayFirmwareVersion(), 1);
   EXPECT_EQ(m_Status.DisplayFirmwareVersion, "former display");
+}
+
+// The two probes share one reading of the database only when it reaches the end. A read
+// that failed used to hide the version of the display as well.
+TEST_F(Versions, OfTheDisplayAreReadAgainWhenTheReadingBreaksOff) {
+  const std::string filler(150000, '\n');
+  Scenario()
+      .File(kPackages, filler + "Package: qtm-distro\nVersion: 4.1\n\n" + filler +
+                           "Package: dispfw\nVersion: 1.2\n")
+      .Apply();
+  for (const int nth : {1, 2, 3, 4, 5}) {
+    SCOPED_TRACE(nth);
+    m_Status.FirmwareVersion = "former";
+    m_Status.DisplayFirmwareVersion = "former display";
+    const Failure failure(Call::kRead, nth);
+    EXPECT_EQ(m_Probe.UpdateStatus(&m_Status), 0);
+    EXPECT_EQ(m_Status.FirmwareVersion, nth <= 3 ? "former" : "4.1");
+    EXPECT_EQ(m_Status.DisplayFirmwareVersion, "1.2");
+  }
+}
+
+TEST_F(Versions, FoundBeforeAReadFailsCount) {
+  const std::string filler(150000, '\n');
+  Scenario().File(kPackages, "Package: dispfw\nVersion: 1.2\n" + filler).Apply();
+  const Failure failure(Call::kRead, 2);
+  EXPECT_EQ(m_Probe.DisplayFirmwareVersion(), 0);
+  EXPECT_EQ(m_Status.DisplayFirmwareVersion, "1.2");
+}
+
+TEST_F(Versions, AreTheSameInReadsOfAnySize) {
+  Scenario()
+      .File(kPackages,
+            "Package: display-firmware\nVersion: 1.2-3~\n\n"
+            "Package: qtm-distro\nVersion: 4.1\n")
+      .Apply();
+  for (std::size_t size = 1; size < 80; ++size) {
+    SCOPED_TRACE(size);
+    const ShortReads reads(size);
+    m_Status.FirmwareVersion = "former";
+    m_Status.DisplayFirmwareVersion = "former display";
+    m_Probe.UpdateStatus(&m_Status);
+    EXPECT_EQ(m_Status.FirmwareVersion, "4.1");
+    EXPECT_EQ(m_Status.DisplayFirmwareVersion, "1.2-3");
+  }
+}
+
+constexpr off_t kCeiling = off_t{1} << 30;  // bytes of the database that are looked at
+
+// Writes `text` into the database from `position` on; what was not written is zero, and takes no
+// room.
+void WritePackagesAt(off_t position, std::string_view text) {
+  const sandbox::Descriptor file(open(kPackages, O_WRONLY | O_CREAT | O_CLOEXEC, 0644));
+  EXPECT_EQ(pwrite(file.Number(), text.data(), text.size(), position),
+            static_cast<ssize_t>(text.size()));
+}
+
+long PeakMemoryKB() {
+  rusage usage{};
+  getrusage(RUSAGE_SELF, &usage);
+  return usage.ru_maxrss;
+}
+
+// A database used to take as much memory as it had bytes, an endless one all of it.
+TEST_F(Versions, AreSearchedInLittleMemoryAndOnlyInTheFirstGiB) {
+  constexpr std::string_view kFirst = "Package: qtm-distro\nVersion: 4.1\n";
+  constexpr std::string_view kLast = "Package: display-firmware\nVersion: 1.2";
+  Scenario().Folder("/var/lib/dpkg").Apply();
+  WritePackagesAt(0, kFirst);
+  WritePackagesAt(kCeiling - static_cast<off_t>(kLast.size()), kLast);
+  WritePackagesAt(kCeiling, "34\nPackage: dispfw\nVersion: 5.6\n");
+  const pid_t child = fork();  // whose peak is its own
+  if (child == 0) {
+    const long before = PeakMemoryKB();
+    m_Probe.UpdateStatus(&m_Status);
+    const bool small = PeakMemoryKB() - before < 16 * 1024;
+    const bool found =
+        m_Status.FirmwareVersion == "4.1" && m_Status.DisplayFirmwareVersion == "1.2";
+    _exit((small ? 0 : 1) + (found ? 0 : 2));
+  }
+  int status = -1;
+  EXPECT_EQ(waitpid(child, &status, 0), child);
+  EXPECT_EQ(status, 0);
 }
 
 TEST_F(Versions, MayBecomeEmpty) {

@@ -144,7 +144,7 @@ TEST_F(UpdateStatus, RunsTheProbesInTheirOrder) {
   EXPECT_EQ(m_Status.DisplayFirmwareVersion, "2.0");
 }
 
-TEST_F(UpdateStatus, ReadsThePackageDatabaseAgainOnlyWhenItCouldNotBeOpened) {
+TEST_F(UpdateStatus, ReadsThePackageDatabaseAgainWhenItCouldNotBeOpened) {
   Complete().Apply();
   Opens opens;
   opens.Refuse(kPackages, 1);
