@@ -47,6 +47,11 @@ void CppSQLite3Exception::Report() const noexcept {
 
 namespace {
 
+// Callers inline these. They are exported by name all the same, which taking their address does.
+[[gnu::used]] constexpr auto kEof = &CppSQLite3Query::eof;
+[[gnu::used]] constexpr auto kErrorCode = &CppSQLite3Exception::errorCode;
+[[gnu::used]] constexpr auto kErrorMessage = &CppSQLite3Exception::errorMessage;
+
 // Pages are checked when they come into SQLite's cache, so those that were refused must leave it.
 void ForgetBrokenPages(sqlite3* db, CppSQLite3Exception const& failure) noexcept {
   if (failure.errorCode() == SQLITE_CORRUPT) {

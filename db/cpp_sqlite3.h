@@ -23,10 +23,10 @@ class SQLITEDB_API CppSQLite3Exception {
   CppSQLite3Exception(int code, std::string message, int extended_code, int system_error);
 
   /// Never 0.
-  int errorCode() const noexcept { return code_; }
+  SQLITEDB_API int errorCode() const noexcept { return code_; }
 
   /// Zero-terminated; lives as long as the exception.
-  char const* errorMessage() const noexcept { return message_->c_str(); }
+  SQLITEDB_API char const* errorMessage() const noexcept { return message_->c_str(); }
 
   /// SQLite's extended result code, of which errorCode() is the low byte; the same as errorCode()
   /// when SQLite says no more.
@@ -54,7 +54,7 @@ class SQLITEDB_API CppSQLite3Query {
   ~CppSQLite3Query();
 
   /// True when there is no current row.
-  bool eof() const noexcept { return eof_; }
+  SQLITEDB_API bool eof() const noexcept { return eof_; }
 
   /// Goes to the next row, or to the end. Throws CppSQLite3Exception when the row cannot be read,
   /// the query being empty and its read lock gone then; code 21 when there is no current row.
