@@ -108,6 +108,7 @@ int CSQLdatabase::CreateTrigger(char const* name) {
     RequireName(name);
     if (std::none_of(table_names_.begin(), table_names_.end(),
                      [&](auto const& known) { return known.second == name; })) {
+      Run("SELECT 1 FROM sqlite_schema");  // a lock may be why the table could not be made
       throw CppSQLite3Exception(SQLITE_ERROR, std::string("no such table: ") + name);
     }
     std::string const table = Quoted(name);

@@ -266,6 +266,18 @@ TEST_F(Database, CreateTriggerNeedsATableOfCreateTable) {
   EXPECT_EQ(Foreign(file_).Get("SELECT count(*) FROM sqlite_schema WHERE type='trigger'"), "2");
 }
 
+// "no such table" used to be told of a table that was there.
+TEST_F(Database, CreateTriggerOfATableThatIsLockedReportsTheLock) {
+  MakeForeign(file_, kRowTable);
+  ASSERT_EQ(OpenWrite(), 0);
+  Foreign writer(file_);
+  ASSERT_EQ(writer.Do("PRAGMA locking_mode=EXCLUSIVE; PRAGMA journal_mode=DELETE"), "");
+  ASSERT_EQ(writer.Do("BEGIN EXCLUSIVE"), "");
+  constexpr char const* kLocked = "5:database is locked\n";
+  Expect(5, kLocked, [&] { return database_.CreateTable("status", 100); });
+  Expect(5, kLocked, [&] { return database_.CreateTrigger("status"); });
+}
+
 TEST_F(Database, TriggersRefuseWhatIsTooLongAndSaySo) {
   MakeTable();
   ASSERT_EQ(database_.CreateTrigger("status"), 0);
