@@ -44,12 +44,6 @@ constexpr struct {
 // Cells are checked as pages are read; a file that shrinks gives an error, not a bus error.
 constexpr char const* kSettings = "PRAGMA cell_size_check=ON; PRAGMA mmap_size=0;";
 
-std::timespec Now() noexcept {
-  std::timespec now{};
-  clock_gettime(CLOCK_MONOTONIC_COARSE, &now);
-  return now;
-}
-
 void Check(sqlite3* db, int code) {
   if (code != SQLITE_OK) {
     throw Failure(db, code);
@@ -132,20 +126,6 @@ void ReadWithoutWriting(Connection& connection, std::string const& name) {
 }
 
 }  // namespace
-
-void Budget::Restart() noexcept {
-  calls_left_ = kSteps / kStepsPerCall;
-  deadline_ = Now();
-  deadline_.tv_sec += kSeconds;
-}
-
-int Budget::Spend(void* budget) noexcept {
-  auto& self = *static_cast<Budget*>(budget);
-  std::timespec const now = Now();
-  bool const late = now.tv_sec != self.deadline_.tv_sec ? now.tv_sec > self.deadline_.tv_sec
-                                                        : now.tv_nsec > self.deadline_.tv_nsec;
-  return --self.calls_left_ < 0 || late ? 1 : 0;
-}
 
 int Connection::Close() noexcept {
   db = nullptr;

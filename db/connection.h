@@ -4,37 +4,18 @@
 #include <sqlite3.h>
 
 #include <chrono>
-#include <ctime>
 #include <memory>
 #include <optional>
 #include <string>
 #include <utility>
 
+#include "db/budget.h"
 #include "db/cpp_sqlite3.h"
 
 namespace sqlitedb {
 
 /// How long a lock of another program is waited for.
 constexpr std::chrono::milliseconds kBusyTimeout{2000};
-
-/// What one run of a statement may cost. A table of 100,000 rows takes well under two million
-/// steps and a second, even where it has to be sorted first; an endless view takes all it is given.
-/// The clock is needed beside the steps, since one step may have to move a megabyte.
-class Budget {
- public:
-  static constexpr int kSteps = 100'000'000;
-  static constexpr std::time_t kSeconds = 10;
-  static constexpr int kStepsPerCall = 100;
-
-  void Restart() noexcept;
-
-  /// Progress handler of SQLite, called every kStepsPerCall steps: nonzero ends the run.
-  static int Spend(void* budget) noexcept;
-
- private:
-  int calls_left_ = 0;
-  std::timespec deadline_{};
-};
 
 /// An open connection; closed with its last owner, so that no statement outlives it.
 struct Connection {

@@ -106,7 +106,10 @@ void CppSQLite3Query::nextRow() {
   if (eof_ || !Running()) {
     throw Failure(nullptr, SQLITE_MISUSE);
   }
+  sqlitedb::Budget& budget = prepared_->connection->budget;
+  budget.Enter();
   int const code = sqlite3_step(prepared_->stmt);
+  budget.Leave();
   if (code == SQLITE_ROW) {
     return;
   }
@@ -177,8 +180,10 @@ CppSQLite3Query CppSQLite3Statement::execQuery() & {
   }
   ++prepared_->run;
   sqlite3_reset(prepared_->stmt);
-  prepared_->connection->budget.Restart();
+  sqlitedb::Budget& budget = prepared_->connection->budget;
+  budget.Restart();
   int const code = sqlite3_step(prepared_->stmt);
+  budget.Leave();
   if (code != SQLITE_ROW && code != SQLITE_DONE) {
     throw EndFailedRun(*prepared_, code);
   }

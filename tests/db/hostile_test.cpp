@@ -10,6 +10,7 @@
 
 #include "db/sql_database.h"
 #include "tests/db/database_fixture.h"
+#include "tests/db/interposed.h"
 
 namespace {
 
@@ -203,6 +204,42 @@ TEST_F(Hostile, BudgetIsFarAboveAnyRealTable) {
     Make(create + fill);
     EXPECT_EQ(Count(), 100'000);
     EXPECT_EQ(Count("SELECT a.* FROM status a, (SELECT 1 FROM status LIMIT 50)"), 5'000'000);
+  }
+}
+
+// A table of a few rows used to be "too large" for a host that had been stopped, or whose handlers
+// took long.
+TEST_F(Hostile, PausesOfTheHostAreNotCounted) {
+  Make(
+      "CREATE TABLE status(address TEXT, value);"
+      "WITH RECURSIVE c(x) AS (SELECT 1 UNION ALL SELECT x+1 FROM c LIMIT 1000) "
+      "INSERT INTO status SELECT 'key'||x, 'value'||x FROM c;");
+  constexpr int kHour = 3600;
+  struct {
+    char const* pause;
+    int gain;  // of the coarse clock, within SQLite
+    int row;   // that a row lasts outside
+    int work;  // how much of that the thread works
+  } const cases[] = {
+      {"stopped within SQLite", kHour, 0, 0},
+      {"stopped in a handler", 0, kHour, 0},
+      {"worked in a handler", 0, kHour, kHour},
+  };
+  for (auto const& one : cases) {
+    SCOPED_TRACE(one.pause);
+    int rows = 0;
+    CppSQLite3Statement statement = database_.m_DB.compileStatement("SELECT * FROM status");
+    EXPECT_EQ(Thrown([&] {
+                g_coarse_clock_gain = one.gain;
+                for (CppSQLite3Query query = statement.execQuery(); !query.eof(); query.nextRow()) {
+                  ++rows;
+                  g_coarse_clock_shift += one.row;
+                  g_thread_clock_shift += one.work;
+                }
+              }),
+              "");
+    g_coarse_clock_gain = 0;
+    EXPECT_EQ(rows, 1000);
   }
 }
 

@@ -2,6 +2,9 @@
 
 #include <dlfcn.h>
 #include <sqlite3.h>
+#include <sys/syscall.h>
+#include <time.h>
+#include <unistd.h>
 
 #include <cstdlib>
 #include <new>
@@ -12,6 +15,9 @@ int g_finalize_result = 0;
 int g_reset_result = 0;
 int g_close_result = 0;
 int g_open_flags = 0;
+int g_coarse_clock_shift = 0;
+int g_thread_clock_shift = 0;
+int g_coarse_clock_gain = 0;
 std::function<void(char const*)> g_on_compile;
 
 void* operator new(std::size_t size) {
@@ -44,6 +50,16 @@ int Call(char const* name, Handle* handle, int& result) {
 }  // namespace
 
 extern "C" {
+
+__attribute__((visibility("default"))) int clock_gettime(clockid_t clock, timespec* now) noexcept {
+  int const result = static_cast<int>(syscall(SYS_clock_gettime, clock, now));
+  if (clock == CLOCK_MONOTONIC_COARSE) {
+    now->tv_sec += g_coarse_clock_shift += g_coarse_clock_gain;
+  } else if (clock == CLOCK_THREAD_CPUTIME_ID) {
+    now->tv_sec += g_thread_clock_shift;
+  }
+  return result;
+}
 
 __attribute__((visibility("default"))) int sqlite3_finalize(sqlite3_stmt* stmt) {
   return Call("sqlite3_finalize", stmt, g_finalize_result);

@@ -17,3 +17,9 @@ extern int g_open_flags;
 
 /// Called with the text of each statement that is compiled; empty: nothing happens.
 extern std::function<void(char const*)> g_on_compile;
+
+/// Seconds that the coarse clock and the thread's clock are fast, and that the coarse clock gains
+/// with each look at it.
+extern int g_coarse_clock_shift;
+extern int g_thread_clock_shift;
+extern int g_coarse_clock_gain;

@@ -1,0 +1,50 @@
+#include "db/budget.h"
+
+#include <algorithm>
+#include <ctime>
+
+namespace sqlitedb {
+
+namespace {
+
+constexpr long long kSecond = 1'000'000'000;
+constexpr long long kLimit = Budget::kSeconds * kSecond;
+constexpr long long kShortest = kSecond / 100;  // between two looks
+
+long long Read(clockid_t clock) noexcept {
+  std::timespec now{};
+  clock_gettime(clock, &now);
+  return now.tv_sec * kSecond + now.tv_nsec;
+}
+
+long long Now() noexcept { return Read(CLOCK_MONOTONIC_COARSE); }
+
+}  // namespace
+
+Budget::Nanoseconds Budget::ThreadTime() noexcept { return Read(CLOCK_THREAD_CPUTIME_ID); }
+
+void Budget::Restart() noexcept {
+  calls_left_ = kSteps / kStepsPerCall;
+  measures_ = false;
+  look_ = Now() + kSecond;
+}
+
+int Budget::Spend(void* budget) noexcept {
+  auto& self = *static_cast<Budget*>(budget);
+  Nanoseconds const now = Now();
+  return --self.calls_left_ < 0 || (now >= self.look_ && self.Late(now)) ? 1 : 0;
+}
+
+// A thread's clock is never faster than the other, so that what is left cannot be spent sooner.
+bool Budget::Late(Nanoseconds now) noexcept {
+  if (!measures_) {
+    measures_ = true;
+    spent_ = kSecond;
+    entered_ = ThreadTime();
+  }
+  Nanoseconds const left = kLimit - spent_ - (ThreadTime() - entered_);
+  look_ = now + std::max(left, kShortest);
+  return left <= 0;
+}
+
+}  // namespace sqlitedb

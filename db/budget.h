@@ -1,0 +1,50 @@
+// What one run of a statement may cost; private to this folder.
+#pragma once
+
+namespace sqlitedb {
+
+/// A table of 100,000 rows takes well under two million steps, a second and 64 MiB, even where it
+/// has to be sorted first; an endless view takes all it is given. The clock is needed beside the
+/// steps, since one step may have to move a megabyte.
+///
+/// Time is the processor time of this thread within SQLite: a slow handler of rows, a stopped
+/// process and waiting for locks and disks do not count. That clock costs a system call, so it is
+/// read only once a run has lasted a second, which counts whole, and then where the other clock
+/// says that the limit may be reached.
+class Budget {
+ public:
+  static constexpr int kSteps = 100'000'000;
+  static constexpr int kSeconds = 10;
+  static constexpr int kStepsPerCall = 100;
+
+  void Restart() noexcept;
+
+  /// Around every call of SQLite that comes after the first of a run.
+  void Enter() noexcept {
+    if (measures_) {
+      entered_ = ThreadTime();
+    }
+  }
+  void Leave() noexcept {
+    if (measures_) {
+      spent_ += ThreadTime() - entered_;
+    }
+  }
+
+  /// Progress handler of SQLite, called every kStepsPerCall steps: nonzero ends the run.
+  static int Spend(void* budget) noexcept;
+
+ private:
+  using Nanoseconds = long long;
+
+  static Nanoseconds ThreadTime() noexcept;
+  bool Late(Nanoseconds now) noexcept;
+
+  int calls_left_ = 0;
+  bool measures_ = false;
+  Nanoseconds look_ = 0;     ///< Of the coarse clock: the limit is not reached before.
+  Nanoseconds entered_ = 0;  ///< Of the thread's clock.
+  Nanoseconds spent_ = 0;
+};
+
+}  // namespace sqlitedb
