@@ -84,14 +84,24 @@ sqlite3* OpenMemory(Budget& budget) {
   return db;
 }
 
+void UseDatabase(Connection& connection, sqlite3* db) noexcept {
+  if (connection.db != db) {
+    connection.ForgetSchema();
+    connection.db = db;
+  }
+}
+
 // A query that still runs keeps the copy that it began with.
 bool UseCopy(Connection& connection, std::string const& name) {
   if (connection.copy == nullptr) {
     connection.copy = OpenMemory(connection.budget);
   }
   bool const running = sqlite3_txn_state(connection.copy, "main") != SQLITE_TXN_NONE;
+  if (!running) {
+    connection.ForgetSchema();
+  }
   if (running || CopyDatabase(connection.file, name, connection.copy)) {
-    connection.db = connection.copy;
+    UseDatabase(connection, connection.copy);
     return true;
   }
   return false;
@@ -128,11 +138,33 @@ void ReadWithoutWriting(Connection& connection, std::string const& name) {
 }  // namespace
 
 int Connection::Close() noexcept {
+  ForgetSchema();
   db = nullptr;
   if (copy != nullptr) {
     sqlite3_close(std::exchange(copy, nullptr));
   }
   return sqlite3_close(std::exchange(file, nullptr));
+}
+
+CppSQLite3Exception Connection::Failed(sqlite3* handle, int code) {
+  CppSQLite3Exception failure = Failure(handle, code);
+  checked.clear();
+  if (failure.errorCode() == SQLITE_CORRUPT) {
+    // Pages are checked when they come into SQLite's cache, so those that were refused must leave.
+    sqlite3_db_release_memory(handle);
+  }
+  return failure;
+}
+
+int Connection::SchemaNumber() const noexcept {
+  return touch == nullptr ? schemas
+                          : schemas + sqlite3_stmt_status(touch, SQLITE_STMTSTATUS_REPREPARE, 0);
+}
+
+void Connection::ForgetSchema() noexcept {
+  schemas = SchemaNumber() + 1;
+  sqlite3_finalize(std::exchange(touch, nullptr));
+  checked.clear();
 }
 
 int Prepared::Finalize() noexcept {
@@ -185,7 +217,7 @@ void Refresh(Connection& connection) {
   }
   std::string const name = filename;
   PrepareCompanions(name, HoldsLock(connection.file));
-  connection.db = connection.file;
+  UseDatabase(connection, connection.file);
   if (!MayMake(name) && !HoldsLock(connection.file)) {
     ReadWithoutWriting(connection, name);
   }

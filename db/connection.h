@@ -26,11 +26,24 @@ struct Connection {
 
   int Close() noexcept;
 
+  /// The exception for a failure of a statement of `handle`, after which nothing counts as checked.
+  CppSQLite3Exception Failed(sqlite3* handle, int code);
+
+  /// Grows each time that SQLite had to read the schema anew, and when ForgetSchema was called.
+  int SchemaNumber() const noexcept;
+
+  /// Has to be called when `db` becomes another database.
+  void ForgetSchema() noexcept;
+
   sqlite3* db = nullptr;    ///< What statements run on: the file, or a copy of it in memory.
   sqlite3* file = nullptr;  ///< The opened file, owned.
   sqlite3* copy = nullptr;  ///< Owned; null until one was needed.
   Budget budget;
   std::optional<CppSQLite3Exception> open_failure;  ///< Then nothing is open, and never was.
+  sqlite3_stmt* touch = nullptr;                    ///< Reads the schema of `db`; see Snapshot.
+  int schemas = 0;                                  ///< What SchemaNumber is without `touch`.
+  std::string checked;     ///< The last statement that was found fit to run, or "".
+  int checked_schema = 0;  ///< The number of the schema that it was found fit for.
 };
 
 /// A compiled statement, null once finalized. Only the query that carries the number of the current
@@ -46,6 +59,8 @@ struct Prepared {
   std::shared_ptr<Connection> connection;
   sqlite3_stmt* stmt = nullptr;
   unsigned run = 0;
+  bool reads = false;
+  int schema = 0;  ///< The number of the schema that a statement that reads was compiled for.
 };
 
 /// The exception for `code`, with the message of `db` where that is about it.

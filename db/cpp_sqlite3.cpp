@@ -1,9 +1,11 @@
 #include "db/cpp_sqlite3.h"
 
 #include <cstdio>
+#include <optional>
 #include <utility>
 
 #include "db/connection.h"
+#include "db/reading.h"
 
 using sqlitedb::Connect;
 using sqlitedb::Connection;
@@ -52,23 +54,10 @@ namespace {
 [[gnu::used]] constexpr auto kErrorCode = &CppSQLite3Exception::errorCode;
 [[gnu::used]] constexpr auto kErrorMessage = &CppSQLite3Exception::errorMessage;
 
-// Pages are checked when they come into SQLite's cache, so those that were refused must leave it.
-void ForgetBrokenPages(sqlite3* db, CppSQLite3Exception const& failure) noexcept {
-  if (failure.errorCode() == SQLITE_CORRUPT) {
-    sqlite3_db_release_memory(db);
-  }
-}
-
 CppSQLite3Exception EndFailedRun(Prepared& prepared, int code) {
-  sqlite3* db = prepared.connection->db;
-  CppSQLite3Exception failure = Failure(db, code);
+  CppSQLite3Exception failure = prepared.connection->Failed(sqlite3_db_handle(prepared.stmt), code);
   ++prepared.run;
   sqlite3_reset(prepared.stmt);
-  if (failure.errorCode() == SQLITE_INTERRUPT) {
-    // An endless view that reads no table would be remembered even after it has been dropped.
-    sqlite3_exec(db, "PRAGMA writable_schema=RESET", nullptr, nullptr, nullptr);
-  }
-  ForgetBrokenPages(db, failure);
   return failure;
 }
 
@@ -180,10 +169,17 @@ CppSQLite3Query CppSQLite3Statement::execQuery() & {
   }
   ++prepared_->run;
   sqlite3_reset(prepared_->stmt);
-  sqlitedb::Budget& budget = prepared_->connection->budget;
-  budget.Restart();
+  sqlitedb::Connection& connection = *prepared_->connection;
+  connection.budget.Restart();
+  std::optional<sqlitedb::Snapshot> snapshot;
+  if (prepared_->reads) {
+    snapshot.emplace(connection);
+    sqlitedb::FollowSchema(*prepared_);
+  } else {
+    connection.checked.clear();  // it may change the schema
+  }
   int const code = sqlite3_step(prepared_->stmt);
-  budget.Leave();
+  connection.budget.Leave();
   if (code != SQLITE_ROW && code != SQLITE_DONE) {
     throw EndFailedRun(*prepared_, code);
   }
@@ -247,11 +243,14 @@ CppSQLite3Statement CppSQLite3DB::compileStatement(char const* sql) {
   sqlite3* db = connection_->db;
   connection_->budget.Restart();
   auto prepared = std::make_shared<Prepared>(connection_);
+  if (sqlitedb::Reads(sql)) {
+    sqlitedb::CompileReading(*prepared, sql);
+    return CppSQLite3Statement(std::move(prepared));
+  }
+  connection_->checked.clear();  // compiling may read the schema
   int const code = sqlite3_prepare_v2(db, sql, -1, &prepared->stmt, nullptr);
   if (code != SQLITE_OK) {
-    CppSQLite3Exception const failure = Failure(db, code);
-    ForgetBrokenPages(db, failure);
-    throw failure;
+    throw connection_->Failed(db, code);
   }
   return CppSQLite3Statement(std::move(prepared));
 }

@@ -95,7 +95,8 @@ class SQLITEDB_API CppSQLite3Statement {
 
   /// Runs the statement up to its first row. Running it again starts it anew, so it has one query
   /// at a time. Each run may spend 100 million steps of SQLite's machine and 10 seconds of this
-  /// thread's processor time within SQLite; then it is interrupted. Throws CppSQLite3Exception: code 21 when empty, code 9 when interrupted.
+  /// thread's processor time within SQLite; then it is interrupted. Throws CppSQLite3Exception:
+  /// code 21 when empty, code 9 when interrupted.
   CppSQLite3Query execQuery() &;
 
   /// A query of a statement that is about to go would have no rows.
@@ -114,7 +115,8 @@ class SQLITEDB_API CppSQLite3Statement {
 
 /// One connection to a database file that anybody may have written: symbolic links are not
 /// followed, the schema is not trusted, no code is loaded, sizes are limited, waiting for a lock
-/// ends after 2000 ms.
+/// ends after 2000 ms. A statement that reads (SELECT, VALUES or WITH) calls no function that it
+/// does not name itself, however its tables and views are made, and views are kept simple.
 class SQLITEDB_API CppSQLite3DB {
  public:
   CppSQLite3DB() noexcept;
@@ -140,7 +142,8 @@ class SQLITEDB_API CppSQLite3DB {
 
   /// Compiles the first statement of `sql`. Throws CppSQLite3Exception: code 21 when not open,
   /// code 14 when the opened file was deleted or replaced by another, or when a file that SQLite
-  /// keeps beside it may be written by somebody who may not write the database.
+  /// keeps beside it may be written by somebody who may not write the database, code 1 when
+  /// it reads a table or view that is not safe to read.
   CppSQLite3Statement compileStatement(char const* sql);
 
  private:

@@ -4,6 +4,7 @@
 #include <sys/un.h>
 #include <unistd.h>
 
+#include <ctime>
 #include <fstream>
 #include <iterator>
 #include <random>
@@ -22,6 +23,13 @@ constexpr char const* kInterrupted =
 constexpr char const* kTable =
     "CREATE TABLE status(address TEXT PRIMARY KEY, value TEXT) WITHOUT ROWID;"
     "INSERT INTO status VALUES('a','1');";
+
+// More rows than there is time for: 1000 to the power of four.
+constexpr char const* kEndless =
+    "CREATE TABLE t(x);"
+    "WITH RECURSIVE c(x) AS (SELECT 1 UNION ALL SELECT x+1 FROM c LIMIT 1000) "
+    "INSERT INTO t SELECT x FROM c;"
+    "CREATE VIEW status AS SELECT d.x AS address, 'v' AS value FROM t a, t b, t c, t d";
 
 class Hostile : public DatabaseTest {
  protected:
@@ -43,6 +51,13 @@ class Hostile : public DatabaseTest {
 
   CSQLdatabase database_;
 };
+
+/// Seconds of processor time that `action` takes.
+double WorkSeconds(std::function<void()> const& action) {
+  std::clock_t const start = std::clock();
+  action();
+  return static_cast<double>(std::clock() - start) / CLOCKS_PER_SEC;
+}
 
 std::string Times(int count, std::string const& text) {
   std::string all;
@@ -141,15 +156,13 @@ TEST_F(Hostile, OddJournalThatComesAfterOpeningIsRefusedBeforeReading) {
 }
 
 TEST_F(Hostile, EndlessViewEndsInterrupted) {
-  Make(
-      "CREATE VIEW status AS WITH RECURSIVE c(address) AS "
-      "(SELECT 1 UNION ALL SELECT address+1 FROM c) SELECT address, 'v' AS value FROM c");
-  EXPECT_LT(Seconds([&] { EXPECT_EQ(Thrown([&] { Count(); }), kInterrupted); }), 30.0);
+  Make(kEndless);
+  EXPECT_LT(WorkSeconds([&] { EXPECT_EQ(Thrown([&] { Count(); }), kInterrupted); }), 20.0);
   // Unsorted, each row comes at once: the budget is that of all rows together.
   long rows = 0;
   CppSQLite3Statement statement = database_.m_DB.compileStatement("SELECT * FROM status");
   CppSQLite3Query query = statement.execQuery();
-  EXPECT_LT(Seconds([&] {
+  EXPECT_LT(WorkSeconds([&] {
               EXPECT_EQ(Thrown([&] {
                           for (; !query.eof(); query.nextRow()) {
                             ++rows;
@@ -157,7 +170,7 @@ TEST_F(Hostile, EndlessViewEndsInterrupted) {
                         }),
                         kInterrupted);
             }),
-            30.0);
+            20.0);
   EXPECT_GT(rows, 1'000'000);
   EXPECT_TRUE(query.eof());
   EXPECT_EQ(Foreign(file_).Do("BEGIN EXCLUSIVE; COMMIT"), "") << "a lock is left";
@@ -165,32 +178,15 @@ TEST_F(Hostile, EndlessViewEndsInterrupted) {
 
 TEST_F(Hostile, RowsOfAMegabyteEachEndByTheClock) {
   Make(
-      "CREATE VIEW status AS WITH RECURSIVE c(address) AS "
-      "(SELECT 1 UNION ALL SELECT address+1 FROM c) "
-      "SELECT address, hex(zeroblob(500000 + address % 2)) AS value FROM c");
+      "CREATE TABLE big(value); INSERT INTO big VALUES(zeroblob(1000000));"
+      "CREATE TABLE t(x);"
+      "WITH RECURSIVE c(x) AS (SELECT 1 UNION ALL SELECT x+1 FROM c LIMIT 1000) "
+      "INSERT INTO t SELECT x FROM c;"
+      "CREATE VIEW status AS SELECT a.x AS address, value || '' AS value FROM t a, t b, t c, big");
   double const seconds =
-      Seconds([&] { EXPECT_EQ(Thrown([&] { Count("SELECT * FROM status"); }), kInterrupted); });
-  EXPECT_GT(seconds, 9.0);
-  EXPECT_LT(seconds, 30.0);
-}
-
-TEST_F(Hostile, ViewsNestedBeyondReasonAreRefusedInBoundedTime) {
-  for (char const* form :
-       {"SELECT a.* FROM v% a, v% b", "SELECT * FROM v% UNION ALL SELECT * FROM v%",
-        "SELECT (SELECT address FROM v%)+(SELECT address FROM v%) address, 1"}) {
-    SCOPED_TRACE(form);
-    std::string sql = "CREATE VIEW v0 AS SELECT 1 AS address, 2 AS value;";
-    for (int i = 1; i < 40; ++i) {
-      std::string body = form;
-      for (auto at = body.find('%'); at != std::string::npos; at = body.find('%')) {
-        body.replace(at, 1, std::to_string(i - 1));
-      }
-      sql += "CREATE VIEW v" + std::to_string(i) + " AS " + body + ";";
-    }
-    fs::remove(file_);
-    Make(sql + "CREATE VIEW status AS SELECT * FROM v39");
-    EXPECT_LT(Seconds([&] { EXPECT_NE(Thrown([&] { Count(); }), ""); }), 30.0);
-  }
+      WorkSeconds([&] { EXPECT_EQ(Thrown([&] { Count("SELECT * FROM status"); }), kInterrupted); });
+  EXPECT_GT(seconds, 8.5);
+  EXPECT_LT(seconds, 20.0);
 }
 
 TEST_F(Hostile, BudgetIsFarAboveAnyRealTable) {
@@ -245,24 +241,23 @@ TEST_F(Hostile, PausesOfTheHostAreNotCounted) {
 
 TEST_F(Hostile, EveryRunHasABudgetOfItsOwn) {
   Make(
-      "CREATE VIEW status AS WITH RECURSIVE c(address) AS "
-      "(SELECT 1 UNION ALL SELECT address+1 FROM c LIMIT 4000000) SELECT address, 1 FROM c");
+      "CREATE TABLE t(x);"
+      "WITH RECURSIVE c(x) AS (SELECT 1 UNION ALL SELECT x+1 FROM c LIMIT 2000) "
+      "INSERT INTO t SELECT x FROM c;"
+      "CREATE VIEW status AS SELECT a.x AS address, b.x AS value FROM t a, t b");
   CppSQLite3Statement statement = database_.m_DB.compileStatement("SELECT count(*) FROM status");
   for (int run = 0; run < 4; ++run) {
     EXPECT_STREQ(statement.execQuery().getStringField(0, ""), "4000000") << "run " << run;
   }
 }
 
-// The dropped view used to be read on, since a view without a table makes SQLite look for no change
-// of the schema; and the schema must not be read on what the interrupted run had left.
+// The schema must not be read on what the interrupted run had left.
 TEST_F(Hostile, EndlessViewIsForgottenOnceItIsReplacedByATable) {
   std::string tables;
   for (int i = 0; i < 100; ++i) {
     tables += "CREATE TABLE t" + std::to_string(i) + "(x);";
   }
-  Make(tables +
-       "CREATE VIEW status AS WITH RECURSIVE c(address) AS "
-       "(SELECT 1 UNION ALL SELECT address+1 FROM c) SELECT address, 1 AS value FROM c");
+  Make(tables + kEndless);
   EXPECT_EQ(Thrown([&] { Count(); }), kInterrupted);
   ASSERT_EQ(Foreign(file_).Do(std::string("DROP VIEW status;") + kTable), "");
   EXPECT_EQ(Thrown([&] { EXPECT_EQ(Count(), 1); }), "");

@@ -1,0 +1,36 @@
+// Statements that read tables and views which anybody may have made; private to this folder.
+//
+// SQLite looks at the clock and counts steps between the steps of a program, not within one
+// function, and not while it compiles: a view of 4 KiB can take minutes and gigabytes in either. So
+// neither happens before the schema has been looked at, under a read transaction that lasts until
+// the program runs.
+#pragma once
+
+#include "db/connection.h"
+
+namespace sqlitedb {
+
+/// Whether `sql` is a statement that reads rows, by its first word.
+bool Reads(char const* sql) noexcept;
+
+/// A read transaction, and the schema of the file in SQLite's memory. Throws CppSQLite3Exception.
+class Snapshot {
+ public:
+  explicit Snapshot(Connection& connection);
+  Snapshot(Snapshot const&) = delete;
+  Snapshot& operator=(Snapshot const&) = delete;
+  ~Snapshot();
+
+ private:
+  Connection& connection_;
+};
+
+/// Compiles `sql` into `prepared`. Throws CppSQLite3Exception, code 1 where a view or a program is
+/// refused.
+void CompileReading(Prepared& prepared, char const* sql);
+
+/// Compiles anew what was compiled for another schema than the one that the file has. For a
+/// Snapshot of its connection.
+void FollowSchema(Prepared& prepared);
+
+}  // namespace sqlitedb

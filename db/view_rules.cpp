@@ -1,0 +1,81 @@
+#include "db/view_rules.h"
+
+#include <algorithm>
+
+namespace sqlitedb {
+
+namespace {
+
+bool IsLetter(char c) {
+  return (c >= 'a' && c <= 'z') || (c >= '0' && c <= '9') || c == '_' || c == '$' ||
+         (c & 0x80) != 0;
+}
+
+char Small(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; }
+
+// Everything but blanks, in small letters.
+std::string Dense(std::string_view text) {
+  std::string dense;
+  for (char const c : text) {
+    if (c != ' ' && (c < '\t' || c > '\r')) {
+      dense += Small(c);
+    }
+  }
+  return dense;
+}
+
+// Each of these lets a short text grow as a power of its length while it is compiled. What only
+// looks like one, in quotes, is refused as well.
+constexpr struct {
+  char const* found;
+  char const* fault;
+} kInWords[] =
+    {
+        {" with ", "has the word WITH"},
+        {" values ", "has the word VALUES"},
+        {" natural ", "has the word NATURAL"},
+},
+  kInDense[] = {
+      {"(select", "has a subquery"},
+      {"--", "has a comment"},
+      {"/*", "has a comment"},
+      {"\xef\xbb\xbf", "has a byte order mark"},
+};
+
+}  // namespace
+
+std::string Words(std::string_view text) {
+  std::string words = " ";
+  for (char const c : text) {
+    if (IsLetter(Small(c))) {
+      words += Small(c);
+    } else if (words.back() != ' ') {
+      words += ' ';
+    }
+  }
+  if (words.back() != ' ') {
+    words += ' ';
+  }
+  return words;
+}
+
+char const* FaultOfView(std::string_view text) {
+  if (text.size() > kMaxViewBytes) {
+    return "is longer than 4096 bytes";
+  }
+  std::string const words = Words(text);
+  for (auto const& rule : kInWords) {
+    if (words.find(rule.found) != std::string::npos) {
+      return rule.fault;
+    }
+  }
+  std::string const dense = Dense(text);
+  for (auto const& rule : kInDense) {
+    if (dense.find(rule.found) != std::string::npos) {
+      return rule.fault;
+    }
+  }
+  return nullptr;
+}
+
+}  // namespace sqlitedb

@@ -1,0 +1,269 @@
+// What a table or view may be made of to be read.
+#include <gmock/gmock.h>
+
+#include <set>
+
+#include "db/sql_database.h"
+#include "tests/db/database_fixture.h"
+
+namespace {
+
+using testing::ElementsAre;
+using testing::IsEmpty;
+using testing::Pair;
+using testing::StartsWith;
+
+constexpr char const* kRow = "INSERT INTO status VALUES('a','1');";
+constexpr char const* kTable =
+    "CREATE TABLE status(address TEXT PRIMARY KEY, value TEXT) WITHOUT ROWID;"
+    "INSERT INTO status VALUES('a','1');";
+constexpr char const* kOther = "CREATE TABLE t(x, y); INSERT INTO t VALUES('a','1');";
+
+class Reading : public DatabaseTest {
+ protected:
+  /// Makes the file anew and opens it.
+  void Make(std::string const& sql) {
+    database_.CloseDatabase();
+    std::filesystem::remove(file_);
+    MakeForeign(file_, sql);
+    ASSERT_EQ(database_.OpenDatabaseReadOnly(file_.c_str(), kNoMutex), 0);
+  }
+
+  /// What reading throws, which must come at once and leave no lock.
+  std::string Refusal(char const* sql = kSelect) {
+    std::string failure;
+    std::clock_t const start = std::clock();
+    failure = Thrown([&] { ReadRows(database_, sql); });
+    EXPECT_LT(std::clock() - start, 2 * CLOCKS_PER_SEC);
+    EXPECT_EQ(Foreign(file_).Do("BEGIN EXCLUSIVE; COMMIT"), "") << "a lock is left";
+    return failure;
+  }
+
+  CSQLdatabase database_;
+};
+
+std::string View(std::string const& select) { return "CREATE VIEW status AS " + select + ";"; }
+
+/// Views v0 to v19, each made of the one before in place of %.
+std::string Nested(std::string const& form) {
+  std::string sql = "CREATE VIEW v0 AS SELECT 1 AS address, 2 AS value;";
+  for (int i = 1; i < 20; ++i) {
+    std::string body = form;
+    for (auto at = body.find('%'); at != std::string::npos; at = body.find('%')) {
+      body.replace(at, 1, std::to_string(i - 1));
+    }
+    sql += "CREATE VIEW v" + std::to_string(i) + " AS " + body + ";";
+  }
+  return sql;
+}
+
+}  // namespace
+
+TEST_F(Reading, OrdinaryTablesAndViewsAreRead) {
+  for (std::string const& sql : {
+           std::string(kTable),
+           std::string("CREATE TABLE status(address TEXT PRIMARY KEY, value TEXT);") + kRow,
+           std::string("CREATE TABLE status(address, value);") + kRow,
+           std::string("CREATE TABLE status(address, value); CREATE INDEX i ON status(value);"
+                       "CREATE INDEX j ON status(address COLLATE NOCASE) WHERE value>'0';") +
+               kRow,
+           std::string("CREATE TABLE status(address, value, both AS (address || value));"
+                       "INSERT INTO status(address, value) VALUES('a','1');"),
+           std::string("CREATE TABLE status(address, value DEFAULT (hex(randomblob(8))),"
+                       "CHECK(length(address) < 128));") +
+               kRow,
+           kOther + View("SELECT x AS address, y AS value FROM t"),
+           kOther + View("SELECT x AS address, y AS value FROM t WHERE x BETWEEN 'a' AND 'b'"),
+           kOther + View("SELECT t.x AS address, coalesce(u.y, 2) AS value FROM t "
+                         "LEFT JOIN t u ON t.x = u.x WHERE t.y IN ('1', '2')"),
+           kOther + View("SELECT x AS address, y AS value FROM t "
+                         "UNION SELECT 'a', '1' UNION ALL SELECT x, y FROM t WHERE y = '3'"),
+           kOther + View("SELECT DISTINCT x AS address, CAST(y AS TEXT) AS value FROM t LIMIT 9"),
+           kOther + ("CREATE VIEW \"sta\"\"tus\" AS SELECT 1;" + Nested("SELECT 1") +
+                     View("SELECT x AS address, y AS value FROM t")),
+       }) {
+    SCOPED_TRACE(sql);
+    Make(sql);
+    EXPECT_EQ(Thrown([&] { EXPECT_THAT(ReadRows(database_), ElementsAre(Pair("a", "1"))); }), "");
+  }
+}
+
+// The first took 38 seconds, with result 0; most of the others take minutes or gigabytes to
+// compile.
+TEST_F(Reading, ViewThatHasNoBoundIsRefusedAtOnce) {
+  struct {
+    std::string sql;
+    std::string failure;
+  } const cases[] = {
+      {View("SELECT instr(hex(zeroblob(500000)), hex(zeroblob(250000)) || 'x') AS address, 1"),
+       "1:table or view calls function zeroblob"},
+      {View("SELECT count(*) AS address, 1 AS value FROM t"),
+       "1:table or view calls function count"},
+      {View("SELECT group_concat(x) AS address, 1 AS value FROM t"),
+       "1:table or view calls function group_concat"},
+      {View("SELECT x AS address, sum(y) OVER (ORDER BY x) AS value FROM t"),
+       "1:table or view calls function sum"},
+      {View("SELECT x AS address, y AS value FROM t WHERE x LIKE 'a%'"),
+       "1:table or view calls function like"},
+      {View("SELECT x AS address, CURRENT_TIMESTAMP AS value FROM t"),
+       "1:table or view calls function current_timestamp"},
+      {View("SELECT key AS address, value FROM json_each('[1]')"),
+       "1:table or view reads a virtual table"},
+      {"CREATE VIRTUAL TABLE status USING fts5(address, value);",
+       "1:table or view reads a virtual table"},
+      {"CREATE TABLE status(address, value AS (hex(address)));",
+       "1:table or view calls function hex"},
+      {"CREATE TABLE status(address, value, more AS (hex(address)) STORED);", ""},
+      {Nested("SELECT a.* FROM v% a, v% b") + View("SELECT * FROM v19"),
+       "1:view status reads view v1"},
+      {Nested("SELECT * FROM v% UNION ALL SELECT * FROM v%") + View("SELECT * FROM \"V19\""),
+       "1:view status reads view v"},
+      {"CREATE VIEW \"a\"\"b.c\" AS SELECT 1 AS address, 2 AS value;" +
+           View("SELECT x.* FROM[a\"b.c]x"),
+       "1:view status reads view a\"b.c"},
+      {View("WITH c0 AS (SELECT 1 AS address, 2 AS value), c1 AS (SELECT a.* FROM c0 a, c0 b) "
+            "SELECT * FROM c1"),
+       "1:view status has the word WITH"},
+      {View("VALUES('a','1')"), "1:view status has the word VALUES"},
+      {View("SELECT * FROM t NATURAL JOIN t u"), "1:view status has the word NATURAL"},
+      {View("SELECT address || address AS address, value FROM ( \n SELECT x AS address, y AS value "
+            "FROM t)"),
+       "1:view status has a subquery"},
+      {View("SELECT x AS address, y AS value FROM t WHERE EXISTS(/**/SELECT 1)"),
+       "1:view status has a comment"},
+      {View("SELECT x AS address, y AS value FROM t WHERE x IN (\xef\xbb\xbfSELECT 1)"),
+       "1:view status has a byte order mark"},
+      {View("SELECT x AS address, '" + std::string(4096, 'v') + "' AS value FROM t"),
+       "1:view status is longer than 4096 bytes"},
+  };
+  for (auto const& one : cases) {
+    SCOPED_TRACE(one.sql.substr(0, 100));
+    Make(kOther + one.sql);
+    EXPECT_THAT(Refusal(), StartsWith(one.failure));
+    EXPECT_EQ(Refusal().empty(), one.failure.empty());
+  }
+}
+
+TEST_F(Reading, FunctionThatTheStatementItselfNamesIsCalled) {
+  Make(kTable);
+  EXPECT_EQ(Setting(database_, "SELECT count(*) FROM status"), "1");
+  EXPECT_EQ(Setting(database_, "select UPPER(max(address)) from status"), "A");
+  EXPECT_EQ(Setting(database_, "SELECT 1 FROM status WHERE address LIKE 'A'"), "1");
+}
+
+// SQLite is asked, so that a version with other functions or other operations is found out.
+TEST_F(Reading, EveryFunctionOfSqliteIsRefusedInAView) {
+  Make(kTable);
+  std::set<std::string> names;
+  CppSQLite3Statement list =
+      database_.m_DB.compileStatement("PRAGMA function_list");  // names, among others
+  for (CppSQLite3Query query = list.execQuery(); !query.eof(); query.nextRow()) {
+    names.insert(query.getStringField(0, ""));
+  }
+  ASSERT_GT(names.size(), 100U);
+  std::set<std::string> read;
+  for (std::string const& name : names) {
+    bool refused = false;
+    bool compiles = false;
+    for (char const* arguments : {"()", "(x)", "(x,y)", "(x,0.5)", "(x,y,x)", "(x,y,x,y)"}) {
+      for (char const* window : {"", " OVER (ORDER BY x)"}) {
+        std::string const call = '"' + name + '"' + arguments + window;
+        Make(kOther + View("SELECT " + call + " AS address, 1 AS value FROM t"));
+        if (Foreign(file_).Do("EXPLAIN SELECT * FROM status").empty()) {
+          compiles = true;
+          std::string const failure = Refusal();
+          refused |= failure.rfind("1:table or view calls function ", 0) == 0 ||
+                     failure.rfind("1:unsafe use of ", 0) == 0;
+        }
+      }
+    }
+    if (compiles && !refused) {
+      read.insert(name);
+    }
+  }
+  EXPECT_THAT(read, ElementsAre("coalesce", "first_value", "ifnull", "iif", "likelihood", "likely",
+                                "nth_value", "unlikely"))
+      << "SQLite turns these into operations of their own";
+}
+
+// SQLite compiles for the schema of the cycle before, and compiles again in the first step.
+TEST_F(Reading, SchemaThatChangesBetweenCyclesIsFollowed) {
+  struct Schema {
+    char const* name;
+    std::string sql;
+    std::string failure;
+  };
+  std::string const drop_table = "DROP TABLE IF EXISTS status;";
+  std::string const drop_view = "DROP VIEW IF EXISTS status;";
+  Schema const schemas[] = {
+      {"table", kTable, ""},
+      {"view with a function", View("SELECT hex(x) AS address, y AS value FROM t"),
+       "1:table or view calls function hex"},
+      {"view of no table", View("SELECT instr('a', 'a') AS address, 1 AS value"),
+       "1:table or view calls function instr"},
+      {"nested view",
+       "DROP VIEW IF EXISTS v; CREATE VIEW v AS SELECT * FROM t;" +
+           View("SELECT x AS address, y AS value FROM v"),
+       "1:view status reads view v"},
+      {"plain view", View("SELECT x AS address, y AS value FROM t"), ""},
+      {"plain view of no table", View("SELECT 'a' AS address, 1 AS value"), ""},
+      {"generated column",
+       "CREATE TABLE status(address, value AS (hex(address)));"
+       "INSERT INTO status VALUES('a');",
+       "1:table or view calls function hex"},
+      {"no table", "", "1:no such table: status"},
+  };
+  for (bool const write_ahead : {false, true}) {
+    Make(kOther);
+    Foreign other(file_);
+    ASSERT_EQ(other.Do(write_ahead ? "PRAGMA journal_mode=WAL" : "PRAGMA journal_mode=DELETE"), "");
+    ASSERT_EQ(other.Do(kTable), "");
+    CppSQLite3Statement kept = database_.m_DB.compileStatement(kSelect);
+    char const* before = "table";
+    auto const check = [&](Schema const& schema) {
+      SCOPED_TRACE(testing::Message() << before << " became " << schema.name);
+      EXPECT_EQ(Refusal(), schema.failure);
+      EXPECT_EQ(Refusal(), schema.failure) << "the second time";
+      EXPECT_EQ(Thrown([&] {
+                  CppSQLite3Query query = kept.execQuery();
+                  EXPECT_STREQ(query.getStringField(0, ""), "a");
+                }),
+                schema.failure)
+          << "with a statement that was kept";
+      EXPECT_EQ(other.Do("BEGIN EXCLUSIVE; COMMIT"), "") << "a lock is left";
+      before = schema.name;
+    };
+    for (Schema const& first : schemas) {
+      for (Schema const& second : schemas) {
+        for (Schema const* schema : {&first, &second}) {
+          bool const view = other.Get(
+                                "SELECT count(*) FROM sqlite_schema WHERE type='view' AND "
+                                "name='status'") == "1";
+          ASSERT_EQ(other.Do((view ? drop_view : drop_table) + schema->sql), "");
+          check(*schema);
+        }
+      }
+    }
+  }
+}
+
+TEST_F(Reading, StatementThatIsKeptHoldsNoLock) {
+  Make(kTable);
+  CppSQLite3Statement const kept = database_.m_DB.compileStatement(kSelect);
+  EXPECT_EQ(Foreign(file_).Do("BEGIN EXCLUSIVE; COMMIT"), "");
+}
+
+TEST_F(Reading, TwoQueriesAtATimeHoldTheirLocksEach) {
+  Make(kTable);
+  Foreign other(file_);
+  CppSQLite3Statement first = database_.m_DB.compileStatement(kSelect);
+  CppSQLite3Query one = first.execQuery();
+  CppSQLite3Statement second = database_.m_DB.compileStatement("SELECT value FROM status");
+  CppSQLite3Query two = second.execQuery();
+  one.finalize();
+  EXPECT_STREQ(two.getStringField(0, ""), "1");
+  EXPECT_EQ(other.Do("DELETE FROM status"), "5:database is locked");
+  two.finalize();
+  EXPECT_EQ(other.Do("DELETE FROM status"), "");
+  EXPECT_THAT(ReadRows(database_), IsEmpty());
+}
