@@ -1,5 +1,7 @@
 #include "db/budget.h"
 
+#include <sqlite3.h>
+
 #include <algorithm>
 #include <ctime>
 
@@ -25,6 +27,7 @@ Budget::Nanoseconds Budget::ThreadTime() noexcept { return Read(CLOCK_THREAD_CPU
 
 void Budget::Restart() noexcept {
   calls_left_ = kSteps / kStepsPerCall;
+  memory_ = sqlite3_memory_used() + (kMebibytes << 20);
   measures_ = false;
   look_ = Now() + kSecond;
 }
@@ -32,7 +35,9 @@ void Budget::Restart() noexcept {
 int Budget::Spend(void* budget) noexcept {
   auto& self = *static_cast<Budget*>(budget);
   Nanoseconds const now = Now();
-  return --self.calls_left_ < 0 || (now >= self.look_ && self.Late(now)) ? 1 : 0;
+  bool const spent = --self.calls_left_ < 0 || sqlite3_memory_used() > self.memory_ ||
+                     (now >= self.look_ && self.Late(now));
+  return spent ? 1 : 0;
 }
 
 // A thread's clock is never faster than the other, so that what is left cannot be spent sooner.

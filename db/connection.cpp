@@ -41,8 +41,10 @@ constexpr struct {
     {SQLITE_LIMIT_VARIABLE_NUMBER, 100},
 };
 
-// Cells are checked as pages are read; a file that shrinks gives an error, not a bus error.
-constexpr char const* kSettings = "PRAGMA cell_size_check=ON; PRAGMA mmap_size=0;";
+// Cells are checked as pages are read; a file that shrinks gives an error, not a bus error; sorting
+// writes no file.
+constexpr char const* kSettings =
+    "PRAGMA cell_size_check=ON; PRAGMA mmap_size=0; PRAGMA temp_store=MEMORY;";
 
 void Check(sqlite3* db, int code) {
   if (code != SQLITE_OK) {
@@ -175,8 +177,9 @@ int Prepared::Finalize() noexcept {
 CppSQLite3Exception Failure(sqlite3* db, int code) {
   int const primary = code & 0xff;
   if (primary == SQLITE_INTERRUPT) {
-    return {primary, "interrupted after " + std::to_string(Budget::kSteps) + " steps or " +
-                         std::to_string(Budget::kSeconds) + " seconds: table or view too large"};
+    return {primary, "interrupted after " + std::to_string(Budget::kSteps) + " steps, " +
+                         std::to_string(Budget::kSeconds) + " seconds or " +
+                         std::to_string(Budget::kMebibytes) + " MiB: table or view too large"};
   }
   bool const told = db != nullptr && (sqlite3_errcode(db) & 0xff) == primary;
   if (!told) {

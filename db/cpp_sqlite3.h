@@ -94,9 +94,9 @@ class SQLITEDB_API CppSQLite3Statement {
   ~CppSQLite3Statement();
 
   /// Runs the statement up to its first row. Running it again starts it anew, so it has one query
-  /// at a time. Each run may spend 100 million steps of SQLite's machine and 10 seconds of this
-  /// thread's processor time within SQLite; then it is interrupted. Throws CppSQLite3Exception:
-  /// code 21 when empty, code 9 when interrupted.
+  /// at a time. Each run may spend 100 million steps of SQLite's machine, 10 seconds of this
+  /// thread's processor time within SQLite and 128 MiB of memory; no file is written. Then it is
+  /// interrupted. Throws CppSQLite3Exception: code 21 when empty, code 9 when interrupted.
   CppSQLite3Query execQuery() &;
 
   /// A query of a statement that is about to go would have no rows.

@@ -1,4 +1,5 @@
 // A database file that somebody made to do harm: odd files, endless views, broken pages.
+#include <gmock/gmock.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
 #include <sys/un.h>
@@ -19,7 +20,7 @@ namespace fs = std::filesystem;
 
 constexpr char const* kCantOpen = "14:unable to open database file";
 constexpr char const* kInterrupted =
-    "9:interrupted after 100000000 steps or 10 seconds: table or view too large";
+    "9:interrupted after 100000000 steps, 10 seconds or 128 MiB: table or view too large";
 constexpr char const* kTable =
     "CREATE TABLE status(address TEXT PRIMARY KEY, value TEXT) WITHOUT ROWID;"
     "INSERT INTO status VALUES('a','1');";
@@ -80,6 +81,33 @@ std::string NotRegular(std::string const& name) {
   return "14:" + name + " is not a regular file and belongs to user " + std::to_string(geteuid()) +
          ": remove it while no program has the database open";
 }
+
+/// The files that SQLite opens while it lives.
+class OpenedFiles {
+ public:
+  OpenedFiles() {
+    names_.clear();
+    open_ = vfs_->xGetSystemCall(vfs_, "open");
+    vfs_->xSetSystemCall(vfs_, "open", reinterpret_cast<sqlite3_syscall_ptr>(&Note));
+  }
+  OpenedFiles(OpenedFiles const&) = delete;
+  OpenedFiles& operator=(OpenedFiles const&) = delete;
+  ~OpenedFiles() { vfs_->xSetSystemCall(vfs_, "open", open_); }
+
+  static std::vector<std::string> const& Names() { return names_; }
+
+ private:
+  using Open = int (*)(char const*, int, int);
+
+  static int Note(char const* name, int flags, int mode) {
+    names_.emplace_back(name);
+    return reinterpret_cast<Open>(open_)(name, flags, mode);
+  }
+
+  static inline std::vector<std::string> names_;
+  static inline sqlite3_syscall_ptr open_ = nullptr;
+  sqlite3_vfs* vfs_ = sqlite3_vfs_find(nullptr);
+};
 
 struct OddFile {
   char const* name;
@@ -200,6 +228,44 @@ TEST_F(Hostile, BudgetIsFarAboveAnyRealTable) {
     Make(create + fill);
     EXPECT_EQ(Count(), 100'000);
     EXPECT_EQ(Count("SELECT a.* FROM status a, (SELECT 1 FROM status LIMIT 50)"), 5'000'000);
+  }
+}
+
+// A table without an index on its keys is sorted.
+TEST_F(Hostile, SortingAHundredThousandRowsOfFullLengthIsWithinTheBudget) {
+  Make(
+      "CREATE TABLE status(address TEXT, value TEXT);"
+      "WITH RECURSIVE c(x) AS (SELECT 1 UNION ALL SELECT x+1 FROM c LIMIT 100000) "
+      "INSERT INTO status SELECT printf('%0127d', x), printf('%0511d', x) FROM c");
+  OpenedFiles const opened;
+  EXPECT_EQ(Count(), 100'000);
+  EXPECT_THAT(opened.Names(), testing::Each(testing::StartsWith(file_)));
+}
+
+// Such a view used to write 2.5 GB into temporary files in 4.5 seconds.
+TEST_F(Hostile, SortingWritesNoFileAndEndsWhereItTakesTooMuchMemory) {
+  std::string const fill =
+      "CREATE TABLE t(x); WITH RECURSIVE c(x) AS (SELECT 1 UNION ALL SELECT x+1 FROM c LIMIT 2000) "
+      "INSERT INTO t SELECT printf('%0400d', x) FROM c;"
+      "CREATE TABLE big(value); INSERT INTO big VALUES(zeroblob(1000000));";
+  for (char const* select : {
+           "SELECT a.x AS address, b.x AS value FROM t a, t b",
+           "SELECT a.x AS address, value || '' AS value FROM t a, t b, big",
+           "SELECT a.x AS address, b.x AS value FROM t a, t b UNION SELECT 1, 2",
+           "SELECT DISTINCT a.x || b.x AS address, 1 AS value FROM t a, t b",
+       }) {
+    SCOPED_TRACE(select);
+    fs::remove(file_);
+    Make(fill + "CREATE VIEW status AS " + select);
+    OpenedFiles const opened;
+    sqlite3_int64 const before = sqlite3_memory_used();
+    sqlite3_memory_highwater(1);
+    EXPECT_EQ(Thrown([&] { Count(); }), kInterrupted);
+    // Up to a hundred steps of a megabyte each may come between two looks.
+    EXPECT_LT(sqlite3_memory_highwater(0) - before, 256 << 20);
+    EXPECT_LT(sqlite3_memory_used() - before, 16 << 20);
+    EXPECT_THAT(opened.Names(), testing::Each(testing::StartsWith(file_)));
+    EXPECT_EQ(Foreign(file_).Do("BEGIN EXCLUSIVE; COMMIT"), "") << "a lock is left";
   }
 }
 
