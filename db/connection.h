@@ -17,6 +17,9 @@ namespace sqlitedb {
 /// How long a lock of another program is waited for.
 constexpr std::chrono::milliseconds kBusyTimeout{2000};
 
+/// Of a value; a row that is sorted counts as one.
+constexpr int kMaxValueBytes = 1 << 20;
+
 /// An open connection; closed with its last owner, so that no statement outlives it.
 struct Connection {
   Connection() = default;

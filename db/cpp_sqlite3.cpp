@@ -58,6 +58,10 @@ CppSQLite3Exception EndFailedRun(Prepared& prepared, int code) {
   CppSQLite3Exception failure = prepared.connection->Failed(sqlite3_db_handle(prepared.stmt), code);
   ++prepared.run;
   sqlite3_reset(prepared.stmt);
+  if (failure.errorCode() == SQLITE_TOOBIG) {
+    return {SQLITE_TOOBIG, std::string(failure.errorMessage()) + ": a value or row has more than " +
+                               std::to_string(sqlitedb::kMaxValueBytes) + " bytes"};
+  }
   return failure;
 }
 

@@ -1,6 +1,7 @@
 #include "db/reading.h"
 
 #include <cstring>
+#include <iterator>
 #include <utility>
 #include <vector>
 
@@ -28,6 +29,38 @@ constexpr struct {
     {"Count", "count"},
 };
 constexpr char const* kVirtualTable = "VOpen";
+
+constexpr struct {
+  int limit;
+  int value;
+} kLimits[] = {
+    {SQLITE_LIMIT_COLUMN, 100},
+    {SQLITE_LIMIT_EXPR_DEPTH, 100},
+    {SQLITE_LIMIT_COMPOUND_SELECT, 20},
+    {SQLITE_LIMIT_FUNCTION_ARG, 16},
+};
+
+// What a statement that reads may have, while it is compiled. SQLite would ask the same of every
+// table and view of the file when it reads the schema.
+class Limits {
+ public:
+  explicit Limits(sqlite3* db) : db_(db) {
+    for (std::size_t i = 0; i < std::size(kLimits); ++i) {
+      before_[i] = sqlite3_limit(db, kLimits[i].limit, kLimits[i].value);
+    }
+  }
+  Limits(Limits const&) = delete;
+  Limits& operator=(Limits const&) = delete;
+  ~Limits() {
+    for (std::size_t i = 0; i < std::size(kLimits); ++i) {
+      sqlite3_limit(db_, kLimits[i].limit, before_[i]);
+    }
+  }
+
+ private:
+  sqlite3* db_;
+  int before_[std::size(kLimits)];
+};
 
 class Rows {
  public:
@@ -95,6 +128,7 @@ void CheckViews(Connection& connection, std::string const& sql) {
 
 // A function that the statement itself names is its author's wish.
 void CheckProgram(Connection& connection, std::string const& sql) {
+  Limits const limits(connection.db);
   std::string const wanted = Words(sql);
   for (Rows rows(connection, "EXPLAIN " + sql); rows.Next();) {
     std::string const operation = rows.Text(1);
@@ -115,6 +149,7 @@ void CheckProgram(Connection& connection, std::string const& sql) {
 
 void Compile(Prepared& prepared, std::string const& sql) {
   Connection& connection = *prepared.connection;
+  Limits const limits(connection.db);
   sqlite3_stmt* stmt = nullptr;
   int const code = sqlite3_prepare_v2(connection.db, sql.c_str(), -1, &stmt, nullptr);
   if (code != SQLITE_OK) {

@@ -85,7 +85,8 @@ TEST_F(FailureTest, AfterCloseDatabaseIsTheSame) {
   EXPECT_EQ(m_Collector.CloseDatabase(), 0);
 }
 
-constexpr const char* kTooBig = "18:string or blob too big\n";
+constexpr const char* kTooBig =
+    "18:string or blob too big: a value or row has more than 1048576 bytes\n";
 
 // The second value may be read, but not twice as much.
 void MakeItems() {

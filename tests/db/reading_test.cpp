@@ -44,6 +44,15 @@ class Reading : public DatabaseTest {
 
 std::string View(std::string const& select) { return "CREATE VIEW status AS " + select + ";"; }
 
+/// The numbers from `first` up to `end`, which is left out, each after `before`.
+std::string Numbered(int first, int end, std::string const& before) {
+  std::string all;
+  for (int i = first; i < end; ++i) {
+    all += before + std::to_string(i);
+  }
+  return all;
+}
+
 /// Views v0 to v19, each made of the one before in place of %.
 std::string Nested(std::string const& form) {
   std::string sql = "CREATE VIEW v0 AS SELECT 1 AS address, 2 AS value;";
@@ -142,6 +151,30 @@ TEST_F(Reading, ViewThatHasNoBoundIsRefusedAtOnce) {
     EXPECT_THAT(Refusal(), StartsWith(one.failure));
     EXPECT_EQ(Refusal().empty(), one.failure.empty());
   }
+}
+
+// Each used to fail every cycle: "malformed database schema".
+TEST_F(Reading, TablesAndViewsOfOthersMayBeLargerThanWhatIsRead) {
+  for (std::string const& sql : {
+           "CREATE TABLE wide(c0" + Numbered(1, 101, ", c") + ");",
+           "CREATE TABLE wide(c0" + Numbered(1, 2000, ", c") + ");",
+           "CREATE TABLE checked(x, CHECK(x = 0" + Numbered(1, 500, " OR x = ") + "));",
+           "CREATE VIEW many AS SELECT 0" + Numbered(1, 100, " UNION SELECT ") + ";",
+           "CREATE VIEW call AS SELECT max(0" + Numbered(1, 100, ", ") + ");",
+       }) {
+    SCOPED_TRACE(sql.substr(0, 60));
+    Make(kTable + sql);
+    EXPECT_EQ(Thrown([&] { EXPECT_THAT(ReadRows(database_), ElementsAre(Pair("a", "1"))); }), "");
+  }
+}
+
+TEST_F(Reading, MoreThanAHundredColumnsAreRefused) {
+  Make("CREATE TABLE status(address, value" + Numbered(3, 101, ", c") + ");" +
+       "INSERT INTO status(address, value) VALUES('a','1')");
+  EXPECT_EQ(Refusal(), "");
+  Make("CREATE TABLE status(address, value" + Numbered(3, 102, ", c") + ");");
+  EXPECT_EQ(Refusal(), "1:too many columns in result set");
+  EXPECT_EQ(Refusal("SELECT address, value FROM status"), "");
 }
 
 TEST_F(Reading, FunctionThatTheStatementItselfNamesIsCalled) {
