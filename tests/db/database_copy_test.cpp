@@ -135,7 +135,9 @@ TEST_F(DatabaseCopy, WritersThatComeAndGoNeverShowItAMix) {
   });
   Unprivileged([&] {
     std::set<std::string> stamps;
-    for (int cycle = 0; cycle < 300 || stamps.size() < 20; ++cycle) {
+    int failures = 0;
+    int cycle = 0;
+    for (; cycle < 300 || stamps.size() < 20; ++cycle) {
       Open();  // a reader that stays keeps the log in place
       std::string const failure = Thrown([&] {
         Rows const rows = All();
@@ -145,9 +147,14 @@ TEST_F(DatabaseCopy, WritersThatComeAndGoNeverShowItAMix) {
             << "cycle " << cycle;
         stamps.insert(rows[0].second);
       });
-      ASSERT_THAT(failure, AnyOf("", "5:database is locked")) << "cycle " << cycle;
+      // The first writer has begun to make the index and has not ended.
+      ASSERT_THAT(failure,
+                  AnyOf("", "5:database is locked", "8:attempt to write a readonly database"))
+          << "cycle " << cycle;
+      failures += failure.empty() ? 0 : 1;
       ASSERT_LT(cycle, 100'000) << "the writer does not write";
     }
+    EXPECT_LT(failures, cycle / 10);
   });
 }
 
