@@ -174,7 +174,7 @@ OPEN(open64)
 
 int openat(int folder, const char* name, int flags, ...) {  // of files that are there
   REAL(openat);
-  return Fails(Call::kOpen) ? FailWith(EMFILE) : real(folder, name, flags);
+  return Fails(Call::kOpen, __func__) ? FailWith(EMFILE) : real(folder, name, flags);
 }
 
 ssize_t read(int file, void* bytes, std::size_t count) {
@@ -236,12 +236,12 @@ int lstat(const char* path, struct stat* status) noexcept {
 
 int fstat(int file, struct stat* status) noexcept {
   REAL(fstat);
-  return Fails(Call::kFileStatus) ? FailWith(EIO) : real(file, status);
+  return Fails(Call::kFileStatus, __func__) ? FailWith(EIO) : real(file, status);
 }
 
 ssize_t readlinkat(int folder, const char* name, char* target, std::size_t size) noexcept {
   REAL(readlinkat);
-  return Fails(Call::kFileStatus) ? FailWith(EIO) : real(folder, name, target, size);
+  return Fails(Call::kFileStatus, __func__) ? FailWith(EIO) : real(folder, name, target, size);
 }
 
 int statfs(const char* path, struct statfs* status) noexcept {
