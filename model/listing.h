@@ -6,6 +6,7 @@
 #include <cstddef>
 #include <cstdint>
 #include <memory>
+#include <span>
 #include <string>
 #include <string_view>
 #include <type_traits>
@@ -60,7 +61,26 @@ struct ClassInfo {
   void* (*ToBase)(void* object);
   const Field* Fields;
   std::size_t FieldCount;
+
+  // Without those of its bases.
+  constexpr std::span<const Field> OwnFields() const { return {Fields, FieldCount}; }
 };
+
+// Calls `visit` with each field of `object`, whose class is `info`, and with the part of the object
+// that the field's Read and Make take: first the fields of its base, then its own. Stops when
+// `visit` returns false; whether it never did.
+template <class Visit>
+bool VisitEveryField(const ClassInfo& info, void* object, const Visit& visit) {
+  if (info.Base != nullptr && !VisitEveryField(*info.Base, info.ToBase(object), visit)) {
+    return false;
+  }
+  for (const Field& field : info.OwnFields()) {
+    if (!visit(field, object)) {
+      return false;
+    }
+  }
+  return true;
+}
 
 // The listing of an object's own class; null for a class that is not listed.
 STATUS_API const ClassInfo* ClassOf(const CBaseStatus& object);
@@ -71,7 +91,10 @@ STATUS_API const ClassInfo* ClassNamed(std::string_view name);
 // The field of `info` or of one of its bases with this name; null when there is none.
 STATUS_API const Field* FieldNamed(const ClassInfo& info, std::string_view name);
 
-// Every listed class, for those that walk them all. Ends with a null pointer.
+// Every listed class.
+STATUS_API std::span<const ClassInfo* const> Classes();
+
+// The same, ending with a null pointer.
 STATUS_API const ClassInfo* const* AllClasses();
 
 // True when `derived` is `base` or has it among its bases.

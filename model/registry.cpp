@@ -1,5 +1,5 @@
 // The table of all listed classes, and look-up in it.
-#include <algorithm>
+#include <iterator>
 #include <string_view>
 #include <typeindex>
 #include <unordered_map>
@@ -107,8 +107,8 @@ constexpr const ClassInfo* kClasses[] = {
 template <class Key, class KeyOf>
 std::unordered_map<Key, const ClassInfo*> Index(KeyOf key_of) {
   std::unordered_map<Key, const ClassInfo*> index;
-  for (const ClassInfo* const* info = kClasses; *info != nullptr; ++info) {
-    index.emplace(key_of(**info), *info);
+  for (const ClassInfo* const info : Classes()) {
+    index.emplace(key_of(*info), info);
   }
   return index;
 }
@@ -135,14 +135,17 @@ const ClassInfo* ClassNamed(std::string_view name) {
 
 const Field* FieldNamed(const ClassInfo& info, std::string_view name) {
   for (const ClassInfo* part = &info; part != nullptr; part = part->Base) {
-    const Field* const end = part->Fields + part->FieldCount;
-    const Field* const field =
-        std::find_if(part->Fields, end, [name](const Field& each) { return name == each.Name; });
-    if (field != end) {
-      return field;
+    for (const Field& field : part->OwnFields()) {
+      if (name == field.Name) {
+        return &field;
+      }
     }
   }
   return nullptr;
+}
+
+std::span<const ClassInfo* const> Classes() {
+  return std::span(kClasses).first(std::size(kClasses) - 1);
 }
 
 const ClassInfo* const* AllClasses() { return kClasses; }

@@ -93,9 +93,9 @@ void WriteAttribute(XmlText& xml, const Field& field) {
 void WriteListType(XmlText& xml, const ClassInfo& base) {
   xml.Open("xs:complexType");
   xml.Open("xs:choice", {{"minOccurs", "0"}, {"maxOccurs", "unbounded"}});
-  for (const ClassInfo* const* info = AllClasses(); *info != nullptr; ++info) {
-    if ((*info)->Create != nullptr && IsA(**info, base)) {
-      xml.Empty("xs:element", {{"name", (*info)->Name}, {"type", (*info)->Name}});
+  for (const ClassInfo* const info : Classes()) {
+    if (info->Create != nullptr && IsA(*info, base)) {
+      xml.Empty("xs:element", {{"name", info->Name}, {"type", info->Name}});
     }
   }
   xml.Close("xs:choice");
@@ -118,19 +118,20 @@ void WriteElement(XmlText& xml, const Field& field) {
 
 // The class's own fields: child elements in order, then attributes.
 void WriteFields(XmlText& xml, const ClassInfo& info) {
-  const Field* const end = info.Fields + info.FieldCount;
-  if (std::any_of(info.Fields, end, [](const Field& field) { return field.Scalar == nullptr; })) {
+  const std::span<const Field> fields = info.OwnFields();
+  if (std::any_of(fields.begin(), fields.end(),
+                  [](const Field& field) { return field.Scalar == nullptr; })) {
     xml.Open("xs:sequence");
-    for (const Field* field = info.Fields; field != end; ++field) {
-      if (field->Scalar == nullptr) {
-        WriteElement(xml, *field);
+    for (const Field& field : fields) {
+      if (field.Scalar == nullptr) {
+        WriteElement(xml, field);
       }
     }
     xml.Close("xs:sequence");
   }
-  for (const Field* field = info.Fields; field != end; ++field) {
-    if (field->Scalar != nullptr) {
-      WriteAttribute(xml, *field);
+  for (const Field& field : fields) {
+    if (field.Scalar != nullptr) {
+      WriteAttribute(xml, field);
     }
   }
 }
@@ -167,8 +168,8 @@ std::string WriteSchema() {
   xml.Open("xs:schema", {{"xmlns:xs", "http://www.w3.org/2001/XMLSchema"}});
   xml.Empty("xs:element", {{"name", CStatus::Class.Name}, {"type", CStatus::Class.Name}});
   WriteFloats(xml);
-  for (const ClassInfo* const* info = AllClasses(); *info != nullptr; ++info) {
-    WriteType(xml, **info);
+  for (const ClassInfo* const info : Classes()) {
+    WriteType(xml, *info);
   }
   xml.Close("xs:schema");
   return xml.Take();

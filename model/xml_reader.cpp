@@ -16,18 +16,12 @@ struct Member {
 
 // Null without such a field.
 Member FindMember(const ClassInfo& info, void* object, std::string_view name) {
-  const ClassInfo* part = &info;
-  while (part != nullptr) {
-    const Field* const end = part->Fields + part->FieldCount;
-    const Field* const field =
-        std::find_if(part->Fields, end, [name](const Field& each) { return name == each.Name; });
-    if (field != end) {
-      return {field, object};
-    }
-    object = part->Base == nullptr ? nullptr : part->ToBase(object);
-    part = part->Base;
-  }
-  return {nullptr, nullptr};
+  Member found{nullptr, nullptr};
+  VisitEveryField(info, object, [&found, name](const Field& field, void* part) {
+    found = name == field.Name ? Member{&field, part} : found;
+    return found.Listed == nullptr;
+  });
+  return found;
 }
 
 }  // namespace
@@ -99,8 +93,7 @@ void XmlReader::BeginElement(const char* name, std::span<const XmlAttribute> att
 }
 
 void XmlReader::BeginObject(Open object, std::span<const XmlAttribute> attributes) {
-  if (HasOnlyListed(object, attributes) &&
-      ReadScalars(object, *object.Class, object.Object, attributes)) {
+  if (HasOnlyListed(object, attributes) && ReadScalars(object, attributes)) {
     m_Open.push_back(std::move(object));
   }
 }
@@ -116,30 +109,28 @@ bool XmlReader::HasOnlyListed(const Open& object, std::span<const XmlAttribute> 
   return true;
 }
 
-bool XmlReader::ReadScalars(const Open& object, const ClassInfo& part, void* part_object,
-                            std::span<const XmlAttribute> attributes) {
-  if (part.Base != nullptr &&
-      !ReadScalars(object, *part.Base, part.ToBase(part_object), attributes)) {
-    return false;
-  }
-  for (const Field* field = part.Fields; field != part.Fields + part.FieldCount; ++field) {
-    if (field->Scalar == nullptr) {
-      continue;
+bool XmlReader::ReadScalars(const Open& object, std::span<const XmlAttribute> attributes) {
+  return VisitEveryField(*object.Class, object.Object, [&](const Field& field, void* part) {
+    return field.Scalar == nullptr || ReadScalar(object, field, part, attributes);
+  });
+}
+
+bool XmlReader::ReadScalar(const Open& object, const Field& field, void* part,
+                           std::span<const XmlAttribute> attributes) {
+  const auto attribute = std::find_if(
+      attributes.begin(), attributes.end(),
+      [&field](const XmlAttribute& each) { return std::strcmp(each.Name, field.Name) == 0; });
+  if (attribute == attributes.end()) {
+    if (!field.Optional) {
+      Fail(object.Name, object.Line, field.Name, "attribute is missing");
     }
-    const auto attribute = std::find_if(
-        attributes.begin(), attributes.end(),
-        [field](const XmlAttribute& each) { return std::strcmp(each.Name, field->Name) == 0; });
-    if (attribute == attributes.end()) {
-      if (!field->Optional) {
-        Fail(object.Name, object.Line, field->Name, "attribute is missing");
-        return false;
-      }
-    } else if (!field->Scalar->Parse(attribute->Value, field->Make(part_object))) {
-      Fail(object.Name, object.Line, field->Name, "not a value that it can hold");
-      return false;
-    }
+    return field.Optional;
   }
-  return true;
+  const bool fits = field.Scalar->Parse(attribute->Value, field.Make(part));
+  if (!fits) {
+    Fail(object.Name, object.Line, field.Name, "not a value that it can hold");
+  }
+  return fits;
 }
 
 void XmlReader::Text(std::string_view text) {
@@ -154,23 +145,21 @@ void XmlReader::End() {
   }
   Open ended = std::move(m_Open.back());
   m_Open.pop_back();
-  if (ended.Class != nullptr && HasAllElements(ended, *ended.Class) && ended.Made != nullptr) {
+  if (ended.Class != nullptr && HasAllElements(ended) && ended.Made != nullptr) {
     m_Open.back().List->Elements->Add(m_Open.back().Object, ended.Made.release());
   }
 }
 
-bool XmlReader::HasAllElements(const Open& object, const ClassInfo& part) {
-  if (part.Base != nullptr && !HasAllElements(object, *part.Base)) {
-    return false;
-  }
-  for (const Field* field = part.Fields; field != part.Fields + part.FieldCount; ++field) {
-    if (field->Scalar == nullptr && !field->Optional &&
-        std::find(object.Seen.begin(), object.Seen.end(), field) == object.Seen.end()) {
-      Fail(object.Name, object.Line, "", std::string("element <") + field->Name + "> is missing");
-      return false;
+bool XmlReader::HasAllElements(const Open& object) {
+  return VisitEveryField(*object.Class, object.Object, [&](const Field& field, const void*) {
+    const bool missing =
+        field.Scalar == nullptr && !field.Optional &&
+        std::find(object.Seen.begin(), object.Seen.end(), &field) == object.Seen.end();
+    if (missing) {
+      Fail(object.Name, object.Line, "", std::string("element <") + field.Name + "> is missing");
     }
-  }
-  return true;
+    return !missing;
+  });
 }
 
 }  // namespace QtSts

@@ -50,9 +50,10 @@ class XmlReader {
   void BeginElement(const char* name, std::span<const XmlAttribute> attributes, long line);
   void BeginObject(Open object, std::span<const XmlAttribute> attributes);
   bool HasOnlyListed(const Open& object, std::span<const XmlAttribute> attributes);
-  bool ReadScalars(const Open& object, const ClassInfo& part, void* part_object,
-                   std::span<const XmlAttribute> attributes);
-  bool HasAllElements(const Open& object, const ClassInfo& part);
+  bool ReadScalars(const Open& object, std::span<const XmlAttribute> attributes);
+  bool ReadScalar(const Open& object, const Field& field, void* part,
+                  std::span<const XmlAttribute> attributes);
+  bool HasAllElements(const Open& object);
 
   Open m_Root;
   const char* m_RootName;

@@ -5,6 +5,7 @@
 #include <memory>
 #include <new>
 
+#include "model/listed_object.h"
 #include "model/xml.h"
 #include "model/xml_memory.h"
 
@@ -13,70 +14,52 @@ namespace {
 
 const xmlChar* Xml(const char* text) { return reinterpret_cast<const xmlChar*>(text); }
 
-bool WriteFields(const ClassInfo& info, void* object, xmlNode* node, std::string* text);
+bool WriteFields(const ListedObject& object, xmlNode* node, std::string* text);
 
 // One attribute. The value goes in as it is: libxml2 escapes it when the tree is saved.
-bool WriteScalar(const Field& field, const void* value, xmlNode* node, std::string* text) {
+bool WriteScalar(const ListedField& field, xmlNode* node, std::string* text) {
   text->clear();
-  field.Scalar->Format(value, text);
+  field.Format(text);
   CleanText(text);
-  return xmlNewProp(node, Xml(field.Name), Xml(text->c_str())) != nullptr;
+  return xmlNewProp(node, Xml(field.Listed().Name), Xml(text->c_str())) != nullptr;
 }
 
-bool WriteList(const Field& field, const void* list, xmlNode* node, std::string* text) {
-  xmlNode* const parent = xmlNewChild(node, nullptr, Xml(field.Name), nullptr);
-  if (parent == nullptr) {
-    return false;
-  }
-  const std::size_t count = field.Elements->Count(list);
-  for (std::size_t position = 0; position < count; ++position) {
-    CBaseStatus* const element = field.Elements->At(list, position);
-    const ClassInfo* const info = element == nullptr ? nullptr : ClassOf(*element);
-    if (info == nullptr) {
-      continue;
-    }
-    xmlNode* const child = xmlNewChild(parent, nullptr, Xml(info->Name), nullptr);
-    if (child == nullptr || !WriteFields(*info, dynamic_cast<void*>(element), child, text)) {
-      return false;
-    }
-  }
-  return true;
+// A child element with the fields of `object`.
+bool WriteObject(const char* name, const ListedObject& object, xmlNode* node, std::string* text) {
+  xmlNode* const child = xmlNewChild(node, nullptr, Xml(name), nullptr);
+  return child != nullptr && WriteFields(object, child, text);
 }
 
-bool WriteRecord(const Field& field, const void* record, xmlNode* node, std::string* text) {
-  xmlNode* const child = xmlNewChild(node, nullptr, Xml(field.Name), nullptr);
-  return child != nullptr && WriteFields(*field.Record, const_cast<void*>(record), child, text);
+bool WriteList(const ListedField& field, xmlNode* node, std::string* text) {
+  xmlNode* const list = xmlNewChild(node, nullptr, Xml(field.Listed().Name), nullptr);
+  return list != nullptr && field.VisitElements([=](const ListedObject& element) {
+    return WriteObject(element.Class()->Name, element, list, text);
+  });
 }
 
 // `text` is room for one value, kept from field to field.
-bool WriteFields(const ClassInfo& info, void* object, xmlNode* node, std::string* text) {
-  if (info.Base != nullptr && !WriteFields(*info.Base, info.ToBase(object), node, text)) {
-    return false;
-  }
-  for (std::size_t i = 0; i < info.FieldCount; ++i) {
-    const Field& field = info.Fields[i];
-    const void* const value = field.Read(object);
-    if (value == nullptr) {
-      continue;
+bool WriteFields(const ListedObject& object, xmlNode* node, std::string* text) {
+  return object.VisitFields([=](const ListedField& field) {
+    if (!field.IsReported()) {
+      return true;
     }
-    const auto write = field.Scalar != nullptr     ? &WriteScalar
-                       : field.Elements != nullptr ? &WriteList
-                                                   : &WriteRecord;
-    if (!write(field, value, node, text)) {
-      return false;
+    if (field.Listed().Scalar != nullptr) {
+      return WriteScalar(field, node, text);
     }
-  }
-  return true;
+    return field.Listed().Elements != nullptr
+               ? WriteList(field, node, text)
+               : WriteObject(field.Listed().Name, field.Record(), node, text);
+  });
 }
 
 }  // namespace
 
 bool CListedStatus::Write(_xmlNode* node) {
   const XmlMemoryWatch memory;
-  const ClassInfo* const info = ClassOf(*this);
+  const ListedObject object(*this);
   std::string text;
-  return node != nullptr && info != nullptr &&
-         WriteFields(*info, dynamic_cast<void*>(this), node, &text) && !memory.RanOut();
+  return node != nullptr && object.Class() != nullptr && WriteFields(object, node, &text) &&
+         !memory.RanOut();
 }
 
 std::string WriteDocument(CStatus& status) {

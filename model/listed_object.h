@@ -1,0 +1,95 @@
+// An object together with its listing: the way to walk what the object holds without knowing its
+// type. Both come from one place, so that no listing is used with an object of another class.
+#pragma once
+
+#include <cstddef>
+
+#include "model/listing.h"
+
+namespace QtSts {
+
+class ListedField;
+
+class ListedObject {
+ public:
+  // The object with the listing of its own class, or with none when it is not listed.
+  explicit ListedObject(const CBaseStatus& object)
+      : ListedObject(ClassOf(object), dynamic_cast<const void*>(&object)) {}
+
+  // The object as one of class C, whatever class derived from C it is.
+  template <class C>
+  static ListedObject As(const C& object) {
+    return ListedObject(&C::Class, &object);
+  }
+
+  // Null when it is not listed; then it has no fields.
+  const ClassInfo* Class() const { return m_Class; }
+
+  // Calls `visit` with the ListedField of each field, those of bases first, until it returns false;
+  // whether it never did. The object must outlive what it is called with.
+  template <class Visit>
+  bool VisitFields(const Visit& visit) const;
+
+ private:
+  friend class ListedField;
+  ListedObject(const ClassInfo* info, const void* object) : m_Class(info), m_Object(object) {}
+
+  const ClassInfo* m_Class;
+  const void* m_Object;
+};
+
+// One field of one object.
+class ListedField {
+ public:
+  ListedField(const Field& field, const void* part) : m_Field(&field), m_Value(field.Read(part)) {}
+
+  const Field& Listed() const { return *m_Field; }
+
+  // False when the value is absent. Then nothing below may be called.
+  bool IsReported() const { return m_Value != nullptr; }
+
+  // Of a scalar: its text, appended, as its source gave it; and its value as a T, null when it is
+  // of another type.
+  void Format(std::string* text) const { m_Field->Scalar->Format(m_Value, text); }
+  const void* ValueIf(const ScalarType& type) const {
+    return m_Field->Scalar == &type ? m_Value : nullptr;
+  }
+
+  // Of a record.
+  ListedObject Record() const { return {m_Field->Record, m_Value}; }
+
+  // Of a list: calls `visit` with the ListedObject of each element of a listed class, in order,
+  // until it returns false; whether it never did. Other elements do not belong to the document.
+  template <class Visit>
+  bool VisitElements(const Visit& visit) const;
+
+ private:
+  const Field* m_Field;
+  const void* m_Value;
+};
+
+template <class Visit>
+bool ListedObject::VisitFields(const Visit& visit) const {
+  return m_Class == nullptr || VisitEveryField(*m_Class, const_cast<void*>(m_Object),
+                                               [&visit](const Field& field, const void* part) {
+                                                 return visit(ListedField(field, part));
+                                               });
+}
+
+template <class Visit>
+bool ListedField::VisitElements(const Visit& visit) const {
+  const std::size_t count = m_Field->Elements->Count(m_Value);
+  for (std::size_t position = 0; position < count; ++position) {
+    const CBaseStatus* const element = m_Field->Elements->At(m_Value, position);
+    if (element == nullptr) {
+      continue;
+    }
+    const ListedObject object(*element);
+    if (object.Class() != nullptr && !visit(object)) {
+      return false;
+    }
+  }
+  return true;
+}
+
+}  // namespace QtSts
