@@ -1,9 +1,10 @@
 // Documents of any contents: the input makes the choices of which fields hold what. Written and
-// read, each must come back as it was.
+// read, each must come back as it was. Its tree must say what its XML says.
 #include "fuzz/fuzz.h"
 #include "model/compare.h"
 #include "model/xml.h"
 #include "tests/support/random_document.h"
+#include "tests/support/tree_of_xml.h"
 
 namespace {
 
@@ -40,5 +41,6 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   FUZZ_CHECK(read != nullptr);
   FUZZ_CHECK(QtSts::Compare(*document, *read).empty());
   FUZZ_CHECK(QtSts::WriteDocument(*read) == written);
+  FUZZ_CHECK(test_support::TreeDiffersFromXml(*document, written).empty());
   return 0;
 }

@@ -8,6 +8,7 @@
 #include "model/lookup/verify.h"
 #include "model/xml.h"
 #include "tests/collector/scratch_variables.h"
+#include "tests/support/tree_of_xml.h"
 
 namespace {
 
@@ -51,9 +52,11 @@ void RunCycles(const Cycles& cycles, QtSts::CStatus* status) {
 
 void CheckRoundTrip(QtSts::CStatus* status) {
   QtSts::XmlError error;
-  const auto read = QtSts::ReadDocument(QtSts::WriteDocument(*status), &error);
+  const std::string written = QtSts::WriteDocument(*status);
+  const auto read = QtSts::ReadDocument(written, &error);
   FUZZ_CHECK(read != nullptr);
   FUZZ_CHECK(QtSts::Compare(*status, *read).empty());
+  FUZZ_CHECK(test_support::TreeDiffersFromXml(*status, written).empty());
 }
 
 }  // namespace

@@ -175,6 +175,19 @@ TEST(WriteDocument, WritesValidDocumentsOfEveryContent) {
   }
 }
 
+TEST(WriteDocument, LeavesTheXmlToAClassThatWritesItself) {
+  class COwnStatus : public CStatus {
+   public:
+    bool Write(xmlNode* node) override {
+      return xmlNewProp(node, reinterpret_cast<const xmlChar*>("Own"),
+                        reinterpret_cast<const xmlChar*>("1")) != nullptr;
+    }
+  };
+  COwnStatus status;
+  EXPECT_EQ(WriteDocument(status),
+            "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<Status Own=\"1\"/>\n");
+}
+
 TEST(Write, FillsTheElementOfAnyClass) {
   QtSts::CArea area;
   area.Width = 3;

@@ -7,11 +7,13 @@
 #include <regex>
 #include <string>
 
+#include "model/xml.h"
 #include "sandbox/enter.h"
 #include "sandbox/scenario.h"
 #include "sandbox/testing.h"
 #include "tests/support/comma_locale.h"
 #include "tests/support/run_program.h"
+#include "tests/support/tree_of_xml.h"
 #include "tests/support/validate.h"
 
 namespace {
@@ -41,6 +43,10 @@ TEST_P(Scenarios, GiveTheGoldenDocument) {
   EXPECT_TRUE(test_support::MatchesGolden(
       Steady(run.Output),
       "tests/golden/" + std::string(name) + "-" + std::to_string(cycles) + ".xml"));
+  QtSts::XmlError error;
+  const auto read = QtSts::ReadDocument(run.Output, &error);
+  ASSERT_NE(read, nullptr) << error.Text();
+  EXPECT_EQ(test_support::TreeDiffersFromXml(*read, run.Output), "");
 }
 
 // The second and third cycle show what the scratch state carries over.

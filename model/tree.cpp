@@ -1,0 +1,316 @@
+#include "model/tree.h"
+
+#include <algorithm>
+#include <charconv>
+#include <optional>
+
+#include "model/document.h"
+#include "model/listed_object.h"
+#include "model/xml.h"
+
+namespace QtSts {
+
+// Appends an object and what it holds, each element before its own. Pointers into the tree's
+// vectors, which still grow, are set at the end.
+class TreeBuilder {
+ public:
+  explicit TreeBuilder(DocumentTree* tree) : m_Tree(*tree) {}
+
+  void Build(const ListedObject& root) {
+    AddObject(nullptr, root, 0, 0);
+    SetPointers();
+  }
+
+ private:
+  // Begins an element; its position among all.
+  std::size_t Begin(const Field* field, const ClassInfo* info, std::size_t position,
+                    std::size_t parent) {
+    const std::size_t begun = m_Tree.m_Elements.size();
+    TreeElement& element = m_Tree.m_Elements.emplace_back();
+    element.m_Field = field;
+    element.m_Class = info;
+    element.m_Position = static_cast<std::uint32_t>(position);
+    element.m_ToParent = static_cast<std::uint32_t>(begun - parent);
+    return begun;
+  }
+
+  void End(std::size_t begun) {
+    m_Tree.m_Elements[begun].m_Extent =
+        static_cast<std::uint32_t>(m_Tree.m_Elements.size() - begun);
+  }
+
+  // NOLINTNEXTLINE(misc-no-recursion): the document's depth is that of its classes
+  void AddObject(const Field* field, const ListedObject& object, std::size_t position,
+                 std::size_t parent) {
+    const std::size_t begun = Begin(field, object.Class(), position, parent);
+    const std::size_t values = m_Tree.m_Values.size();
+    object.VisitFields([this](const ListedField& held) {
+      if (held.Listed().Scalar != nullptr && held.IsReported()) {
+        AddValue(held);
+      }
+      return true;
+    });
+    m_Tree.m_Elements[begun].m_ValueCount =
+        static_cast<std::uint32_t>(m_Tree.m_Values.size() - values);
+    object.VisitFields([this, begun](const ListedField& held) {
+      if (held.Listed().Scalar == nullptr && held.IsReported()) {
+        AddChild(held, begun);
+      }
+      return true;
+    });
+    End(begun);
+  }
+
+  // NOLINTNEXTLINE(misc-no-recursion)
+  void AddChild(const ListedField& field, std::size_t parent) {
+    if (field.Listed().Elements == nullptr) {
+      AddObject(&field.Listed(), field.Record(), 0, parent);
+      return;
+    }
+    const std::size_t list = Begin(&field.Listed(), nullptr, 0, parent);
+    std::size_t position = 0;
+    field.VisitElements([this, list, &position](const ListedObject& element) {
+      AddObject(nullptr, element, position++, list);
+      return true;
+    });
+    End(list);
+  }
+
+  void AddValue(const ListedField& field) {
+    TreeValue& value = m_Tree.m_Values.emplace_back();
+    value.m_Field = &field.Listed();
+    for (const auto& taker : kTakers) {
+      if (const void* const source = field.ValueIf(*taker.Type)) {
+        value.m_Kind = taker.Kind;
+        (this->*taker.Take)(source, &value);
+        return;
+      }
+    }
+  }
+
+  template <class T>
+  void TakeUnsigned(const void* source, TreeValue* value) {
+    value->m_Data.Unsigned = *static_cast<const T*>(source);
+  }
+  template <class T>
+  void TakeSigned(const void* source, TreeValue* value) {
+    value->m_Data.Signed = *static_cast<const T*>(source);
+  }
+  void TakeFloat(const void* source, TreeValue* value) {
+    value->m_Data.Float = *static_cast<const float*>(source);
+  }
+  void TakeDouble(const void* source, TreeValue* value) {
+    value->m_Data.Double = *static_cast<const double*>(source);
+  }
+  void TakeText(const void* source, TreeValue* value) {
+    m_Clean = *static_cast<const std::string*>(source);
+    CleanText(&m_Clean);
+    m_Tree.m_Texts.insert(m_Tree.m_Texts.end(), m_Clean.begin(), m_Clean.end());
+    value->m_Size = static_cast<std::uint32_t>(m_Clean.size());
+  }
+  void TakeReals(const void* source, TreeValue* value) {
+    const auto& reals = *static_cast<const std::vector<float>*>(source);
+    m_Tree.m_Reals.insert(m_Tree.m_Reals.end(), reals.begin(), reals.end());
+    value->m_Size = static_cast<std::uint32_t>(reals.size());
+  }
+
+  struct Taker {
+    const ScalarType* Type;
+    ValueKind Kind;
+    void (TreeBuilder::*Take)(const void* source, TreeValue* value);
+  };
+  static const Taker kTakers[11];
+
+  void SetPointers() {
+    const TreeValue* values = m_Tree.m_Values.data();
+    for (TreeElement& element : m_Tree.m_Elements) {
+      element.m_Values = values;
+      values += element.m_ValueCount;
+    }
+    const char* text = m_Tree.m_Texts.data();
+    const float* reals = m_Tree.m_Reals.data();
+    for (TreeValue& value : m_Tree.m_Values) {
+      if (value.m_Kind == ValueKind::kText) {
+        value.m_Data.Text = text;
+        text += value.m_Size;
+      } else if (value.m_Kind == ValueKind::kReals) {
+        value.m_Data.Reals = reals;
+        reals += value.m_Size;
+      }
+    }
+  }
+
+  DocumentTree& m_Tree;
+  std::string m_Clean;  // room for one text
+};
+
+constinit const TreeBuilder::Taker TreeBuilder::kTakers[11] = {
+    {&listing::kUInt32, ValueKind::kUnsigned, &TreeBuilder::TakeUnsigned<std::uint32_t>},
+    {&listing::kBool, ValueKind::kFlag, &TreeBuilder::TakeUnsigned<bool>},
+    {&listing::kFloat, ValueKind::kFloat, &TreeBuilder::TakeFloat},
+    {&listing::kText, ValueKind::kText, &TreeBuilder::TakeText},
+    {&listing::kUInt16, ValueKind::kUnsigned, &TreeBuilder::TakeUnsigned<std::uint16_t>},
+    {&listing::kUInt64, ValueKind::kUnsigned, &TreeBuilder::TakeUnsigned<std::uint64_t>},
+    {&listing::kInt32, ValueKind::kSigned, &TreeBuilder::TakeSigned<std::int32_t>},
+    {&listing::kUInt8, ValueKind::kUnsigned, &TreeBuilder::TakeUnsigned<std::uint8_t>},
+    {&listing::kInt64, ValueKind::kSigned, &TreeBuilder::TakeSigned<std::int64_t>},
+    {&listing::kDouble, ValueKind::kDouble, &TreeBuilder::TakeDouble},
+    {&listing::kFloats, ValueKind::kReals, &TreeBuilder::TakeReals},
+};
+
+namespace {
+
+void AppendReals(std::span<const float> reals, std::string* text) {
+  const char* separator = "";
+  for (const float& real : reals) {
+    *text += separator;
+    listing::kFloat.Format(&real, text);
+    separator = " ";
+  }
+}
+
+// "[12]" as 12; null when it is nothing of the kind.
+std::optional<std::size_t> ParsePosition(std::string_view text) {
+  std::size_t position = 0;
+  if (!text.starts_with('[') || !text.ends_with(']')) {
+    return std::nullopt;
+  }
+  const char* const end = text.data() + text.size() - 1;
+  const auto [stopped, error] = std::from_chars(text.data() + 1, end, position);
+  return error == std::errc() && stopped == end ? std::optional(position) : std::nullopt;
+}
+
+}  // namespace
+
+void TreeValue::AppendTo(std::string* text) const {
+  switch (m_Kind) {
+    case ValueKind::kFlag:
+      *text += Flag() ? "true" : "false";
+      break;
+    case ValueKind::kUnsigned:
+      listing::kUInt64.Format(&m_Data.Unsigned, text);
+      break;
+    case ValueKind::kSigned:
+      listing::kInt64.Format(&m_Data.Signed, text);
+      break;
+    case ValueKind::kFloat:
+      listing::kFloat.Format(&m_Data.Float, text);
+      break;
+    case ValueKind::kDouble:
+      listing::kDouble.Format(&m_Data.Double, text);
+      break;
+    case ValueKind::kText:
+      *text += Text();
+      break;
+    case ValueKind::kReals:
+      AppendReals(Reals(), text);
+      break;
+  }
+}
+
+std::string TreeValue::Written() const {
+  std::string text;
+  AppendTo(&text);
+  return text;
+}
+
+const char* TreeValue::CodeName() const {
+  if (m_Kind != ValueKind::kUnsigned && m_Kind != ValueKind::kSigned) {
+    return nullptr;
+  }
+  for (const Code& code : m_Field->Codes) {
+    if (m_Kind == ValueKind::kSigned ? code.Value == Signed() : code.Value == Unsigned()) {
+      return code.Text;
+    }
+  }
+  return nullptr;
+}
+
+const char* TreeElement::Name() const {
+  if (m_Field != nullptr) {
+    return m_Field->Name;
+  }
+  return m_Class != nullptr ? m_Class->Name : "";
+}
+
+bool TreeElement::IsA(const ClassInfo& base) const {
+  return m_Class != nullptr && QtSts::IsA(*m_Class, base);
+}
+
+// "Outputs", "Outputs[0]" or, of a list, "[0]".
+const TreeElement* TreeElement::FindStep(std::string_view step) const {
+  const std::size_t bracket = std::min(step.find('['), step.size());
+  const TreeElement* named = IsList() && bracket == 0 ? this : FindChild(step.substr(0, bracket));
+  if (named == nullptr || bracket == step.size()) {
+    return named == this ? nullptr : named;
+  }
+  const auto position = ParsePosition(step.substr(bracket));
+  for (const TreeElement& element : named->Children()) {
+    if (position && named->IsList() && element.Position() == *position) {
+      return &element;
+    }
+  }
+  return nullptr;
+}
+
+const TreeElement* TreeElement::FindChild(std::string_view name) const {
+  for (const TreeElement& child : Children()) {
+    if (!IsList() && name == child.Name()) {
+      return &child;
+    }
+  }
+  return nullptr;
+}
+
+const TreeElement* TreeElement::Find(std::string_view path) const {
+  const TreeElement* element = this;
+  while (element != nullptr && !path.empty()) {
+    const std::size_t slash = path.find('/');
+    element = element->FindStep(path.substr(0, slash));
+    path = slash == std::string_view::npos ? "" : path.substr(slash + 1);
+  }
+  return element;
+}
+
+const TreeValue* TreeElement::FindValue(std::string_view path) const {
+  const std::size_t slash = path.rfind('/');
+  const bool own = slash == std::string_view::npos;
+  const TreeElement* const holder = own ? this : Find(path.substr(0, slash));
+  if (holder == nullptr) {
+    return nullptr;
+  }
+  const std::string_view name = own ? path : path.substr(slash + 1);
+  for (const TreeValue& value : holder->Values()) {
+    if (name == value.Listed().Name) {
+      return &value;
+    }
+  }
+  return nullptr;
+}
+
+std::string TreeElement::Path() const {
+  const TreeElement* const parent = Parent();
+  if (parent == nullptr) {
+    return "";
+  }
+  const std::string path = parent->Path();
+  if (parent->IsList()) {
+    return path + "[" + std::to_string(m_Position) + "]";
+  }
+  return path.empty() ? Name() : path + "/" + Name();
+}
+
+std::string TreeElement::PathOf(const TreeValue& value) const {
+  const std::string path = Path();
+  return path.empty() ? value.Listed().Name : path + "/" + value.Listed().Name;
+}
+
+DocumentTree::DocumentTree(const CStatus& status) {
+  TreeBuilder(this).Build(ListedObject::As(status));
+}
+
+DocumentTree::DocumentTree(const CBaseStatus& object) {
+  TreeBuilder(this).Build(ListedObject(object));
+}
+
+}  // namespace QtSts
