@@ -1,13 +1,16 @@
 // What the kernel sees the collector ask is what the collector tells its observer.
 #include <gmock/gmock.h>
 
+#include <algorithm>
 #include <fstream>
 #include <regex>
+#include <set>
 
 #include "sandbox/enter.h"
 #include "sandbox/scenario.h"
 #include "sandbox/testing.h"
 #include "tests/reliability/controller.h"
+#include "tests/reliability/random_controller.h"
 #include "tests/support/run_program.h"
 
 namespace {
@@ -98,7 +101,47 @@ void ExpectEveryAccessToBeObserved(const Scenario& controller) {
   EXPECT_EQ(traced, TextOf("/tmp/observed"));
 }
 
+// The system calls between the two marks of a trace: name, path if there is one, and result. Memory
+// is the observer's business as well, and processes have different numbers.
+std::string CallsBetweenMarks(const std::string& trace) {
+  static const std::regex kForm(R"((\w+)\([^"]*("[^"]*")?.* = (\S+).*)");
+  static const std::set<std::string> kAside = {"brk",    "mmap",    "munmap", "mprotect",
+                                               "mremap", "madvise", "getpid"};
+  std::ifstream lines(trace);
+  std::string calls;
+  int marks = 0;
+  for (std::string line; std::getline(lines, line);) {
+    std::smatch parts;
+    if (line.starts_with("getppid(")) {
+      ++marks;
+    } else if (marks == 1 && std::regex_match(line, parts, kForm) && !kAside.contains(parts[1])) {
+      calls += parts[1].str() + parts[2].str() + " = " + parts[3].str() + '\n';
+    }
+  }
+  EXPECT_EQ(marks, 2);
+  return calls;
+}
+
+std::string CallsOf(std::vector<std::string> program) {
+  program.insert(program.begin(), {"strace", "-o", "/tmp/trace"});
+  const auto ran = test_support::RunProgram(program);
+  EXPECT_EQ(ran.ExitCode, 0) << ran.Errors;
+  return CallsBetweenMarks("/tmp/trace");
+}
+
 }  // namespace
+
+TEST(AnObservedCycle, MakesTheSystemCallsOfOneThatIsNot) {
+  const int count = reliability::Repetitions(8, 300);
+  for (int seed = 1; seed <= count; ++seed) {
+    SCOPED_TRACE(testing::Message() << "seed " << seed);
+    reliability::RandomController(static_cast<unsigned>(seed)).Database().Apply();
+    CallsOf({OBSERVE_ACCESSES});  // makes the files beside the database, which then stay
+    const std::string unobserved = CallsOf({OBSERVE_ACCESSES});
+    EXPECT_GT(std::ranges::count(unobserved, '\n'), 50);
+    EXPECT_EQ(CallsOf({OBSERVE_ACCESSES, "/tmp/observed"}), unobserved);
+  }
+}
 
 TEST(EveryAccessOfACycle, IsObservedOnABareController) {
   ExpectEveryAccessToBeObserved(Scenario().Database());
