@@ -12,6 +12,7 @@ set(status_public_headers
   collector/state/export.h
   collector/state/observer.h
   collector/state/scratch.h
+  collector/state/scratch_list.h
   collector/status_interface.h
   db/cpp_sqlite3.h
   db/export.h

@@ -16,16 +16,8 @@ namespace {
 
 using testing::ElementsAre;
 
-std::vector<std::string> Texts() {
-  std::vector<std::string> texts;
-  for (const ScratchVariable& variable : ScratchVariables()) {
-    texts.push_back(variable.Text());
-  }
-  return texts;
-}
-
 // Taken before any test runs.
-const std::vector<std::string> kAtLoad = Texts();
+const Scratch kAtLoad = SaveScratch();
 
 class ScratchState : public testing::Test {
  protected:
@@ -34,13 +26,7 @@ class ScratchState : public testing::Test {
 
 class ResetGlobals : public ScratchState {};
 
-TEST_F(ScratchState, IsAllZeroAtLoad) {
-  ClearScratch();
-  const std::vector<std::string> clear = Texts();
-  for (std::size_t i = 0; i < clear.size(); ++i) {
-    EXPECT_EQ(kAtLoad[i], clear[i]) << ScratchVariables()[i].Name;
-  }
-}
+TEST_F(ScratchState, IsAllZeroAtLoad) { EXPECT_EQ(kAtLoad, Scratch()); }
 
 TEST_F(ScratchState, HasItsAbsentMarksAtZeroToo) {
   EXPECT_EQ(u16_DispInterfaceAddress, 0);
@@ -72,6 +58,25 @@ TEST_F(ScratchState, MakesNoPointsInAFreshProcess) {
   PopulateOutputs(&board);
   EXPECT_TRUE(board.Points.Inputs->Points.empty());
   EXPECT_TRUE(board.Points.Outputs->Points.empty());
+}
+
+// Every comparison of scratch states in the tests rests on this.
+TEST_F(ScratchState, IsSavedComparedAndRestoredWhole) {
+  EXPECT_GT(ScratchVariables().size(), 40U);
+  for (const ScratchVariable& variable : ScratchVariables()) {
+    ClearScratch();
+    const Scratch clear = SaveScratch();
+    EXPECT_EQ(clear, Scratch());
+    variable.Fill();
+    const std::string filled_text = variable.Text();
+    const Scratch filled = SaveScratch();
+    EXPECT_NE(filled, clear) << variable.Name;
+    EXPECT_THAT(Differences(filled, clear), ElementsAre(variable.Name));
+    RestoreScratch(clear);
+    EXPECT_NE(variable.Text(), filled_text) << variable.Name;
+    RestoreScratch(filled);
+    EXPECT_EQ(variable.Text(), filled_text) << variable.Name;
+  }
 }
 
 TEST_F(ScratchState, LimitsOneReportAnHourFromTheStart) {
@@ -159,23 +164,16 @@ TEST_F(ScratchState, KeepsAStagedPointInFiveFieldsInTheirOrder) {
 }
 
 TEST_F(ResetGlobals, ClearsTheNodeCounterAndNothingElse) {
-  for (const ScratchVariable& variable : ScratchVariables()) {
-    variable.Fill();
-  }
-  const std::vector<std::string> before = Texts();
+  FillScratch();
+  const Scratch before = SaveScratch();
+  EXPECT_EQ(Differences(before, kAtLoad).size(), ScratchVariables().size())
+      << "not all were filled";
   rs.printed = 1;
   rs.missed = 2;
   rs.begin = 3;
   Reset_Globals();
-  for (std::size_t i = 0; i < before.size(); ++i) {
-    const ScratchVariable& variable = ScratchVariables()[i];
-    EXPECT_NE(before[i], kAtLoad[i]) << variable.Name << " was not filled";
-    if (std::string_view(variable.Name) == "u32_TTableNumAttribute") {
-      EXPECT_EQ(u32_TTableNumAttribute, 0U);
-    } else {
-      EXPECT_EQ(variable.Text(), before[i]) << variable.Name;
-    }
-  }
+  EXPECT_THAT(Differences(SaveScratch(), before), ElementsAre("u32_TTableNumAttribute"));
+  EXPECT_EQ(u32_TTableNumAttribute, 0U);
   EXPECT_EQ(rs.interval, 3600);
   EXPECT_EQ(rs.burst, 1);
   EXPECT_EQ(rs.printed, 1);

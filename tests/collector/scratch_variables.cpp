@@ -3,8 +3,6 @@
 #include <sstream>
 #include <type_traits>
 
-#include "collector/state/scratch.h"
-
 namespace {
 
 // Text of a value of any of the types.
@@ -15,24 +13,18 @@ void Append(std::ostream& out, const T& value) {
 }
 
 void Append(std::ostream& out, const BeaconRoundel& value) {
-  Append(out, value.RedDimLevel);
-  Append(out, value.AmberDimLevel);
-  Append(out, value.ErrorFlags);
-  Append(out, value.RedLedErrorCount);
-  Append(out, value.AmberLedErrorCount);
-  Append(out, value.StatusFlags);
-  Append(out, value.SyncControlStartBit);
-  Append(out, value.PerColorLedCount);
-  Append(out, value.TemperatureKelvin);
-  Append(out, value.Humidity);
+#define APPEND(name, ...) Append(out, value.name);
+  BEACON_ROUNDEL_FIELDS(APPEND)
+#undef APPEND
 }
 
 void Append(std::ostream& out, const DcioPoint& point) {
-  Append(out, point.Present);
-  Append(out, point.Type);
-  Append(out, point.Index);
-  Append(out, point.State);
-  out << '"' << point.Label << "\" ";
+  const auto& [present, type, index, state, label] = point;
+  Append(out, present);
+  Append(out, type);
+  Append(out, index);
+  Append(out, state);
+  out << '"' << label << "\" ";
 }
 
 void Append(std::ostream& out, const std::pair<const std::uint8_t, std::uint16_t>& fan) {
@@ -55,7 +47,12 @@ template <class T>
 requires std::is_arithmetic_v<T> || std::is_enum_v<T>
 void FillValue(T* value) { *value = static_cast<T>(1); }
 
-void FillValue(BeaconRoundel* value) { *value = {1, 2, 3, 4, 5, 6, 7, 8, 9, 10}; }
+void FillValue(BeaconRoundel* value) {
+  std::uint8_t next = 1;
+#define FILL(name, ...) value->name = next++;
+  BEACON_ROUNDEL_FIELDS(FILL)
+#undef FILL
+}
 
 void FillValue(DcioPoint* point) { *point = {1, 2, 3, 4, "label"}; }
 
@@ -70,79 +67,69 @@ void FillValue(std::array<DcioPoint, kCount>* points) {
   }
 }
 
+template <class T>
+std::string TextOf(const T& value) {
+  std::ostringstream out;
+  Append(out, value);
+  return out.str();
+}
+
 template <auto kVariable>
 constexpr ScratchVariable Of(const char* name) {
   using T = std::remove_pointer_t<decltype(kVariable)>;
   return {name, kVariable, [] { FillValue(kVariable); }, [] { *kVariable = T{}; },
-          [] {
-            std::ostringstream out;
-            Append(out, *kVariable);
-            return out.str();
-          }};
+          [] { return TextOf(*kVariable); }};
 }
 
-#define VARIABLE(name) Of<&name>(#name)
 constexpr ScratchVariable kVariables[] = {
-    VARIABLE(u32_SensorNumber),
-    VARIABLE(u32_Address),
-    VARIABLE(u32_Bus),
-    VARIABLE(b_Connected),
-    VARIABLE(at_Type),
-    VARIABLE(st_Type),
-    VARIABLE(u32_NumAttribute),
-    VARIABLE(uiSyncLossCounter),
-    VARIABLE(u32_DispInterfaceNumAttribute),
-    VARIABLE(u16_DispInterfaceAddress),
-    VARIABLE(u32_Face),
-    VARIABLE(s32_Revision),
-    VARIABLE(u16_IdType),
-    VARIABLE(u8_HardwareID),
-    VARIABLE(f_celsius),
-    VARIABLE(u16_OneMinAverage),
-    VARIABLE(u16_TenMinAverage),
-    VARIABLE(u16_OneMinLuxAverage),
-    VARIABLE(u16_TenMinLuxAverage),
-    VARIABLE(u16_LongTermAverage),
-    VARIABLE(f_Humidity_OneMinAverage),
-    VARIABLE(f_Humidity_TenMinAverage),
-    VARIABLE(u16_AverageRpm),
-    VARIABLE(u16_CurrentRpm),
-    VARIABLE(f_inputVoltage),
-    VARIABLE(f_outputVoltage),
-    VARIABLE(f_celsiusTemperature),
-    VARIABLE(u32_PortStatus),
-    VARIABLE(u16_Ambient),
-    VARIABLE(u32_Front),
-    VARIABLE(u32_Back),
-    VARIABLE(Locked),
-    VARIABLE(dLatitude),
-    VARIABLE(dLongitude),
-    VARIABLE(dAltitude),
-    VARIABLE(uiCompass),
-    VARIABLE(u32_FansEnabled),
-    VARIABLE(FanRpms),
-    VARIABLE(f_Psrb_InputVoltages),
-    VARIABLE(f_Psrb_OutputVoltages),
-    VARIABLE(u8_Psrb_HardwareErrors),
-    VARIABLE(beaconRoundel),
-    VARIABLE(u32_DCIO_SensorNumber),
-    VARIABLE(u32_DCIO_State),
-    VARIABLE(u32_DCIO_ErrCntr),
-    VARIABLE(u32_DCIO_NumAttr),
-    VARIABLE(u32_DCIO_Address),
-    VARIABLE(st_DCIO_Type),
-    VARIABLE(dcioInputs),
-    VARIABLE(dcioOutputs),
-    VARIABLE(u32_TTableNumAttribute),
-};
+#define VARIABLE(name, ...) Of<&name>(#name),
+    SCRATCH_VARIABLES(VARIABLE)
 #undef VARIABLE
+};
 
 }  // namespace
 
 std::span<const ScratchVariable> ScratchVariables() { return kVariables; }
 
-void ClearScratch() {
+void ClearScratch() { RestoreScratch({}); }
+
+void FillScratch() {
   for (const ScratchVariable& variable : kVariables) {
-    variable.Clear();
+    variable.Fill();
   }
+}
+
+Scratch SaveScratch() {
+  Scratch saved;
+#define SAVE(name, ...) saved.name = name;
+  SCRATCH_VARIABLES(SAVE)
+#undef SAVE
+  return saved;
+}
+
+void RestoreScratch(const Scratch& saved) {
+#define RESTORE(name, ...) name = __VA_ARGS__(saved.name);  // a copy, so that memory is given back
+  SCRATCH_VARIABLES(RESTORE)
+#undef RESTORE
+}
+
+std::vector<std::string> Differences(const Scratch& left, const Scratch& right) {
+  std::vector<std::string> names;
+#define COMPARE(name, ...) \
+  if (!(left.name == right.name)) names.emplace_back(#name);
+  SCRATCH_VARIABLES(COMPARE)
+#undef COMPARE
+  return names;
+}
+
+std::string ScratchText() {
+  std::ostringstream out;
+  PrintTo(SaveScratch(), &out);
+  return out.str();
+}
+
+void PrintTo(const Scratch& scratch, std::ostream* out) {
+#define PRINT(name, ...) *out << #name << ' ' << TextOf(scratch.name) << '\n';
+  SCRATCH_VARIABLES(PRINT)
+#undef PRINT
 }

@@ -12,7 +12,6 @@
 #include "tests/collector/scratch_variables.h"
 #include "tests/reliability/controller.h"
 #include "tests/reliability/faults.h"
-#include "tests/reliability/scratch_state.h"
 
 namespace {
 
@@ -25,7 +24,6 @@ using reliability::Foreign;
 using reliability::Outcome;
 using reliability::ReportLines;
 using reliability::Run;
-using reliability::Scratch;
 
 // Opened from the test's start to its end.
 struct Laboratory {
@@ -34,13 +32,13 @@ struct Laboratory {
   /// The document of a fresh collector on the present scratch state, which is put back. A document
   /// depends on nothing else that lasts, so that it is known while the state stays the same.
   const std::string& Untouched() {
-    if (std::string state = reliability::ScratchText(); state != state_) {
-      const Scratch before = reliability::SaveScratch();
+    if (std::string state = ScratchText(); state != state_) {
+      const Scratch before = SaveScratch();
       CStatusInterface collector;
       collector.InitDatabase(false);
       const Outcome outcome = Run(&quiet, [&] { return collector.QueryDatabase(); });
       EXPECT_EQ(outcome.result, 0) << outcome.report;
-      reliability::RestoreScratch(before);
+      RestoreScratch(before);
       state_ = std::move(state);
       untouched_ = Document(&collector.m_Status);
     }
@@ -79,7 +77,7 @@ class WarmCycle {
       EXPECT_EQ(Cycle().result, 0);
       CheckLocks();
     }
-    steady_ = reliability::SaveScratch();
+    steady_ = SaveScratch();
     rows_only_ = reliability::RowsOnly(&collector_.m_Status);
     // As long as one connection to a file holds a lock, SQLite keeps the descriptor of another that
     // was closed, for the next one.
@@ -89,7 +87,7 @@ class WarmCycle {
 
   /// False once the cycle passes untouched.
   bool Fail(Call call, unsigned long nth, Extent extent) {
-    reliability::RestoreScratch(steady_);
+    RestoreScratch(steady_);
     reliability::ForgetTrackerReports();
     // The reader's pages are stale by this, so that it reads the file.
     EXPECT_EQ(other_.Do(kTouch), "");
@@ -167,12 +165,12 @@ class WholeLife {
     }
     EXPECT_EQ(Live(Call::kMemory, 0, Extent::kOnce).report, "");
     descriptors_ = reliability::OpenDescriptors();
-    steady_ = reliability::SaveScratch();
+    steady_ = SaveScratch();
     laboratory_.Untouched();
   }
 
   bool Fail(Call call, unsigned long nth, Extent extent) {
-    reliability::RestoreScratch(steady_);
+    RestoreScratch(steady_);
     reliability::ForgetTrackerReports();
     if (write_) {
       sandbox::RemoveDatabase();
@@ -404,10 +402,6 @@ TEST(EveryFunctionThatCanFail, IsCalledByACollector) {
     EXPECT_FALSE(WholeLife(&laboratory, writes).Fail(Call::kMemory, kNone, Extent::kOnce));
   }
   EXPECT_THAT(faults::Called(), testing::UnorderedElementsAreArray(kFunctions));
-}
-
-TEST(ScratchState, IsSavedWhole) {
-  EXPECT_EQ(std::tuple_size_v<Scratch>, ScratchVariables().size());
 }
 
 }  // namespace

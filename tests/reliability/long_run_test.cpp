@@ -11,8 +11,8 @@
 
 #include "sandbox/system_log.h"
 #include "sandbox/testing.h"
+#include "tests/collector/scratch_variables.h"
 #include "tests/reliability/controller.h"
-#include "tests/reliability/scratch_state.h"
 
 namespace {
 
@@ -32,7 +32,7 @@ class LongRun : public testing::Test {
   std::string Settle() {
     EXPECT_EQ(Cycle().result, 0);
     EXPECT_EQ(Cycle().result, 0);
-    return reliability::Document(&collector_.m_Status) + reliability::ScratchText();
+    return reliability::Document(&collector_.m_Status) + ScratchText();
   }
 
   reliability::Quiet quiet_;

@@ -8,14 +8,13 @@
 #include "collector/observer.h"
 #include "sandbox/system_log.h"
 #include "sandbox/testing.h"
+#include "tests/collector/scratch_variables.h"
 #include "tests/reliability/controller.h"
 #include "tests/reliability/random_controller.h"
-#include "tests/reliability/scratch_state.h"
 
 namespace {
 
 using reliability::Document;
-using reliability::Scratch;
 using sandbox::Scenario;
 
 // Looks at everything, and spoils what the collector might rely on.
@@ -59,7 +58,7 @@ class Observation : public testing::Test {
  protected:
   // Two cycles on this controller from the same state, both observed by `observer` if it is given.
   std::vector<Traces> TracesOf(const std::function<void(const std::function<void()>&)>& around) {
-    reliability::RestoreScratch(Scratch());
+    ClearScratch();
     reliability::ForgetTrackerReports();
     std::vector<Traces> all;
     CStatusInterface collector;
@@ -75,7 +74,7 @@ class Observation : public testing::Test {
           });
         });
         traces.Document = Document(&collector.m_Status);
-        traces.Scratch = reliability::ScratchText();
+        traces.Scratch = ScratchText();
         for (const auto& message : m_Log.Read()) {
           traces.Log.push_back(message.text);
         }

@@ -12,6 +12,7 @@ namespace {
 using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::Pair;
+using testing::SizeIs;
 
 class SensorAttributes : public SensorTest {
  protected:
@@ -82,10 +83,10 @@ TEST_F(SensorAttributes, StoreEachExactAttributeInItsPlace) {
   EXPECT_EQ(std::size(rows) + 1, sensors::ExactAttributes().size());
   for (const Stored& row : rows) {
     SCOPED_TRACE(testing::PrintToString(row));
-    ScratchVariables() = ScratchCopy();
+    ClearScratch();
     EXPECT_EQ(Send(8, row.Attribute, row.Value), 0);
     EXPECT_EQ(row.Where(), row.Expected);
-    EXPECT_EQ(Differences(CopyScratch(), FreshBut(8)), 1);
+    EXPECT_THAT(Differences(SaveScratch(), FreshBut(8)), SizeIs(1));
   }
 }
 
@@ -125,12 +126,12 @@ TEST_F(SensorAttributes, StoreEachFamilyOfAttributesInItsPlaceInAnyCase) {
     }
     for (const std::string& name : {std::string(row.Attribute), upper, lower, upper + "_x"}) {
       SCOPED_TRACE(name);
-      ScratchVariables() = ScratchCopy();
+      ClearScratch();
       EXPECT_EQ(Send(1, name, row.Value), 0);
       EXPECT_EQ(row.Where(), row.Expected);
-      EXPECT_EQ(Differences(CopyScratch(), FreshBut(1)), 1);
+      EXPECT_THAT(Differences(SaveScratch(), FreshBut(1)), SizeIs(1));
     }
-    ScratchVariables() = ScratchCopy();
+    ClearScratch();
     Send(1, std::string(row.Attribute).substr(0, std::strlen(row.Attribute) - 1), row.Value);
     EXPECT_EQ(row.Where(), 0) << "one letter short of " << row.Attribute;
   }
@@ -248,7 +249,7 @@ TEST_F(SensorAttributes, TryPointsBeforeAnythingElse) {
   for (const char* const name : {"InputVoltage", "Inputs", "OutputVoltage", "input_Type"}) {
     EXPECT_EQ(Send(1, name, "5"), 0) << name;
   }
-  EXPECT_EQ(CopyScratch(), FreshBut(1));
+  EXPECT_EQ(SaveScratch(), FreshBut(1));
 }
 
 TEST_F(SensorAttributes, StageTheFourAttributesOfAPoint) {
@@ -298,7 +299,7 @@ TEST_F(SensorAttributes, IgnorePointsBeyondTheStagingTables) {
   Send(1, {{"Input_23_Type", "1"}, {"Output_11_Type", "1"}});
   EXPECT_EQ(dcioInputs[23].Present, 1);
   EXPECT_EQ(dcioOutputs[11].Present, 1);
-  const ScratchCopy before = CopyScratch();
+  const Scratch before = SaveScratch();
   // Numbers that would fall into the tables if they were narrowed first are among them.
   for (const char* const number : {"24", "-1", "255", "256", "65536", "4294967296", "4294967297",
                                    "-4294967295", "9223372036854775807", "9223372036854775808",
@@ -306,10 +307,10 @@ TEST_F(SensorAttributes, IgnorePointsBeyondTheStagingTables) {
     SCOPED_TRACE(number);
     Send(1, std::string("Input_") + number + "_Label", "beyond");
     Send(1, std::string("Output_") + number + "_Label", "beyond");
-    EXPECT_EQ(CopyScratch(), before);
+    EXPECT_EQ(SaveScratch(), before);
   }
   Send(1, "Output_12_Label", "beyond");
-  EXPECT_EQ(CopyScratch(), before);
+  EXPECT_EQ(SaveScratch(), before);
 }
 
 TEST_F(SensorAttributes, KeepTheFirstSpeedOfAFan) {
@@ -374,8 +375,8 @@ TEST_F(SensorAttributes, AreFoundUnderEveryNameOfTheTable) {
       continue;
     }
     SCOPED_TRACE(attribute.Name);
-    ScratchVariables() = ScratchCopy();
+    ClearScratch();
     Send(0, std::string(attribute.Name), attribute.Name == "Connected" ? "true" : "1");
-    EXPECT_NE(CopyScratch(), ScratchCopy());
+    EXPECT_NE(SaveScratch(), Scratch());
   }
 }

@@ -73,7 +73,7 @@ class Memory : public SensorTest {
 
   // Gives back all memory that the scratch state holds.
   static void Forget() {
-    ScratchVariables() = ScratchCopy();
+    ClearScratch();
     for (DcioPoint& point : dcioInputs) {
       point.Label.shrink_to_fit();
     }
@@ -282,14 +282,14 @@ TEST_F(Memory, ThatRunsOutInARowLeavesWhatWasStored) {
   f_Psrb_InputVoltages = {24.5F};
   f_Psrb_InputVoltages.shrink_to_fit();
   u32_SensorNumber = 5;
-  const ScratchCopy before = CopyScratch();
+  const Scratch before = SaveScratch();
   for (const auto& [name, value] : Attributes{
            {"Input_0_Label", kLongLabel}, {"Fan_2_Rpm", "1200"}, {"PsrbVin_1_Volts", "24"}}) {
     SCOPED_TRACE(name);
     std::string key = "Sensor_5_" + name;
     std::string text = value;
     EXPECT_FALSE(Survives(0, [&] { Status_Sensor(&m_Status, text.data(), key.data()); }));
-    EXPECT_EQ(CopyScratch(), before);
+    EXPECT_EQ(SaveScratch(), before);
   }
 }
 

@@ -80,12 +80,12 @@ TEST_F(Placements, MakeNothingOfACodeWithoutARecordAndTakeNothing) {
   for (const std::uint32_t type : kNoRecord) {
     SCOPED_TRACE(type);
     Sensor(0, type, 5);
-    const ScratchCopy before = CopyScratch();
+    const Scratch before = SaveScratch();
     EXPECT_EQ(Status_VerifySensor(&m_Status), 0);
     EXPECT_EQ(m_Status.Sensors.Count(), 0U);
     EXPECT_EQ(VerifyBehind(kRouterCan), 0);
     EXPECT_EQ(Behind(0).Count(), 0U);
-    EXPECT_EQ(CopyScratch(), before);
+    EXPECT_EQ(SaveScratch(), before);
   }
 }
 
@@ -99,10 +99,10 @@ TEST_F(Placements, TakeNothingForASensorThatIsThereAlready) {
     VerifyBehind(kRouterCan);
     StageSomething();
     Sensor(0, type, 5);
-    const ScratchCopy before = CopyScratch();
+    const Scratch before = SaveScratch();
     EXPECT_EQ(Status_VerifySensor(&m_Status), 0);
     EXPECT_EQ(VerifyBehind(kRouterCan), 0);
-    EXPECT_EQ(CopyScratch(), before);
+    EXPECT_EQ(SaveScratch(), before);
   }
 }
 
@@ -188,12 +188,12 @@ TEST_F(Placements, DoNothingWhereNoInterfaceIsMade) {
   for (const std::uint32_t attachment : {0U, 3U, 4U, 0xFFFFFFFFU}) {
     SCOPED_TRACE(attachment);
     Sensor(0, kCanDcioAndFanRpm, 5);
-    const ScratchCopy before = CopyScratch();
+    const Scratch before = SaveScratch();
     EXPECT_EQ(VerifyBehind(attachment), 0);
     EXPECT_EQ(m_Status.Outputs.Count(), 1U);
     EXPECT_EQ(m_Status.Outputs[0]->DisplayInterfaces.Count(), 0U);
     EXPECT_EQ(m_Status.Sensors.Count(), 0U);
-    EXPECT_EQ(CopyScratch(), before);
+    EXPECT_EQ(SaveScratch(), before);
   }
 }
 

@@ -46,7 +46,7 @@ TEST_F(StagedPoints, AreNoneInAFreshProcess) {
   PopulateOutputs(&m_Board);
   EXPECT_THAT(Inputs(), IsEmpty());
   EXPECT_THAT(Outputs(), IsEmpty());
-  EXPECT_EQ(CopyScratch(), ScratchCopy());
+  EXPECT_EQ(SaveScratch(), Scratch());
 }
 
 TEST_F(StagedPoints, ComeFromRowsOfSensorsAloneAndNotOfDcioDevices) {
@@ -57,7 +57,14 @@ TEST_F(StagedPoints, ComeFromRowsOfSensorsAloneAndNotOfDcioDevices) {
     EXPECT_EQ(Status_DCIO(&m_Status, value.data(), key.data()), 0) << key;
   }
   EXPECT_EQ(m_Status.DCIO.Devices.Count(), 1U);
-  EXPECT_EQ(CopyScratch(), ScratchCopy());
+  Scratch device;
+  device.u32_DCIO_SensorNumber = 1;
+  device.u32_DCIO_State = 1;
+  device.u32_DCIO_ErrCntr = 1;
+  device.u32_DCIO_NumAttr = 1;
+  device.u32_DCIO_Address = 1;
+  device.st_DCIO_Type = kGenericInput;
+  EXPECT_EQ(SaveScratch(), device);
 }
 
 TEST_F(StagedPoints, OfInputsBecomeTheClassOfTheirCode) {
@@ -87,7 +94,7 @@ TEST_F(StagedPoints, OfOutputsBecomeTheClassOfTheirCodeWithAHoleAtFour) {
                           "MaintenanceHeaterOutputType 6 off ", "HeaterOutputType 7 off ",
                           "GeneralPurposeOutputType 8 off ", "AuxiliaryOutputType 9 off ",
                           "FaultOkLedOutputType 10 off ", "CurrentMessageOutputType 11 off "));
-  EXPECT_EQ(CopyScratch(), ScratchCopy());
+  EXPECT_EQ(SaveScratch(), Scratch());
 }
 
 TEST_F(StagedPoints, WithoutAClassAreEmptiedAndAddNothing) {
@@ -134,7 +141,7 @@ TEST_F(StagedPoints, AreEmptiedWhenTheBoardRefusesThemAndTheRestStillComes) {
   dcioInputs[4] = {1, 3, 24, 1, "taken"};
   PopulateInputs(&m_Board);
   EXPECT_THAT(Texts(Inputs()), ElementsAre("DoorSensorInputType 24 on taken"));
-  EXPECT_EQ(CopyScratch(), ScratchCopy());
+  EXPECT_EQ(SaveScratch(), Scratch());
 }
 
 TEST_F(StagedPoints, OfASmallBoardAreRefusedFromItsThirdOn) {
@@ -149,7 +156,7 @@ TEST_F(StagedPoints, OfASmallBoardAreRefusedFromItsThirdOn) {
   EXPECT_THAT(Texts(Inputs()),
               ElementsAre("GeneralPurposeInputType 2 off ", "GeneralPurposeInputType 1 off "));
   EXPECT_THAT(Texts(Outputs()), ElementsAre("IntakeFanOutputType 1 off "));
-  EXPECT_EQ(CopyScratch(), ScratchCopy());
+  EXPECT_EQ(SaveScratch(), Scratch());
 }
 
 TEST_F(StagedPoints, ComeInTheOrderOfTheirEntries) {
@@ -175,10 +182,10 @@ TEST_F(StagedPoints, WithTheSameIndexBothComeAndTheEarlierIsFound) {
 TEST_F(StagedPoints, WithoutTheirFlagStayAsTheyAre) {
   dcioInputs[1] = {0, 3, 5, 1, "waiting"};
   dcioOutputs[1] = {0, 4, 6, 1, "waiting too"};
-  const ScratchCopy before = CopyScratch();
+  const Scratch before = SaveScratch();
   PopulateInputs(&m_Board);
   PopulateOutputs(&m_Board);
-  EXPECT_EQ(CopyScratch(), before);
+  EXPECT_EQ(SaveScratch(), before);
   EXPECT_THAT(Inputs(), IsEmpty());
   EXPECT_THAT(Outputs(), IsEmpty());
 }

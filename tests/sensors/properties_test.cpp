@@ -174,12 +174,12 @@ TEST_F(Property, TheSameRowsInTheSameScratchStateGiveTheSameDocument) {
   for (unsigned seed = 1; seed <= 150; ++seed) {
     SCOPED_TRACE(testing::Message() << "seed " << seed);
     const Rows rows = RowMaker(seed).Make();
-    const ScratchCopy before = CopyScratch();
+    const Scratch before = SaveScratch();
     QtSts::CStatus other;
     for (const auto& [key, value] : rows) {
       Dispatch(&other, key, value);
     }
-    ScratchVariables() = before;
+    RestoreScratch(before);
     Cycle(rows);
     ASSERT_THAT(DifferencesOf(m_Status, other), IsEmpty());
   }

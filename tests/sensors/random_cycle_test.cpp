@@ -38,17 +38,17 @@ TEST_F(RandomCycles, GiveTheSensorsThatTheHandlerGivesFromTheSameRowsInOrder) {
   for (unsigned seed = 1001; seed <= 1040; ++seed) {
     SCOPED_TRACE(testing::Message() << "seed " << seed);
     const Rows rows = RowMaker(seed).Make();
-    const ScratchCopy before = CopyScratch();
+    const Scratch before = SaveScratch();
     Cycle(rows);
-    const ScratchCopy after = CopyScratch();
+    const Scratch after = SaveScratch();
 
     sandbox::SetRows(sandbox::Rows(rows.begin(), rows.end()));
-    ScratchVariables() = before;
+    RestoreScratch(before);
     ASSERT_EQ(collector.QueryDatabase(), 0);
     ExpectTheSameSensorsAs(collector.m_Status);
-    EXPECT_EQ(dcioInputs, std::get<decltype(dcioInputs)>(after));
-    EXPECT_EQ(dcioOutputs, std::get<decltype(dcioOutputs)>(after));
-    EXPECT_EQ(FanRpms, std::get<decltype(FanRpms)>(after));
+    EXPECT_EQ(dcioInputs, after.dcioInputs);
+    EXPECT_EQ(dcioOutputs, after.dcioOutputs);
+    EXPECT_EQ(FanRpms, after.FanRpms);
     ASSERT_FALSE(HasFailure());
   }
 }

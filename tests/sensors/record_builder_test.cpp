@@ -74,7 +74,7 @@ TEST_F(Records, TellTheirFaceBehindAnInterfaceAndThreeKindsOnTheOwnBusesToo) {
 }
 
 TEST_F(Records, TellFaceZeroWhenNoFaceRowEverCame) {
-  ScratchVariables() = ScratchCopy();
+  ClearScratch();
   EXPECT_THAT(BuildBehindRouter<CCANSensor>(kCanTemp).Face, Pointee(0U));
   EXPECT_THAT(BuildOwn<CCANSensor>(kCanAirFlow).Face, Pointee(0U));
 }
@@ -95,7 +95,7 @@ TEST_F(Records, HaveNoRevisionAtMinusOneButOfABeaconOrRoundel) {
 }
 
 TEST_F(Records, HaveRevisionZeroInAFreshProcess) {
-  ScratchVariables() = ScratchCopy();
+  ClearScratch();
   for (const sensors::SensorKind& kind : CanKinds()) {
     SCOPED_TRACE(kind.Text);
     EXPECT_THAT(BuildOwn<CCANSensor>(kind.Code).Revision, Pointee(0));
@@ -156,7 +156,7 @@ TEST_F(Records, OfAMultiDirectionalSensorHoldLightLockAndPosition) {
 
 TEST_F(Records, OfAMultiDirectionalSensorLoseTheirUnknownLockInAFreshProcess) {
   // The record starts at 3, unknown, but the scratch state's 0 always overwrites it.
-  ScratchVariables() = ScratchCopy();
+  ClearScratch();
   EXPECT_EQ(BuildOwn<QtSts::CCANMultiDirectionalSensor>(kCanMultiDirectional).LockState, 0U);
 }
 
@@ -242,7 +242,7 @@ TEST_F(Records, OfBeaconsLeaveOutTheReadingsThatAreAllOnes) {
 }
 
 TEST_F(Records, OfBeaconsTellTheirReadingsOfZeroInAFreshProcess) {
-  ScratchVariables() = ScratchCopy();
+  ClearScratch();
   const auto& beacon = BuildOwn<QtSts::CCANBeacon>(kCanBeacon);
   EXPECT_THAT(beacon.TemperatureKelvin, Pointee(0));
   EXPECT_THAT(beacon.Humidity, Pointee(0));
@@ -271,14 +271,14 @@ TEST_F(Records, AreFilledAlikeInBothPlacements) {
     dcioOutputs[4] = {1, 6, 1, 0, "out"};
     FanRpms = {{2, 900}};
     f_Psrb_InputVoltages = {24.5F};
-    const ScratchCopy before = CopyScratch();
+    const Scratch before = SaveScratch();
     m_Status.Outputs.Clear();
     CCANSensor& own = BuildOwn<CCANSensor>(kind.Code);
-    const ScratchCopy after = CopyScratch();
+    const Scratch after = SaveScratch();
     own.Face = std::make_unique<std::uint32_t>(u32_Face);
-    ScratchVariables() = before;
+    RestoreScratch(before);
     CCANSensor& behind = BuildBehindRouter<CCANSensor>(kind.Code);
-    EXPECT_EQ(CopyScratch(), after);
+    EXPECT_EQ(SaveScratch(), after);
     EXPECT_THAT(DifferencesOf(own, behind), IsEmpty());
   }
 }

@@ -115,11 +115,11 @@ TEST_F(SensorKeys, KnowTheTypeByItsExactText) {
 
 TEST_F(SensorKeys, AreRefusedWhenTheNumberBeginsWithASignOrTheLike) {
   u32_SensorNumber = 4;
-  const ScratchCopy before = CopyScratch();
+  const Scratch before = SaveScratch();
   for (const char first : {'(', ')', '*', '+', ',', '-', '.', '/'}) {
     SCOPED_TRACE(first);
     EXPECT_EQ(Send(std::string("Sensor_") + first + "5_Address", "17"), -1);
-    EXPECT_EQ(CopyScratch(), before);
+    EXPECT_EQ(SaveScratch(), before);
   }
   // The neighbours of the refused range are taken for numbers.
   EXPECT_EQ(Send("Sensor_'5_Address", "17"), 0);
@@ -152,11 +152,11 @@ TEST_F(SensorKeys, StoreTheNumberAsItWrapsWhateverTheAttribute) {
 
 TEST_F(SensorKeys, WithoutASecondUnderscoreStoreTheNumberAlone) {
   EXPECT_EQ(Send("Sensor_12", "CANTemp"), 0);
-  EXPECT_EQ(CopyScratch(), FreshBut(12));
+  EXPECT_EQ(SaveScratch(), FreshBut(12));
   EXPECT_EQ(Send("Sensor_12Type", "CANTemp"), 0);
-  EXPECT_EQ(CopyScratch(), FreshBut(12));
+  EXPECT_EQ(SaveScratch(), FreshBut(12));
   EXPECT_EQ(Send("Sensor_", "CANTemp"), 0);
-  EXPECT_EQ(CopyScratch(), ScratchCopy());
+  EXPECT_EQ(SaveScratch(), Scratch());
   EXPECT_EQ(m_Status.Sensors.Count(), 0U);
 }
 
@@ -170,22 +170,22 @@ TEST_F(SensorKeys, HaveTheirAttributeBehindTheUnderscoreWhateverEndsTheNumber) {
 }
 
 TEST_F(SensorKeys, OfPointsAndFansWithoutTheirUnderscoresAreIgnored) {
-  const ScratchCopy before = CopyScratch();
+  const Scratch before = SaveScratch();
   for (const char* const name :
        {"Input", "Input_", "Input_0", "Output_3", "Input2_Label", "Output", "Fan_", "Fan_1"}) {
     EXPECT_EQ(Send(0, name, "1"), 0) << name;
-    EXPECT_EQ(CopyScratch(), before) << name;
+    EXPECT_EQ(SaveScratch(), before) << name;
   }
 }
 
 TEST_F(SensorKeys, WithoutAValueStoreTheNumberAlone) {
-  const ScratchCopy before = FreshBut(6);
+  const Scratch before = FreshBut(6);
   for (const char* const attribute : {"Address", "Type", "Connected", "Input_0_Type", "Fan_1_Rpm",
                                       "Latitude", "Location", "Locked", "Humidity"}) {
     SCOPED_TRACE(attribute);
     std::string key = std::string("Sensor_6_") + attribute;
     EXPECT_EQ(Status_Sensor(&m_Status, nullptr, key.data()), 0);
-    EXPECT_EQ(CopyScratch(), before);
+    EXPECT_EQ(SaveScratch(), before);
   }
   EXPECT_EQ(m_Status.Sensors.Count(), 0U);
   std::string refused = "Sensor_-6_Address";
@@ -194,13 +194,13 @@ TEST_F(SensorKeys, WithoutAValueStoreTheNumberAlone) {
 
 TEST_F(SensorKeys, ShorterThanTheirPrefixChangeNothing) {
   u32_SensorNumber = 4;
-  const ScratchCopy before = CopyScratch();
+  const Scratch before = SaveScratch();
   char value[] = "5";
   EXPECT_EQ(Status_Sensor(&m_Status, value, nullptr), 0);
   for (const char* const key : {"", "S", "Sensor"}) {
     EXPECT_EQ(Send(key, "5"), 0) << key;
   }
-  EXPECT_EQ(CopyScratch(), before);
+  EXPECT_EQ(SaveScratch(), before);
 }
 
 TEST_F(SensorKeys, ClearNothingWhenTheSensorIsComplete) {
@@ -210,9 +210,9 @@ TEST_F(SensorKeys, ClearNothingWhenTheSensorIsComplete) {
            {"Connected", "true"},
            {"Face", "1"},
            {"Rev", "4"}});
-  const ScratchCopy before = CopyScratch();
+  const Scratch before = SaveScratch();
   Send(0, "Type", "CANTemp");
-  EXPECT_EQ(CopyScratch(), before);
+  EXPECT_EQ(SaveScratch(), before);
   // So the next sensor inherits what its own rows do not tell.
   Send(1, {{"Address", "18"}, {"Type", "CANTemp"}});
   const auto& second = At<QtSts::CCANTempSensor>(m_Status.Sensors, 1);

@@ -9,7 +9,6 @@
 #include <ostream>
 #include <stdexcept>
 #include <string>
-#include <tuple>
 #include <utility>
 #include <vector>
 
@@ -18,68 +17,23 @@
 #include "model/document.h"
 #include "model/lookup/verify.h"
 #include "sensors/sensor_keys.h"
+#include "tests/collector/scratch_variables.h"
 
 // By key, thus in the order in which a cycle reads them.
 using Rows = std::map<std::string, std::string>;
 // Attribute and value.
 using Attributes = std::vector<std::pair<std::string, std::string>>;
 
-inline bool operator==(const DcioPoint& left, const DcioPoint& right) {
-  return std::tie(left.Present, left.Type, left.Index, left.State, left.Label) ==
-         std::tie(right.Present, right.Type, right.Index, right.State, right.Label);
-}
-
-inline bool operator==(const BeaconRoundel& left, const BeaconRoundel& right) {
-  const auto fields = [](const BeaconRoundel& block) {
-    return std::tie(block.RedDimLevel, block.AmberDimLevel, block.ErrorFlags,
-                    block.RedLedErrorCount, block.AmberLedErrorCount, block.StatusFlags,
-                    block.SyncControlStartBit, block.PerColorLedCount, block.TemperatureKelvin,
-                    block.Humidity);
-  };
-  return fields(left) == fields(right);
-}
-
 inline void PrintTo(const DcioPoint& point, std::ostream* out) {
   *out << "{present " << int{point.Present} << ", type " << point.Type << ", index " << point.Index
        << ", state " << point.State << ", label \"" << point.Label << "\"}";
 }
 
-// Every variable of the scratch state that sensors touch.
-inline auto ScratchVariables() {
-  return std::tie(
-      u32_SensorNumber, u32_Address, u32_Bus, b_Connected, at_Type, st_Type, u32_NumAttribute,
-      uiSyncLossCounter, u32_DispInterfaceNumAttribute, u16_DispInterfaceAddress, u32_Face,
-      s32_Revision, u16_IdType, u8_HardwareID, f_celsius, u16_OneMinAverage, u16_TenMinAverage,
-      u16_OneMinLuxAverage, u16_TenMinLuxAverage, u16_LongTermAverage, f_Humidity_OneMinAverage,
-      f_Humidity_TenMinAverage, u16_AverageRpm, u16_CurrentRpm, f_inputVoltage, f_outputVoltage,
-      f_celsiusTemperature, u32_PortStatus, u16_Ambient, u32_Front, u32_Back, Locked, dLatitude,
-      dLongitude, dAltitude, uiCompass, u32_FansEnabled, FanRpms, f_Psrb_InputVoltages,
-      f_Psrb_OutputVoltages, u8_Psrb_HardwareErrors, beaconRoundel, dcioInputs, dcioOutputs);
-}
-
-template <class... T>
-std::tuple<T...> CopyOf(const std::tuple<T&...>& variables) {
-  return variables;
-}
-
-// The values of all those variables.
-using ScratchCopy = decltype(CopyOf(ScratchVariables()));
-
-inline ScratchCopy CopyScratch() { return CopyOf(ScratchVariables()); }
-
-// How many of the variables differ.
-inline int Differences(const ScratchCopy& left, const ScratchCopy& right) {
-  return [&]<std::size_t... kAt>(std::index_sequence<kAt...>) {
-    return (int{!(std::get<kAt>(left) == std::get<kAt>(right))} + ...);
-  }
-  (std::make_index_sequence<std::tuple_size_v<ScratchCopy>>());
-}
-
 // The state of a fresh process but for the number of the sensor.
-inline ScratchCopy FreshBut(std::uint32_t sensor_number) {
-  ScratchCopy copy;
-  std::get<0>(copy) = sensor_number;
-  return copy;
+inline Scratch FreshBut(std::uint32_t sensor_number) {
+  Scratch scratch;
+  scratch.u32_SensorNumber = sensor_number;
+  return scratch;
 }
 
 // Hands one row to the handler as a cycle does: in writable texts of its own. They are exactly as
@@ -100,7 +54,7 @@ inline void AddSensor(Rows* rows, const std::string& number, const Attributes& a
 // A document beside a scratch state as in a fresh process.
 class SensorTest : public testing::Test {
  protected:
-  SensorTest() { ScratchVariables() = ScratchCopy(); }
+  SensorTest() { ClearScratch(); }
 
   int Send(const std::string& key, const std::string& value) {
     return Dispatch(&m_Status, key, value);
