@@ -20,6 +20,7 @@
 #include <memory>
 #include <stdexcept>
 
+#include "collector/dispatch.h"
 #include "hardware/paths.h"
 #include "hardware/requests.h"
 
@@ -166,10 +167,9 @@ RowsFloor::~RowsFloor() { sqlite3_close(m_Database); }
 
 unsigned RowsFloor::Run() {
   sqlite3_stmt* statement = nullptr;
-  sqlite3_prepare_v2(m_Database, "SELECT * FROM status ORDER BY address ASC;", -1, &statement,
-                     nullptr);
-  char key[128];
-  char value[512];
+  sqlite3_prepare_v2(m_Database, rows::kSelect, -1, &statement, nullptr);
+  char key[CSQLdatabase::kMaxAddressBytes + 1];
+  char value[CSQLdatabase::kMaxValueBytes + 1];
   unsigned sum = 0;
   while (sqlite3_step(statement) == SQLITE_ROW) {
     std::strcpy(key, reinterpret_cast<const char*>(sqlite3_column_text(statement, 0)));

@@ -13,7 +13,7 @@ CLASSES = [
     ("texts: lengths and comparisons", r"strlen|strchr|strcmp|strncmp|memcmp|memchr|strstr"),
     ("numbers", r"Parse(Long|Double|Unsigned)|strto|mpn|round_and_return"),
     ("access to the row", r"libsqlitedb"),
-    ("loop and dispatch", r"ReadRows|QueryDatabase|RowsFloor"),
+    ("loop and dispatch", r"Dispatch|QueryDatabase|RowsFloor"),
     ("handlers: cut the key, find the attribute, store", r"libstatuscollector"),
     ("everything else", r""),
 ]

@@ -1,5 +1,6 @@
 #include "collector/key_table.h"
 
+#include "collector/state/numbered_key.h"
 #include "handlers/handlers.h"
 #include "sensors/sensor_keys.h"
 
@@ -8,7 +9,7 @@ const std::array<StatusKey, kStatusKeyCount> status_primary_keys = {{
     {"CalculatedSunrise", Status_CalculatedSunInfo},
     {"CalculatedSunset", Status_CalculatedSunInfo},
     {"ContentLevelAvg", Status_ContentLevelAvg},
-    {"DCIO_", Status_DCIO},
+    {rows::kDcioPrefix, Status_DCIO},
     {"DimmingLevel", Status_DimmingLevel},
     {"DimmingMode", Status_DimmingMode},
     {"ErrorFlags", Status_ErrorFlags},
@@ -18,13 +19,13 @@ const std::array<StatusKey, kStatusKeyCount> status_primary_keys = {{
     {"MdlsAmbientFailure", Status_MdlsAmbientFailure},
     {"MdlsAmbientOverride", Status_MdlsAmbientOverride},
     {"ProductFamily", Status_ProductFamily},
-    {"Sensor_", Status_Sensor},
+    {rows::kSensorPrefix, Status_Sensor},
     {"ThermalScaler", Status_ThermalScaler},
     {"TtableAuthor", Status_TtableAuthor},
     {"TtableColumns", Status_TtableColumns},
     {"TtableContract", Status_TtableContract},
     {"TtableDate", Status_TtableDate},
-    {"TtableDeviceNode_", Status_TtableDevice},
+    {rows::kDevicePrefix, Status_TtableDevice},
     {"TtableED", Status_TtableED},
     {"TtableFaceCnt", Status_TTableFaceCount},
     {"TtableInterleaved", Status_TtableInterleaved},

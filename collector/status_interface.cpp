@@ -2,10 +2,9 @@
 
 #include <cstdio>
 #include <cstdlib>
-#include <cstring>
 #include <ctime>
 
-#include "collector/key_table.h"
+#include "collector/dispatch.h"
 #include "collector/state/scratch.h"
 #include "collector/state/tell.h"
 #include "hardware/files.h"
@@ -24,76 +23,6 @@ constexpr struct {
   const char* Name;
   unsigned short Id;
 } kTables[] = {{"status", 100}, {"io", 101}, {"packages", 102}};
-
-constexpr std::size_t kKeySize = 128;
-constexpr std::size_t kValueSize = 512;
-
-// Copies as much of `text` as fits, always terminated: an over-long row is dispatched cut.
-template <std::size_t kSize>
-void CopyText(char (&buffer)[kSize], const char* text) {
-  const std::size_t length = strnlen(text, kSize - 1);
-  std::memcpy(buffer, text, length);
-  buffer[length] = '\0';
-}
-
-// A row as the database gives it; null texts are NULL.
-struct StoredRow {
-  const char* Key;
-  const char* Value;
-  CppSQLite3Query* Query;
-};
-
-std::size_t StoredBytes(void* query, int column) {
-  return static_cast<std::size_t>(static_cast<CppSQLite3Query*>(query)->getFieldBytes(column));
-}
-
-// Merges the rows, which come in byte order, with the table of keys, which stands in byte order:
-// the search for a row's key begins where the previous row's key was found. It deliberately never
-// wraps.
-class Dispatcher {
- public:
-  explicit Dispatcher(QtSts::CStatus* status) : m_Status(status) {}
-
-  // An unknown key is ignored, and so is the handler's result.
-  void Dispatch(const StoredRow& stored, char* key, char* value) {
-    const std::size_t searched_from = m_Resume;
-    const int entry = Find(key);
-    observe::Tell([&] {
-      observe::RowBegins event;
-      event.Key = stored.Key;
-      event.Value = stored.Value;
-      event.CutKey = key;
-      event.CutValue = value;
-      event.Entry = entry;
-      event.SearchedFrom = static_cast<int>(searched_from);
-      event.Bytes = &StoredBytes;
-      event.Cells = stored.Query;
-      return event;
-    });
-    const int result = entry < 0 ? 0 : status_primary_keys[m_Resume].Handler(m_Status, value, key);
-    observe::Tell([&] {
-      observe::RowEnds event;
-      event.Result = result;
-      return event;
-    });
-  }
-
- private:
-  // The position in the table; -1 when there is none.
-  int Find(const char* key) {
-    for (std::size_t i = m_Resume; i < status_primary_keys.size(); ++i) {
-      const std::string& prefix = status_primary_keys[i].Key;
-      if (std::strncmp(prefix.c_str(), key, prefix.size()) == 0) {
-        m_Resume = i;  // not the one after it: several rows may match one prefix
-        return static_cast<int>(i);
-      }
-    }
-    return -1;
-  }
-
-  QtSts::CStatus* m_Status;
-  std::size_t m_Resume = 0;
-};
 
 std::string FormatTime(const std::tm& time) {
   char text[512];
@@ -216,15 +145,13 @@ int CStatusInterface::RunCycle() {
 // finalize store the code, and only the latter leaves the cycle a success, so that its code makes
 // the next cycle fail.
 int CStatusInterface::QueryRows() {
-  std::string sql = "SELECT * FROM status";
-  sql += " ORDER BY address ASC;";
   CppSQLite3Query query;
   Stage stage = Stage::kPrepare;
   try {
     try {
       TellOpenFailure(m_DB, true);
       TellStage(stage);
-      m_Statement = m_DB.compileStatement(sql.c_str());
+      m_Statement = m_DB.compileStatement(rows::kSelect);
     } catch (const CppSQLite3Exception& failure) {
       failure.Report();
       TellFailure(stage, failure);
@@ -256,19 +183,7 @@ int CStatusInterface::QueryRows() {
 }
 
 void CStatusInterface::ReadRows(CppSQLite3Query& query) {
-  Dispatcher dispatcher(&m_Status);
-  char key[kKeySize];
-  char value[kValueSize];
-  while (ReadAndClearLastError() == 0 && !query.eof()) {
-    const StoredRow row{query.getStringField(0, nullptr), query.getStringField(1, nullptr), &query};
-    CopyText(key, row.Key == nullptr ? "" : row.Key);
-    CopyText(value, row.Value == nullptr ? "" : row.Value);
-    dispatcher.Dispatch(row, key, value);
-    query.nextRow();
-    if (query.eof()) {
-      query.finalize();
-    }
-  }
+  rows::DispatchAll(*this, query, &m_Status);
 }
 
 void CStatusInterface::GetTime() {

@@ -6,9 +6,9 @@
 #include <fstream>
 #include <stdexcept>
 
-#include "collector/state/scratch.h"
+#include "collector/dispatch.h"
 #include "db/sql_database.h"
-#include "fuzz/dispatch.h"
+#include "fuzz/fuzz.h"
 #include "model/xml.h"
 #include "tests/collector/scratch_variables.h"
 
@@ -19,7 +19,6 @@ namespace fs = std::filesystem;
 // Some pages; larger files are only slower.
 constexpr std::size_t kLargestInput = std::size_t{64} << 10;
 constexpr unsigned short kNoMutex = 32768;
-constexpr char kSelect[] = "SELECT * FROM status ORDER BY address ASC;";
 
 // A folder in memory where there is one; gone at the end of the program.
 class Folder {
@@ -53,15 +52,13 @@ class Folder {
 // What a reader makes of the file: a document, "" when it fails. How it fails, and after how many
 // rows, depends on what SQLite has seen of the file before; that it fails does not.
 std::string Read(CSQLdatabase* database) {
-  fuzz::Rows rows;
+  ClearScratch();
+  QtSts::CStatus status;
   bool failed = false;
   try {
-    CppSQLite3Statement statement = database->m_DB.compileStatement(kSelect);
+    CppSQLite3Statement statement = database->m_DB.compileStatement(rows::kSelect);
     CppSQLite3Query query = statement.execQuery();
-    for (; !query.eof(); query.nextRow()) {
-      std::string key = query.getStringField(0, "");
-      rows.insert_or_assign(std::move(key), query.getStringField(1, ""));
-    }
+    rows::DispatchAll(*database, query, &status);
     query.finalize();
     statement.finalize();
   } catch (const CppSQLite3Exception& exception) {
@@ -69,9 +66,6 @@ std::string Read(CSQLdatabase* database) {
     FUZZ_CHECK(*exception.errorMessage() != '\0');
     failed = true;
   }
-  ClearScratch();
-  QtSts::CStatus status;
-  fuzz::Dispatch(rows, &status);
   const std::string document = QtSts::WriteDocument(status);
   return failed ? "" : document;
 }

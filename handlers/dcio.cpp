@@ -1,14 +1,12 @@
 #include <cstring>
 
+#include "collector/state/numbered_key.h"
 #include "collector/state/numbers.h"
 #include "collector/state/scratch.h"
 #include "handlers/handlers.h"
 #include "model/lookup/verify.h"
 
 namespace {
-
-constexpr char kPrefix[] = "DCIO_";
-constexpr std::size_t kPrefixLength = sizeof(kPrefix) - 1;
 
 // The attributes that hold a number, and where it is parked.
 constexpr struct {
@@ -36,19 +34,15 @@ void CompleteDevice(QtSts::CStatus* status, const char* value) {
 }  // namespace
 
 int Status_DCIO(QtSts::CStatus* status, char* value, char* key) {
-  if (key == nullptr || std::strlen(key) < kPrefixLength) {
+  const rows::NumberedKey numbered = rows::SplitKey(key, rows::kDcioPrefix);
+  if (!numbered.IsNumbered) {
+    return numbered.Result;
+  }
+  const auto [number, attribute] = numbered.Parts;
+  u32_DCIO_SensorNumber = numbers::Narrow<std::uint32_t>(number);
+  if (attribute == nullptr) {
     return 0;
   }
-  const char* const number = key + kPrefixLength;
-  if (numbers::IsRefusedNumberStart(*number)) {
-    return -1;
-  }
-  u32_DCIO_SensorNumber = numbers::Narrow<std::uint32_t>(numbers::ParseLong(number));
-  const char* const underscore = std::strchr(number, '_');
-  if (underscore == nullptr) {
-    return 0;
-  }
-  const char* const attribute = underscore + 1;
   if (std::strcmp(attribute, "Type") == 0) {
     CompleteDevice(status, value);
     return 0;

@@ -1,7 +1,7 @@
-#include <cstring>
 #include <memory>
 #include <string>
 
+#include "collector/state/numbered_key.h"
 #include "collector/state/numbers.h"
 #include "collector/state/scratch.h"
 #include "handlers/handlers.h"
@@ -12,9 +12,6 @@ namespace {
 using QtSts::COutput;
 using QtSts::CStatus;
 using QtSts::CTtable;
-
-constexpr char kDevicePrefix[] = "TtableDeviceNode_";
-constexpr std::size_t kDevicePrefixLength = sizeof(kDevicePrefix) - 1;
 
 int StoreNumber(CStatus* status, std::uint32_t CTtable::*number, const char* value) {
   COutput* const output = Output0(status);
@@ -114,19 +111,16 @@ int Status_TtableTask(CStatus* status, char* value, char* /*key*/) {
 }
 
 int Status_TtableDevice(CStatus* status, char* value, char* key) {
-  if (key == nullptr || std::strlen(key) < kDevicePrefixLength) {
-    return 0;
-  }
-  const char* const node = key + kDevicePrefixLength;
-  if (numbers::IsRefusedNumberStart(*node)) {
-    return -1;
+  const rows::NumberedKey numbered = rows::SplitKey(key, rows::kDevicePrefix);
+  if (!numbered.IsNumbered) {
+    return numbered.Result;
   }
   COutput* const output = Output0(status);
   if (output == nullptr || value == nullptr) {
     return 0;
   }
   auto device = std::make_unique<QtSts::CDevice>();
-  device->Node = numbers::Narrow<std::int32_t>(numbers::ParseLong(node));
+  device->Node = numbers::Narrow<std::int32_t>(numbered.Parts.Number);
   device->Value = numbers::Narrow<std::int32_t>(numbers::ParseLong(value));
   device->Index = u32_TTableNumAttribute;
   output->Devices.Add(device.release());

@@ -5,6 +5,7 @@
 #include <cstring>
 #include <type_traits>
 
+#include "collector/state/numbered_key.h"
 #include "collector/state/numbers.h"
 #include "collector/state/scratch.h"
 #include "sensors/placements.h"
@@ -12,9 +13,6 @@
 
 namespace sensors {
 namespace {
-
-constexpr char kPrefix[] = "Sensor_";
-constexpr std::size_t kPrefixLength = sizeof(kPrefix) - 1;
 
 // The ambient light that is reported while it is overridden.
 constexpr std::uint16_t kOverriddenAmbient = 201;
@@ -30,27 +28,10 @@ constexpr int CompareInAnyCase(const char* left, const char* right, std::size_t 
   return 0;
 }
 
-// A number with the text behind the underscore that ends it; the text is null without one.
-struct Numbered {
-  long Number;
-  const char* Rest;
-};
-
-const char* BehindUnderscore(const char* text) {
-  const char* const underscore = std::strchr(text, '_');
-  return underscore == nullptr ? nullptr : underscore + 1;
-}
-
-Numbered SplitNumber(const char* text) {
-  const char* end = text;
-  const long number = numbers::ParseLong(text, &end);
-  return {number, *end == '_' ? end + 1 : BehindUnderscore(end)};
-}
-
 // "Fan_3_Rpm" is 3 and "Rpm".
-Numbered SplitFamily(const char* attribute) {
-  const char* const number = BehindUnderscore(attribute);
-  return number == nullptr ? Numbered{0, nullptr} : SplitNumber(number);
+rows::Numbered SplitFamily(const char* attribute) {
+  const char* const number = rows::AfterUnderscore(attribute);
+  return number == nullptr ? rows::Numbered{0, nullptr} : rows::SplitNumber(number);
 }
 
 // Integers wrap to their width, floats are read as such.
@@ -142,7 +123,7 @@ constexpr struct {
 
 template <std::size_t kEntries>
 void StorePoint(const Row& row, void* destination) {
-  const Numbered point = SplitFamily(row.Attribute);
+  const rows::Numbered point = SplitFamily(row.Attribute);
   if (point.Rest == nullptr || point.Number < 0 || point.Number >= static_cast<long>(kEntries)) {
     return;
   }
@@ -156,7 +137,7 @@ void StorePoint(const Row& row, void* destination) {
 
 // Deliberate: the first speed of a fan stays until a board takes it.
 void StoreFan(const Row& row, void* destination) {
-  const Numbered fan = SplitFamily(row.Attribute);
+  const rows::Numbered fan = SplitFamily(row.Attribute);
   if (fan.Rest != nullptr && std::strcmp(fan.Rest, "Rpm") == 0) {
     static_cast<decltype(FanRpms)*>(destination)
         ->emplace(numbers::Narrow<std::uint8_t>(fan.Number),
@@ -323,20 +304,17 @@ std::span<const Attribute> AttributeFamilies() { return kFamilies; }
 }  // namespace sensors
 
 int Status_Sensor(QtSts::CStatus* status, char* value, char* key) {
-  if (key == nullptr || std::strlen(key) < sensors::kPrefixLength) {
+  const rows::NumberedKey numbered = rows::SplitKey(key, rows::kSensorPrefix);
+  if (!numbered.IsNumbered) {
+    return numbered.Result;
+  }
+  const auto [number, name] = numbered.Parts;
+  u32_SensorNumber = numbers::Narrow<std::uint32_t>(number);
+  if (name == nullptr || value == nullptr) {
     return 0;
   }
-  const char* const text = key + sensors::kPrefixLength;
-  if (numbers::IsRefusedNumberStart(*text)) {
-    return -1;
-  }
-  const sensors::Numbered sensor = sensors::SplitNumber(text);
-  u32_SensorNumber = numbers::Narrow<std::uint32_t>(sensor.Number);
-  if (sensor.Rest == nullptr || value == nullptr) {
-    return 0;
-  }
-  if (const sensors::Attribute* const attribute = sensors::Find(sensor.Rest)) {
-    attribute->Store({status, sensor.Rest, value}, attribute->Destination);
+  if (const sensors::Attribute* const attribute = sensors::Find(name)) {
+    attribute->Store({status, name, value}, attribute->Destination);
   }
   return 0;
 }

@@ -29,8 +29,4 @@ constexpr unsigned char ToLower(unsigned char c) {
   return c >= 'A' && c <= 'Z' ? static_cast<unsigned char>(c - 'A' + 'a') : c;
 }
 
-// Row numbers begin with a digit, a letter or nothing: one of '(' to '/', so a sign among them,
-// right behind the prefix marks the key as malformed.
-constexpr bool IsRefusedNumberStart(char c) { return c >= 0x28 && c <= 0x2F; }
-
 }  // namespace numbers

@@ -8,6 +8,7 @@
 #include <string_view>
 #include <vector>
 
+#include "collector/dispatch.h"
 #include "collector/key_table.h"
 #include "collector/state/scratch.h"
 #include "handlers/handlers.h"
@@ -30,14 +31,8 @@ const std::string& Page() {
   return page;
 }
 
-int Handle(const std::string& key, std::string value, CStatus* status) {
-  for (const StatusKey& known : status_primary_keys) {
-    if (key.starts_with(known.Key)) {
-      std::string writable_key = key;
-      return known.Handler(status, value.data(), writable_key.data());
-    }
-  }
-  throw std::runtime_error("no handler of " + key);
+void Handle(const std::string& key, const std::string& value, CStatus* status) {
+  rows::Dispatcher(status).Dispatch(key.c_str(), value.c_str());
 }
 
 const Field* FieldOf(const ClassInfo* info, std::string_view name, const void** object) {

@@ -3,13 +3,14 @@
 #include <algorithm>
 #include <iterator>
 
+#include "db/sql_database.h"
 #include "sensors/record_builder.h"
 
 namespace {
 
 // What the status database takes, in bytes.
-constexpr std::size_t kLongestKey = 127;
-constexpr std::size_t kLongestValue = 511;
+constexpr std::size_t kLongestKey = CSQLdatabase::kMaxAddressBytes;
+constexpr std::size_t kLongestValue = CSQLdatabase::kMaxValueBytes;
 
 // In braces the parts are made from left to right, which keeps the seed's promise.
 std::string Join(std::initializer_list<std::string> parts) {

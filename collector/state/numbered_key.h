@@ -1,0 +1,58 @@
+// Keys that contain a number: a prefix, the number and, after an underscore, an attribute, as in
+// "Sensor_07_Celsius".
+#pragma once
+
+#include <algorithm>
+#include <cstddef>
+#include <cstring>
+
+#include "collector/state/numbers.h"
+
+namespace rows {
+
+inline constexpr char kDcioPrefix[] = "DCIO_";
+inline constexpr char kSensorPrefix[] = "Sensor_";
+inline constexpr char kDevicePrefix[] = "TtableDeviceNode_";
+
+// A number with the text after the underscore that ends it; the text is null without one.
+struct Numbered {
+  long Number;
+  const char* Rest;
+};
+
+// What follows the first underscore of `text`; null without one.
+inline const char* AfterUnderscore(const char* text) {
+  const char* const underscore = std::strchr(text, '_');
+  return underscore == nullptr ? nullptr : underscore + 1;
+}
+
+// "07_Celsius" is 7 and "Celsius". A text without a number counts as 0.
+inline Numbered SplitNumber(const char* text) {
+  const char* end = text;
+  const long number = numbers::ParseLong(text, &end);
+  return {number, *end == '_' ? end + 1 : AfterUnderscore(end)};
+}
+
+struct NumberedKey {
+  bool IsNumbered;
+  // What the handler returns for a key that is not: -1 when the number begins with one of '(' to
+  // '/', a sign among them; 0 for a key that is null or shorter than its prefix.
+  int Result;
+  Numbered Parts;
+};
+
+// Cuts up a key that begins with this one of the prefixes above.
+template <std::size_t kSize>
+NumberedKey SplitKey(const char* key, const char (&/*prefix*/)[kSize]) {
+  constexpr std::size_t kPrefixLength = kSize - 1;
+  if (key == nullptr || std::any_of(key, key + kPrefixLength, [](char c) { return c == '\0'; })) {
+    return {false, 0, {}};
+  }
+  const char first = key[kPrefixLength];
+  if (first >= 0x28 && first <= 0x2F) {
+    return {false, -1, {}};
+  }
+  return {true, 0, SplitNumber(key + kPrefixLength)};
+}
+
+}  // namespace rows
