@@ -9,8 +9,8 @@
 #include "collector/key_table.h"
 #include "model/codes.h"
 #include "model/listing.h"
+#include "sensors/attributes.h"
 #include "sensors/record_builder.h"
-#include "sensors/sensor_keys.h"
 
 namespace {
 
@@ -30,7 +30,7 @@ void AddRows() {
   }
   for (const auto attributes :
        {sensors::ExactAttributes(), sensors::PointFamilies(), sensors::AttributeFamilies()}) {
-    for (const sensors::Attribute& attribute : attributes) {
+    for (const rows::Attribute& attribute : attributes) {
       Add("_" + std::string(attribute.Name));
     }
   }

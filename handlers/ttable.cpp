@@ -1,113 +1,114 @@
 #include <memory>
-#include <string>
 
 #include "collector/state/numbered_key.h"
-#include "collector/state/numbers.h"
 #include "collector/state/scratch.h"
+#include "handlers/fields.h"
 #include "handlers/handlers.h"
 #include "handlers/output0.h"
 
 namespace {
 
+using QtSts::CDevice;
 using QtSts::COutput;
 using QtSts::CStatus;
 using QtSts::CTtable;
+using rows::kInteger;
+using rows::kNumber;
 
-int StoreNumber(CStatus* status, std::uint32_t CTtable::*number, const char* value) {
-  COutput* const output = Output0(status);
-  if (output != nullptr && value != nullptr) {
-    output->Ttable.*number = numbers::Narrow<std::uint32_t>(numbers::ParseLong(value));
-  }
-  return 0;
+template <auto kMember>
+constexpr auto Number = &rows::InMember<COutput, &COutput::Ttable, kMember>;
+
+template <auto kMember>
+constexpr rows::Field<COutput> Text(std::string_view name) {
+  return rows::InMember<COutput, kMember>(name, &rows::kText);
 }
 
-// The number and, in the field beside it, one more, which wraps to 0 after the largest.
-int StoreCount(CStatus* status, std::uint32_t CTtable::*number, std::uint32_t CTtable::*plus_one,
-               const char* value) {
-  StoreNumber(status, number, value);
-  COutput* const output = status->Outputs[0];
-  if (output != nullptr && value != nullptr) {
-    output->Ttable.*plus_one = output->Ttable.*number + 1;
-  }
-  return 0;
-}
+// Columns and rows are stored twice: as they are and, beside that, one larger.
+constexpr rows::Field<COutput> kFields[] = {
+    Text<&COutput::Author>("TtableAuthor"),
+    Number<&CTtable::Columns>("TtableColumns", &kInteger),
+    Number<&CTtable::ColumnsPlusOne>("TtableColumns", &rows::kIntegerPlusOne),
+    Text<&COutput::Contract>("TtableContract"),
+    Text<&COutput::Date>("TtableDate"),
+    Text<&COutput::ED>("TtableED"),
+    Number<&CTtable::FaceCount>("TtableFaceCnt", &kInteger),
+    Number<&CTtable::Interleaved>("TtableInterleaved", &kInteger),
+    Number<&CTtable::ModuleHeight>("TtableModHeight", &kInteger),
+    Number<&CTtable::ModuleWidth>("TtableModWidth", &kInteger),
+    Number<&CTtable::PixelPitch>("TtablePixelPitch", &kNumber),
+    Number<&CTtable::RefreshRate>("TtableRefreshRate", &kNumber),
+    Number<&CTtable::Rows>("TtableRows", &kInteger),
+    Number<&CTtable::RowsPlusOne>("TtableRows", &rows::kIntegerPlusOne),
+    Text<&COutput::Task>("TtableTask"),
+    Text<&COutput::Time>("TtableTime"),
+    Text<&COutput::Title>("TtableTitle"),
+};
 
-int StoreFraction(CStatus* status, float CTtable::*number, const char* value) {
-  COutput* const output = Output0(status);
-  if (output != nullptr && value != nullptr) {
-    output->Ttable.*number = static_cast<float>(numbers::ParseDouble(value));
-  }
-  return 0;
-}
-
-int StoreText(CStatus* status, std::string COutput::*text, const char* value) {
-  COutput* const output = Output0(status);
-  if (output != nullptr && value != nullptr) {
-    output->*text = value;
-  }
-  return 0;
-}
+constexpr rows::Field<CDevice> kDeviceValue =
+    rows::InMember<CDevice, &CDevice::Value>(rows::kDevicePrefix, &kInteger);
 
 }  // namespace
 
+std::span<const rows::Field<COutput>> handlers::TtableFields() { return kFields; }
+
 int Status_TtableColumns(CStatus* status, char* value, char* /*key*/) {
-  return StoreCount(status, &CTtable::Columns, &CTtable::ColumnsPlusOne, value);
+  return StoreInOutput0(rows::RowsOf(kFields, "TtableColumns"), status, value);
 }
 
 int Status_TtableRows(CStatus* status, char* value, char* /*key*/) {
-  return StoreCount(status, &CTtable::Rows, &CTtable::RowsPlusOne, value);
+  return StoreInOutput0(rows::RowsOf(kFields, "TtableRows"), status, value);
 }
 
 int Status_TTableFaceCount(CStatus* status, char* value, char* /*key*/) {
-  return StoreNumber(status, &CTtable::FaceCount, value);
+  return StoreInOutput0(rows::RowsOf(kFields, "TtableFaceCnt"), status, value);
 }
 
 int Status_TtableInterleaved(CStatus* status, char* value, char* /*key*/) {
-  return StoreNumber(status, &CTtable::Interleaved, value);
+  return StoreInOutput0(rows::RowsOf(kFields, "TtableInterleaved"), status, value);
 }
 
 int Status_TtableModHeight(CStatus* status, char* value, char* /*key*/) {
-  return StoreNumber(status, &CTtable::ModuleHeight, value);
+  return StoreInOutput0(rows::RowsOf(kFields, "TtableModHeight"), status, value);
 }
 
 int Status_TtableModWidth(CStatus* status, char* value, char* /*key*/) {
-  return StoreNumber(status, &CTtable::ModuleWidth, value);
+  return StoreInOutput0(rows::RowsOf(kFields, "TtableModWidth"), status, value);
 }
 
 int Status_TtablePixelPitch(CStatus* status, char* value, char* /*key*/) {
-  return StoreFraction(status, &CTtable::PixelPitch, value);
+  return StoreInOutput0(rows::RowsOf(kFields, "TtablePixelPitch"), status, value);
 }
 
 int Status_TtableRefreshRate(CStatus* status, char* value, char* /*key*/) {
-  return StoreFraction(status, &CTtable::RefreshRate, value);
+  return StoreInOutput0(rows::RowsOf(kFields, "TtableRefreshRate"), status, value);
 }
 
 int Status_TtableTitle(CStatus* status, char* value, char* /*key*/) {
-  return StoreText(status, &COutput::Title, value);
+  return StoreInOutput0(rows::RowsOf(kFields, "TtableTitle"), status, value);
 }
 
 int Status_TtableAuthor(CStatus* status, char* value, char* /*key*/) {
-  return StoreText(status, &COutput::Author, value);
+  return StoreInOutput0(rows::RowsOf(kFields, "TtableAuthor"), status, value);
 }
 
 int Status_TtableContract(CStatus* status, char* value, char* /*key*/) {
-  return StoreText(status, &COutput::Contract, value);
+  return StoreInOutput0(rows::RowsOf(kFields, "TtableContract"), status, value);
 }
 
 int Status_TtableED(CStatus* status, char* value, char* /*key*/) {
-  return StoreText(status, &COutput::ED, value);
+  return StoreInOutput0(rows::RowsOf(kFields, "TtableED"), status, value);
 }
 
 int Status_TtableDate(CStatus* status, char* value, char* /*key*/) {
-  return StoreText(status, &COutput::Date, value);
+  return StoreInOutput0(rows::RowsOf(kFields, "TtableDate"), status, value);
 }
 
 int Status_TtableTime(CStatus* status, char* value, char* /*key*/) {
-  return StoreText(status, &COutput::Time, value);
+  return StoreInOutput0(rows::RowsOf(kFields, "TtableTime"), status, value);
 }
 
 int Status_TtableTask(CStatus* status, char* value, char* /*key*/) {
-  return StoreText(status, &COutput::Task, value);
+  return StoreInOutput0(rows::RowsOf(kFields, "TtableTask"), status, value);
 }
 
 int Status_TtableDevice(CStatus* status, char* value, char* key) {
@@ -119,9 +120,9 @@ int Status_TtableDevice(CStatus* status, char* value, char* key) {
   if (output == nullptr || value == nullptr) {
     return 0;
   }
-  auto device = std::make_unique<QtSts::CDevice>();
+  auto device = std::make_unique<CDevice>();
   device->Node = numbers::Narrow<std::int32_t>(numbered.Parts.Number);
-  device->Value = numbers::Narrow<std::int32_t>(numbers::ParseLong(value));
+  rows::StoreField(kDeviceValue, *device, value);
   device->Index = u32_TTableNumAttribute;
   output->Devices.Add(device.release());
   ++u32_TTableNumAttribute;

@@ -1,190 +1,196 @@
 #include "sensors/record_builder.h"
 
 #include <algorithm>
+#include <array>
 #include <iterator>
 #include <string_view>
 #include <type_traits>
 
-#include "collector/state/numbers.h"
-#include "collector/state/scratch.h"
 #include "model/beacons.h"
 #include "model/can_sensors.h"
 #include "model/dcio_boards.h"
 #include "model/onboard_sensors.h"
 #include "sensors/points.h"
+#include "sensors/record_rows.h"
 
 namespace sensors {
 namespace {
 
-// What no reading looks like on a beacon or roundel.
+// What a value that is not reported looks like.
+constexpr std::int32_t kNoRevision = -1;
 constexpr std::uint16_t kNoKelvin = 65535;
 constexpr std::uint8_t kNoHumidity = 255;
-// What an unreported revision looks like.
-constexpr std::int32_t kNoRevision = -1;
 
-void FillHeader(QtSts::CSensor& record) {
-  record.NumberOfAttributes = u32_NumAttribute;
-  record.SyncLossCounter = uiSyncLossCounter;
-}
+using QtSts::CBeaconRecord;
+using QtSts::CCANAirflowSensor;
+using QtSts::CCANDcio;
+using QtSts::CCANFanRpmSensor;
+using QtSts::CCANIsolationBoardSensor;
+using QtSts::CCANLightLuxSensor;
+using QtSts::CCANLightSensor;
+using QtSts::CCANMultiDirectionalSensor;
+using QtSts::CCANPsrbSensor;
+using QtSts::CCANSensor;
+using QtSts::CSensor;
 
-void FillCanHeader(QtSts::CCANSensor& record, bool with_face) {
-  record.SetConnected(b_Connected);
-  record.Address = u32_Address;
-  record.Bus = numbers::Narrow<std::uint16_t>(u32_Bus);
-  if (with_face) {
-    record.Face = std::make_unique<std::uint32_t>(u32_Face);
+// What records of all kinds take.
+using Header = Rows<From<&CSensor::NumberOfAttributes, &u32_NumAttribute>,
+                    From<&CSensor::SyncLossCounter, &uiSyncLossCounter>>;
+
+// Classes that keep the flag elsewhere too do so in SetConnected.
+struct ConnectedByCall {
+  static void Fill(CCANSensor& record) { record.SetConnected(b_Connected); }
+  static void Release() {}
+  static constexpr auto kTaken = kTakenOnce<&CSensor::Connected, &b_Connected>;
+};
+using CanHeader = Rows<ConnectedByCall, From<&CCANSensor::Address, &u32_Address>,
+                       From<&CCANSensor::Bus, &u32_Bus>,
+                       Unless<&CCANSensor::Revision, &s32_Revision, kNoRevision>>;
+using OnboardHeader = Rows<From<&CSensor::Connected, &b_Connected>>;
+
+// Deliberate: behind an interface every record reports its face, on the own buses the kinds alone
+// that have this row.
+using Face = From<&CCANSensor::Face, &u32_Face>;
+constexpr Taken kFaceBehindInterface = {&rows::kPlace<&u32_Face>, &MemberIn<&CCANSensor::Face>,
+                                        true};
+
+// The staged points, on lists for so many inputs and outputs.
+template <std::uint32_t kInputs, std::uint32_t kOutputs>
+struct Points {
+  static void Fill(CCANDcio& board) {
+    board.Points.Inputs = std::make_unique<QtSts::InputListType>(kInputs);
+    board.Points.Outputs = std::make_unique<QtSts::OutputListType>(kOutputs);
+    PopulateInputs(&board);
+    PopulateOutputs(&board);
   }
-  if (s32_Revision != kNoRevision) {
-    record.Revision = std::make_unique<std::int32_t>(s32_Revision);
+  static void Release() {}  // each entry is emptied when it is taken
+  static constexpr auto kTaken = Joined(kTakenOnce<&CCANDcio::Points, &dcioInputs>,
+                                        kTakenOnce<&CCANDcio::Points, &dcioOutputs>);
+};
+using PortStatus = From<&CCANDcio::PortStatus, &u32_PortStatus>;
+
+struct Fans {
+  static void Fill(QtSts::CCANDcioAndFanRpm& board) {
+    std::uint32_t ordinal = 0;
+    for (const auto& [fan_number, rpm] : FanRpms) {
+      board.FanRpms.Add(new QtSts::FanRpm(ordinal, fan_number, rpm));
+      ++ordinal;
+    }
   }
-}
+  static void Release() { FanRpms.clear(); }
+  static constexpr auto kTaken = kTakenOnce<&QtSts::CCANDcioAndFanRpm::FanRpms, &FanRpms>;
+};
 
-// Fill: the values of its own that a record of each class takes from the scratch state.
+// Beacons and roundels. Deliberately their revision is present whatever its value.
+using Beacon =
+    Rows<From<&CCANSensor::Revision, &s32_Revision>, From<&CCANSensor::IdType, &u16_IdType>,
+         From<&CCANSensor::HardwareID, &u8_HardwareID>,
+         From<&CBeaconRecord::RedDimLevel, &BeaconRoundel::RedDimLevel>,
+         From<&CBeaconRecord::AmberDimLevel, &BeaconRoundel::AmberDimLevel>,
+         From<&CBeaconRecord::ErrorFlags, &BeaconRoundel::ErrorFlags>,
+         From<&CBeaconRecord::RedLedErrorCount, &BeaconRoundel::RedLedErrorCount>,
+         From<&CBeaconRecord::AmberLedErrorCount, &BeaconRoundel::AmberLedErrorCount>,
+         From<&CBeaconRecord::StatusFlags, &BeaconRoundel::StatusFlags>,
+         From<&CBeaconRecord::SyncControlStartBit, &BeaconRoundel::SyncControlStartBit>,
+         From<&CBeaconRecord::PerColorLedCount, &BeaconRoundel::PerColorLedCount>,
+         Unless<&CBeaconRecord::TemperatureKelvin, &BeaconRoundel::TemperatureKelvin, kNoKelvin>,
+         Unless<&CBeaconRecord::Humidity, &BeaconRoundel::Humidity, kNoHumidity>>;
 
-void Fill(QtSts::CCANTempSensor& record) { record.Celsius = f_celsius; }
-
-void Fill(QtSts::CCANLightSensor& record) {
-  record.OneMinAverage = u16_OneMinAverage;
-  record.TenMinAverage = u16_TenMinAverage;
-}
-
-void Fill(QtSts::CCANLightLuxSensor& record) {
-  record.OneMinAverage = u16_OneMinAverage;
-  record.OneMinLuxAverage = u16_OneMinLuxAverage;
-  record.TenMinAverage = u16_TenMinAverage;
-  record.TenMinLuxAverage = u16_TenMinLuxAverage;
-}
-
-void Fill(QtSts::CCANMultiDirectionalSensor& record) {
-  record.Ambient = u16_Ambient;
-  record.Front = u32_Front;
-  record.Back = u32_Back;
-  record.LockState = Locked;  // deliberately always: without a row yet it is 0, not unknown
-  record.Latitude = dLatitude;
-  record.Longitude = dLongitude;
-  record.Altitude = dAltitude;
-  record.Compass = uiCompass;
-}
-
-void Fill(QtSts::CCANDoorSensor& /*record*/) {}
-
-void Fill(QtSts::CCANHumiditySensor& record) { record.Humidity = f_Humidity_OneMinAverage; }
-
-void FillBoard(QtSts::CCANDcio& board, std::uint32_t inputs, std::uint32_t outputs) {
-  board.Points.Inputs = std::make_unique<QtSts::InputListType>(inputs);
-  board.Points.Outputs = std::make_unique<QtSts::OutputListType>(outputs);
-  board.PortStatus = u32_PortStatus;
-  PopulateInputs(&board);
-  PopulateOutputs(&board);
-}
-
-// The capacities are the boards' own and deliberately not what the name says.
-void Fill(QtSts::CCANDcio16in3out8cfg& board) { FillBoard(board, 24, 11); }
-
-void Fill(QtSts::CCANDcio2in1out& board) { FillBoard(board, 2, 1); }
-
-void Fill(QtSts::CCANDcioAndFanRpm& board) {
-  FillBoard(board, 16, 12);
-  std::uint32_t ordinal = 0;
-  for (const auto& [fan_number, rpm] : FanRpms) {
-    board.FanRpms.Add(new QtSts::FanRpm(ordinal, fan_number, rpm));
-    ++ordinal;
-  }
-  FanRpms.clear();
-}
-
-void Fill(QtSts::CCANFanRpmSensor& record) {
-  record.AverageRpm = u16_AverageRpm;
-  record.CurrentRpm = u16_CurrentRpm;
-}
-
-void Fill(QtSts::CCANAirflowSensor& record) {
-  record.OneMinAverage = u16_OneMinAverage;
-  record.LongTermAverage = u16_LongTermAverage;
-}
-
-void Fill(QtSts::CCANIsolationBoardSensor& record) {
-  record.InputVoltage = f_inputVoltage;
-  record.OutputVoltage = f_outputVoltage;
-  record.Celsius = f_celsiusTemperature;
-}
-
-void Fill(QtSts::CCANPsrbSensor& record) {
-  record.HardwareErrors = std::make_unique<std::uint8_t>(u8_Psrb_HardwareErrors);
-  record.InputVoltages = f_Psrb_InputVoltages;
-  record.OutputVoltages = f_Psrb_OutputVoltages;
-  f_Psrb_InputVoltages.clear();
-  f_Psrb_OutputVoltages.clear();
-}
-
-void Fill(QtSts::CBeaconRecord& record) {
-  // Deliberately present whatever its value, unlike the revision of every other kind.
-  record.Revision = std::make_unique<std::int32_t>(s32_Revision);
-  record.IdType = std::make_unique<std::uint16_t>(u16_IdType);
-  record.HardwareID = std::make_unique<std::uint8_t>(u8_HardwareID);
-  record.RedDimLevel = beaconRoundel.RedDimLevel;
-  record.AmberDimLevel = beaconRoundel.AmberDimLevel;
-  record.ErrorFlags = beaconRoundel.ErrorFlags;
-  record.RedLedErrorCount = beaconRoundel.RedLedErrorCount;
-  record.AmberLedErrorCount = beaconRoundel.AmberLedErrorCount;
-  record.StatusFlags = beaconRoundel.StatusFlags;
-  record.SyncControlStartBit = beaconRoundel.SyncControlStartBit;
-  record.PerColorLedCount = beaconRoundel.PerColorLedCount;
-  if (beaconRoundel.TemperatureKelvin != kNoKelvin) {
-    record.TemperatureKelvin = std::make_unique<std::uint16_t>(beaconRoundel.TemperatureKelvin);
-  }
-  if (beaconRoundel.Humidity != kNoHumidity) {
-    record.Humidity = std::make_unique<std::uint8_t>(beaconRoundel.Humidity);
-  }
-}
-
-void Fill(QtSts::COnboardTempSensor& record) { record.Celsius = f_celsius; }
-
-void Fill(QtSts::COnboardCabinetFanControlSensor& record) { record.FansEnabled = u32_FansEnabled; }
-
+// Only CAN sensors may stand behind an interface.
 template <class Record>
-std::unique_ptr<QtSts::CSensor> Make(bool with_face) {
+constexpr bool kIsCan = std::is_base_of_v<CCANSensor, Record>;
+
+template <class Record, class Own>
+std::unique_ptr<CSensor> Make(Placement placement) {
   auto record = std::make_unique<Record>();
-  FillHeader(*record);
-  if constexpr (std::is_base_of_v<QtSts::CCANSensor, Record>) {
-    FillCanHeader(*record, with_face);
+  Header::Fill(static_cast<CSensor&>(*record));
+  if constexpr (kIsCan<Record>) {
+    CanHeader::Fill(static_cast<CCANSensor&>(*record));
+    if (placement == Placement::kBehindInterface) {
+      Face::Fill(*record);
+    }
   } else {
-    record->Connected = b_Connected;
+    OnboardHeader::Fill(static_cast<CSensor&>(*record));
   }
-  Fill(*record);
+  Own::Fill(*record);
+  Own::Release();
   return record;
 }
 
-template <class Record>
-constexpr SensorKind Kind(SensorType code, const char* text, Home accepted = Home::kAnywhere,
-                          FaceRule face = FaceRule::kBehindInterface) {
-  return {code, text, accepted, face, &Make<Record>};
+template <class Record, class Own>
+consteval auto TakenBy() {
+  if constexpr (kIsCan<Record>) {
+    return Joined(Header::kTaken, CanHeader::kTaken, std::array{kFaceBehindInterface}, Own::kTaken);
+  } else {
+    return Joined(Header::kTaken, OnboardHeader::kTaken, Own::kTaken);
+  }
+}
+template <class Record, class Own>
+constexpr auto kTakenBy = TakenBy<Record, Own>();
+
+template <class Record, class... Row>
+constexpr SensorKind Kind(SensorType code, const char* text) {
+  using Own = Rows<Row...>;
+  return {code, kIsCan<Record>, text, &Record::Class, kTakenBy<Record, Own>, &Make<Record, Own>};
 }
 
-constexpr auto kAnywhere = Home::kAnywhere;
-constexpr auto kOwnBusOnly = Home::kOwnBusOnly;
-constexpr auto kWithFace = FaceRule::kEverywhere;
-
+// Capacities are the boards' own and deliberately not what the name says.
 constexpr SensorKind kKinds[] = {
-    Kind<QtSts::CCANTempSensor>(kCanTemp, "CANTemp"),
-    Kind<QtSts::CCANLightSensor>(kCanLight, "CANLight"),
-    Kind<QtSts::CCANLightLuxSensor>(kCanLightLux, "CANLightLux"),
-    Kind<QtSts::CCANMultiDirectionalSensor>(kCanMultiDirectional, "CANMultiDirectional"),
+    Kind<QtSts::CCANTempSensor,  //
+         From<&QtSts::CCANTempSensor::Celsius, &f_celsius>>(kCanTemp, "CANTemp"),
+    Kind<CCANLightSensor,  //
+         From<&CCANLightSensor::OneMinAverage, &u16_OneMinAverage>,
+         From<&CCANLightSensor::TenMinAverage, &u16_TenMinAverage>>(kCanLight, "CANLight"),
+    Kind<CCANLightLuxSensor,  //
+         From<&CCANLightLuxSensor::OneMinAverage, &u16_OneMinAverage>,
+         From<&CCANLightLuxSensor::OneMinLuxAverage, &u16_OneMinLuxAverage>,
+         From<&CCANLightLuxSensor::TenMinAverage, &u16_TenMinAverage>,
+         From<&CCANLightLuxSensor::TenMinLuxAverage, &u16_TenMinLuxAverage>>(kCanLightLux,
+                                                                             "CANLightLux"),
+    // Deliberately the lock state always: without a row yet it is 0, not unknown.
+    Kind<CCANMultiDirectionalSensor,  //
+         From<&CCANMultiDirectionalSensor::Ambient, &u16_Ambient>,
+         From<&CCANMultiDirectionalSensor::Front, &u32_Front>,
+         From<&CCANMultiDirectionalSensor::Back, &u32_Back>,
+         From<&CCANMultiDirectionalSensor::LockState, &Locked>,
+         From<&CCANMultiDirectionalSensor::Latitude, &dLatitude>,
+         From<&CCANMultiDirectionalSensor::Longitude, &dLongitude>,
+         From<&CCANMultiDirectionalSensor::Altitude, &dAltitude>,
+         From<&CCANMultiDirectionalSensor::Compass, &uiCompass>>(kCanMultiDirectional,
+                                                                 "CANMultiDirectional"),
     Kind<QtSts::CCANDoorSensor>(kCanDoor, "CANDoor"),
-    Kind<QtSts::CCANHumiditySensor>(kCanHumidity, "CANHumidity"),
-    Kind<QtSts::CCANDcio16in3out8cfg>(kCanDcio16In3Out8Cfg, "CANDcio16in3out8cfg"),
-    Kind<QtSts::CCANDcio2in1out>(kCanDcio2In1Out, "CANDcio2in1out"),
-    Kind<QtSts::CCANDcioAndFanRpm>(kCanDcioAndFanRpm, "CANDcioAndFanRpm", kAnywhere, kWithFace),
-    Kind<QtSts::CCANFanRpmSensor>(kCanFanRpm, "CANFanRpm"),
-    Kind<QtSts::CCANAirflowSensor>(kCanAirFlow, "CANAirFlow", kAnywhere, kWithFace),
-    Kind<QtSts::CCANIsolationBoardSensor>(kCanIsolationBoard, "CANIsolationBoard"),
-    Kind<QtSts::CCANPsrbSensor>(kCanPowerSupplyRedundancyBoard, "CANPowerSupplyRedundancyBoard",
-                                kAnywhere, kWithFace),
-    Kind<QtSts::CCANBeacon>(kCanBeacon, "CANBeacon"),
-    Kind<QtSts::CCANRoundel>(kCanRoundel, "CANRoundel"),
-    Kind<QtSts::COnboardTempSensor>(kOnboardTemp, "OnboardTemp", kOwnBusOnly),
-    Kind<QtSts::COnboardCabinetFanControlSensor>(kOnboardCabinetFanControl,
-                                                 "OnboardCabinetFanControl", kOwnBusOnly),
+    Kind<QtSts::CCANHumiditySensor,
+         From<&QtSts::CCANHumiditySensor::Humidity, &f_Humidity_OneMinAverage>>(kCanHumidity,
+                                                                                "CANHumidity"),
+    Kind<QtSts::CCANDcio16in3out8cfg, Points<24, 11>, PortStatus>(kCanDcio16In3Out8Cfg,
+                                                                  "CANDcio16in3out8cfg"),
+    Kind<QtSts::CCANDcio2in1out, Points<2, 1>, PortStatus>(kCanDcio2In1Out, "CANDcio2in1out"),
+    Kind<QtSts::CCANDcioAndFanRpm, Face, Points<16, 12>, PortStatus, Fans>(kCanDcioAndFanRpm,
+                                                                           "CANDcioAndFanRpm"),
+    Kind<CCANFanRpmSensor,  //
+         From<&CCANFanRpmSensor::AverageRpm, &u16_AverageRpm>,
+         From<&CCANFanRpmSensor::CurrentRpm, &u16_CurrentRpm>>(kCanFanRpm, "CANFanRpm"),
+    Kind<CCANAirflowSensor, Face,  //
+         From<&CCANAirflowSensor::OneMinAverage, &u16_OneMinAverage>,
+         From<&CCANAirflowSensor::LongTermAverage, &u16_LongTermAverage>>(kCanAirFlow,
+                                                                          "CANAirFlow"),
+    Kind<CCANIsolationBoardSensor,  //
+         From<&CCANIsolationBoardSensor::InputVoltage, &f_inputVoltage>,
+         From<&CCANIsolationBoardSensor::OutputVoltage, &f_outputVoltage>,
+         From<&CCANIsolationBoardSensor::Celsius, &f_celsiusTemperature>>(kCanIsolationBoard,
+                                                                          "CANIsolationBoard"),
+    Kind<CCANPsrbSensor, Face,  //
+         From<&CCANPsrbSensor::HardwareErrors, &u8_Psrb_HardwareErrors>,
+         UsedUp<&CCANPsrbSensor::InputVoltages, &f_Psrb_InputVoltages>,
+         UsedUp<&CCANPsrbSensor::OutputVoltages, &f_Psrb_OutputVoltages>>(
+        kCanPowerSupplyRedundancyBoard, "CANPowerSupplyRedundancyBoard"),
+    Kind<QtSts::CCANBeacon, Beacon>(kCanBeacon, "CANBeacon"),
+    Kind<QtSts::CCANRoundel, Beacon>(kCanRoundel, "CANRoundel"),
+    Kind<QtSts::COnboardTempSensor,  //
+         From<&QtSts::COnboardTempSensor::Celsius, &f_celsius>>(kOnboardTemp, "OnboardTemp"),
+    Kind<QtSts::COnboardCabinetFanControlSensor,
+         From<&QtSts::COnboardCabinetFanControlSensor::FansEnabled, &u32_FansEnabled>>(
+        kOnboardCabinetFanControl, "OnboardCabinetFanControl"),
 };
 
 // Codes below kUnknownSensor that are deliberately no kind.
@@ -215,23 +221,32 @@ consteval bool EveryTextIsDistinct() {
 }
 static_assert(EveryTextIsDistinct());
 
-// Behind an interface there are CAN sensors only.
-static_assert(std::ranges::all_of(kKinds, [](const SensorKind& kind) {
-  return (kind.Code <= kCanRoundel) == (kind.Accepted == kAnywhere);
-}));
+// The texts as words of a parser.
+constexpr auto kTypeWords = [] {
+  std::array<rows::Word, std::size(kKinds)> words = {};
+  std::ranges::transform(kKinds, words.begin(), [](const SensorKind& kind) {
+    return rows::Word{kind.Text, kind.Code};
+  });
+  return words;
+}();
 
 }  // namespace
 
+constinit const rows::Parser kSensorTypeParser = rows::WordsOr(kTypeWords, kUnknownSensor);
+
 std::span<const SensorKind> SensorKinds() { return kKinds; }
 
-std::unique_ptr<QtSts::CSensor> BuildRecord(Placement placement) {
+bool Takes(const SensorKind& kind, const rows::Place& place) {
+  return std::ranges::any_of(
+      kind.Takes, [&](const Taken& taken) { return taken.From->Address == place.Address; });
+}
+
+std::unique_ptr<CSensor> BuildRecord(Placement placement) {
   const auto kind = std::ranges::find(kKinds, st_Type, &SensorKind::Code);
-  const bool behind_interface = placement == Placement::kBehindInterface;
-  if (kind == std::end(kKinds) || (behind_interface && kind->Accepted == Home::kOwnBusOnly)) {
+  if (kind == std::end(kKinds) || (placement == Placement::kBehindInterface && !kind->IsCan)) {
     return nullptr;
   }
-  // Deliberate: behind an interface every record tells its face, on the own buses three kinds do.
-  return kind->Make(behind_interface || kind->Face == FaceRule::kEverywhere);
+  return kind->Make(placement);
 }
 
 }  // namespace sensors

@@ -6,6 +6,7 @@
 
 #include "collector/state/codes.h"
 #include "collector/state/export.h"
+#include "collector/state/row_tables.h"
 #include "model/sensors.h"
 
 namespace sensors {
@@ -16,29 +17,33 @@ enum class Placement {
   kBehindInterface,  // the list of a display interface
 };
 
-// Which placements accept a kind.
-enum class Home {
-  kAnywhere,
-  kOwnBusOnly,
+// One variable of the scratch state that a record takes.
+struct Taken {
+  const rows::Place* From;
+  // What it becomes in a record of the kind; null when the record leaves it out.
+  const void* (*Member)(const QtSts::CSensor& record);
+  bool OnlyBehindInterface;
 };
 
-// Where a record of a kind tells its face.
-enum class FaceRule {
-  kBehindInterface,
-  kEverywhere,
-};
-
-// One kind of sensor. To add one: its class, its code, its Fill, its row in the kind table.
+// One kind of sensor. To add one: its class, its code, its row in the kind table.
 struct SensorKind {
   SensorType Code;
-  const char* Text;  // value of the "Type" row
-  Home Accepted;
-  FaceRule Face;
-  std::unique_ptr<QtSts::CSensor> (*Make)(bool with_face);  // filled from the scratch state
+  bool IsCan;                     // then it may stand behind an interface, too
+  const char* Text;               // value of the "Type" row
+  const QtSts::ClassInfo* Class;  // of its records
+  std::span<const Taken> Takes;   // in the order of taking
+  std::unique_ptr<QtSts::CSensor> (*Make)(Placement placement);  // filled from the scratch state
 };
 
 // Every kind in ascending order of code.
 COLLECTOR_API std::span<const SensorKind> SensorKinds();
+
+// True when records of this kind take this variable or field, in one placement at least.
+COLLECTOR_API bool Takes(const SensorKind& kind, const rows::Place& place);
+
+// The text of a "Type" row to the code of its kind. Deliberate: an unknown text does not keep the
+// old code, unlike an unknown location, but gives kUnknownSensor.
+extern const rows::Parser kSensorTypeParser;
 
 // The record that the scratch state describes; null when st_Type has no record in this placement.
 // A DCIO board takes its staged points, and its fans if it has them; a power-supply redundancy

@@ -3,19 +3,20 @@
 #include <algorithm>
 #include <array>
 #include <cstring>
-#include <type_traits>
 
 #include "collector/state/numbered_key.h"
 #include "collector/state/numbers.h"
 #include "collector/state/scratch.h"
+#include "sensors/attributes.h"
 #include "sensors/placements.h"
 #include "sensors/record_builder.h"
 
 namespace sensors {
 namespace {
 
-// The ambient light that is reported while it is overridden.
-constexpr std::uint16_t kOverriddenAmbient = 201;
+using rows::Attribute;
+using rows::Parked;
+using rows::Row;
 
 constexpr int CompareInAnyCase(const char* left, const char* right, std::size_t count) {
   for (std::size_t i = 0; i < count; ++i) {
@@ -34,64 +35,27 @@ rows::Numbered SplitFamily(const char* attribute) {
   return number == nullptr ? rows::Numbered{0, nullptr} : rows::SplitNumber(number);
 }
 
-// Integers wrap to their width, floats are read as such.
-template <class T>
-void StoreNumber(const Row& row, void* destination) {
-  T& number = *static_cast<T*>(destination);
-  if constexpr (std::is_integral_v<T>) {
-    number = numbers::Narrow<T>(numbers::ParseLong(row.Value));
-  } else {
-    number = static_cast<T>(numbers::ParseDouble(row.Value));
-  }
-}
-
-void StoreUnsigned(const Row& row, void* destination) {
-  *static_cast<std::uint32_t*>(destination) =
-      numbers::Narrow<std::uint32_t>(numbers::ParseUnsignedLong(row.Value));
-}
-
-// Deliberately whole: 44.9 gives 44.
-void StoreWhole(const Row& row, void* destination) {
-  *static_cast<double*>(destination) = static_cast<double>(numbers::ParseLong(row.Value));
-}
-
-void StoreFlag(const Row& row, void* destination) {
-  *static_cast<bool*>(destination) = std::strcmp(row.Value, "true") == 0;
-}
-
-const QtSts::Code* FindCode(QtSts::CodeTable codes, std::string_view text) {
-  const auto* const found = std::ranges::find(codes, text, &QtSts::Code::Text);
-  return found == codes.end() ? nullptr : found;
-}
-
 // An unknown text keeps the attachment of the sensor before.
-void StoreLocation(const Row& row, void* destination) {
-  if (const QtSts::Code* const code = FindCode(kAttachments, row.Value)) {
-    *static_cast<AttachmentType*>(destination) = static_cast<AttachmentType>(code->Value);
-  }
-}
+constexpr rows::Parser kLocation = rows::Words(rows::kWordsOf<kAttachments>);
+constexpr rows::Parser kLock =
+    rows::WordsOr(rows::kWordsOf<QtSts::kLockStates>, QtSts::kLockUnknown);
 
-void StoreLock(const Row& row, void* destination) {
-  const QtSts::Code* const code = FindCode(QtSts::kLockStates, row.Value);
-  *static_cast<LockState*>(destination) =
-      static_cast<LockState>(code == nullptr ? QtSts::kLockUnknown : code->Value);
-}
+// The ambient light that is reported while it is overridden.
+constexpr rows::Parser kOverriddenReading = rows::Always(201);
+constexpr rows::Entry kOverridden = {"Ambient", &kOverriddenReading};
 
 // Output 0 is read as it is: without one the reading stays.
-void StoreAmbient(const Row& row, void* destination) {
-  StoreNumber<std::uint16_t>(row, destination);
+void StoreAmbient(const Attribute& ambient, const Row& row) {
+  rows::StoreParked(ambient, row.Value);
   const QtSts::COutput* const output = row.Status->Outputs[0];
   if (output != nullptr && output->Dimming.DimmingMode == QtSts::kDimmingManual &&
       (output->StatusFlags & QtSts::kFlagAmbientOverride) != 0) {
-    *static_cast<std::uint16_t*>(destination) = kOverriddenAmbient;
+    rows::Store(kOverridden, ambient.Where->Is, ambient.Where->Address, row.Value);
   }
 }
 
-// Deliberate: an unknown text, unlike an unknown location, does not keep the old code.
-void CompleteSensor(const Row& row, void* destination) {
-  const auto kinds = SensorKinds();
-  const auto kind = std::ranges::find(kinds, std::string_view(row.Value), &SensorKind::Text);
-  *static_cast<SensorType*>(destination) = kind == kinds.end() ? kUnknownSensor : kind->Code;
+void CompleteSensor(const Attribute& type, const Row& row) {
+  rows::StoreParked(type, row.Value);
   if (at_Type == kRouterCan || at_Type == kControlBoardCan) {
     Status_VerifyDisplayInterfaceSensor(row.Status, at_Type);
   } else {
@@ -99,132 +63,117 @@ void CompleteSensor(const Row& row, void* destination) {
   }
 }
 
-// The attributes of a point ("Input_3_Label"). Only "Type" makes the point present; what is stored
-// without it waits for the point's next "Type".
-constexpr struct {
-  std::string_view Name;
-  void (*Store)(const char* value, DcioPoint* point);
-} kPointAttributes[] = {
-    {"Type",
-     [](const char* value, DcioPoint* point) {
-       point->Present = 1;
-       point->Type = numbers::Narrow<std::uint32_t>(numbers::ParseLong(value));
-     }},
-    {"Index",
-     [](const char* value, DcioPoint* point) {
-       point->Index = numbers::Narrow<std::int32_t>(numbers::ParseLong(value));
-     }},
-    {"Label", [](const char* value, DcioPoint* point) { point->Label = value; }},
-    {"State",
-     [](const char* value, DcioPoint* point) {
-       point->State = numbers::Narrow<std::int32_t>(numbers::ParseLong(value));
-     }},
+template <auto kMember>
+constexpr auto Part = &rows::InMember<DcioPoint, kMember>;
+
+// Only "Type" makes the point present; what is stored without it waits for the point's next "Type".
+constexpr rows::Parser kYes = rows::Always(1);
+constexpr rows::Field<DcioPoint> kPointParts[] = {
+    Part<&DcioPoint::Index>("Index", &rows::kInteger),
+    Part<&DcioPoint::Label>("Label", &rows::kText),
+    Part<&DcioPoint::State>("State", &rows::kInteger),
+    Part<&DcioPoint::Present>("Type", &kYes),
+    Part<&DcioPoint::Type>("Type", &rows::kInteger),
 };
 
 template <std::size_t kEntries>
-void StorePoint(const Row& row, void* destination) {
+void StorePoint(const Attribute& family, const Row& row) {
   const rows::Numbered point = SplitFamily(row.Attribute);
   if (point.Rest == nullptr || point.Number < 0 || point.Number >= static_cast<long>(kEntries)) {
     return;
   }
-  auto& entries = *static_cast<std::array<DcioPoint, kEntries>*>(destination);
-  for (const auto& attribute : kPointAttributes) {
-    if (attribute.Name == point.Rest) {
-      attribute.Store(row.Value, &entries[static_cast<std::size_t>(point.Number)]);
+  auto& entries = *static_cast<std::array<DcioPoint, kEntries>*>(family.Where->Address);
+  for (const rows::Field<DcioPoint>& part : kPointParts) {
+    if (part.Name == point.Rest) {
+      rows::StoreField(part, entries[static_cast<std::size_t>(point.Number)], row.Value);
     }
   }
 }
 
 // Deliberate: the first speed of a fan stays until a board takes it.
-void StoreFan(const Row& row, void* destination) {
+void StoreFan(const Attribute& family, const Row& row) {
   const rows::Numbered fan = SplitFamily(row.Attribute);
-  if (fan.Rest != nullptr && std::strcmp(fan.Rest, "Rpm") == 0) {
-    static_cast<decltype(FanRpms)*>(destination)
-        ->emplace(numbers::Narrow<std::uint8_t>(fan.Number),
-                  numbers::Narrow<std::uint16_t>(numbers::ParseLong(row.Value)));
+  if (fan.Rest == nullptr || std::strcmp(fan.Rest, "Rpm") != 0) {
+    return;
+  }
+  auto& speeds = *static_cast<decltype(FanRpms)*>(family.Where->Address);
+  const auto [speed, is_new] = speeds.try_emplace(numbers::Narrow<std::uint8_t>(fan.Number));
+  if (is_new) {
+    rows::Store(family, family.Where->Is, &speed->second, row.Value);
   }
 }
 
 // Voltages keep the order of their rows; the numbers in the attributes are deliberately not used.
-void AppendVoltage(const Row& row, void* destination) {
+void AppendVoltage(const Attribute& family, const Row& row) {
   if (std::strstr(row.Attribute, "Volts") != nullptr) {
-    static_cast<std::vector<float>*>(destination)
-        ->push_back(static_cast<float>(numbers::ParseDouble(row.Value)));
+    auto& voltages = *static_cast<std::vector<float>*>(family.Where->Address);
+    rows::Store(family, family.Where->Is, &voltages.emplace_back(), row.Value);
   }
 }
 
-template <class T>
-constexpr Attribute Number(std::string_view name, T* destination) {
-  return {name, &StoreNumber<T>, destination};
-}
-
-template <std::size_t kEntries>
-constexpr Attribute Points(std::string_view name, std::array<DcioPoint, kEntries>* destination) {
-  return {name, &StorePoint<kEntries>, destination};
-}
-
+// Position is deliberately read in whole numbers: 44.9 gives 44.
 constexpr Attribute kExact[] = {
-    Number("Address", &u32_Address),
-    {"Altitude", &StoreWhole, &dAltitude},
-    {"Ambient", &StoreAmbient, &u16_Ambient},
-    Number("AverageRpm", &u16_AverageRpm),
-    Number("Back", &u32_Back),
-    Number("Bus", &u32_Bus),
-    Number("Celsius", &f_celsius),
-    Number("Compass", &uiCompass),
-    {"Connected", &StoreFlag, &b_Connected},
-    Number("CurrentRpm", &u16_CurrentRpm),
-    Number("DispInterfaceAddress", &u16_DispInterfaceAddress),
-    Number("DispInterfaceNumber", &u32_DispInterfaceNumAttribute),
-    Number("Face", &u32_Face),
-    Number("FansEnabled", &u32_FansEnabled),
-    Number("Front", &u32_Front),
-    Number("HardwareID", &u8_HardwareID),
-    Number("HumidityOneMin", &f_Humidity_OneMinAverage),
-    Number("HumidityTenMin", &f_Humidity_TenMinAverage),
-    Number("IdType", &u16_IdType),
-    Number("IsoTemperature", &f_celsiusTemperature),
-    Number("IsoVin", &f_inputVoltage),
-    Number("IsoVout", &f_outputVoltage),
-    {"Latitude", &StoreWhole, &dLatitude},
-    {"Location", &StoreLocation, &at_Type},
-    {"Locked", &StoreLock, &Locked},
-    Number("LongTermAverage", &u16_LongTermAverage),
-    {"Longitude", &StoreWhole, &dLongitude},
-    Number("NumAttribute", &u32_NumAttribute),
-    Number("OneMin", &u16_OneMinAverage),
-    Number("OneMinLux", &u16_OneMinLuxAverage),
-    {"PortStatus", &StoreUnsigned, &u32_PortStatus},
-    Number("Rev", &s32_Revision),
-    Number("SyncLossCounter", &uiSyncLossCounter),
-    Number("TenMin", &u16_TenMinAverage),
-    Number("TenMinLux", &u16_TenMinLuxAverage),
-    {"Type", &CompleteSensor, &st_Type},
+    Parked<&u32_Address>("Address"),
+    Parked<&dAltitude>("Altitude", &rows::kInteger),
+    Parked<&u16_Ambient>("Ambient", &rows::kInteger, &StoreAmbient),
+    Parked<&u16_AverageRpm>("AverageRpm"),
+    Parked<&u32_Back>("Back"),
+    Parked<&u32_Bus>("Bus"),
+    Parked<&f_celsius>("Celsius"),
+    Parked<&uiCompass>("Compass"),
+    Parked<&b_Connected>("Connected", &rows::kTrue),
+    Parked<&u16_CurrentRpm>("CurrentRpm"),
+    Parked<&u16_DispInterfaceAddress>("DispInterfaceAddress"),
+    Parked<&u32_DispInterfaceNumAttribute>("DispInterfaceNumber"),
+    Parked<&u32_Face>("Face"),
+    Parked<&u32_FansEnabled>("FansEnabled"),
+    Parked<&u32_Front>("Front"),
+    Parked<&u8_HardwareID>("HardwareID"),
+    Parked<&f_Humidity_OneMinAverage>("HumidityOneMin"),
+    Parked<&f_Humidity_TenMinAverage>("HumidityTenMin"),
+    Parked<&u16_IdType>("IdType"),
+    Parked<&f_celsiusTemperature>("IsoTemperature"),
+    Parked<&f_inputVoltage>("IsoVin"),
+    Parked<&f_outputVoltage>("IsoVout"),
+    Parked<&dLatitude>("Latitude", &rows::kInteger),
+    Parked<&at_Type>("Location", &kLocation),
+    Parked<&Locked>("Locked", &kLock),
+    Parked<&u16_LongTermAverage>("LongTermAverage"),
+    Parked<&dLongitude>("Longitude", &rows::kInteger),
+    Parked<&u32_NumAttribute>("NumAttribute"),
+    Parked<&u16_OneMinAverage>("OneMin"),
+    Parked<&u16_OneMinLuxAverage>("OneMinLux"),
+    Parked<&u32_PortStatus>("PortStatus", &rows::kUnsigned),
+    Parked<&s32_Revision>("Rev"),
+    Parked<&uiSyncLossCounter>("SyncLossCounter"),
+    Parked<&u16_TenMinAverage>("TenMin"),
+    Parked<&u16_TenMinLuxAverage>("TenMinLux"),
+    Parked<&st_Type>("Type", &kSensorTypeParser, &CompleteSensor),
 };
 // Each name smaller than the next, so that none stands twice.
 static_assert(std::ranges::adjacent_find(kExact, std::ranges::greater_equal(), &Attribute::Name) ==
               std::end(kExact));
 
 constexpr Attribute kPointFamilies[] = {
-    Points("Input", &dcioInputs),
-    Points("Output", &dcioOutputs),
+    Parked<&dcioInputs>("Input", nullptr, &StorePoint<dcioInputs.size()>),
+    Parked<&dcioOutputs>("Output", nullptr, &StorePoint<dcioOutputs.size()>),
 };
 
 constexpr Attribute kFamilies[] = {
-    {"Fan_", &StoreFan, &FanRpms},
-    {"PsrbVin_", &AppendVoltage, &f_Psrb_InputVoltages},
-    {"PsrbVout_", &AppendVoltage, &f_Psrb_OutputVoltages},
-    Number("Psrb_HwErrors", &u8_Psrb_HardwareErrors),
-    Number("TemperatureKelvin", &beaconRoundel.TemperatureKelvin),
-    Number("Humidity", &beaconRoundel.Humidity),
-    Number("RedDimLevel", &beaconRoundel.RedDimLevel),
-    Number("AmberDimLevel", &beaconRoundel.AmberDimLevel),
-    Number("ErrorFlags", &beaconRoundel.ErrorFlags),
-    Number("RedLedErrorCount", &beaconRoundel.RedLedErrorCount),
-    Number("AmberLedErrorCount", &beaconRoundel.AmberLedErrorCount),
-    Number("StatusFlags", &beaconRoundel.StatusFlags),
-    Number("SyncControlStartBit", &beaconRoundel.SyncControlStartBit),
-    Number("PerColorLedCount", &beaconRoundel.PerColorLedCount),
+    Parked<&FanRpms>("Fan_", &rows::kInteger, &StoreFan),
+    Parked<&f_Psrb_InputVoltages>("PsrbVin_", &rows::kNumber, &AppendVoltage),
+    Parked<&f_Psrb_OutputVoltages>("PsrbVout_", &rows::kNumber, &AppendVoltage),
+    Parked<&u8_Psrb_HardwareErrors>("Psrb_HwErrors"),
+    Parked<&BeaconRoundel::TemperatureKelvin>("TemperatureKelvin"),
+    Parked<&BeaconRoundel::Humidity>("Humidity"),
+    Parked<&BeaconRoundel::RedDimLevel>("RedDimLevel"),
+    Parked<&BeaconRoundel::AmberDimLevel>("AmberDimLevel"),
+    Parked<&BeaconRoundel::ErrorFlags>("ErrorFlags"),
+    Parked<&BeaconRoundel::RedLedErrorCount>("RedLedErrorCount"),
+    Parked<&BeaconRoundel::AmberLedErrorCount>("AmberLedErrorCount"),
+    Parked<&BeaconRoundel::StatusFlags>("StatusFlags"),
+    Parked<&BeaconRoundel::SyncControlStartBit>("SyncControlStartBit"),
+    Parked<&BeaconRoundel::PerColorLedCount>("PerColorLedCount"),
 };
 
 // The look-up of exact names: a hash table of their positions, which the compiler makes.
@@ -285,14 +234,15 @@ static_assert(std::ranges::none_of(kExact, [](const Attribute& exact) {
   return FindFamily(kPointFamilies, exact.Name.data()) != nullptr;
 }));
 
-const Attribute* Find(const char* attribute) {
-  if (const Attribute* const found = kExactIndex.Find(attribute)) {
+// Always inlined, since every row passes through it.
+[[gnu::always_inline]] inline const Attribute* Find(const char* name) {
+  if (const Attribute* const found = kExactIndex.Find(name)) {
     return found;
   }
-  if (const Attribute* const found = FindFamily(kPointFamilies, attribute)) {
+  if (const Attribute* const found = FindFamily(kPointFamilies, name)) {
     return found;
   }
-  return FindFamily(kFamilies, attribute);
+  return FindFamily(kFamilies, name);
 }
 
 }  // namespace
@@ -300,6 +250,9 @@ const Attribute* Find(const char* attribute) {
 std::span<const Attribute> ExactAttributes() { return kExact; }
 std::span<const Attribute> PointFamilies() { return kPointFamilies; }
 std::span<const Attribute> AttributeFamilies() { return kFamilies; }
+std::span<const rows::Field<DcioPoint>> PointParts() { return kPointParts; }
+
+const Attribute* FindAttribute(const char* name) { return Find(name); }
 
 }  // namespace sensors
 
@@ -313,8 +266,8 @@ int Status_Sensor(QtSts::CStatus* status, char* value, char* key) {
   if (name == nullptr || value == nullptr) {
     return 0;
   }
-  if (const sensors::Attribute* const attribute = sensors::Find(name)) {
-    attribute->Store({status, name, value}, attribute->Destination);
+  if (const rows::Attribute* const attribute = sensors::Find(name)) {
+    rows::Take(*attribute, {status, name, value});
   }
   return 0;
 }

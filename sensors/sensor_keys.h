@@ -1,9 +1,6 @@
 // "Sensor_" rows: "Sensor_", a sensor number, "_" and an attribute ("Sensor_07_Celsius").
 #pragma once
 
-#include <span>
-#include <string_view>
-
 #include "collector/state/export.h"
 #include "model/document.h"
 
@@ -17,29 +14,3 @@ COLLECTOR_API int Status_Sensor(QtSts::CStatus* status, char* value, char* key);
 // Compares `count` bytes without regard to the case of ASCII letters: -1, 0 or 1 as `left` is
 // smaller, equal or larger. Walks on beyond a terminating NUL; 0 for no bytes.
 COLLECTOR_API int Strnicmp(char const* left, char const* right, unsigned int count);
-
-namespace sensors {
-
-// A row, cut up.
-struct Row {
-  QtSts::CStatus* Status;
-  const char* Attribute;
-  const char* Value;
-};
-
-// What happens to rows of one attribute. To add an attribute: its row in one of the tables.
-struct Attribute {
-  std::string_view Name;
-  void (*Store)(const Row& row, void* destination);
-  void* Destination;  // of the type that Store expects
-};
-
-// The attributes with exact names, in byte order of name.
-COLLECTOR_API std::span<const Attribute> ExactAttributes();
-
-// The attributes known by how they begin, in any case of letters: those of I/O points, which no
-// exact name can be confused with, and the others, which come after the exact names, in this order.
-COLLECTOR_API std::span<const Attribute> PointFamilies();
-COLLECTOR_API std::span<const Attribute> AttributeFamilies();
-
-}  // namespace sensors

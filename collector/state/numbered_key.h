@@ -2,9 +2,9 @@
 // "Sensor_07_Celsius".
 #pragma once
 
-#include <algorithm>
 #include <cstddef>
 #include <cstring>
+#include <utility>
 
 #include "collector/state/numbers.h"
 
@@ -45,7 +45,10 @@ struct NumberedKey {
 template <std::size_t kSize>
 NumberedKey SplitKey(const char* key, const char (&/*prefix*/)[kSize]) {
   constexpr std::size_t kPrefixLength = kSize - 1;
-  if (key == nullptr || std::any_of(key, key + kPrefixLength, [](char c) { return c == '\0'; })) {
+  const auto reaches = [key]<std::size_t... kAt>(std::index_sequence<kAt...>) {
+    return ((key[kAt] != '\0') && ...);
+  };
+  if (key == nullptr || !reaches(std::make_index_sequence<kPrefixLength>())) {
     return {false, 0, {}};
   }
   const char first = key[kPrefixLength];

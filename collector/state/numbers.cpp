@@ -3,8 +3,6 @@
 #include <locale.h>
 #include <stdlib.h>
 
-#include <limits>
-
 namespace numbers {
 namespace {
 
@@ -14,35 +12,20 @@ locale_t CLocale() {
   return locale;
 }
 
-// More than 9 for what is no digit.
-unsigned long DigitValue(char c) {
-  return static_cast<unsigned long>(static_cast<unsigned char>(c)) - '0';
-}
-
 }  // namespace
 
-long ParseLong(const char* text, const char** end) {
-  // Almost every row holds a few plain digits, which cost a fraction of what strtol takes for them.
-  // Blanks, signs, what may overflow and everything else are left to strtol.
-  unsigned long value = 0;
-  const char* behind = text;
-  for (unsigned long digit = DigitValue(*behind); digit <= 9; digit = DigitValue(*++behind)) {
-    value = value * 10 + digit;
-  }
-  if (behind != text && behind - text <= std::numeric_limits<long>::digits10) {
-    if (end != nullptr) {
-      *end = behind;
-    }
-    return static_cast<long>(value);
-  }
+long ParseAnyLong(const char* text, const char** end) {
   return strtol(text, const_cast<char**>(end), 10);
 }
 
-unsigned long ParseUnsignedLong(const char* text) { return strtoul(text, nullptr, 10); }
+unsigned long ParseUnsignedLong(const char* text, const char** end) {
+  return strtoul(text, const_cast<char**>(end), 10);
+}
 
-double ParseDouble(const char* text) {
+double ParseDouble(const char* text, const char** end) {
   const locale_t locale = CLocale();
-  return locale != nullptr ? strtod_l(text, nullptr, locale) : strtod(text, nullptr);
+  char** const out = const_cast<char**>(end);
+  return locale != nullptr ? strtod_l(text, out, locale) : strtod(text, out);
 }
 
 }  // namespace numbers

@@ -11,6 +11,7 @@
 #include "collector/dispatch.h"
 #include "collector/key_table.h"
 #include "collector/state/scratch.h"
+#include "handlers/fields.h"
 #include "handlers/handlers.h"
 #include "model/document.h"
 #include "tests/packaging/markdown.h"
@@ -51,6 +52,7 @@ const Field* FieldOf(const ClassInfo* info, std::string_view name, const void** 
 
 struct Found {
   const Field* Where = nullptr;
+  const void* Address = nullptr;
   std::string Value;  // as XML writes it; of a list the number of its elements
 };
 
@@ -65,7 +67,7 @@ Found Find(const CStatus& status, std::string_view path) {
       return {};
     }
     const void* const value = field->Read(object);
-    Found found{field, ""};
+    Found found{field, value, ""};
     if (field->Scalar != nullptr) {
       field->Scalar->Format(value, &found.Value);
     } else if (field->Elements != nullptr) {
@@ -118,6 +120,39 @@ TEST(RowKeys, NameFieldsOfTheDocumentWithTheirUnits) {
     ASSERT_NE(found.Where, nullptr) << path;
     EXPECT_EQ(row[kUnit], found.Where->Unit);
   }
+}
+
+// The keys of a table, each with a field of the page when one of its rows goes there.
+template <class Owner>
+std::set<std::string> KeysWithTheirFields(std::span<const rows::Field<Owner>> table, Owner& owner,
+                                          const CStatus& status) {
+  std::set<std::string> keys;
+  for (const Cells& row : markdown::Table(Page(), "Keys")) {
+    for (const rows::Field<Owner>& field : table) {
+      if (field.Name == markdown::Name(row[kKey]) &&
+          field.Of(owner) == Find(status, markdown::Name(row[kField])).Address) {
+        keys.emplace(field.Name);
+      }
+    }
+  }
+  return keys;
+}
+
+TEST(RowKeys, GoToTheFieldsOfThePageByTheTablesOfTheHandlers) {
+  CStatus status;
+  Handle("TtableRows", "1", &status);  // makes the output
+  QtSts::COutput& output = *status.Outputs[0];
+  std::set<std::string> keys = KeysWithTheirFields(handlers::RootFields(), status, status);
+  keys.merge(KeysWithTheirFields(handlers::OutputFields(), output, status));
+  keys.merge(KeysWithTheirFields(handlers::TtableFields(), output, status));
+  std::set<std::string> documented;
+  for (const Cells& row : markdown::Table(Page(), "Keys")) {
+    const std::string key = markdown::Name(row[kKey]);
+    if (!row[kField].empty() && !key.ends_with("_")) {
+      documented.insert(key);
+    }
+  }
+  EXPECT_EQ(keys, documented);
 }
 
 // What each format makes of three values: an integer beyond 16 bits with a fraction, a word, "1".
@@ -208,37 +243,28 @@ TEST(RowWords, OfProductFamiliesStandInTheOrderOfTheSearch) {
   EXPECT_EQ(Stored("ProductFamily", "qtm2100", "ProductFamily"), "8");
 }
 
-struct DcioNumber {
-  std::uint32_t* Parked;
-  const char* Field;
-};
-const std::map<std::string, DcioNumber> kDcioNumbers = {
-    {"Address", {&u32_DCIO_Address, "Address"}},
-    {"ErrCnt", {&u32_DCIO_ErrCntr, "ErrorCounter"}},
-    {"NumAttribute", {&u32_DCIO_NumAttr, "NumberOfAttributes"}},
-    {"State", {&u32_DCIO_State, "State"}},
-};
-
 TEST(DcioRows, FillEveryVariableOfADevice) {
-  std::set<std::string> documented;
+  std::set<std::string> fields;
+  std::vector<std::string> documented;
   for (const Cells& row : markdown::Table(Page(), "DCIO devices")) {
-    const std::string attribute = markdown::Name(row[0]);
-    SCOPED_TRACE(attribute);
-    documented.insert(attribute);
-    if (attribute == "Type") {
+    const std::string name = markdown::Name(row[0]);
+    SCOPED_TRACE(name);
+    documented.push_back(name);
+    const auto attribute =
+        std::ranges::find(handlers::DcioAttributes(), name, &rows::Attribute::Name);
+    ASSERT_NE(attribute, handlers::DcioAttributes().end());
+    EXPECT_EQ(row[1], attribute->Reader->Name);
+    if (name == "Type") {
       continue;
     }
-    ASSERT_TRUE(kDcioNumbers.contains(attribute));
-    const DcioNumber& number = kDcioNumbers.at(attribute);
-    EXPECT_EQ(row[1], "integer");
-    EXPECT_EQ(markdown::Name(row[3]), number.Field);
-    *number.Parked = 0;
+    fields.insert(markdown::Name(row[3]));
     CStatus status;
-    Handle("DCIO_00_" + attribute, "-1", &status);
-    EXPECT_EQ(*number.Parked, 4294967295U);
+    Handle("DCIO_00_" + name, "-1", &status);
+    EXPECT_EQ(*static_cast<std::uint32_t*>(attribute->Where->Address), 4294967295U);
   }
-  EXPECT_EQ(documented.size(), kDcioNumbers.size() + 1);
-  EXPECT_TRUE(documented.contains("Type"));
+  EXPECT_EQ(documented.size(), handlers::DcioAttributes().size());
+  EXPECT_EQ(fields,
+            (std::set<std::string>{"Address", "ErrorCounter", "NumberOfAttributes", "State"}));
 }
 
 TEST(DcioRows, OfEveryTypeMakeTheElementWithItsFields) {

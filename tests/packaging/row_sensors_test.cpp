@@ -13,6 +13,7 @@
 #include "model/compare.h"
 #include "model/dcio_boards.h"
 #include "model/document.h"
+#include "sensors/attributes.h"
 #include "sensors/points.h"
 #include "sensors/record_builder.h"
 #include "sensors/sensor_keys.h"
@@ -42,9 +43,9 @@ std::vector<std::string> DocumentedNames(std::string_view heading) {
   return names;
 }
 
-std::vector<std::string> NamesOf(std::span<const sensors::Attribute> attributes) {
+std::vector<std::string> NamesOf(std::span<const rows::Attribute> attributes) {
   std::vector<std::string> names;
-  for (const sensors::Attribute& attribute : attributes) {
+  for (const rows::Attribute& attribute : attributes) {
     names.emplace_back(attribute.Name);
   }
   return names;
@@ -56,7 +57,7 @@ TEST(SensorRows, OnThePageAreTheAttributeTables) {
   EXPECT_EQ(DocumentedNames("Attribute families"), NamesOf(sensors::AttributeFamilies()));
 }
 
-// Bytes of one number, wide enough for any destination.
+// Bytes of one number, wide enough for any place.
 using Bytes = std::array<unsigned char, sizeof(double)>;
 
 template <class T>
@@ -66,59 +67,87 @@ Bytes BytesOf(T value) {
   return bytes;
 }
 
-// What "-1.5" leaves where a number of the format is parked.
-const std::map<std::string, Bytes> kFormats = {
-    {"integer, 8 bits", BytesOf(std::uint8_t{0xFF})},
-    {"integer, 16 bits", BytesOf(std::uint16_t{0xFFFF})},
-    {"integer", BytesOf(std::uint32_t{0xFFFFFFFF})},
-    {"integer, signed", BytesOf(std::int32_t{-1})},
-    {"number", BytesOf(-1.5F)},
-    {"whole number", BytesOf(-1.0)},
+// A format of the page: how the tables name it, and what "-1.5" leaves where a number of it is
+// parked.
+struct Format {
+  const char* Parser;
+  rows::Type Type;
+  std::size_t Size;
+  Bytes Parked;
 };
+template <class T>
+Format FormatOf(const char* parser, T parked) {
+  return {parser, rows::TypeOf<T>(), sizeof parked, BytesOf(parked)};
+}
+const std::map<std::string, Format> kFormats = {
+    {"integer, 8 bits", FormatOf("integer", std::uint8_t{0xFF})},
+    {"integer, 16 bits", FormatOf("integer", std::uint16_t{0xFFFF})},
+    {"integer", FormatOf("integer", std::uint32_t{0xFFFFFFFF})},
+    {"integer, signed", FormatOf("integer", std::int32_t{-1})},
+    {"number", FormatOf("number", -1.5F)},
+    {"whole number", FormatOf("integer", -1.0)},
+};
+
+const rows::Attribute& Known(std::string_view spelling) {
+  const rows::Attribute* const found = sensors::FindAttribute(std::string(spelling).c_str());
+  if (found == nullptr) {
+    throw std::runtime_error("no attribute " + std::string(spelling));
+  }
+  return *found;
+}
+
+void ExpectFormat(const rows::Attribute& attribute, const Format& format) {
+  const std::string parser = attribute.Reader->Name;
+  EXPECT_TRUE(parser == format.Parser || parser == std::string("unsigned ") + format.Parser)
+      << parser;
+  EXPECT_EQ(attribute.Where->Is, format.Type) << attribute.Where->Name;
+}
 
 TEST(SensorRows, AreReadInTheFormatThatThePageTells) {
   CStatus status;
   for (const Cells& row : markdown::Table(Page(), "Sensor attributes")) {
     SCOPED_TRACE(row[0]);
+    const rows::Attribute& attribute = Known(markdown::Name(row[0]));
     const auto format = kFormats.find(row[1]);
     if (format == kFormats.end()) {
+      EXPECT_EQ(row[1], attribute.Reader->Name);
       EXPECT_TRUE(row[1] == "word" || row[1] == "flag") << row[1];
       continue;
     }
-    const auto attribute = std::ranges::find(sensors::ExactAttributes(), markdown::Name(row[0]),
-                                             &sensors::Attribute::Name);
-    ASSERT_NE(attribute, sensors::ExactAttributes().end());
-    alignas(double) Bytes parked = {};
-    attribute->Store({&status, attribute->Name.data(), "-1.5"}, parked.data());
-    EXPECT_EQ(parked, format->second);
+    ExpectFormat(attribute, format->second);
+    Feed(&status, std::string(attribute.Name), "-1.5");
+    Bytes parked = {};
+    std::memcpy(parked.data(), attribute.Where->Address, format->second.Size);
+    EXPECT_EQ(parked, format->second.Parked);
   }
 }
 
 TEST(SensorRows, OfFamiliesAreReadInTheFormatThatThePageTells) {
   CStatus status;
+  FanRpms.clear();
+  f_Psrb_InputVoltages.clear();
+  f_Psrb_OutputVoltages.clear();
   for (const Cells& row : markdown::Table(Page(), "Attribute families")) {
     const std::string example = markdown::Name(row[1]);
     SCOPED_TRACE(example);
-    const auto family = std::ranges::find(sensors::AttributeFamilies(), markdown::Name(row[0]),
-                                          &sensors::Attribute::Name);
-    ASSERT_NE(family, sensors::AttributeFamilies().end());
+    const rows::Attribute& family = Known(example);
+    EXPECT_EQ(family.Name, markdown::Name(row[0]));
     ASSERT_TRUE(kFormats.contains(row[2])) << row[2];
-    const sensors::Row fed{&status, example.c_str(), "-1.5"};
-    alignas(double) Bytes parked = {};
-    if (family->Name == "Fan_") {
-      decltype(FanRpms) fans;
-      family->Store(fed, &fans);
-      ASSERT_EQ(fans.size(), 1U);
-      parked = BytesOf(fans.begin()->second);
-    } else if (family->Name.starts_with("PsrbV")) {
-      std::vector<float> voltages;
-      family->Store(fed, &voltages);
+    const Format& format = kFormats.at(row[2]);
+    ExpectFormat(family, format);
+    Feed(&status, example, "-1.5");
+    Bytes parked = {};
+    if (family.Where->Address == &FanRpms) {
+      ASSERT_EQ(FanRpms.size(), 1U);
+      parked = BytesOf(FanRpms.begin()->second);
+    } else if (family.Where->IsContainer) {
+      const auto& voltages = *static_cast<const std::vector<float>*>(family.Where->Address);
       ASSERT_EQ(voltages.size(), 1U);
       parked = BytesOf(voltages[0]);
     } else {
-      family->Store(fed, parked.data());
+      std::memcpy(parked.data(), family.Where->Address, format.Size);
     }
-    EXPECT_EQ(parked, kFormats.at(row[2]));
+    EXPECT_EQ(parked, format.Parked);
   }
 }
 
@@ -213,8 +242,9 @@ TEST(SensorKinds, OnThePageAreTheKindTable) {
     SCOPED_TRACE(kinds[i].Text);
     EXPECT_EQ(markdown::Name(documented[i][kWord]), kinds[i].Text);
     EXPECT_EQ(documented[i][kCode], std::to_string(kinds[i].Code));
-    EXPECT_EQ(markdown::Name(documented[i][kElement]), QtSts::ClassOf(*kinds[i].Make(false))->Name);
-    EXPECT_EQ(documented[i][kBehind] == "yes", kinds[i].Accepted == sensors::Home::kAnywhere);
+    EXPECT_EQ(markdown::Name(documented[i][kElement]), kinds[i].Class->Name);
+    EXPECT_EQ(QtSts::ClassOf(*kinds[i].Make(sensors::Placement::kOwnBus)), kinds[i].Class);
+    EXPECT_EQ(documented[i][kBehind] == "yes", kinds[i].IsCan);
   }
 }
 
@@ -286,6 +316,23 @@ std::map<std::string, std::string> DocumentedUnits() {
   return units;
 }
 
+// The same attributes as the kind table says on the document's own list, where most records have
+// no face.
+std::set<std::string> Asked(const std::string& text) {
+  const auto kinds = sensors::SensorKinds();
+  const auto kind = std::ranges::find(kinds, std::string_view(text), &sensors::SensorKind::Text);
+  std::set<std::string> attributes;
+  for (const Sample& sample : Samples()) {
+    const rows::Attribute& attribute = Known(sample.Attribute);
+    for (const sensors::Taken& taken : kind->Takes) {
+      if (taken.From == attribute.Where && !taken.OnlyBehindInterface) {
+        attributes.insert(sample.Family);
+      }
+    }
+  }
+  return attributes;
+}
+
 TEST(SensorKinds, UseTheAttributesOnThePageAndNoOthersInItsUnits) {
   const std::map<std::string, std::string> units = DocumentedUnits();
   for (const Cells& row : markdown::Table(Page(), "Sensor kinds")) {
@@ -317,6 +364,7 @@ TEST(SensorKinds, UseTheAttributesOnThePageAndNoOthersInItsUnits) {
       }
     }
     EXPECT_EQ(used, documented);
+    EXPECT_EQ(used, Asked(kind));
   }
 }
 

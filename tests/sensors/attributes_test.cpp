@@ -358,11 +358,11 @@ TEST_F(SensorAttributes, AppendNoVoltageWithoutVoltsInTheAttribute) {
 }
 
 TEST_F(SensorAttributes, SortTheTypeOfASensorBehindItsOtherExactAttributes) {
-  for (const sensors::Attribute& attribute : sensors::ExactAttributes()) {
+  for (const rows::Attribute& attribute : sensors::ExactAttributes()) {
     EXPECT_LE(attribute.Name, "Type");
   }
   for (const auto families : {sensors::PointFamilies(), sensors::AttributeFamilies()}) {
-    for (const sensors::Attribute& family : families) {
+    for (const rows::Attribute& family : families) {
       EXPECT_LT(family.Name, "Type");
     }
   }
@@ -370,7 +370,7 @@ TEST_F(SensorAttributes, SortTheTypeOfASensorBehindItsOtherExactAttributes) {
 
 TEST_F(SensorAttributes, AreFoundUnderEveryNameOfTheTable) {
   // Each exact name reaches its own destination, none is hidden by the look-up.
-  for (const sensors::Attribute& attribute : sensors::ExactAttributes()) {
+  for (const rows::Attribute& attribute : sensors::ExactAttributes()) {
     if (attribute.Name == "Type" || attribute.Name == "Location") {
       continue;
     }

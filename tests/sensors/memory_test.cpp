@@ -126,10 +126,10 @@ std::size_t TakenFrom(const std::array<DcioPoint, kEntries>& staged,
 TEST_F(Memory, IsNotUsedByRowsThatOnlyStoreANumberAFlagOrACode) {
   const long at_start = g_Made;
   std::vector<std::string> names;
-  for (const sensors::Attribute& attribute : sensors::ExactAttributes()) {
+  for (const rows::Attribute& attribute : sensors::ExactAttributes()) {
     names.emplace_back(attribute.Name);
   }
-  for (const sensors::Attribute& family : sensors::AttributeFamilies()) {
+  for (const rows::Attribute& family : sensors::AttributeFamilies()) {
     names.emplace_back(family.Name);
   }
   for (const char* const name : {"Input_0_Type", "Output_0_State", "Input_1_Index", "nonsense"}) {

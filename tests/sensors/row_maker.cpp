@@ -52,7 +52,7 @@ std::string RowMaker::Bytes(std::size_t longest) {
   return bytes;
 }
 
-std::string RowMaker::Any(std::span<const sensors::Attribute> attributes) {
+std::string RowMaker::Any(std::span<const rows::Attribute> attributes) {
   return std::string(attributes[Below(attributes.size())].Name);
 }
 

@@ -21,7 +21,7 @@ class RowMaker {
   std::size_t Below(std::size_t limit) { return m_Random() % limit; }
   std::string Pick(std::initializer_list<const char*> texts);
   std::string Bytes(std::size_t longest);
-  std::string Any(std::span<const sensors::Attribute> attributes);
+  std::string Any(std::span<const rows::Attribute> attributes);
   std::string Spelt(std::string name);
   std::string Number();
   std::string PointName();

@@ -16,6 +16,7 @@
 #include "model/compare.h"
 #include "model/document.h"
 #include "model/lookup/verify.h"
+#include "sensors/attributes.h"
 #include "sensors/sensor_keys.h"
 #include "tests/collector/scratch_variables.h"
 

@@ -1,0 +1,120 @@
+// The rows of the kind table: each says which member of a record is taken from which variable of
+// the scratch state. A row has
+//   Fill(record)  takes the value
+//   Release()     empties a variable that a record uses up; runs after every Fill
+//   kTaken        what can be asked about it
+#pragma once
+
+#include <array>
+#include <memory>
+#include <type_traits>
+
+#include "collector/state/numbers.h"
+#include "collector/state/row_tables.h"
+#include "model/listing.h"
+#include "sensors/record_builder.h"
+
+namespace sensors {
+
+template <auto kMember>
+using ClassOf = typename QtSts::listing::Member<decltype(kMember)>::Class;
+
+// The value of a variable, or of a field of beaconRoundel.
+template <auto kFrom>
+const auto& ValueOf() {
+  if constexpr (std::is_member_pointer_v<decltype(kFrom)>) {
+    return beaconRoundel.*kFrom;
+  } else {
+    return *kFrom;
+  }
+}
+
+template <auto kMember>
+const void* MemberIn(const QtSts::CSensor& record) {
+  return QtSts::listing::Read<kMember>(&static_cast<const ClassOf<kMember>&>(record));
+}
+
+template <auto kMember, auto kFrom>
+inline constexpr std::array<Taken, 1> kTakenOnce = {
+    Taken{&rows::kPlace<kFrom>, &MemberIn<kMember>, false}};
+
+// Integers wrap to the width of the member; an optional value is made.
+template <class Member, class Value>
+void Assign(Member& member, const Value& value) {
+  using Held = QtSts::listing::Owned<Member>;
+  if constexpr (Held::kIsPointer) {
+    if (member == nullptr) {
+      member = std::make_unique<typename Held::Type>(value);
+    } else {
+      *member = value;
+    }
+  } else if constexpr (std::is_integral_v<Member> && std::is_integral_v<Value> &&
+                       !std::is_same_v<Member, Value>) {
+    member = numbers::Narrow<Member>(value);
+  } else if constexpr (std::is_arithmetic_v<Member>) {
+    member = static_cast<Member>(value);
+  } else {
+    member = value;
+  }
+}
+
+// The member is the value.
+template <auto kMember, auto kFrom>
+struct From {
+  static void Fill(ClassOf<kMember>& record) { Assign(record.*kMember, ValueOf<kFrom>()); }
+  static void Release() {}
+  static constexpr auto kTaken = kTakenOnce<kMember, kFrom>;
+};
+
+// The same unless the value is kAbsent, which stands for one that is not reported.
+template <auto kMember, auto kFrom, auto kAbsent>
+struct Unless {
+  static void Fill(ClassOf<kMember>& record) {
+    if (ValueOf<kFrom>() != kAbsent) {
+      Assign(record.*kMember, ValueOf<kFrom>());
+    }
+  }
+  static void Release() {}
+  static constexpr auto kTaken = kTakenOnce<kMember, kFrom>;
+};
+
+// The member is a copy of the list, which is then emptied but keeps its room.
+template <auto kMember, auto kFrom>
+struct UsedUp {
+  static void Fill(ClassOf<kMember>& record) { Assign(record.*kMember, *kFrom); }
+  static void Release() { kFrom->clear(); }
+  static constexpr auto kTaken = kTakenOnce<kMember, kFrom>;
+};
+
+// The values of several tables of rows, one behind the other.
+template <std::size_t... kSizes>
+consteval auto Joined(const std::array<Taken, kSizes>&... parts) {
+  std::array<Taken, (kSizes + ... + 0)> all = {};
+  std::size_t at = 0;
+  const auto append = [&](const auto& part) {
+    for (const Taken& taken : part) {
+      all[at++] = taken;
+    }
+  };
+  (append(parts), ...);
+  return all;
+}
+
+// Several rows in their order.
+template <class... Row>
+struct Rows {
+  template <class Record>
+  static void Fill(Record& record) {
+    (Row::Fill(record), ...);
+  }
+  static void Release() { (Row::Release(), ...); }
+  static constexpr auto kTaken = Joined(Row::kTaken...);
+};
+template <>
+struct Rows<> {
+  static void Fill(QtSts::CSensor& /*record*/) {}
+  static void Release() {}
+  static constexpr std::array<Taken, 0> kTaken = {};
+};
+
+}  // namespace sensors
