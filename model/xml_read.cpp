@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cerrno>
+#include <cstddef>
 #include <cstdio>
 #include <cstring>
 #include <memory>
@@ -109,7 +110,8 @@ void Begin(void* parser, const xmlChar* name, const xmlChar*, const xmlChar* uri
            const xmlChar**, int attribute_count, int, const xmlChar** parts) {
   Guarded(parser, [=](Parsing& parsing) {
     std::vector<XmlAttribute> attributes;
-    for (const xmlChar** part = parts; part != parts + 5 * attribute_count; part += 5) {
+    for (const xmlChar** part = parts; part != parts + std::ptrdiff_t{5} * attribute_count;
+         part += 5) {
       const auto length = static_cast<std::size_t>(part[4] - part[3]);
       attributes.push_back({Text(part[0]), part[2] != nullptr, {Text(part[3]), length}});
     }
