@@ -103,6 +103,8 @@ class STATUS_API TreeElement {
   std::span<const TreeValue> Values() const { return {m_Values, m_ValueCount}; }
   Range Children() const { return {this + 1, this + m_Extent}; }
   // Null for the root.
+  // The parent stands in front of its children.
+  // cppcheck-suppress thisSubtraction
   const TreeElement* Parent() const { return m_ToParent == 0 ? nullptr : this - m_ToParent; }
 
   // What a path of names leads to, positions in lists between brackets:
