@@ -34,7 +34,6 @@
 #include "collector/observer.h"
 #include "collector/status_interface.h"
 #include "host/json.h"
-#include "host/tree.h"
 #include "model/xml.h"
 #include "sandbox/enter.h"
 #include "sandbox/scenario.h"
@@ -136,7 +135,9 @@ class Bodies {
   void ProbeFloor() { benchmark::DoNotOptimize(bench::ProbeFloor()); }
   void Xml() { benchmark::DoNotOptimize(QtSts::WriteDocument(m_Collector.m_Status)); }
   void XmlFloor() { benchmark::DoNotOptimize(bench::XmlFloor(m_Steps)); }
-  void Json() { benchmark::DoNotOptimize(host::RenderJson(host::ReadTree(m_Collector.m_Status))); }
+  void Json() {
+    benchmark::DoNotOptimize(host::RenderJson(QtSts::DocumentTree(m_Collector.m_Status)));
+  }
   void Parse() {
     QtSts::XmlError error;
     benchmark::DoNotOptimize(QtSts::ReadDocument(m_Xml, &error));

@@ -1,44 +1,54 @@
 #include "host/attention.h"
 
-#include <charconv>
+#include <algorithm>
+#include <cmath>
 #include <cstdint>
+#include <span>
+#include <string_view>
 
 #include "host/text_template.h"
+#include "model/beacons.h"
+#include "model/can_sensors.h"
 #include "model/codes.h"
+#include "model/dcio_boards.h"
+#include "model/document.h"
 
 namespace host {
 namespace {
 
-bool IsFalse(const Element&, const std::string& text) { return text == "false"; }
-bool IsZero(const Element&, const std::string& text) { return text == "0"; }
-bool IsNotZero(const Element&, const std::string& text) { return text != "0"; }
+using QtSts::TreeElement;
+using QtSts::TreeValue;
+
+bool IsFalse(const TreeElement&, const TreeValue& value) { return !value.Flag(); }
+bool IsZero(const TreeElement&, const TreeValue& value) { return value.Written() == "0"; }
+bool IsNotZero(const TreeElement&, const TreeValue& value) { return value.Written() != "0"; }
 
 template <std::uint32_t kFlag>
-bool HasFlag(const Element&, const std::string& text) {
-  std::uint32_t flags = 0;
-  std::from_chars(text.data(), text.data() + text.size(), flags);
-  return (flags & kFlag) != 0;
+bool HasFlag(const TreeElement&, const TreeValue& value) {
+  return (value.Unsigned() & kFlag) != 0;
 }
 
 // "0x0000000000000000" has no error.
-bool HasDigitAboveZero(const Element&, const std::string& text) {
-  return text.find_first_of("123456789abcdefABCDEF") != std::string::npos;
+bool HasDigitAboveZero(const TreeElement&, const TreeValue& value) {
+  return value.Text().find_first_of("123456789abcdefABCDEF") != std::string_view::npos;
 }
 
-bool HoldsZero(const Element&, const std::string& text) {
-  return (" " + text + " ").find(" 0 ") != std::string::npos;
+bool HoldsZero(const TreeElement&, const TreeValue& value) {
+  const std::span<const float> reals = value.Reals();
+  return std::any_of(reals.begin(), reals.end(),
+                     [](float real) { return real == 0 && !std::signbit(real); });
 }
 
-bool IsFalseWhileSelected(const Element& element, const std::string& text) {
-  const Value* const selected = element.FindValue("MultiplexerSelected");
-  return text == "false" && selected != nullptr && selected->Text == "true";
+bool IsFalseWhileSelected(const TreeElement& element, const TreeValue& value) {
+  const TreeValue* const selected = element.FindValue("MultiplexerSelected");
+  return !value.Flag() && selected != nullptr && selected->Flag();
 }
 
 // A value of a class, its heirs included, that needs attention, and what to say then.
 struct Rule {
-  const char* Class;
+  const QtSts::ClassInfo& Class;
   const char* Field;
-  bool (*NeedsAttention)(const Element& element, const std::string& text);
+  bool (*NeedsAttention)(const TreeElement& element, const TreeValue& value);
   const char* What;
   // A sensor that is not connected reports nothing, so that its zeros tell nothing, nor do those of
   // its fans.
@@ -46,53 +56,46 @@ struct Rule {
 };
 
 constexpr Rule kRules[] = {
-    {"Status", "ErrorFlags", &HasDigitAboveZero, "Error flags {ErrorFlags}"},
-    {"Output", "StatusFlags", &HasFlag<QtSts::kFlagPowerOff>, "Display power is off"},
-    {"Output", "StatusFlags", &HasFlag<QtSts::kFlagTrackerBlanked>,
+    {QtSts::CStatus::Class, "ErrorFlags", &HasDigitAboveZero, "Error flags {ErrorFlags}"},
+    {QtSts::COutput::Class, "StatusFlags", &HasFlag<QtSts::kFlagPowerOff>, "Display power is off"},
+    {QtSts::COutput::Class, "StatusFlags", &HasFlag<QtSts::kFlagTrackerBlanked>,
      "Output blanked by the pixel tracker"},
-    {"Output", "StatusFlags", &HasFlag<QtSts::kFlagAmbientFailure>, "Ambient sensor failed"},
-    {"Output", "StatusFlags", &HasFlag<QtSts::kFlagWatchdogEvent>, "Watchdog event recorded"},
-    {"Input", "SignalPresent", &IsFalseWhileSelected, "{Class} is selected without a signal"},
-    {"DoorSwitch", "State", &IsNotZero, "Door open: {Class} {#}"},
-    {"DoorSensorInputType", "State", &IsNotZero, "Door open: {Label}"},
-    {"Sensor", "Connected", &IsFalse, "{Class} {#} is not connected"},
-    {"CANFanRpmSensor", "CurrentRpm", &IsZero, "Fan stands still: {Class} {#}", true},
-    {"FanRpm", "Rpm", &IsZero, "Fan {FanNumber} stands still", true},
-    {"CANPsrbSensor", "HardwareErrors", &IsNotZero,
+    {QtSts::COutput::Class, "StatusFlags", &HasFlag<QtSts::kFlagAmbientFailure>,
+     "Ambient sensor failed"},
+    {QtSts::COutput::Class, "StatusFlags", &HasFlag<QtSts::kFlagWatchdogEvent>,
+     "Watchdog event recorded"},
+    {QtSts::CInput::Class, "SignalPresent", &IsFalseWhileSelected,
+     "{Class} is selected without a signal"},
+    {QtSts::CDoorSwitch::Class, "State", &IsNotZero, "Door open: {Class} {#}"},
+    {QtSts::CDoorSensorInputType::Class, "State", &IsNotZero, "Door open: {Label}"},
+    {QtSts::CSensor::Class, "Connected", &IsFalse, "{Class} {#} is not connected"},
+    {QtSts::CCANFanRpmSensor::Class, "CurrentRpm", &IsZero, "Fan stands still: {Class} {#}", true},
+    {QtSts::FanRpm::Class, "Rpm", &IsZero, "Fan {FanNumber} stands still", true},
+    {QtSts::CCANPsrbSensor::Class, "HardwareErrors", &IsNotZero,
      "Power supply hardware errors {HardwareErrors:hex2}"},
-    {"CANPsrbSensor", "InputVoltages", &HoldsZero, "Power supply input at 0 V", true},
-    {"CANPsrbSensor", "OutputVoltages", &HoldsZero, "Power supply output at 0 V", true},
-    {"CANIsolationBoardSensor", "InputVoltage", &IsZero, "Isolation board input at 0 V", true},
-    {"CANIsolationBoardSensor", "OutputVoltage", &IsZero, "Isolation board output at 0 V", true},
-    {"BeaconRecord", "ErrorFlags", &IsNotZero, "{Class} {#} reports errors {ErrorFlags:hex2}"},
-    {"BeaconRecord", "RedLedErrorCount", &IsNotZero,
+    {QtSts::CCANPsrbSensor::Class, "InputVoltages", &HoldsZero, "Power supply input at 0 V", true},
+    {QtSts::CCANPsrbSensor::Class, "OutputVoltages", &HoldsZero, "Power supply output at 0 V",
+     true},
+    {QtSts::CCANIsolationBoardSensor::Class, "InputVoltage", &IsZero,
+     "Isolation board input at 0 V", true},
+    {QtSts::CCANIsolationBoardSensor::Class, "OutputVoltage", &IsZero,
+     "Isolation board output at 0 V", true},
+    {QtSts::CBeaconRecord::Class, "ErrorFlags", &IsNotZero,
+     "{Class} {#} reports errors {ErrorFlags:hex2}"},
+    {QtSts::CBeaconRecord::Class, "RedLedErrorCount", &IsNotZero,
      "{Class} {#}: {RedLedErrorCount} red LEDs failed"},
-    {"BeaconRecord", "AmberLedErrorCount", &IsNotZero,
+    {QtSts::CBeaconRecord::Class, "AmberLedErrorCount", &IsNotZero,
      "{Class} {#}: {AmberLedErrorCount} amber LEDs failed"},
 };
 
-std::string Joined(const std::string& path, const char* name) {
-  return path.empty() ? name : path + "/" + name;
-}
-
-// `connected`: whether the sensor is that `element` belongs to.
-void Collect(const Element& element, const std::string& path, bool connected,
-             std::vector<Note>* notes) {
-  if (const Value* const own = element.FindValue("Connected")) {
-    connected = own->Text == "true";
-  }
-  for (const Rule& rule : kRules) {
-    const bool holds = element.IsA(rule.Class) && (connected || !rule.OnlyWhileConnected);
-    const Value* const value = holds ? element.FindValue(rule.Field) : nullptr;
-    if (value != nullptr && rule.NeedsAttention(element, value->Text)) {
-      notes->push_back({Fill(rule.What, element).Text, Joined(path, rule.Field), value});
+// Whether the sensor is connected that `element` belongs to.
+bool IsOfConnected(const TreeElement& element) {
+  for (const TreeElement* holder = &element; holder != nullptr; holder = holder->Parent()) {
+    if (const TreeValue* const connected = holder->FindValue("Connected")) {
+      return connected->Flag();
     }
   }
-  for (const Element& child : element.Children) {
-    const std::string at = element.IsList() ? path + "[" + std::to_string(child.Position) + "]"
-                                            : Joined(path, child.Name);
-    Collect(child, at, connected, notes);
-  }
+  return true;
 }
 
 }  // namespace
@@ -105,9 +108,18 @@ std::vector<const char*> NoteTemplates() {
   return templates;
 }
 
-std::vector<Note> FindNotes(const Element& document) {
+std::vector<Note> FindNotes(const QtSts::DocumentTree& document) {
   std::vector<Note> notes;
-  Collect(document, "", true, &notes);
+  for (const TreeElement& element : document.Elements()) {
+    for (const Rule& rule : kRules) {
+      const TreeValue* const value =
+          element.IsA(rule.Class) ? element.FindValue(rule.Field) : nullptr;
+      if (value != nullptr && rule.NeedsAttention(element, *value) &&
+          (!rule.OnlyWhileConnected || IsOfConnected(element))) {
+        notes.push_back({Fill(rule.What, element).Text, element.PathOf(*value), value});
+      }
+    }
+  }
   return notes;
 }
 

@@ -1,8 +1,8 @@
 // The commands of the program.
 #pragma once
 
-#include <cstddef>
 #include <functional>
+#include <span>
 #include <string>
 #include <variant>
 #include <vector>
@@ -40,8 +40,7 @@ struct Command {
   Declaration (*Declare)();
 };
 
-extern const Command kCommands[];
-extern const std::size_t kCommandCount;
+extern const std::span<const Command> kCommands;
 
 Declaration DeclareShow();
 Declaration DeclareInit();

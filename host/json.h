@@ -3,7 +3,7 @@
 
 #include <string>
 
-#include "host/tree.h"
+#include "model/tree.h"
 
 namespace host {
 
@@ -12,6 +12,6 @@ namespace host {
 // first member "Class". Numbers are numbers in their shortest form, except that not-a-number and
 // the infinities are the strings "NaN", "INF" and "-INF"; lists of numbers are arrays; what is not
 // reported has no member.
-std::string RenderJson(const Element& document);
+std::string RenderJson(const QtSts::DocumentTree& document);
 
 }  // namespace host

@@ -71,8 +71,7 @@ int Run(int argc, char** argv) {
   app.failure_message(&Complaint);
   app.get_formatter()->column_width(26);
   std::vector<std::pair<CLI::App*, std::function<int()>>> commands;
-  for (std::size_t i = 0; i < host::kCommandCount; ++i) {
-    const host::Command& command = host::kCommands[i];
+  for (const host::Command& command : host::kCommands) {
     CLI::App* const declared = app.add_subcommand(command.Name, command.About);
     host::Declaration declaration = command.Declare();
     for (const host::Argument& argument : declaration.Arguments) {

@@ -10,14 +10,14 @@
 #include "host/json.h"
 #include "host/output.h"
 #include "host/text.h"
-#include "host/tree.h"
+#include "model/tree.h"
 #include "model/xml.h"
 
 namespace host {
 namespace {
 
 std::string Text(QtSts::CStatus& status, const Look& look) {
-  return RenderText(ReadTree(status), look);
+  return RenderText(QtSts::DocumentTree(status), look);
 }
 
 std::string Xml(QtSts::CStatus& status, const Look& /*look*/) {
@@ -25,7 +25,7 @@ std::string Xml(QtSts::CStatus& status, const Look& /*look*/) {
 }
 
 std::string Json(QtSts::CStatus& status, const Look& /*look*/) {
-  return RenderJson(ReadTree(status));
+  return RenderJson(QtSts::DocumentTree(status));
 }
 
 constexpr struct {

@@ -1,7 +1,7 @@
 #include "host/text.h"
 
 #include <algorithm>
-#include <set>
+#include <unordered_set>
 #include <utility>
 #include <vector>
 
@@ -14,16 +14,19 @@
 namespace host {
 namespace {
 
+using QtSts::TreeElement;
+using QtSts::TreeValue;
+
 // A board with points: a sensor, or a display interface.
 struct Board {
   std::string Title;
-  const Element* Holder;
+  const TreeElement* Holder;
 };
 
 class TextRenderer {
  public:
-  TextRenderer(const Element& document, const Look& look)
-      : m_Document(document), m_Page(look.Colour), m_Notes(FindNotes(document)) {
+  TextRenderer(const QtSts::DocumentTree& document, const Look& look)
+      : m_Document(document.Root()), m_Page(look.Colour), m_Notes(FindNotes(document)) {
     for (const Note& note : m_Notes) {
       m_Causes.insert(note.Cause);
     }
@@ -35,10 +38,10 @@ class TextRenderer {
   std::string Render() {
     ShowNotes();
     ShowBlocks(kDocumentBlocks, m_Document);
-    for (const Element& output : m_Document.FindChild("Outputs")->Children) {
+    for (const TreeElement& output : m_Document.Find("Outputs")->Children()) {
       ShowBlocks(kOutputBlocks, output);
     }
-    if (m_Document.FindChild("Outputs")->Children.empty()) {
+    if (m_Document.Find("Outputs")->Children().empty()) {
       m_Page.Title("Output");
       m_Page.Line(kNotReported);
     }
@@ -73,20 +76,20 @@ class TextRenderer {
   // Whether a value that the text tells needs attention.
   bool IsMarked(const Filled& filled) const {
     return std::any_of(filled.Used.begin(), filled.Used.end(),
-                       [this](const Value* value) { return m_Causes.count(value) > 0; });
+                       [this](const TreeValue* value) { return m_Causes.count(value) > 0; });
   }
 
-  void AddCell(const char* text_template, const Element& element, Row* row) const {
+  void AddCell(const char* text_template, const TreeElement& element, Row* row) const {
     Filled filled = Fill(text_template, element);
     row->Marked = row->Marked || IsMarked(filled);
     row->Cells.push_back(std::move(filled.Text));
   }
 
-  void ShowBlocks(const Blocks& blocks, const Element& element) {
-    const Element* before = nullptr;
+  void ShowBlocks(const Blocks& blocks, const TreeElement& element) {
+    const TreeElement* before = nullptr;
     for (const Block& block : blocks) {
-      const Element* const shown = element.Find(block.Path);
-      const bool empty = shown == nullptr || (shown->IsList() && shown->Children.empty());
+      const TreeElement* const shown = element.Find(block.Path);
+      const bool empty = shown == nullptr || (shown->IsList() && shown->Children().empty());
       if (block.Title != nullptr) {
         m_Page.Title(block.Title);
       } else if (empty && shown == before) {
@@ -107,11 +110,11 @@ class TextRenderer {
 
   // What a table lists: its first heading that is not the number.
   static std::string_view NameOf(const Columns& columns) {
-    const std::string_view first = columns.begin()->Heading;
-    return first == "#" ? (columns.begin() + 1)->Heading : first;
+    const std::string_view first = columns.front().Heading;
+    return first == "#" ? columns[1].Heading : first;
   }
 
-  void ShowFacts(const Columns& facts, const Element& record) {
+  void ShowFacts(const Columns& facts, const TreeElement& record) {
     std::vector<Row> rows;
     for (const Column& fact : facts) {
       Row row{false, {fact.Heading}};
@@ -122,8 +125,8 @@ class TextRenderer {
   }
 
   // Readings, which differ by class, make one more column.
-  void ShowList(const Columns& columns, const Element& list, bool readings = false) {
-    if (list.Children.empty()) {
+  void ShowList(const Columns& columns, const TreeElement& list, bool readings = false) {
+    if (list.Children().empty()) {
       m_Page.Line(std::string(NameOf(columns)) + ": " + kNotReported);
       return;
     }
@@ -135,7 +138,7 @@ class TextRenderer {
       headings.push_back({"Reading"});
     }
     std::vector<Row> rows;
-    for (const Element& element : list.Children) {
+    for (const TreeElement& element : list.Children()) {
       Row row;
       for (const Column& column : columns) {
         AddCell(column.Template, element, &row);
@@ -148,25 +151,24 @@ class TextRenderer {
     m_Page.Table(headings, rows);
   }
 
-  static const char* ReadingTemplate(const Element& sensor) {
-    const Reading* const end = kReadings + kReadingCount;
-    const Reading* const reading = std::find_if(
-        kReadings, end, [&sensor](const Reading& each) { return sensor.IsA(each.Class); });
-    return reading == end ? "" : reading->Template;
+  static const char* ReadingTemplate(const TreeElement& sensor) {
+    const auto reading =
+        std::find_if(kReadings.begin(), kReadings.end(),
+                     [&sensor](const Reading& each) { return sensor.IsA(each.Class); });
+    return reading == kReadings.end() ? "" : reading->Template;
   }
 
   void ShowAllSensors() {
-    ShowSensors("Sensors on the controller", *m_Document.FindChild("Sensors"));
-    ForEachInterface([this](const Element& interface) {
-      ShowSensors(Fill("Sensors behind {Class} {#}", interface).Text,
-                  *interface.FindChild("Sensors"));
+    ShowSensors("Sensors on the controller", *m_Document.Find("Sensors"));
+    ForEachInterface([this](const TreeElement& interface) {
+      ShowSensors(Fill("Sensors behind {Class} {#}", interface).Text, *interface.Find("Sensors"));
     });
   }
 
-  void ShowSensors(const std::string& title, const Element& sensors) {
+  void ShowSensors(const std::string& title, const TreeElement& sensors) {
     m_Page.Title(title);
     ShowList(kSensorReadings, sensors, true);
-    if (!sensors.Children.empty()) {
+    if (!sensors.Children().empty()) {
       m_Page.Gap();
       ShowList(kSensorAddresses, sensors);
     }
@@ -175,8 +177,8 @@ class TextRenderer {
   void ShowBoards() {
     for (const Board& board : FindBoards()) {
       m_Page.Title(board.Title);
-      ShowBlocks(kPointBlocks, *board.Holder->FindChild("Points"));
-      if (const Element* const fans = board.Holder->FindChild("FanRpms")) {
+      ShowBlocks(kPointBlocks, *board.Holder->Find("Points"));
+      if (const TreeElement* const fans = board.Holder->Find("FanRpms")) {
         m_Page.Gap();
         ShowList(kFanSpeeds, *fans);
       }
@@ -184,10 +186,10 @@ class TextRenderer {
   }
 
   // Whether there are points or fans to show.
-  static bool IsBoard(const Element& element) {
+  static bool IsBoard(const TreeElement& element) {
     const auto filled = [&element](const char* path) {
-      const Element* const list = element.Find(path);
-      return list != nullptr && !list->Children.empty();
+      const TreeElement* const list = element.Find(path);
+      return list != nullptr && !list->Children().empty();
     };
     return filled("Points/Inputs/Points") || filled("Points/Outputs/Points") || filled("FanRpms");
   }
@@ -195,41 +197,41 @@ class TextRenderer {
   // The boards with points, wherever they are.
   std::vector<Board> FindBoards() const {
     std::vector<Board> boards;
-    const auto add = [&boards](const Element& list, const std::string& where) {
-      for (const Element& element : list.Children) {
+    const auto add = [&boards](const TreeElement& list, const std::string& where) {
+      for (const TreeElement& element : list.Children()) {
         if (IsBoard(element)) {
           boards.push_back({Fill("Points of {Class} {#}", element).Text + where, &element});
         }
       }
     };
-    add(*m_Document.FindChild("Sensors"), " on the controller");
-    ForEachInterface([&add](const Element& interface) {
-      add(*interface.FindChild("Sensors"), Fill(" behind {Class} {#}", interface).Text);
+    add(*m_Document.Find("Sensors"), " on the controller");
+    ForEachInterface([&add](const TreeElement& interface) {
+      add(*interface.Find("Sensors"), Fill(" behind {Class} {#}", interface).Text);
     });
-    for (const Element& output : m_Document.FindChild("Outputs")->Children) {
-      add(*output.FindChild("DisplayInterfaces"), "");
+    for (const TreeElement& output : m_Document.Find("Outputs")->Children()) {
+      add(*output.Find("DisplayInterfaces"), "");
     }
     return boards;
   }
 
   template <class Visit>
   void ForEachInterface(const Visit& visit) const {
-    for (const Element& output : m_Document.FindChild("Outputs")->Children) {
-      for (const Element& interface : output.FindChild("DisplayInterfaces")->Children) {
+    for (const TreeElement& output : m_Document.Find("Outputs")->Children()) {
+      for (const TreeElement& interface : output.Find("DisplayInterfaces")->Children()) {
         visit(interface);
       }
     }
   }
 
-  const Element& m_Document;
+  const TreeElement& m_Document;
   Page m_Page;
   std::vector<Note> m_Notes;
-  std::set<const Value*> m_Causes;
+  std::unordered_set<const TreeValue*> m_Causes;
 };
 
 }  // namespace
 
-std::string RenderText(const Element& document, const Look& look) {
+std::string RenderText(const QtSts::DocumentTree& document, const Look& look) {
   return TextRenderer(document, look).Render();
 }
 

@@ -3,7 +3,7 @@
 
 #include <string>
 
-#include "host/tree.h"
+#include "model/tree.h"
 
 namespace host {
 
@@ -16,6 +16,6 @@ struct Look {
 // The tree as UTF-8 text of at most 80 columns: first what needs attention, then sections of facts
 // and aligned tables with units and names instead of codes; "not reported" where a value is absent.
 // No byte of a row or file steers the terminal. Colour adds nothing but the escape sequences.
-std::string RenderText(const Element& document, const Look& look);
+std::string RenderText(const QtSts::DocumentTree& document, const Look& look);
 
 }  // namespace host

@@ -1,6 +1,9 @@
 #include "host/text_sections.h"
 
-#include <iterator>
+#include "model/beacons.h"
+#include "model/can_sensors.h"
+#include "model/dcio_boards.h"
+#include "model/onboard_sensors.h"
 
 namespace host {
 namespace {
@@ -207,42 +210,43 @@ constexpr Block kClosingBlockRows[] = {
     {"DCIO devices", "DCIO/Devices", kDcioDevices},
 };
 
-}  // namespace
-
-const Blocks kDocumentBlocks = {kDocumentBlockRows, std::size(kDocumentBlockRows)};
-const Blocks kOutputBlocks = {kOutputBlockRows, std::size(kOutputBlockRows)};
-const Blocks kClosingBlocks = {kClosingBlockRows, std::size(kClosingBlockRows)};
-const Blocks kPointBlocks = {kPointBlockRows, std::size(kPointBlockRows)};
-const Columns kSensorReadings = kReadingsBefore;
-const Columns kSensorAddresses = kSensorAddressColumns;
-const Columns kFanSpeeds = kFanSpeedColumns;
-
-const Reading kReadings[] = {
-    {"CANTempSensor", "{Celsius}"},
-    {"CANLightSensor", "{OneMinAverage} over 1 min, {TenMinAverage} over 10 min"},
-    {"CANLightLuxSensor",
+constexpr Reading kReadingRows[] = {
+    {QtSts::CCANTempSensor::Class, "{Celsius}"},
+    {QtSts::CCANLightSensor::Class, "{OneMinAverage} over 1 min, {TenMinAverage} over 10 min"},
+    {QtSts::CCANLightLuxSensor::Class,
      "{OneMinLuxAverage} ({OneMinAverage}) over 1 min, {TenMinLuxAverage} ({TenMinAverage}) over "
      "10 min"},
-    {"CANMultiDirectionalSensor",
+    {QtSts::CCANMultiDirectionalSensor::Class,
      "ambient {Ambient:201=overridden}, front {Front}, back {Back}; {LockState}, latitude "
      "{Latitude}, longitude {Longitude}, altitude {Altitude}, compass {Compass}"},
-    {"CANDoorSensor", "connection only"},
-    {"CANHumiditySensor", "{Humidity}"},
-    {"CANFanRpmSensor", "{CurrentRpm}, on average {AverageRpm}"},
-    {"CANAirflowSensor", "{OneMinAverage} over 1 min, {LongTermAverage} over the long term"},
-    {"CANIsolationBoardSensor", "in {InputVoltage}, out {OutputVoltage}, {Celsius}"},
-    {"CANPsrbSensor",
+    {QtSts::CCANDoorSensor::Class, "connection only"},
+    {QtSts::CCANHumiditySensor::Class, "{Humidity}"},
+    {QtSts::CCANFanRpmSensor::Class, "{CurrentRpm}, on average {AverageRpm}"},
+    {QtSts::CCANAirflowSensor::Class,
+     "{OneMinAverage} over 1 min, {LongTermAverage} over the long term"},
+    {QtSts::CCANIsolationBoardSensor::Class, "in {InputVoltage}, out {OutputVoltage}, {Celsius}"},
+    {QtSts::CCANPsrbSensor::Class,
      "in {InputVoltages}; out {OutputVoltages}; hardware errors {HardwareErrors:0=none}"},
-    {"BeaconRecord",
+    {QtSts::CBeaconRecord::Class,
      "dimmed to red {RedDimLevel}, amber {AmberDimLevel}; failed LEDs: red {RedLedErrorCount}, "
      "amber {AmberLedErrorCount} of {PerColorLedCount} each; {TemperatureKelvin}, humidity "
      "{Humidity}; status {StatusFlags:hex2}, errors {ErrorFlags:hex2}; sync bit "
      "{SyncControlStartBit}, id type {IdType}, hardware {HardwareID}"},
-    {"CANDcio", "port status {PortStatus:hex}"},
-    {"OnboardTempSensor", "{Celsius}"},
-    {"OnboardCabinetFanControlSensor", "fans enabled: {FansEnabled}"},
-    {"Sensor", "connection only"},
+    {QtSts::CCANDcio::Class, "port status {PortStatus:hex}"},
+    {QtSts::COnboardTempSensor::Class, "{Celsius}"},
+    {QtSts::COnboardCabinetFanControlSensor::Class, "fans enabled: {FansEnabled}"},
+    {QtSts::CSensor::Class, "connection only"},
 };
-const std::size_t kReadingCount = std::size(kReadings);
+
+}  // namespace
+
+const Blocks kDocumentBlocks = kDocumentBlockRows;
+const Blocks kOutputBlocks = kOutputBlockRows;
+const Blocks kClosingBlocks = kClosingBlockRows;
+const Blocks kPointBlocks = kPointBlockRows;
+const Columns kSensorReadings = kReadingsBefore;
+const Columns kSensorAddresses = kSensorAddressColumns;
+const Columns kFanSpeeds = kFanSpeedColumns;
+const std::span<const Reading> kReadings = kReadingRows;
 
 }  // namespace host

@@ -1,9 +1,10 @@
 // What the text for people shows, and how: tables only.
 #pragma once
 
-#include <cstddef>
+#include <span>
 
 #include "host/page.h"
+#include "model/listing.h"
 
 namespace host {
 
@@ -14,16 +15,7 @@ struct Column {
   Align Side = Align::kLeft;
 };
 
-struct Columns {
-  const Column* Begin;
-  std::size_t Count;
-
-  template <std::size_t kCount>
-  constexpr Columns(const Column (&columns)[kCount]) : Begin(columns), Count(kCount) {}  // NOLINT
-
-  constexpr const Column* begin() const { return Begin; }
-  constexpr const Column* end() const { return Begin + Count; }
-};
+using Columns = std::span<const Column>;
 
 // One block of the page: the facts of a record, one a line, or a list as a table.
 struct Block {
@@ -32,17 +24,11 @@ struct Block {
   Columns Shown;
 };
 
-struct Blocks {
-  const Block* Begin;
-  std::size_t Count;
-
-  constexpr const Block* begin() const { return Begin; }
-  constexpr const Block* end() const { return Begin + Count; }
-};
+using Blocks = std::span<const Block>;
 
 // What a sensor of a class, its heirs included, reads: the first that fits holds.
 struct Reading {
-  const char* Class;
+  const QtSts::ClassInfo& Class;
   const char* Template;
 };
 
@@ -54,7 +40,6 @@ extern const Columns kSensorReadings;  // of a list of sensors; the reading foll
 extern const Columns kSensorAddresses;
 extern const Columns kFanSpeeds;
 
-extern const Reading kReadings[];
-extern const std::size_t kReadingCount;
+extern const std::span<const Reading> kReadings;
 
 }  // namespace host

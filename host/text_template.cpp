@@ -13,7 +13,9 @@
 namespace host {
 namespace {
 
-namespace listing = QtSts::listing;
+using QtSts::TreeElement;
+using QtSts::TreeValue;
+using QtSts::ValueKind;
 
 constexpr QtSts::Code kStatusFlagNames[] = {
     {QtSts::kFlagPowerOff, "power off"},
@@ -23,12 +25,6 @@ constexpr QtSts::Code kStatusFlagNames[] = {
     {QtSts::kFlagAmbientFailure, "ambient sensor failure"},
     {QtSts::kFlagAmbientOverride, "ambient override"},
 };
-
-std::uint64_t Number(const std::string& text) {
-  std::uint64_t number = 0;
-  std::from_chars(text.data(), text.data() + text.size(), number);
-  return number;
-}
 
 std::string Hexadecimal(std::uint64_t number, std::size_t digits) {
   char buffer[16];
@@ -88,75 +84,67 @@ bool GivenName(std::string_view names, const std::string& text, std::string* nam
   return false;
 }
 
-std::string CodeName(const QtSts::CodeTable& codes, const std::string& text) {
-  for (const QtSts::Code& code : codes) {
-    if (std::to_string(code.Value) == text) {
-      return code.Text;
-    }
-  }
-  return "unknown (" + text + ")";
+std::string CodeName(const TreeValue& value) {
+  const char* const name = value.CodeName();
+  return name != nullptr ? name : "unknown (" + value.Written() + ")";
 }
 
-std::string WithUnit(const Value& value, const std::string& text) {
-  return *value.Field->Unit == '\0' ? text : text + kTie + value.Field->Unit;
+std::string WithUnit(const TreeValue& value, const std::string& text) {
+  const char* const unit = value.Listed().Unit;
+  return *unit == '\0' ? text : text + kTie + unit;
 }
 
-std::string Commas(const Value& value) {
+std::string Commas(const TreeValue& value) {
   std::string text;
-  for (const char c : value.Text) {
+  for (const char c : value.Written()) {
     text += c == ' ' ? ", " : std::string(1, c);
   }
   return text.empty() ? "none" : WithUnit(value, text);
 }
 
-std::string Plain(const Value& value) {
-  if (value.Field->Codes.Count > 0) {
-    return CodeName(value.Field->Codes, value.Text);
+std::string Plain(const TreeValue& value, const std::string& written) {
+  if (value.Listed().Codes.Count > 0) {
+    return CodeName(value);
   }
-  if (value.Field->Scalar == &listing::kBool) {
-    return value.Text == "true" ? "yes" : "no";
+  if (value.Kind() == ValueKind::kFlag) {
+    return value.Flag() ? "yes" : "no";
   }
-  if (value.Field->Scalar == &listing::kFloats) {
+  if (value.Kind() == ValueKind::kReals) {
     return Commas(value);
   }
-  return value.Text.empty() ? "" : WithUnit(value, value.Text);
+  return written.empty() ? "" : WithUnit(value, written);
 }
 
-std::string Formatted(const Value& value, std::string_view format) {
-  std::string name;
+std::string Formatted(const TreeValue& value, std::string_view format) {
   if (format.starts_with("hex")) {
-    const std::string digits(format.substr(3));
-    return Hexadecimal(Number(value.Text), static_cast<std::size_t>(Number(digits)));
-  }
-  if (format == "bare") {
-    return value.Text;
+    std::size_t digits = 0;
+    std::from_chars(format.data() + 3, format.data() + format.size(), digits);
+    return Hexadecimal(value.Unsigned(), digits);
   }
   if (format == "flags") {
-    return FlagNames(Number(value.Text));
+    return FlagNames(value.Unsigned());
+  }
+  std::string written = value.Written();
+  if (format == "bare") {
+    return written;
   }
   if (format == "duration") {
-    return Duration(value.Text);
+    return Duration(written);
   }
-  return GivenName(format, value.Text, &name) ? name : Plain(value);
-}
-
-const Value* FindByPath(const Element& element, std::string_view path) {
-  const std::size_t slash = path.rfind('/');
-  const bool own = slash == std::string_view::npos;
-  const Element* const holder = element.Find(own ? "" : path.substr(0, slash));
-  return holder == nullptr ? nullptr : holder->FindValue(own ? path : path.substr(slash + 1));
+  std::string name;
+  return GivenName(format, written, &name) ? name : Plain(value, written);
 }
 
 // What stands in place of `place`; empty when it is not reported.
-std::string FillPlace(std::string_view place, const Element& element, Filled* filled) {
+std::string FillPlace(std::string_view place, const TreeElement& element, Filled* filled) {
   if (place == "Class") {
-    return element.Class->Name;
+    return element.Class()->Name;
   }
   if (place == "#") {
-    return std::to_string(element.Position);
+    return std::to_string(element.Position());
   }
   const std::size_t colon = place.find(':');
-  const Value* const value = FindByPath(element, place.substr(0, colon));
+  const TreeValue* const value = element.FindValue(place.substr(0, colon));
   if (value == nullptr) {
     return "";
   }
@@ -167,7 +155,7 @@ std::string FillPlace(std::string_view place, const Element& element, Filled* fi
 
 }  // namespace
 
-Filled Fill(std::string_view text_template, const Element& element) {
+Filled Fill(std::string_view text_template, const TreeElement& element) {
   Filled filled;
   bool places = false;
   bool reported = false;

@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "host/tree.h"
+#include "model/tree.h"
 
 namespace host {
 
@@ -12,7 +12,7 @@ inline constexpr const char* kNotReported = "not reported";
 
 struct Filled {
   std::string Text;
-  std::vector<const Value*> Used;  // the values that the text tells
+  std::vector<const QtSts::TreeValue*> Used;  // the values that the text tells
 };
 
 // Fills the places of a template, all of whose text is printable afterwards:
@@ -28,6 +28,6 @@ struct Filled {
 //
 // A value that is absent, or an empty text, is "not reported"; so is the whole when it has places
 // and no value for any.
-Filled Fill(std::string_view text_template, const Element& element);
+Filled Fill(std::string_view text_template, const QtSts::TreeElement& element);
 
 }  // namespace host

@@ -6,9 +6,9 @@
 #include <string>
 #include <vector>
 
-#include "host/tree.h"
 #include "model/can_sensors.h"
 #include "model/dcio_boards.h"
+#include "model/tree.h"
 #include "tests/host/sample_documents.h"
 
 namespace {
@@ -17,7 +17,7 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 
 std::vector<std::string> Notes(QtSts::CStatus& status) {
-  const host::Element document = host::ReadTree(status);
+  const QtSts::DocumentTree document(status);
   std::vector<std::string> notes;
   for (const host::Note& note : host::FindNotes(document)) {
     notes.push_back(note.Where + ": " + note.What);
@@ -84,8 +84,8 @@ TEST(FindNotes, TakesZerosOfADisconnectedSensorForNothing) {
 
 TEST(FindNotes, PointsToTheValueThatIsTheCause) {
   auto status = sample::Troubled();
-  const host::Element document = host::ReadTree(*status);
-  EXPECT_EQ(host::FindNotes(document).front().Cause, document.FindValue("ErrorFlags"));
+  const QtSts::DocumentTree document(*status);
+  EXPECT_EQ(host::FindNotes(document).front().Cause, document.Root().FindValue("ErrorFlags"));
 }
 
 }  // namespace

@@ -8,9 +8,9 @@
 #include <sstream>
 #include <string>
 
-#include "host/tree.h"
 #include "model/can_sensors.h"
 #include "model/listing.h"
+#include "model/tree.h"
 #include "tests/host/sample_documents.h"
 #include "tests/support/comma_locale.h"
 #include "tests/support/golden.h"
@@ -18,15 +18,15 @@
 
 namespace {
 
-using host::Element;
 using nlohmann::json;
+using QtSts::TreeElement;
 using testing::HasSubstr;
 using testing::Not;
 namespace listing = QtSts::listing;
 
-std::string Json(QtSts::CStatus& status) { return host::RenderJson(host::ReadTree(status)); }
+std::string Json(QtSts::CStatus& status) { return host::RenderJson(QtSts::DocumentTree(status)); }
 
-// What the JSON value says, written as the XML writes it.
+// What the JSON value says, written as the XML and the tree write it.
 std::string AsXml(const json& value, const QtSts::ScalarType& type) {
   if (&type == &listing::kFloats) {
     std::string text;
@@ -69,43 +69,47 @@ bool HasTypeOf(const json& value, const QtSts::ScalarType& type) {
 }
 
 // NOLINTNEXTLINE(misc-no-recursion): the document's depth is that of its classes
-void ExpectSame(const Element& element, const json& object, bool in_list) {
+void ExpectSame(const TreeElement& element, const json& object, bool in_list) {
   ASSERT_TRUE(object.is_object());
-  std::size_t members = element.Values.size() + element.Children.size();
+  std::size_t members = element.Values().size();
   if (in_list) {
-    EXPECT_EQ(object.at("Class"), element.Class->Name);
+    EXPECT_EQ(object.at("Class"), element.Class()->Name);
     ++members;
   }
-  EXPECT_EQ(object.size(), members) << "has members that the XML lacks";
-  for (const host::Value& value : element.Values) {
-    SCOPED_TRACE(value.Field->Name);
-    ASSERT_TRUE(object.contains(value.Field->Name));
-    const json& member = object.at(value.Field->Name);
-    EXPECT_TRUE(HasTypeOf(member, *value.Field->Scalar)) << member;
-    EXPECT_EQ(AsXml(member, *value.Field->Scalar), value.Text);
+  for (const QtSts::TreeValue& value : element.Values()) {
+    const QtSts::Field& field = value.Listed();
+    SCOPED_TRACE(field.Name);
+    ASSERT_TRUE(object.contains(field.Name));
+    const json& member = object.at(field.Name);
+    EXPECT_TRUE(HasTypeOf(member, *field.Scalar)) << member;
+    EXPECT_EQ(AsXml(member, *field.Scalar), value.Written());
   }
-  for (const Element& child : element.Children) {
-    SCOPED_TRACE(child.Name);
-    const json& member = object.at(child.Name);
+  for (const TreeElement& child : element.Children()) {
+    SCOPED_TRACE(child.Name());
+    ++members;
+    const json& member = object.at(child.Name());
     if (!child.IsList()) {
       ExpectSame(child, member, false);
       continue;
     }
     ASSERT_TRUE(member.is_array());
-    ASSERT_EQ(member.size(), child.Children.size());
-    for (std::size_t i = 0; i < member.size(); ++i) {
-      SCOPED_TRACE(i);
-      ExpectSame(child.Children[i], member[i], true);
+    std::size_t position = 0;
+    for (const TreeElement& each : child.Children()) {
+      SCOPED_TRACE(position);
+      ASSERT_LT(position, member.size());
+      ExpectSame(each, member[position++], true);
     }
+    EXPECT_EQ(member.size(), position);
   }
+  EXPECT_EQ(object.size(), members) << "has members that the tree lacks";
 }
 
-TEST(RenderJson, SaysTheSameAsTheXmlFieldByField) {
+TEST(RenderJson, SaysTheSameAsTheTreeFieldByField) {
   for (std::uint64_t seed = 0; seed < 100; ++seed) {
     SCOPED_TRACE(seed);
     const auto document = test_support::RandomDocument(test_support::SeededChoices(seed));
-    const Element tree = host::ReadTree(*document);
-    ExpectSame(tree, json::parse(host::RenderJson(tree)), false);
+    const QtSts::DocumentTree tree(*document);
+    ExpectSame(tree.Root(), json::parse(host::RenderJson(tree)), false);
   }
 }
 
@@ -159,7 +163,7 @@ TEST(RenderJson, LeavesOutWhatIsNotReported) {
   EXPECT_THAT(Json(status), Not(HasSubstr("\"Face\"")));
 }
 
-// U+FFFF marks numbers on their way through the JSON library.
+// U+FFFF used to mark numbers on their way through a JSON library.
 TEST(RenderJson, TakesNoTextForANumber) {
   QtSts::CStatus status;
   status.GUID =
@@ -183,12 +187,10 @@ TEST(RenderJson, EscapesWhatSteersATerminal) {
 }
 
 TEST(RenderJson, KeepsTheNameClassForTheClass) {
-  int classes = 0;
-  for (const auto* const* info = QtSts::AllClasses(); *info != nullptr; ++info) {
-    EXPECT_EQ(QtSts::FieldNamed(**info, "Class"), nullptr) << (*info)->Name;
-    ++classes;
+  EXPECT_GT(QtSts::Classes().size(), 50U);
+  for (const QtSts::ClassInfo* const info : QtSts::Classes()) {
+    EXPECT_EQ(QtSts::FieldNamed(*info, "Class"), nullptr) << info->Name;
   }
-  EXPECT_GT(classes, 50);
 }
 
 }  // namespace

@@ -7,7 +7,7 @@
 
 #include "host/attention.h"
 #include "host/text_template.h"
-#include "host/tree.h"
+#include "model/tree.h"
 #include "tests/host/sample_documents.h"
 #include "tests/support/golden.h"
 #include "tests/support/run_program.h"
@@ -66,8 +66,8 @@ TEST(Manual, ExplainsEveryNote) {
 
 TEST(Manual, ExplainsEveryStatusFlag) {
   const auto status = sample::Troubled();
-  const host::Element document = host::ReadTree(*status);
-  const host::Element& output = document.Find("Outputs")->Children[0];
+  const QtSts::DocumentTree document(*status);
+  const QtSts::TreeElement& output = *document.Root().Find("Outputs[0]");
   const std::string flags = host::Fill("{StatusFlags:flags}", output).Text;
   const auto words = Matches(flags, "[:,] ([a-z ]+)");
   EXPECT_EQ(words.size(), 6U);

@@ -11,10 +11,10 @@
 #include "host/printable.h"
 #include "host/text_sections.h"
 #include "host/text_template.h"
-#include "host/tree.h"
 #include "model/can_sensors.h"
 #include "model/dcio_boards.h"
 #include "model/listing.h"
+#include "model/tree.h"
 #include "model/xml.h"
 #include "tests/host/sample_documents.h"
 #include "tests/support/comma_locale.h"
@@ -30,7 +30,7 @@ using testing::Not;
 using testing::StartsWith;
 
 std::string Text(QtSts::CStatus& status, const host::Look& look = {}) {
-  return RenderText(host::ReadTree(status), look);
+  return RenderText(QtSts::DocumentTree(status), look);
 }
 
 std::unique_ptr<QtSts::CStatus> Random(std::uint64_t seed) {
@@ -193,10 +193,8 @@ TEST_F(Templates, NameFieldsOfWhatTheyShow) {
   ExpectPlacesOf(QtSts::CSensor::Class, host::kSensorReadings);
   ExpectPlacesOf(QtSts::CCANSensor::Class, host::kSensorAddresses);
   ExpectPlacesOf(*QtSts::ClassNamed("FanRpm"), host::kFanSpeeds);
-  for (std::size_t i = 0; i < host::kReadingCount; ++i) {
-    const QtSts::ClassInfo* const info = QtSts::ClassNamed(host::kReadings[i].Class);
-    ASSERT_NE(info, nullptr) << host::kReadings[i].Class;
-    ExpectPlacesOf(*info, host::kReadings[i].Template);
+  for (const host::Reading& reading : host::kReadings) {
+    ExpectPlacesOf(reading.Class, reading.Template);
   }
 }
 
@@ -209,22 +207,21 @@ TEST_F(Templates, AreSeenToBeWrongWhenTheyAre) {
 
 // Every value that a sensor's own class adds to the common ones is told somewhere in its reading.
 TEST_F(Templates, TellEveryValueOfEverySensor) {
-  for (const auto* const* info = QtSts::AllClasses(); *info != nullptr; ++info) {
-    if ((*info)->Create == nullptr || !QtSts::IsA(**info, QtSts::CSensor::Class)) {
+  for (const QtSts::ClassInfo* const info : QtSts::Classes()) {
+    if (info->Create == nullptr || !QtSts::IsA(*info, QtSts::CSensor::Class)) {
       continue;
     }
-    const host::Reading* reading = host::kReadings;
-    while (!QtSts::IsA(**info, *QtSts::ClassNamed(reading->Class))) {
+    const host::Reading* reading = host::kReadings.data();
+    while (!QtSts::IsA(*info, reading->Class)) {
       ++reading;
     }
-    for (const auto* field = (*info)->Fields; field != (*info)->Fields + (*info)->FieldCount;
-         ++field) {
-      const std::string name = field->Name;
-      const bool common = QtSts::IsA(QtSts::CCANSensor::Class, **info);
+    for (const QtSts::Field& field : info->OwnFields()) {
+      const std::string name = field.Name;
+      const bool common = QtSts::IsA(QtSts::CCANSensor::Class, *info);
       const bool elsewhere = name == "SpareAverage" || name == "BoardConnected";
-      if (field->Scalar != nullptr && !common && !elsewhere) {
+      if (field.Scalar != nullptr && !common && !elsewhere) {
         EXPECT_TRUE(std::regex_search(reading->Template, std::regex("\\{" + name + "[:}]")))
-            << (*info)->Name << "/" << name;
+            << info->Name << "/" << name;
       }
     }
   }
@@ -237,7 +234,7 @@ struct FillRow {
 
 TEST(Fill, FillsThePlacesOfATemplate) {
   auto status = sample::Troubled();
-  const host::Element document = host::ReadTree(*status);
+  const QtSts::DocumentTree document(*status);
   const FillRow rows[] = {
       {"", ""},
       {"plain", "plain"},
@@ -262,7 +259,7 @@ TEST(Fill, FillsThePlacesOfATemplate) {
   };
   for (const FillRow& row : rows) {
     SCOPED_TRACE(row.Template);
-    EXPECT_EQ(host::Fill(row.Template, document).Text, row.Text);
+    EXPECT_EQ(host::Fill(row.Template, document.Root()).Text, row.Text);
   }
 }
 
@@ -270,8 +267,8 @@ TEST(Fill, NamesTheStatusFlags) {
   auto status = sample::Troubled();
   const auto filled = [&status](std::uint32_t flags) {
     status->Outputs[0]->StatusFlags = flags;
-    const host::Element document = host::ReadTree(*status);
-    return host::Fill("{StatusFlags:flags}", document.Find("Outputs")->Children[0]).Text;
+    const QtSts::DocumentTree document(*status);
+    return host::Fill("{StatusFlags:flags}", *document.Root().Find("Outputs[0]")).Text;
   };
   EXPECT_EQ(filled(0), "none");
   EXPECT_EQ(filled(0x1800), "0x1800: pixel tracker active, output blanked");
