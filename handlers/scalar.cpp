@@ -88,7 +88,11 @@ int Status_GUID(CStatus* status, char* value, char* /*key*/) {
 // Unlike other handlers these two look at the whole key.
 
 int Status_ErrorFlags(CStatus* status, char* value, char* key) {
-  return Is(key, "ErrorFlags") ? StoreInRoot(rows::RowsOf(kRoot, "ErrorFlags"), status, value) : 0;
+  if (Is(key, "ErrorFlags")) {
+    return StoreInRoot(rows::RowsOf(kRoot, "ErrorFlags"), status, value);
+  }
+  rows::TellKept(observe::Fate::kOtherKey, "ErrorFlags", value);
+  return 0;
 }
 
 int Status_CalculatedSunInfo(CStatus* status, char* value, char* key) {
@@ -98,6 +102,7 @@ int Status_CalculatedSunInfo(CStatus* status, char* value, char* key) {
   if (Is(key, "CalculatedSunset")) {
     return StoreInRoot(rows::RowsOf(kRoot, "CalculatedSunset"), status, value);
   }
+  rows::TellKept(observe::Fate::kOtherKey, "CalculatedSunrise, CalculatedSunset", value);
   return 0;
 }
 

@@ -2,6 +2,7 @@
 
 #include "collector/state/numbered_key.h"
 #include "collector/state/scratch.h"
+#include "collector/state/tell.h"
 #include "handlers/fields.h"
 #include "handlers/handlers.h"
 #include "handlers/output0.h"
@@ -121,10 +122,17 @@ int Status_TtableDevice(CStatus* status, char* value, char* key) {
     return 0;
   }
   auto device = std::make_unique<CDevice>();
-  device->Node = numbers::Narrow<std::int32_t>(numbered.Parts.Number);
+  rows::StoreKeyNumber(numbered.Parts, key, rows::kDevicePrefix, &device->Node);
   rows::StoreField(kDeviceValue, *device, value);
   device->Index = u32_TTableNumAttribute;
+  const CDevice* const added = device.get();
   output->Devices.Add(device.release());
+  observe::TellRecord(observe::Place::kTtableDevices, observe::Ending::kCompleted,
+                      [&](observe::Record& event) {
+                        event.Number = static_cast<std::uint32_t>(added->Node);
+                        event.Position = output->Devices.Count() - 1;
+                        event.Element = added;
+                      });
   ++u32_TTableNumAttribute;
   return 0;
 }

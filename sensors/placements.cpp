@@ -1,7 +1,9 @@
 #include "sensors/placements.h"
 
 #include <algorithm>
+#include <array>
 #include <memory>
+#include <span>
 #include <utility>
 
 #include "collector/state/scratch.h"
@@ -24,11 +26,32 @@ struct Target {
 };
 constexpr Target kOwnBus = {observe::Place::kSensors, -1};
 
+// More than a record of any kind takes.
+constexpr std::size_t kMostTaken = 64;
+
+// The variables that the record of the present type takes where it goes, in `room`.
+std::span<const void* const> TakenVariables(const Target& target,
+                                            std::array<const void*, kMostTaken>& room) {
+  const auto kinds = sensors::SensorKinds();
+  const auto kind = std::ranges::find(kinds, st_Type, &sensors::SensorKind::Code);
+  std::size_t count = 0;
+  for (const sensors::Taken& taken : kind == kinds.end() ? decltype(kind->Takes)() : kind->Takes) {
+    if (count < room.size() && (!taken.OnlyBehindInterface || target.Interface >= 0)) {
+      room[count++] = taken.From->Address;
+    }
+  }
+  return std::span(room).first(count);
+}
+
 // Tells what became of the sensor that the scratch state describes; `record` is null when it was
 // refused, `list` when there is none.
 void TellSensor(const Target& target, Ending ending, const CSensorList* list,
                 const QtSts::CSensor* record = nullptr) {
+  std::array<const void*, kMostTaken> taken;  // not initialised: hardly anybody watches
   observe::TellRecord(target.Where, ending, [&](observe::Record& event) {
+    if (record != nullptr) {
+      event.Taken = TakenVariables(target, taken);
+    }
     event.Interface = target.Interface;
     event.Number = u32_SensorNumber;
     event.Type = st_Type;

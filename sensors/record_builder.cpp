@@ -6,6 +6,7 @@
 #include <string_view>
 #include <type_traits>
 
+#include "collector/state/tell.h"
 #include "model/beacons.h"
 #include "model/can_sensors.h"
 #include "model/dcio_boards.h"
@@ -69,11 +70,23 @@ struct Points {
 };
 using PortStatus = From<&CCANDcio::PortStatus, &u32_PortStatus>;
 
+void TellFan(std::uint8_t number, const QtSts::FanRpm& fan) {
+  observe::Tell([&] {
+    observe::Point event;
+    event.Where = observe::PointPlace::kFan;
+    event.Entry = number;
+    event.Element = &fan;
+    return event;
+  });
+}
+
 struct Fans {
   static void Fill(QtSts::CCANDcioAndFanRpm& board) {
     std::uint32_t ordinal = 0;
     for (const auto& [fan_number, rpm] : FanRpms) {
-      board.FanRpms.Add(new QtSts::FanRpm(ordinal, fan_number, rpm));
+      auto* const fan = new QtSts::FanRpm(ordinal, fan_number, rpm);
+      board.FanRpms.Add(fan);
+      TellFan(fan_number, *fan);
       ++ordinal;
     }
   }

@@ -14,6 +14,7 @@
 namespace sensors {
 namespace {
 
+using observe::Fate;
 using rows::Attribute;
 using rows::Parked;
 using rows::Row;
@@ -32,7 +33,7 @@ constexpr int CompareInAnyCase(const char* left, const char* right, std::size_t 
 // "Fan_3_Rpm" is 3 and "Rpm".
 rows::Numbered SplitFamily(const char* attribute) {
   const char* const number = rows::AfterUnderscore(attribute);
-  return number == nullptr ? rows::Numbered{0, nullptr} : rows::SplitNumber(number);
+  return number == nullptr ? rows::Numbered{} : rows::SplitNumber(number);
 }
 
 // An unknown text keeps the attachment of the sensor before.
@@ -79,35 +80,54 @@ constexpr rows::Field<DcioPoint> kPointParts[] = {
 template <std::size_t kEntries>
 void StorePoint(const Attribute& family, const Row& row) {
   const rows::Numbered point = SplitFamily(row.Attribute);
-  if (point.Rest == nullptr || point.Number < 0 || point.Number >= static_cast<long>(kEntries)) {
-    return;
+  const rows::Slot slot = {family.Where->Address, point.Number};
+  if (point.Rest == nullptr) {
+    return rows::TellKept(Fate::kNoAttribute, family.Name, row.Attribute, slot);
   }
+  if (point.Number < 0 || point.Number >= static_cast<long>(kEntries)) {
+    return rows::TellKept(Fate::kOutsideTable, point.Rest, row.Attribute, slot);
+  }
+  bool known = false;
   auto& entries = *static_cast<std::array<DcioPoint, kEntries>*>(family.Where->Address);
   for (const rows::Field<DcioPoint>& part : kPointParts) {
     if (part.Name == point.Rest) {
-      rows::StoreField(part, entries[static_cast<std::size_t>(point.Number)], row.Value);
+      rows::StoreField(part, entries[static_cast<std::size_t>(point.Number)], row.Value, slot);
+      known = true;
     }
+  }
+  if (!known) {
+    rows::TellKept(Fate::kUnknownAttribute, point.Rest, row.Value, slot);
   }
 }
 
 // Deliberate: the first speed of a fan stays until a board takes it.
 void StoreFan(const Attribute& family, const Row& row) {
   const rows::Numbered fan = SplitFamily(row.Attribute);
-  if (fan.Rest == nullptr || std::strcmp(fan.Rest, "Rpm") != 0) {
-    return;
+  rows::Slot slot = {family.Where->Address, fan.Number};
+  if (fan.Rest == nullptr) {
+    return rows::TellKept(Fate::kNoAttribute, family.Name, row.Attribute, slot);
+  }
+  if (std::strcmp(fan.Rest, "Rpm") != 0) {
+    return rows::TellKept(Fate::kUnknownAttribute, fan.Rest, row.Value, slot);
   }
   auto& speeds = *static_cast<decltype(FanRpms)*>(family.Where->Address);
   const auto [speed, is_new] = speeds.try_emplace(numbers::Narrow<std::uint8_t>(fan.Number));
+  slot.Index = speed->first;
   if (is_new) {
-    rows::Store(family, family.Where->Is, &speed->second, row.Value);
+    rows::Store(family, family.Where->Is, &speed->second, row.Value, slot);
+  } else {
+    rows::TellKept(Fate::kFirstStays, family.Name, row.Value, slot);
   }
 }
 
 // Voltages keep the order of their rows; the numbers in the attributes are deliberately not used.
 void AppendVoltage(const Attribute& family, const Row& row) {
+  auto& voltages = *static_cast<std::vector<float>*>(family.Where->Address);
+  const rows::Slot slot = {&voltages, static_cast<long>(voltages.size())};
   if (std::strstr(row.Attribute, "Volts") != nullptr) {
-    auto& voltages = *static_cast<std::vector<float>*>(family.Where->Address);
-    rows::Store(family, family.Where->Is, &voltages.emplace_back(), row.Value);
+    rows::Store(family, family.Where->Is, &voltages.emplace_back(), row.Value, slot);
+  } else {
+    rows::TellKept(Fate::kNotVolts, family.Name, row.Attribute, slot);
   }
 }
 
@@ -261,13 +281,19 @@ int Status_Sensor(QtSts::CStatus* status, char* value, char* key) {
   if (!numbered.IsNumbered) {
     return numbered.Result;
   }
-  const auto [number, name] = numbered.Parts;
-  u32_SensorNumber = numbers::Narrow<std::uint32_t>(number);
-  if (name == nullptr || value == nullptr) {
+  rows::StoreKeyNumber(numbered.Parts, key, rows::kSensorPrefix, &u32_SensorNumber);
+  const char* const name = numbered.Parts.Rest;
+  if (name == nullptr) {
+    rows::TellKept(observe::Fate::kNoAttribute, {}, key);
+    return 0;
+  }
+  if (value == nullptr) {
     return 0;
   }
   if (const rows::Attribute* const attribute = sensors::Find(name)) {
     rows::Take(*attribute, {status, name, value});
+  } else {
+    rows::TellKept(observe::Fate::kUnknownAttribute, name, value);
   }
   return 0;
 }

@@ -7,6 +7,8 @@
 #include <utility>
 
 #include "collector/state/numbers.h"
+#include "collector/state/store.h"
+#include "collector/state/tell.h"
 
 namespace rows {
 
@@ -18,6 +20,7 @@ inline constexpr char kDevicePrefix[] = "TtableDeviceNode_";
 struct Numbered {
   long Number;
   const char* Rest;
+  const char* End;  // of the number
 };
 
 // What follows the first underscore of `text`; null without one.
@@ -30,7 +33,7 @@ inline const char* AfterUnderscore(const char* text) {
 inline Numbered SplitNumber(const char* text) {
   const char* end = text;
   const long number = numbers::ParseLong(text, &end);
-  return {number, *end == '_' ? end + 1 : AfterUnderscore(end)};
+  return {number, *end == '_' ? end + 1 : AfterUnderscore(end), end};
 }
 
 struct NumberedKey {
@@ -53,9 +56,29 @@ NumberedKey SplitKey(const char* key, const char (&/*prefix*/)[kSize]) {
   }
   const char first = key[kPrefixLength];
   if (first >= 0x28 && first <= 0x2F) {
+    TellKept(observe::Fate::kRefusedNumber, {}, key + kPrefixLength);
     return {false, -1, {}};
   }
   return {true, 0, SplitNumber(key + kPrefixLength)};
+}
+
+// Stores the number of the key, cut to the width of its destination.
+template <class T, std::size_t kSize>
+void StoreKeyNumber(const Numbered& parts, const char* key, const char (&/*prefix*/)[kSize],
+                    T* destination) {
+  *destination = numbers::Narrow<T>(parts.Number);
+  observe::Tell([&] {
+    observe::Stores event;
+    event.Destination = destination;
+    event.Parser = kInteger.Name;
+    event.Text = key + kSize - 1;
+    event.Consumed = static_cast<std::size_t>(parts.End - event.Text);
+    event.Read.Is = observe::Number::Type::kSigned;
+    event.Read.Signed = parts.Number;
+    event.Stored.Is = observe::Number::Type::kSigned;
+    event.Stored.Signed = *destination;
+    return event;
+  });
 }
 
 }  // namespace rows

@@ -227,46 +227,33 @@ struct Number {
   };
 };
 
-// How a text is read.
-enum class Reading : std::uint32_t {
-  kNone,
-  kInteger,   // decimal, as strtol reads it
-  kUnsigned,  // decimal, as strtoul reads it
-  kFloating,  // as strtod reads it
-  kFlag,      // "true" or anything else
-  kMark,      // "1" or anything else
-  kWord,      // one of a list
-  kWordIn,    // one of a list, anywhere in the text
-  kText,      // as it is
-};
-
-// What became of it.
+// What became of a value.
 enum class Fate : std::uint32_t {
   kStored,
-  kReplaced,          // Stored is deliberately not what was read
-  kUnknownWord,       // not in the list; Stored is what stands there now
-  kFirstStays,        // a fan has a speed already, Stored
-  kNotSet,            // a mark other than "1" changes nothing
+  kOtherWord,         // no word of the list: stored is what stands for any other text
+  kUnknownWord,       // no word of the list: the destination keeps what it holds
+  kFirstStays,        // a fan has a speed already
   kRefusedNumber,     // the number in the key begins with one of '(' to '/'
-  kNoAttribute,       // the key ends before its attribute
-  kUnknownAttribute,  // no table has it; Text is the attribute
+  kNoAttribute,       // the key ends before its attribute, or the attribute before its part
+  kUnknownAttribute,  // no table has it
   kOutsideTable,      // the number of a point is in no staging table
   kNotVolts,          // the attribute of a voltage lacks "Volts"
-  kOtherKey,          // the key goes on where it must end
+  kOtherKey,          // the key goes on where it has to end
 };
 
-// A value at its destination, or kept away from it. Told after storing.
+// A value that is stored, told afterwards, or is kept away from its destination. A row may store
+// several: the number in its key, the value, the value plus one, what replaces it.
 struct Stores : EventOf<Kind::kStores> {
   Fate What = Fate::kStored;
   const void* Destination = nullptr;  // the scratch variable or field, by its address; null: none
-  std::string_view Attribute;  // the row of the table that stores it; "" for the key's number
-  std::string_view Name;       // the attribute as the key has it
-  const char* Text = nullptr;  // what was read: the value, or the number in the key
-  Reading How = Reading::kNone;
-  std::size_t Consumed = 0;  // bytes of Text that the number, word or flag takes
-  Number Read;               // before it is narrowed to its destination
-  Number Stored;             // what stands there now; kNone for texts
-  long Index = -1;           // number of the point or fan, position of the voltage
+  const void* Container = nullptr;    // the scratch variable that holds it: fans, voltages, points
+  long Index = -1;                    // number of the fan or point, position of the voltage
+  std::string_view Attribute;  // as the table has it, or the unknown one; "" for a number in a key
+  const char* Parser = "";     // the name of how the text is read: "integer"
+  const char* Text = nullptr;  // what is read: the value, or the key from its number on
+  std::size_t Consumed = 0;    // bytes of the text that count
+  Number Read;                 // before it is cut to its destination
+  Number Stored;               // what the destination holds now; none for a text
 };
 
 // ---- Elements

@@ -147,8 +147,8 @@ constexpr Field<Owner> InBits(std::string_view name, const Parser* reader) {
 }
 
 template <class Owner>
-void StoreField(const Field<Owner>& field, Owner& owner, const char* value) {
-  Store(field, field.Is, field.Of(owner), value);
+void StoreField(const Field<Owner>& field, Owner& owner, const char* value, Slot slot = {}) {
+  Store(field, field.Is, field.Of(owner), value, slot);
 }
 
 // The rows of `table` with this name, which stand one after another; does not compile when there is

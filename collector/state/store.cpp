@@ -3,6 +3,7 @@
 #include <cstring>
 
 #include "collector/state/numbers.h"
+#include "collector/state/tell.h"
 
 namespace rows {
 namespace {
@@ -96,11 +97,9 @@ Reading ReadNoWord(const Parser& parser, const char* text) {
   return parser.KnowsAny ? Code(parser.Otherwise, text, text) : Reading();
 }
 
-void Store(const Entry& entry, Type type, void* address, const char* text) {
-  const Reading reading = entry.Reader->Read(*entry.Reader, text);
-  if (reading.Is == Kind::kNothing) {
-    return;
-  }
+namespace {
+
+void Put(const Reading& reading, Type type, void* address) {
   switch (type) {
     case Type::kBool:
       return Write(address, Bits(reading) != 0);
@@ -123,6 +122,111 @@ void Store(const Entry& entry, Type type, void* address, const char* text) {
     case Type::kPoint:
       return;  // its parts are stored, never the whole
   }
+}
+
+observe::Number ReadNumberOf(const Reading& reading) {
+  observe::Number number;
+  switch (reading.Is) {
+    case Kind::kSigned:
+      number.Is = observe::Number::Type::kSigned;
+      number.Signed = reading.Signed;
+      break;
+    case Kind::kUnsigned:
+      number.Is = observe::Number::Type::kUnsigned;
+      number.Unsigned = reading.Unsigned;
+      break;
+    case Kind::kFraction:
+      number.Is = observe::Number::Type::kFloating;
+      number.Floating = reading.Fraction;
+      break;
+    default:
+      break;
+  }
+  return number;
+}
+
+template <class T>
+observe::Number Load(const void* address) {
+  T value;
+  std::memcpy(&value, address, sizeof value);
+  observe::Number number;
+  if constexpr (std::is_floating_point_v<T>) {
+    number.Is = observe::Number::Type::kFloating;
+    number.Floating = value;
+  } else if constexpr (std::is_signed_v<T>) {
+    number.Is = observe::Number::Type::kSigned;
+    number.Signed = value;
+  } else {
+    number.Is = observe::Number::Type::kUnsigned;
+    number.Unsigned = value;
+  }
+  return number;
+}
+
+observe::Number StoredNumber(Type type, const void* address) {
+  switch (type) {
+    case Type::kBool:
+    case Type::kUnsigned8:
+      return Load<std::uint8_t>(address);
+    case Type::kUnsigned16:
+      return Load<std::uint16_t>(address);
+    case Type::kUnsigned32:
+    case Type::kBits:
+      return Load<std::uint32_t>(address);
+    case Type::kSigned32:
+      return Load<std::int32_t>(address);
+    case Type::kFloat:
+      return Load<float>(address);
+    case Type::kDouble:
+      return Load<double>(address);
+    case Type::kString:
+    case Type::kPoint:
+      return {};
+  }
+  return {};
+}
+
+observe::Fate FateOf(const Parser& parser, const Reading& reading) {
+  if (reading.Is == Kind::kNothing) {
+    return observe::Fate::kUnknownWord;
+  }
+  const bool other = !parser.Words.empty() && reading.Consumed == 0;
+  return other ? observe::Fate::kOtherWord : observe::Fate::kStored;
+}
+
+}  // namespace
+
+void Store(const Entry& entry, Type type, void* address, const char* text, Slot slot) {
+  const Reading reading = entry.Reader->Read(*entry.Reader, text);
+  if (reading.Is != Kind::kNothing) {
+    Put(reading, type, address);
+  }
+  observe::Tell([&] {
+    observe::Stores event;
+    event.What = FateOf(*entry.Reader, reading);
+    event.Destination = address;
+    event.Container = slot.Container;
+    event.Index = slot.Index;
+    event.Attribute = entry.Name;
+    event.Parser = entry.Reader->Name;
+    event.Text = text;
+    event.Consumed = reading.Consumed;
+    event.Read = ReadNumberOf(reading);
+    event.Stored = StoredNumber(type, address);
+    return event;
+  });
+}
+
+void TellKept(observe::Fate fate, std::string_view attribute, const char* text, Slot slot) {
+  observe::Tell([&] {
+    observe::Stores event;
+    event.What = fate;
+    event.Container = slot.Container;
+    event.Index = slot.Index;
+    event.Attribute = attribute;
+    event.Text = text;
+    return event;
+  });
 }
 
 }  // namespace rows

@@ -9,6 +9,8 @@
 #include <string_view>
 #include <type_traits>
 
+#include "collector/state/observer.h"
+
 namespace rows {
 
 // What a parser makes of a text, before it is cut to the type of its place.
@@ -124,6 +126,12 @@ consteval Type TypeOf() {
   }
 }
 
+// Where in a container of the scratch state a value is stored.
+struct Slot {
+  const void* Container = nullptr;  // null: it is no container
+  long Index = -1;
+};
+
 // What all tables of rows have in common: the name of a key, attribute or part, and how its values
 // are read.
 struct Entry {
@@ -134,6 +142,9 @@ struct Entry {
 // Reads `text` as the entry says and stores what it gives in the object of this type at `address`:
 // integers wrap to its width. Every value of a row is stored here. Throws std::bad_alloc, and then
 // has stored nothing.
-void Store(const Entry& entry, Type type, void* address, const char* text);
+void Store(const Entry& entry, Type type, void* address, const char* text, Slot slot = {});
+
+// Tells the observer that the value of a row is kept away from where it might go.
+void TellKept(observe::Fate fate, std::string_view attribute, const char* text, Slot slot = {});
 
 }  // namespace rows

@@ -19,10 +19,9 @@ constexpr const char* kCalls[] = {
     "storage", "system",     "interfaces",  "socket",      "hardware address", "host text",
     "time",    "local time", "UTC"};
 constexpr const char* kStages[] = {"open", "prepare", "execute", "rows", "finish", "release"};
-constexpr const char* kFates[] = {"stored",       "replaced",          "unknown word",
-                                  "first stays",  "not set",           "refused number",
-                                  "no attribute", "unknown attribute", "outside table",
-                                  "not volts",    "other key"};
+constexpr const char* kFates[] = {
+    "stored",       "other word",        "unknown word",  "first stays", "refused number",
+    "no attribute", "unknown attribute", "outside table", "not volts",   "other key"};
 constexpr const char* kEndings[] = {"completed", "found",    "position taken",
                                     "no kind",   "not here", "no place"};
 constexpr const char* kPlaces[] = {"sensor", "interface sensor", "display interface", "DCIO device",
@@ -135,9 +134,12 @@ void Write(std::ostream& out, const RowEnds& event) { out << "ends row " << even
 
 void Write(std::ostream& out, const Stores& event) {
   out << "stores " << event.Attribute << " \"" << Quoted(event.Text)
-      << "\": " << Name(kFates, event.What) << ", consumed " << event.Consumed << ", read "
-      << event.Read << ", is " << event.Stored;
-  if (event.Index >= 0) {
+      << "\": " << Name(kFates, event.What);
+  if (*event.Parser != '\0') {
+    out << ", " << event.Parser << " of " << event.Consumed << ", " << event.Read << " as "
+        << event.Stored;
+  }
+  if (event.Container != nullptr) {
     out << ", index " << event.Index;
   }
 }

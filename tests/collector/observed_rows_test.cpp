@@ -93,7 +93,7 @@ TEST_F(ObservedRows, TellWhichSensorTheyComplete) {
   };
   EXPECT_THAT(
       LinesOf({{"Sensor_05_Location", "Local_CAN"}, {"Sensor_05_Type", "CANTemp"}}, {"record"}),
-      ElementsAre(testing::StartsWith("record sensor 5, type 0: completed at 0")));
+      ElementsAre("record sensor 5, type 0: completed at 0, took 7"));
   EXPECT_EQ(element, m_Status.Sensors[0]);
 }
 
@@ -106,7 +106,7 @@ TEST_F(ObservedRows, TellWhyASensorIsRefused) {
                {"Sensor_2_Type", "OnboardTemp"},
                {"Sensor_3_Type", "CANTemp"}},
               {"record"}),
-      ElementsAre(testing::StartsWith("record sensor 0, type 0: completed at 0"),
+      ElementsAre("record sensor 0, type 0: completed at 0, took 7",
                   "record sensor 0, type 4: position taken at 1, took 0",
                   "record sensor 1, type 20: no kind at 1, took 0",
                   "record display interface 0, type 1: completed at 0, took 2",
@@ -141,4 +141,28 @@ TEST_F(ObservedRows, TellWhatBecomesOfTheirPoints) {
                           "point input 3, type 12, index 0: no class",
                           "point input 4, type 0, index 0: left",
                           "point output 0, type 4, index 1: no class"));
+}
+
+TEST_F(ObservedRows, TellWhichFansABoardTakes) {
+  EXPECT_THAT(LinesOf({{"Sensor_0_Fan_7_Rpm", "1200"}, {"Sensor_0_Type", "CANDcioAndFanRpm"}},
+                      {"point", "record"}),
+              ElementsAre("point fan 7, type 0, index 0: taken",
+                          testing::StartsWith("record sensor 0, type 8: completed at 0, took ")));
+}
+
+TEST_F(ObservedRows, TellWhichScratchVariablesARecordTakes) {
+  std::vector<const void*> taken;
+  m_Then = [&](const observe::Event& event) {
+    if (const auto* record = event.As<observe::Record>()) {
+      taken.assign(record->Taken.begin(), record->Taken.end());
+    }
+  };
+  LinesOf({{"Sensor_0_Type", "OnboardTemp"}}, {});
+  EXPECT_THAT(taken, testing::UnorderedElementsAre(&u32_NumAttribute, &uiSyncLossCounter,
+                                                   &b_Connected, &f_celsius));
+}
+
+TEST_F(ObservedRows, TellOfEachDeviceNodeOfTheTtable) {
+  EXPECT_THAT(LinesOf({{"TtableDeviceNode_7", "1"}}, {"record"}),
+              ElementsAre("record T-table device 7, type 0: completed at 0, took 0"));
 }

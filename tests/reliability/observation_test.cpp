@@ -181,7 +181,7 @@ TEST_F(Observation, ThatThrowsAtAnyEventEndsAndTheCyclesGoOn) {
   const std::vector<Traces> expected = Unobserved();
   EXPECT_EQ(expected[1].Result, 0);
   const std::size_t events = ExpectTheSame(expected);
-  EXPECT_GT(events, 100U);
+  EXPECT_GT(events, 200U);
   for (std::size_t nth = 1; nth <= events && !HasFailure(); ++nth) {
     SCOPED_TRACE(testing::Message() << "event " << nth);
     EXPECT_EQ(ExpectTheSame(expected, nth), nth);
