@@ -262,6 +262,26 @@ void PrepareCompanions(std::string const& file, bool log_is_open) {
   }
 }
 
+bool PrepareDatabase(std::string const& file, bool make_missing) {
+  if (StatusOfDatabase(file)) {
+    return true;
+  }
+  if (!make_missing) {
+    errno = ENOENT;
+    return false;
+  }
+  int const made = open(file.c_str(), O_CREAT | O_EXCL | O_RDWR | O_NOFOLLOW | O_CLOEXEC,
+                        S_IRUSR | S_IWUSR | S_IRGRP | S_IROTH);
+  if (made != -1) {
+    close(made);  // nobody has locked it yet, so that no lock goes with it
+    return true;
+  }
+  int const error = errno;
+  bool const made_by_another = StatusOfDatabase(file).has_value();
+  errno = error;
+  return made_by_another;
+}
+
 bool PrepareToOpen(std::string const& file, std::initializer_list<Companion> companions,
                    bool make_missing) {
   auto const database = StatusOfDatabase(file);

@@ -33,6 +33,12 @@ Standing Look(std::string const& file, Companion companion);
 /// or is not a regular file: SQLite would wait for ever for the other end of a pipe.
 void PrepareCompanions(std::string const& file, bool log_is_open = false);
 
+/// Called as SQLite is about to open the database: true when a regular file is there that nobody
+/// but its owner can take away, made now if it was missing and `make_missing`. Where nothing is,
+/// somebody else could put a pipe, for whose other end SQLite would wait for ever. When false,
+/// errno says why. Throws as PrepareCompanions() does.
+bool PrepareDatabase(std::string const& file, bool make_missing);
+
 /// Called as SQLite is about to open a companion: true when each is there and may be written by
 /// nobody who may not write `file`. `make_missing`: they are made first, if the effective user may.
 bool PrepareToOpen(std::string const& file, std::initializer_list<Companion> companions,

@@ -57,6 +57,9 @@ int Access(sqlite3_vfs* /*self*/, char const* name, int flags, int* result) noex
 
 bool MayOpen(char const* name, int flags) {
   bool const make = (flags & SQLITE_OPEN_CREATE) != 0;
+  if ((flags & SQLITE_OPEN_MAIN_DB) != 0) {
+    return PrepareDatabase(name, make);
+  }
   if ((flags & SQLITE_OPEN_WAL) != 0 && EndsWith(name, Companion::kLog)) {
     return PrepareToOpen(DatabaseOf(name, Companion::kLog), {Companion::kLog, Companion::kIndex},
                          make);

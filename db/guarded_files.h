@@ -1,4 +1,4 @@
-// SQLite's files as the system gives them, but for the companions of a database, which are looked
+// SQLite's files as the system gives them, but for a database and its companions, which are looked
 // at once more when SQLite decides on them; private to this folder.
 #pragma once
 

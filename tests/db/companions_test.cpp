@@ -1,9 +1,11 @@
 // Whose journal, write-ahead log and index are used in a folder where everybody makes files.
 #include <fcntl.h>
 #include <gmock/gmock.h>
+#include <sqlite3.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <cerrno>
 #include <fstream>
 
 #include "db/sql_database.h"
@@ -19,6 +21,23 @@ using testing::StartsWith;
 namespace fs = std::filesystem;
 
 constexpr char const* kCantOpen = "14:unable to open database file";
+
+std::string g_pipe;
+
+int PutPipeAndOpen(char const* name, int flags, int mode) {
+  if (name == g_pipe && mkfifo(name, 0644) == 0 && (flags & O_CREAT) != 0) {
+    errno = EACCES;  // as where fs.protected_fifos is set; SQLite then opens it for reading alone
+    return -1;
+  }
+  return open(name, flags, mode);
+}
+
+// A stranger's pipe stands at `name`, if nothing else does, when SQLite opens that.
+void PutPipeBeforeSqliteOpens(std::string const& name) {
+  g_pipe = name;
+  sqlite3_vfs* const files = sqlite3_vfs_find("unix");
+  files->xSetSystemCall(files, "open", reinterpret_cast<sqlite3_syscall_ptr>(&PutPipeAndOpen));
+}
 
 }  // namespace
 
@@ -86,6 +105,26 @@ TEST_F(Companions, PipeThatComesAfterTheLookDoesNotHoldAHost) {
                  : 2;
     });
     EXPECT_EQ(host.Wait(), 0) << "-1 when it was held";
+    RemoveAll();
+  }
+}
+
+// A host that finds no database asks again and again, and the stranger was waiting for that.
+TEST_F(Companions, PipeThatComesInPlaceOfAMissingDatabaseDoesNotHoldAHost) {
+  for (bool const write : {false, true}) {
+    SCOPED_TRACE(write ? "for writing" : "for reading");
+    Child host([&] {
+      alarm(10);
+      PutPipeBeforeSqliteOpens(file_);
+      CSQLdatabase database;
+      std::string const report = Stderr([&] {
+        write ? database.OpenDatabaseWrite(file_.c_str(), kNoMutex, 0)
+              : database.OpenDatabaseReadOnly(file_.c_str(), kNoMutex);
+      });
+      return report == (write ? "" : kCantOpen + std::string("\n")) ? 0 : 1;
+    });
+    EXPECT_EQ(host.Wait(), 0) << "-1 when it was held";
+    EXPECT_EQ(fs::is_regular_file(file_), write);
     RemoveAll();
   }
 }
