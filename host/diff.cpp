@@ -9,6 +9,7 @@
 #include "host/printable.h"
 #include "model/compare.h"
 #include "model/schema.h"
+#include "model/tree.h"
 #include "model/xml.h"
 
 namespace host {
@@ -21,22 +22,22 @@ struct Files {
   std::string After;
 };
 
-std::unique_ptr<QtSts::CStatus> Read(const std::string& path) {
+QtSts::DocumentTree Read(const std::string& path) {
   QtSts::XmlError error;
-  auto document = QtSts::ReadDocumentFile(path, &error);
+  const auto document = QtSts::ReadDocumentFile(path, &error);
   if (document == nullptr) {
     throw std::runtime_error(path + ": " + error.Text());
   }
-  return document;
+  return QtSts::DocumentTree(*document);
 }
 
 int Diff(const Files& files) {
-  const auto before = Read(files.Before);
-  const auto after = Read(files.After);
+  const QtSts::DocumentTree before = Read(files.Before);
+  const QtSts::DocumentTree after = Read(files.After);
   const StandardOutput output;
   std::string text;
   bool equal = true;
-  QtSts::Compare(*before, *after, [&](const QtSts::Difference& difference) {
+  QtSts::Compare(before, after, [&](const QtSts::Difference& difference) {
     equal = false;
     text += Printable(difference.Text()) + "\n";
     if (text.size() >= kBlock) {

@@ -1,10 +1,9 @@
 #include "model/compare.h"
 
 #include <algorithm>
+#include <span>
+#include <string_view>
 #include <utility>
-
-#include "model/listing.h"
-#include "model/xml.h"
 
 namespace QtSts {
 namespace {
@@ -12,7 +11,7 @@ namespace {
 constexpr const char* kAbsent = "absent";
 
 // A text between quotes, so that no text can be taken for anything else.
-std::string Quoted(const std::string& text) {
+std::string Quoted(std::string_view text) {
   constexpr std::pair<char, const char*> kEscapes[] = {
       {'"', "\\\""}, {'\\', "\\\\"}, {'\t', "\\t"}, {'\n', "\\n"}, {'\r', "\\r"}};
   std::string quoted = "\"";
@@ -29,38 +28,54 @@ std::string Quoted(const std::string& text) {
   return quoted + '"';
 }
 
-std::string ValueText(const Field& field, const void* value) {
+std::string TextOf(const TreeValue* value) {
   if (value == nullptr) {
     return kAbsent;
   }
-  std::string text;
-  field.Scalar->Format(value, &text);
-  CleanText(&text);
-  return field.Scalar == &listing::kText ? Quoted(text) : text;
+  return value->Kind() == ValueKind::kText ? Quoted(value->Text()) : value->Written();
 }
 
-// A list element of a listed class; others do not belong to the document.
-struct Element {
-  const void* Object;
-  const ClassInfo* Info;
-};
+std::string NameOf(const TreeElement* element) {
+  return element == nullptr || element->Class() == nullptr ? kAbsent : element->Class()->Name;
+}
 
-std::vector<Element> ElementsOf(const ListAccess& access, const void* list) {
-  std::vector<Element> elements;
-  const std::size_t count = list == nullptr ? 0 : access.Count(list);
-  for (std::size_t position = 0; position < count; ++position) {
-    const CBaseStatus* const element = access.At(list, position);
-    const ClassInfo* const info = element == nullptr ? nullptr : ClassOf(*element);
-    if (info != nullptr) {
-      elements.push_back({dynamic_cast<const void*>(element), info});
+// Of a list that is absent, none.
+TreeElement::Range ChildrenOf(const TreeElement* list) {
+  return list == nullptr ? TreeElement::Range(nullptr, nullptr) : list->Children();
+}
+
+// The values and children of an element, taken in order of its fields.
+class Taker {
+ public:
+  explicit Taker(const TreeElement& element)
+      : m_Values(element.Values()),
+        m_Child(element.Children().begin()),
+        m_End(element.Children().end()) {}
+
+  // What the element reports of `field`; null when nothing.
+  const TreeValue* TakeValue(const Field& field) {
+    if (m_Values.empty() || &m_Values.front().Listed() != &field) {
+      return nullptr;
     }
+    const TreeValue* const taken = m_Values.data();
+    m_Values = m_Values.subspan(1);
+    return taken;
   }
-  return elements;
-}
 
-const void* BaseOf(const ClassInfo& info, const void* object) {
-  return info.ToBase(const_cast<void*>(object));
-}
+  const TreeElement* TakeChild(const Field& field) {
+    if (m_Child == m_End || m_Child->Listed() != &field) {
+      return nullptr;
+    }
+    const TreeElement* const taken = &*m_Child;
+    ++m_Child;
+    return taken;
+  }
+
+ private:
+  std::span<const TreeValue> m_Values;
+  TreeElement::Iterator m_Child;
+  TreeElement::Iterator m_End;
+};
 
 using Visit = std::function<void(const Difference&)>;
 
@@ -68,59 +83,65 @@ class Comparison {
  public:
   explicit Comparison(const Visit& visit) : m_Visit(visit) {}
 
-  void CompareElements(const Element& before, const Element& after) {
-    if (before.Info != after.Info || before.Info == nullptr) {
+  // Null stands for an element that one side lacks.
+  void CompareElements(const TreeElement* before, const TreeElement* after) {
+    if (before == nullptr || after == nullptr || before->Class() != after->Class()) {
       Note(NameOf(before), NameOf(after));
-    } else {
-      CompareFields(*before.Info, before.Object, after.Object);
+    } else if (before->Class() != nullptr) {
+      CompareFields(*before, *after);
     }
   }
 
  private:
-  static std::string NameOf(const Element& element) {
-    return element.Info == nullptr ? kAbsent : element.Info->Name;
-  }
-
   void Note(std::string before, std::string after) {
     if (before != after) {
       m_Visit({m_Path.empty() ? "." : m_Path, std::move(before), std::move(after)});
     }
   }
 
-  void CompareFields(const ClassInfo& info, const void* before, const void* after) {
-    if (info.Base != nullptr) {
-      CompareFields(*info.Base, BaseOf(info, before), BaseOf(info, after));
-    }
+  void CompareFields(const TreeElement& before, const TreeElement& after) {
+    Taker of_before(before);
+    Taker of_after(after);
     const std::size_t outer = m_Path.size();
-    for (const Field* field = info.Fields; field != info.Fields + info.FieldCount; ++field) {
+    VisitEveryField(*before.Class(), [&](const Field& field) {
       m_Path += outer == 0 ? "" : "/";
-      m_Path += field->Name;
-      CompareField(*field, field->Read(before), field->Read(after));
+      m_Path += field.Name;
+      if (field.Scalar != nullptr) {
+        Note(TextOf(of_before.TakeValue(field)), TextOf(of_after.TakeValue(field)));
+      } else {
+        CompareChildren(field, of_before.TakeChild(field), of_after.TakeChild(field));
+      }
       m_Path.resize(outer);
-    }
+    });
   }
 
-  void CompareField(const Field& field, const void* before, const void* after) {
-    if (field.Scalar != nullptr) {
-      Note(ValueText(field, before), ValueText(field, after));
-    } else if (field.Elements != nullptr) {
-      CompareLists(ElementsOf(*field.Elements, before), ElementsOf(*field.Elements, after));
+  void CompareChildren(const Field& field, const TreeElement* before, const TreeElement* after) {
+    if (field.Elements != nullptr) {
+      CompareLists(ChildrenOf(before), ChildrenOf(after));
     } else if (before != nullptr || after != nullptr) {
-      const auto record = [&field](const void* object) {
-        return Element{object, object == nullptr ? nullptr : field.Record};
-      };
-      CompareElements(record(before), record(after));
+      CompareElements(before, after);
     }
   }
 
-  void CompareLists(const std::vector<Element>& before, const std::vector<Element>& after) {
-    const auto at = [](const std::vector<Element>& list, std::size_t position) {
-      return position < list.size() ? list[position] : Element{nullptr, nullptr};
+  void CompareLists(const TreeElement::Range& before, const TreeElement::Range& after) {
+    TreeElement::Iterator left = before.begin();
+    TreeElement::Iterator right = after.begin();
+    const auto next = [](TreeElement::Iterator& element, const TreeElement::Range& range) {
+      const TreeElement* const found = element == range.end() ? nullptr : &*element;
+      if (found != nullptr) {
+        ++element;
+      }
+      return found;
     };
     const std::size_t outer = m_Path.size();
-    for (std::size_t i = 0; i < std::max(before.size(), after.size()); ++i) {
-      m_Path += "[" + std::to_string(i) + "]";
-      CompareElements(at(before, i), at(after, i));
+    for (std::size_t position = 0;; ++position) {
+      const TreeElement* const of_before = next(left, before);
+      const TreeElement* const of_after = next(right, after);
+      if (of_before == nullptr && of_after == nullptr) {
+        break;
+      }
+      m_Path += "[" + std::to_string(position) + "]";
+      CompareElements(of_before, of_after);
       m_Path.resize(outer);
     }
   }
@@ -129,18 +150,16 @@ class Comparison {
   std::string m_Path;
 };
 
-// An object of a class without a listing has nothing to compare.
-Element AsElement(const CBaseStatus& object) {
-  const ClassInfo* const info = ClassOf(object);
-  return {info == nullptr ? nullptr : dynamic_cast<const void*>(&object), info};
-}
-
 }  // namespace
 
 std::string Difference::Text() const { return Path + ": " + Before + " -> " + After; }
 
+void Compare(const DocumentTree& before, const DocumentTree& after, const Visit& visit) {
+  Comparison(visit).CompareElements(&before.Root(), &after.Root());
+}
+
 void Compare(const CBaseStatus& before, const CBaseStatus& after, const Visit& visit) {
-  Comparison(visit).CompareElements(AsElement(before), AsElement(after));
+  Compare(DocumentTree(before), DocumentTree(after), visit);
 }
 
 std::vector<Difference> Compare(const CBaseStatus& before, const CBaseStatus& after) {

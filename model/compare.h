@@ -1,4 +1,4 @@
-// What differs between two documents, found by walking the listings.
+// What differs between two documents, found by walking their trees.
 #pragma once
 
 #include <functional>
@@ -7,6 +7,7 @@
 
 #include "model/base_status.h"
 #include "model/export.h"
+#include "model/tree.h"
 
 namespace QtSts {
 
@@ -31,6 +32,8 @@ STATUS_API std::vector<Difference> Compare(const CBaseStatus& before, const CBas
 
 // The same, each difference handed to `visit` as it is found, so that none takes memory longer.
 STATUS_API void Compare(const CBaseStatus& before, const CBaseStatus& after,
+                        const std::function<void(const Difference&)>& visit);
+STATUS_API void Compare(const DocumentTree& before, const DocumentTree& after,
                         const std::function<void(const Difference&)>& visit);
 
 }  // namespace QtSts

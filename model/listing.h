@@ -66,6 +66,17 @@ struct ClassInfo {
   constexpr std::span<const Field> OwnFields() const { return {Fields, FieldCount}; }
 };
 
+// Calls `visit` with each field of a class: first the fields of its base, then its own.
+template <class Visit>
+void VisitEveryField(const ClassInfo& info, const Visit& visit) {
+  if (info.Base != nullptr) {
+    VisitEveryField(*info.Base, visit);
+  }
+  for (const Field& field : info.OwnFields()) {
+    visit(field);
+  }
+}
+
 // Calls `visit` with each field of `object`, whose class is `info`, and with the part of the object
 // that the field's Read and Make take: first the fields of its base, then its own. Stops when
 // `visit` returns false; whether it never did.

@@ -17,11 +17,49 @@ class TreeBuilder {
   explicit TreeBuilder(DocumentTree* tree) : m_Tree(*tree) {}
 
   void Build(const ListedObject& root) {
+    Reserve(Count(root));
     AddObject(nullptr, root, 0, 0);
     SetPointers();
   }
 
  private:
+  struct Counts {
+    std::size_t Elements = 0;
+    std::size_t Values = 0;
+  };
+
+  // A document may be large: its vectors are made for what it holds, no larger.
+  void Reserve(const Counts& counts) {
+    m_Tree.m_Elements.reserve(counts.Elements);
+    m_Tree.m_Values.reserve(counts.Values);
+  }
+
+  // NOLINTNEXTLINE(misc-no-recursion): the document's depth is that of its classes
+  static Counts Count(const ListedObject& object) {
+    Counts counts{1, 0};
+    const auto add = [&counts](const ListedObject& held) {
+      const Counts more = Count(held);
+      counts.Elements += more.Elements;
+      counts.Values += more.Values;
+      return true;
+    };
+    object.VisitFields([&](const ListedField& field) {
+      if (!field.IsReported()) {
+        return true;
+      }
+      if (field.Listed().Scalar != nullptr) {
+        ++counts.Values;
+        return true;
+      }
+      if (field.Listed().Elements == nullptr) {
+        return add(field.Record());
+      }
+      ++counts.Elements;
+      return field.VisitElements(add);
+    });
+    return counts;
+  }
+
   // Begins an element; its position among all.
   std::size_t Begin(const Field* field, const ClassInfo* info, std::size_t position,
                     std::size_t parent) {
