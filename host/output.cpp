@@ -5,9 +5,11 @@
 #include <unistd.h>
 
 #include <cerrno>
+#include <climits>
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
+#include <optional>
 #include <stdexcept>
 #include <system_error>
 #include <utility>
@@ -91,15 +93,71 @@ mode_t DefaultMode() {
   return 0666 & ~mask;
 }
 
+// What the new file takes over of the permissions of the old one: never that programs run with the
+// rights of its owner, and not that others may write it, where somebody else has allowed that.
+mode_t KeptMode(const struct stat& status) {
+  return status.st_mode & (status.st_uid == geteuid() ? 0777 : 0755);
+}
+
+// Whether the kernel follows a link of `owner` in `folder` where fs.protected_symlinks is set: in a
+// folder where everybody makes files, only those of the effective user and of the folder's owner.
+bool MayFollow(uid_t owner, const std::filesystem::path& folder) {
+  struct stat status = {};
+  if (stat(folder.empty() ? "." : folder.c_str(), &status) != 0) {
+    return false;
+  }
+  const bool everybodys = (status.st_mode & S_ISVTX) != 0 && (status.st_mode & S_IWOTH) != 0;
+  return !everybodys || owner == geteuid() || owner == status.st_uid;
+}
+
+// Where the symbolic link of this name leads; nothing when there is none. What is asked is asked of
+// one link, whatever takes its place meanwhile.
+std::optional<std::filesystem::path> LinkAt(const std::filesystem::path& path) {
+  const int link = open(path.c_str(), O_PATH | O_NOFOLLOW | O_CLOEXEC);
+  if (link == -1) {
+    return std::nullopt;
+  }
+  struct stat status = {};
+  char target[PATH_MAX];
+  const bool found = fstat(link, &status) == 0 && S_ISLNK(status.st_mode);
+  const ssize_t length = found ? readlinkat(link, "", target, sizeof target) : 0;
+  close(link);
+  if (!found) {
+    return std::nullopt;
+  }
+  if (length <= 0 || !MayFollow(status.st_uid, path.parent_path())) {
+    errno = EACCES;
+    Fail(path.string());
+  }
+  return std::string(target, static_cast<std::size_t>(length));
+}
+
 // Where the file of this name stands or is to stand: at the end of its symbolic links, whether
 // there is a file or not.
 std::string TargetOf(const std::string& path) {
-  namespace fs = std::filesystem;
-  fs::path target = path;
-  while (fs::is_symlink(fs::symlink_status(target))) {
-    target = target.parent_path() / fs::read_symlink(target);
+  constexpr int kMostLinks = 40;  // as many as the kernel follows on one path
+  std::filesystem::path target = path;
+  for (int links = 0; const auto link = LinkAt(target); ++links) {
+    if (links == kMostLinks) {
+      errno = ELOOP;
+      Fail(path);
+    }
+    target = target.parent_path() / *link;
   }
   return target.string();
+}
+
+// Whether a file stands at `path`, by `read`, which is stat or lstat.
+bool IsThere(const std::string& path, const std::string& asked_for,
+             int (*read)(const char*, struct stat*), struct stat* status) {
+  const bool exists = read(path.c_str(), status) == 0;
+  if (!exists && errno != ENOENT) {
+    Fail(asked_for);  // links without an end, too
+  }
+  if (exists && !S_ISREG(status->st_mode)) {
+    throw std::runtime_error(asked_for + " is not a regular file");
+  }
+  return exists;
 }
 
 // The new name is safe on the disk only with its folder.
@@ -142,16 +200,11 @@ bool StandardOutput::WantsColour() const {
 
 void WriteFile(const std::string& path, std::string_view text) {
   struct stat status = {};
-  const bool exists = stat(path.c_str(), &status) == 0;
-  if (!exists && errno != ENOENT) {
-    Fail(path);  // links without an end, too
-  }
-  if (exists && !S_ISREG(status.st_mode)) {
-    throw std::runtime_error(path + " is not a regular file");
-  }
+  IsThere(path, path, &stat, &status);
   const std::string target = TargetOf(path);
+  const bool exists = IsThere(target, path, &lstat, &status);
   NewFile file(target);
-  file.Fill(text, exists ? status.st_mode & 07777 : DefaultMode());
+  file.Fill(text, exists ? KeptMode(status) : DefaultMode());
   file.TakeOverName();
   SyncFolder(target);
 }

@@ -30,8 +30,10 @@ class StandardOutput {
 
 // Makes the file at `path` hold `text`, whole or not at all: the text goes to a new file in the
 // same folder, which takes the name only once it is safe on the disk. A symbolic link is followed,
-// also to a file that is not there yet; the permissions of a file that was there are kept. Throws
-// std::runtime_error, also when something else than a regular file stands there.
+// also to a file that is not there yet, unless another user has put it in a folder of everybody's.
+// The permissions of a file that was there are kept: those to read, write and run it, and of
+// another user's file not those to write it of group and others. Throws std::runtime_error, also
+// when something else than a regular file stands there.
 void WriteFile(const std::string& path, std::string_view text);
 
 }  // namespace host

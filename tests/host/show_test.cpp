@@ -5,6 +5,8 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <cerrno>
+#include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <nlohmann/json.hpp>
@@ -38,6 +40,8 @@ using testing::StartsWith;
 constexpr int kAllWell = 0;
 constexpr int kFailed = 1;
 constexpr int kTrouble = 2;
+
+constexpr uid_t kSomebody = 1001;  // who is not the user of the tests
 
 ProgramResult Collector(const std::vector<std::string>& arguments,
                         const std::vector<std::string>& environment = {}) {
@@ -167,6 +171,12 @@ TEST_F(ShowTest, LeavesReportsAboutABlankedOutputToHostsThatGoOn) {
   EXPECT_THAT(log.Read(), testing::IsEmpty());
 }
 
+mode_t Mode(const std::string& path) {
+  struct stat status = {};
+  stat(path.c_str(), &status);
+  return status.st_mode & 07777;
+}
+
 class OutputTest : public ShowTest {
  protected:
   void SetUp() override {
@@ -194,9 +204,7 @@ TEST_F(OutputTest, WritesTheDocumentToAFile) {
   EXPECT_EQ(result.Output, "");
   EXPECT_TRUE(test_support::IsValidDocument(Read(m_File)));
   EXPECT_THAT(Files(), testing::ElementsAre("status.xml"));
-  struct stat status = {};
-  stat(m_File.c_str(), &status);
-  EXPECT_EQ(status.st_mode & 0777, 0644U);
+  EXPECT_EQ(Mode(m_File), 0644U);
 }
 
 TEST_F(OutputTest, WritesTheDocumentOfAFailedCycle) {
@@ -210,9 +218,21 @@ TEST_F(OutputTest, ReplacesAFileAndKeepsItsPermissions) {
   chmod(m_File.c_str(), 0600);
   EXPECT_EQ(Collector({"show", "--output", m_File}).ExitCode, kAllWell);
   EXPECT_THAT(Read(m_File), StartsWith("Needs attention"));
-  struct stat status = {};
-  stat(m_File.c_str(), &status);
-  EXPECT_EQ(status.st_mode & 0777, 0600U);
+  EXPECT_EQ(Mode(m_File), 0600U);
+}
+
+// A user could lay a file ready that became one of root's, run with root's rights, and writable.
+TEST_F(OutputTest, KeepsNoPermissionThatAnotherUserHasChosenForHimself) {
+  Write(m_File, "old");
+  chmod(m_File.c_str(), 06777);
+  EXPECT_EQ(Collector({"show", "--output", m_File}).ExitCode, kAllWell);
+  EXPECT_EQ(Mode(m_File), 0777U) << "one's own";
+  if (lchown(m_File.c_str(), kSomebody, kSomebody) != 0) {
+    GTEST_SKIP() << "no other users: " << std::strerror(errno);
+  }
+  chmod(m_File.c_str(), 06777);
+  EXPECT_EQ(Collector({"show", "--output", m_File}).ExitCode, kAllWell);
+  EXPECT_EQ(Mode(m_File), 0755U) << "somebody else's";
 }
 
 TEST_F(OutputTest, FollowsASymbolicLink) {
@@ -232,6 +252,29 @@ TEST_F(OutputTest, FollowsASymbolicLinkToAFileThatIsNotThereYet) {
   EXPECT_THAT(Files(), testing::ElementsAre("kept", "second", "status.xml"));
   EXPECT_TRUE(fs::is_symlink(m_File));
   EXPECT_THAT(Read(m_Folder + "/kept/real"), StartsWith("Needs attention"));
+}
+
+// Where fs.protected_symlinks is set, the kernel would follow none of these, but was only asked
+// about the name before the link came.
+TEST_F(OutputTest, FollowsNoLinkOfAnotherUserInAFolderOfEverybody) {
+  const std::string secret = m_Folder + "-secret";
+  Write(secret, "old");
+  fs::create_symlink(secret, m_File);
+  chmod(m_Folder.c_str(), 01777);
+  if (lchown(m_File.c_str(), kSomebody, kSomebody) != 0) {
+    GTEST_SKIP() << "no other users: " << std::strerror(errno);
+  }
+  const ProgramResult result = Collector({"show", "--output", m_File});
+  EXPECT_EQ(result.ExitCode, kTrouble);
+  EXPECT_THAT(result.Errors,
+              testing::EndsWith("statuscollector: " + m_File + ": Permission denied\n"));
+  EXPECT_EQ(Read(secret), "old");
+  chmod(m_Folder.c_str(), 0755);
+  EXPECT_EQ(Collector({"show", "--output", m_File}).ExitCode, kAllWell) << "root's folder";
+  EXPECT_THAT(Read(secret), StartsWith("Needs attention"));
+  ASSERT_EQ(lchown(m_Folder.c_str(), kSomebody, kSomebody), 0);
+  chmod(m_Folder.c_str(), 01777);
+  EXPECT_EQ(Collector({"show", "--output", m_File}).ExitCode, kAllWell) << "of the link's owner";
 }
 
 // It used to be replaced, too.
