@@ -29,6 +29,7 @@ bool g_out_of_memory = false;
 [[gnu::noinline]] void* operator new(std::size_t size, const std::nothrow_t& /*tag*/) noexcept {
   return g_out_of_memory ? nullptr : std::malloc(size);
 }
+[[gnu::noinline]] void* operator new[](std::size_t size) { return operator new(size); }
 [[gnu::noinline]] void* operator new[](std::size_t size, const std::nothrow_t& tag) noexcept {
   return operator new(size, tag);
 }
