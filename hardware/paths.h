@@ -39,7 +39,7 @@ namespace paths {
 inline constexpr char kStatusDatabase[] = "/dev/shm/status.db";
 inline constexpr TextSource kConfigurationTimestamp{
     "/var/www/localhost/htdocs/korvane/syscontrol/1.0/configuration/conftimestamp", Access::kRead,
-    512};
+    512, Links::kTrusted};
 
 // Device nodes.
 inline constexpr char kRouter[] = "/dev/travex";

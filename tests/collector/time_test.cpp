@@ -1,8 +1,11 @@
 // The time fields, and the file that tells when the configuration was last changed.
 
 #include <sys/stat.h>
+#include <unistd.h>
 
+#include <cerrno>
 #include <cstdlib>
+#include <cstring>
 #include <ctime>
 
 #include "sandbox/files.h"
@@ -160,6 +163,22 @@ TEST_F(TimeTest, OfTheConfigurationDoesNotWaitForAPipe) {
   sandbox::RemoveFile(kTimestamp);
   ASSERT_EQ(mkfifo(kTimestamp, 0644), 0);
   EXPECT_EQ(Timestamp(), "");
+}
+
+// Who may write the folder of the configuration, as a web server may, used to see every file that
+// the host may read in the document.
+TEST_F(TimeTest, OfTheConfigurationIsNotBehindALinkOfAnotherUser) {
+  sandbox::WriteFile("/secret", "secret");
+  sandbox::WriteFile(kTimestamp, "");
+  sandbox::RemoveFile(kTimestamp);
+  sandbox::MakeLink(kTimestamp, "/secret");
+  EXPECT_EQ(Timestamp(), "secret") << "one's own";
+  constexpr uid_t kSomebody = 33;
+  if (lchown(kTimestamp, kSomebody, kSomebody) != 0) {
+    GTEST_SKIP() << "no other users: " << std::strerror(errno);
+  }
+  sandbox::WriteFile("/secret", "other");
+  EXPECT_EQ(Timestamp(), "secret") << "as without a file";
 }
 
 }  // namespace
