@@ -55,7 +55,13 @@ int Access(sqlite3_vfs* /*self*/, char const* name, int flags, int* result) noex
   return g_system->xAccess(g_system, name, flags, result);
 }
 
+// A journal can name any file as the one that it shares with the journals of other databases. What
+// the journal holds has been rolled back when SQLite asks for that file, to delete it once no other
+// journal names it. That is left to the programs that use several databases.
 bool MayOpen(char const* name, int flags) {
+  if ((flags & SQLITE_OPEN_SUPER_JOURNAL) != 0) {
+    return false;
+  }
   bool const make = (flags & SQLITE_OPEN_CREATE) != 0;
   if ((flags & SQLITE_OPEN_MAIN_DB) != 0) {
     return PrepareDatabase(name, make);
