@@ -1,5 +1,7 @@
 #include "model/can_sensors.h"
 
+#include "model/listing_rows.h"
+
 namespace QtSts {
 namespace {
 

@@ -1,5 +1,7 @@
 #include "model/dcio_boards.h"
 
+#include "model/listing_rows.h"
+
 namespace QtSts {
 namespace {
 

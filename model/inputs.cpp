@@ -1,5 +1,7 @@
 #include "model/inputs.h"
 
+#include "model/listing_rows.h"
+
 namespace QtSts {
 namespace {
 

@@ -1,5 +1,7 @@
 #include "model/io_points.h"
 
+#include "model/listing_rows.h"
+
 namespace QtSts {
 namespace {
 

@@ -1,5 +1,7 @@
 #include "model/network.h"
 
+#include "model/listing_rows.h"
+
 namespace QtSts {
 namespace {
 

@@ -1,5 +1,7 @@
 #include "model/outputs.h"
 
+#include "model/listing_rows.h"
+
 namespace QtSts {
 namespace {
 

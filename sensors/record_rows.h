@@ -11,7 +11,7 @@
 
 #include "collector/state/numbers.h"
 #include "collector/state/row_tables.h"
-#include "model/listing.h"
+#include "model/listing_rows.h"
 #include "sensors/record_builder.h"
 
 namespace sensors {
@@ -41,8 +41,8 @@ inline constexpr std::array<Taken, 1> kTakenOnce = {
 // Integers wrap to the width of the member; an optional value is made.
 template <class Member, class Value>
 void Assign(Member& member, const Value& value) {
-  using Held = QtSts::listing::Owned<Member>;
-  if constexpr (Held::kIsPointer) {
+  using Held = QtSts::listing::Held<Member>;
+  if constexpr (Held::kIsOptional) {
     if (member == nullptr) {
       member = std::make_unique<typename Held::Type>(value);
     } else {

@@ -15,6 +15,7 @@
 #include <vector>
 
 #include "model/document.h"
+#include "model/listing_rows.h"
 #include "tests/model/forgetful.h"
 #include "tests/model/record_layouts.h"
 
