@@ -1,72 +1,20 @@
 // The list of model elements: positional, growing, owning.
 #pragma once
 
-#include <algorithm>
-#include <cstddef>
-#include <functional>
 #include <memory>
-#include <new>
 #include <vector>
+
+#include "model/export.h"
 
 namespace QtSts {
 
 // How lists delete what they own.
 namespace owning {
 
-// False when every pointer stands once; true also when there is no memory to tell.
-template <class Pointer>
-bool MayRepeat(const std::vector<Pointer>& elements) {
-  constexpr std::size_t kFew = 64;
-  Pointer few[kFew];
-  std::unique_ptr<Pointer[]> many;
-  if (elements.size() > kFew) {
-    many.reset(new (std::nothrow) Pointer[elements.size()]);
-    if (many == nullptr) {
-      return true;
-    }
-  }
-  Pointer* const sorted = many == nullptr ? few : many.get();
-  Pointer* const end = std::copy(elements.begin(), elements.end(), sorted);
-  std::sort(sorted, end, std::less<>());
-  return std::adjacent_find(sorted, end) != end;
-}
-
-inline std::size_t LowestBit(std::size_t number) { return number & (~number + 1); }
-
-// Whether `element` is among the first `count`, which lie in sorted runs: one for each bit of
-// `count`, the longest first.
-template <class Pointer>
-bool IsAmong(const Pointer* elements, std::size_t count, Pointer element) {
-  std::size_t end = count;
-  while (end > 0) {
-    const std::size_t begin = end - LowestBit(end);
-    if (std::binary_search(elements + begin, elements + end, element, std::less<>())) {
-      return true;
-    }
-    end = begin;
-  }
-  return false;
-}
-
 // Calls `destroy` for the elements from front to back, for each distinct one once. Nothing is
-// written into them. A list may be long, and there may be no memory: the elements that are done
-// with then make room for the search.
+// written into them. Made for the pointers that the lists of the model hold.
 template <class Pointer>
-void DestroyEachOnce(std::vector<Pointer>& elements, void (*destroy)(Pointer)) {
-  if (!MayRepeat(elements)) {
-    std::for_each(elements.begin(), elements.end(), destroy);
-    return;
-  }
-  Pointer* const first = elements.data();
-  for (std::size_t done = 0; done < elements.size();) {
-    const Pointer element = first[done];
-    if (!IsAmong(first, done, element)) {
-      destroy(element);
-    }
-    ++done;
-    std::sort(first + (done - LowestBit(done)), first + done, std::less<>());
-  }
-}
+STATUS_API void DestroyEachOnce(std::vector<Pointer>& elements, void (*destroy)(Pointer));
 
 template <class T>
 void Delete(T* element) {
