@@ -26,17 +26,25 @@ long long Now() noexcept { return Read(CLOCK_MONOTONIC_COARSE); }
 Budget::Nanoseconds Budget::ThreadTime() noexcept { return Read(CLOCK_THREAD_CPUTIME_ID); }
 
 void Budget::Restart() noexcept {
-  calls_left_ = kSteps / kStepsPerCall;
+  steps_left_ = kSteps;
   memory_ = sqlite3_memory_used() + (kMebibytes << 20);
   measures_ = false;
   look_ = Now() + kSecond;
 }
 
 int Budget::Spend(void* budget) noexcept {
-  auto& self = *static_cast<Budget*>(budget);
+  return static_cast<Budget*>(budget)->Spend(kStepsPerCall);
+}
+
+int Budget::SpendClosely(void* budget) noexcept {
+  return static_cast<Budget*>(budget)->Spend(kStepsPerCloseCall);
+}
+
+int Budget::Spend(int steps) noexcept {
   Nanoseconds const now = Now();
-  bool const spent = --self.calls_left_ < 0 || sqlite3_memory_used() > self.memory_ ||
-                     (now >= self.look_ && self.Late(now));
+  steps_left_ -= steps;
+  bool const spent =
+      steps_left_ < 0 || sqlite3_memory_used() > memory_ || (now >= look_ && Late(now));
   return spent ? 1 : 0;
 }
 

@@ -20,6 +20,7 @@ class Budget {
   static constexpr int kSeconds = 10;
   static constexpr int kMebibytes = 128;
   static constexpr int kStepsPerCall = 100;
+  static constexpr int kStepsPerCloseCall = 1;
 
   void Restart() noexcept;
 
@@ -38,13 +39,17 @@ class Budget {
   /// Progress handler of SQLite, called every kStepsPerCall steps: nonzero ends the run.
   static int Spend(void* budget) noexcept;
 
+  /// The same, called every kStepsPerCloseCall steps.
+  static int SpendClosely(void* budget) noexcept;
+
  private:
   using Nanoseconds = long long;
 
   static Nanoseconds ThreadTime() noexcept;
   bool Late(Nanoseconds now) noexcept;
+  int Spend(int steps) noexcept;
 
-  int calls_left_ = 0;
+  int steps_left_ = 0;
   long long memory_ = 0;  ///< In bytes, where the run ends.
   bool measures_ = false;
   Nanoseconds look_ = 0;     ///< Of the coarse clock: the limit is not reached before.

@@ -251,7 +251,8 @@ CppSQLite3Statement CppSQLite3DB::compileStatement(char const* sql) {
     sqlitedb::CompileReading(*prepared, sql);
     return CppSQLite3Statement(std::move(prepared));
   }
-  connection_->checked.clear();  // compiling may read the schema
+  connection_->checked.clear();                         // compiling may read the schema
+  { sqlitedb::Snapshot const snapshot(*connection_); }  // reads it, and more carefully
   int const code = sqlite3_prepare_v2(db, sql, -1, &prepared->stmt, nullptr);
   if (code != SQLITE_OK) {
     throw connection_->Failed(db, code);

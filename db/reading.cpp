@@ -62,6 +62,36 @@ class Limits {
   int before_[std::size(kLimits)];
 };
 
+// Refuses what SQLite reads with a schema beside the schema: the table of what ANALYZE found, whose
+// generated columns it computes. SQLite does without. Its own statements have no text; that of the
+// schema has five columns, that of the table three.
+int SpendOnSchema(void* of_connection) noexcept {
+  constexpr int kColumnsOfStatistics = 3;
+  auto& connection = *static_cast<Connection*>(of_connection);
+  sqlite3_stmt* const newest = sqlite3_next_stmt(connection.db, nullptr);
+  bool const statistics = newest != nullptr && sqlite3_sql(newest) == nullptr &&
+                          sqlite3_column_count(newest) == kColumnsOfStatistics;
+  return statistics ? 1 : Budget::SpendClosely(&connection.budget);
+}
+
+// While SQLite reads the schema.
+class CloseLook {
+ public:
+  explicit CloseLook(Connection& connection) : connection_(connection) {
+    sqlite3_progress_handler(connection.db, Budget::kStepsPerCloseCall, &SpendOnSchema,
+                             &connection);
+  }
+  CloseLook(CloseLook const&) = delete;
+  CloseLook& operator=(CloseLook const&) = delete;
+  ~CloseLook() {
+    sqlite3_progress_handler(connection_.db, Budget::kStepsPerCall, &Budget::Spend,
+                             &connection_.budget);
+  }
+
+ private:
+  Connection& connection_;
+};
+
 class Rows {
  public:
   Rows(Connection& connection, std::string const& sql) : connection_(connection) {
@@ -183,6 +213,7 @@ bool Reads(char const* sql) noexcept {
 }
 
 Snapshot::Snapshot(Connection& connection) : connection_(connection) {
+  CloseLook const look(connection);
   int code = SQLITE_OK;
   if (connection.touch == nullptr) {
     code = sqlite3_prepare_v2(connection.db, kTouch, -1, &connection.touch, nullptr);
