@@ -13,7 +13,6 @@ namespace {
 
 // A row whatever the schema, so that the transaction lasts until the statement is reset.
 constexpr char const* kTouch = "SELECT EXISTS(SELECT 1 FROM sqlite_schema)";
-constexpr char const* kViews = "SELECT name, sql FROM sqlite_schema WHERE type='view'";
 
 // What calls code that no limit can end: how the name of an operation begins, and what to call it
 // where EXPLAIN gives no name of a function. A list of what is allowed would be safer, but a newer
@@ -124,35 +123,109 @@ class Rows {
 
 bool StartsWith(std::string const& text, char const* begin) { return text.rfind(begin, 0) == 0; }
 
-void CheckViews(Connection& connection, std::string const& sql) {
+struct Entry {
+  std::string type;
+  std::string name;
+  std::string table;
+  std::string sql;
+};
+
+// An index that a writer put on the schema's own table is not asked: it may hide entries.
+template <class Look>
+void ForEachEntry(Connection& connection, Look look) {
+  Rows rows(connection, "SELECT type, name, tbl_name, sql FROM sqlite_schema NOT INDEXED");
+  while (rows.Next()) {
+    look(Entry{rows.Text(0), rows.Text(1), rows.Text(2), rows.Text(3)});
+  }
+}
+
+bool IsView(Entry const& entry) { return entry.type == "view"; }
+
+// SQLite writes the text of a table anew, so that it begins in one way only.
+bool IsVirtualTable(Entry const& entry) {
+  constexpr char const* kTable = "CREATE TABLE ";
+  return entry.type == "table" &&
+         sqlite3_strnicmp(entry.sql.c_str(), kTable, static_cast<int>(std::strlen(kTable))) != 0;
+}
+
+// Only SQLite can have made such an index, and it does not.
+void CheckIndex(Entry const& entry) {
+  constexpr char const* kOwn = "sqlite_";
+  if (entry.type == "index" && !entry.sql.empty() &&
+      sqlite3_strnicmp(entry.table.c_str(), kOwn, static_cast<int>(std::strlen(kOwn))) == 0) {
+    throw CppSQLite3Exception(SQLITE_ERROR, "index " + entry.name + " is on " + entry.table);
+  }
+}
+
+[[noreturn]] void RefuseVirtualTable() {
+  throw CppSQLite3Exception(SQLITE_ERROR, "table or view reads a virtual table");
+}
+
+[[noreturn]] void RefuseNested(std::string const& view, std::string const& other) {
+  throw CppSQLite3Exception(SQLITE_ERROR, "view " + view + " reads view " + other);
+}
+
+// Compiling a statement reads the text of its views, and asks its virtual tables, which then read
+// tables and views of their own.
+class Named {
+ public:
+  explicit Named(std::string const& sql) : sql_(Words(sql)) {}
+
+  /// What the statement names.
+  void Look(Entry const& entry) {
+    CheckIndex(entry);
+    if (!IsView(entry) && !IsVirtualTable(entry)) {
+      return;
+    }
+    std::string words = Words(entry.name);
+    if (sql_.find(words) == std::string::npos) {
+      return;
+    }
+    if (IsVirtualTable(entry)) {
+      RefuseVirtualTable();
+    }
+    if (char const* fault = FaultOfView(entry.sql)) {
+      throw CppSQLite3Exception(SQLITE_ERROR, "view " + entry.name + " " + fault);
+    }
+    for (View const& view : views_) {
+      if (view.words == words) {
+        RefuseNested(entry.name, view.name);  // which cannot be told from its text
+      }
+    }
+    views_.push_back({entry.name, std::move(words), Words(entry.sql)});
+  }
+
+  bool HasViews() const noexcept { return !views_.empty(); }
+
+  /// What its views name.
+  void LookIntoViews(Entry const& entry) const {
+    if (!IsView(entry) && !IsVirtualTable(entry)) {
+      return;
+    }
+    std::string const words = Words(entry.name);
+    for (View const& view : views_) {
+      if (entry.name != view.name && view.sql.find(words) != std::string::npos) {
+        IsView(entry) ? RefuseNested(view.name, entry.name) : RefuseVirtualTable();
+      }
+    }
+  }
+
+ private:
   struct View {
     std::string name;
     std::string words;
-    std::string sql;
+    std::string sql;  ///< Its words.
   };
-  std::vector<View> views;
-  for (Rows rows(connection, kViews); rows.Next();) {
-    std::string name = rows.Text(0);
-    std::string words = Words(name);
-    views.push_back({std::move(name), std::move(words), rows.Text(1)});
-  }
-  if (views.empty()) {
-    return;
-  }
-  std::string const wanted = Words(sql);
-  for (View const& view : views) {
-    if (wanted.find(view.words) == std::string::npos) {
-      continue;
-    }
-    if (char const* fault = FaultOfView(view.sql)) {
-      throw CppSQLite3Exception(SQLITE_ERROR, "view " + view.name + " " + fault);
-    }
-    std::string const read = Words(view.sql);
-    for (View const& other : views) {
-      if (other.words != view.words && read.find(other.words) != std::string::npos) {
-        throw CppSQLite3Exception(SQLITE_ERROR, "view " + view.name + " reads view " + other.name);
-      }
-    }
+
+  std::string sql_;
+  std::vector<View> views_;  ///< Few, since no two have the same words.
+};
+
+void CheckSchema(Connection& connection, std::string const& sql) {
+  Named named(sql);
+  ForEachEntry(connection, [&](Entry const& entry) { named.Look(entry); });
+  if (named.HasViews()) {
+    ForEachEntry(connection, [&](Entry const& entry) { named.LookIntoViews(entry); });
   }
 }
 
@@ -163,7 +236,7 @@ void CheckProgram(Connection& connection, std::string const& sql) {
   for (Rows rows(connection, "EXPLAIN " + sql); rows.Next();) {
     std::string const operation = rows.Text(1);
     if (operation == kVirtualTable) {
-      throw CppSQLite3Exception(SQLITE_ERROR, "table or view reads a virtual table");
+      RefuseVirtualTable();
     }
     for (auto const& call : kCalls) {
       if (StartsWith(operation, call.begin)) {
@@ -193,7 +266,7 @@ void Compile(Prepared& prepared, std::string const& sql) {
 void CheckAndCompile(Prepared& prepared, std::string const& sql) {
   Connection& connection = *prepared.connection;
   connection.checked.clear();
-  CheckViews(connection, sql);
+  CheckSchema(connection, sql);
   CheckProgram(connection, sql);
   Compile(prepared, sql);
   connection.checked = sql;

@@ -97,6 +97,7 @@ int CSQLdatabase::OpenDatabaseReadOnly(char const* file, unsigned short flags) {
 int CSQLdatabase::CreateTable(char const* name, unsigned short id) {
   return ReportFailure([&] {
     RequireName(name);
+    m_DB.compileStatement("SELECT 1 FROM sqlite_schema");  // looks at what CREATE will change
     Run("CREATE TABLE IF NOT EXISTS " + Quoted(name) +
         "(address TEXT PRIMARY KEY, value TEXT) WITHOUT ROWID");
     table_names_[id] = name;

@@ -5,8 +5,11 @@
 #include <ctime>
 
 #include "tests/db/database_fixture.h"
+#include "tests/db/interposed.h"
 
 namespace {
+
+namespace fs = std::filesystem;
 
 using testing::ElementsAre;
 using testing::Pair;
@@ -57,4 +60,72 @@ TEST_F(HostileSchema, StatisticsAreNotRead) {
 TEST_F(HostileSchema, DatabaseThatWasAnalyzedIsRead) {
   Make(std::string(kTable) + "CREATE INDEX i ON status(value); ANALYZE");
   EXPECT_EQ(Read(), "");
+}
+
+// Virtual tables read their settings when a statement is compiled.
+TEST_F(HostileSchema, VirtualTableIsRefusedBeforeItIsAsked) {
+  for (char const* name : {"status", "f"}) {
+    SCOPED_TRACE(name);
+    fs::remove(file_);
+    Make(std::string("CREATE VIRTUAL TABLE ") + name +
+         " USING fts5(address, value); PRAGMA writable_schema=ON;"
+         "UPDATE sqlite_schema SET type='view', rootpage=0, sql='CREATE VIEW " +
+         name + "_config AS SELECT " + kSlow + " AS k, 1 AS v' WHERE name='" + name + "_config'");
+    if (std::string(name) != "status") {
+      ASSERT_EQ(Foreign(file_).Do("CREATE VIEW status AS SELECT address, value FROM F"), "");
+    }
+    EXPECT_EQ(Read(), "1:table or view reads a virtual table");
+  }
+}
+
+// An index may be told to be one of the schema, which it need not agree with.
+TEST_F(HostileSchema, IndexOfTheSchemaHidesNoView) {
+  for (char const* columns : {"type", kSlow}) {
+    SCOPED_TRACE(columns);
+    fs::remove(file_);
+    Make(
+        "CREATE TABLE t(x, y); INSERT INTO t VALUES('a','1');"
+        "CREATE TABLE s(type, name, tbl_name, rootpage, sql); CREATE INDEX i ON s(type);"
+        "CREATE VIEW status AS SELECT x AS address, (SELECT y) AS value FROM t;"
+        "PRAGMA writable_schema=ON;"
+        "UPDATE sqlite_schema SET tbl_name='sqlite_master', "
+        "sql='CREATE INDEX i ON sqlite_master(" +
+        std::string(columns) + ")' WHERE name='i'");
+    std::string const refused = "1:index i is on sqlite_master";
+    EXPECT_EQ(Read(), refused);
+    std::clock_t const start = std::clock();
+    EXPECT_EQ(Stderr([&] {
+                database_.OpenDatabaseWrite(file_.c_str(), kNoMutex, 0);
+                database_.CreateTable("s", 1);
+                database_.CreateTable("packages", 2);
+              }),
+              refused + "\n" + refused + "\n");
+    EXPECT_LT(std::clock() - start, 2 * CLOCKS_PER_SEC);
+  }
+}
+
+// "status" and "status!" have the same words.
+TEST_F(HostileSchema, ViewsThatDifferInSignsOnlyAreNested) {
+  std::string sql = "CREATE VIEW \"status \" AS SELECT 1 AS address, 2 AS value;";
+  std::string last = "status ";
+  for (int i = 0; i < 20; ++i) {
+    std::string const next = last + "!";
+    sql +=
+        "CREATE VIEW \"" + next + "\" AS SELECT a.* FROM \"" + last + "\" a, \"" + last + "\" b;";
+    last = next;
+  }
+  Make(sql + "CREATE VIEW status AS SELECT * FROM \"" + last + '"');
+  EXPECT_EQ(Read(), "1:view status ! reads view status ");
+}
+
+TEST_F(HostileSchema, ViewsOfOthersTakeNoMemory) {
+  Make(std::string(kTable) +
+       "PRAGMA writable_schema=ON;"
+       "WITH RECURSIVE c(x) AS (SELECT 1 UNION ALL SELECT x+1 FROM c LIMIT 1000) "
+       "INSERT INTO sqlite_schema SELECT 'view', 'v'||x, 'v'||x, 0, 'CREATE VIEW v'||x||'/*'||"
+       "hex(zeroblob(15000))||'*/ AS SELECT 1' FROM c");
+  g_most_bytes = g_bytes;
+  std::size_t const before = g_bytes;
+  EXPECT_EQ(Read(), "");
+  EXPECT_LT(g_most_bytes - before, 1U << 20);
 }

@@ -1,16 +1,20 @@
 #include "tests/db/interposed.h"
 
 #include <dlfcn.h>
+#include <malloc.h>
 #include <sqlite3.h>
 #include <sys/syscall.h>
 #include <time.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cstdlib>
 #include <new>
 #include <utility>
 
 int g_allocations = 0;
+std::size_t g_bytes = 0;
+std::size_t g_most_bytes = 0;
 int g_finalize_result = 0;
 int g_reset_result = 0;
 int g_close_result = 0;
@@ -20,22 +24,35 @@ int g_thread_clock_shift = 0;
 int g_coarse_clock_gain = 0;
 std::function<void(char const*)> g_on_compile;
 
-void* operator new(std::size_t size) {
+namespace {
+
+void* Allocate(std::size_t size) noexcept {
   ++g_allocations;
-  if (void* memory = std::malloc(size)) {
+  void* const memory = std::malloc(size);
+  g_bytes += malloc_usable_size(memory);
+  g_most_bytes = std::max(g_most_bytes, g_bytes);
+  return memory;
+}
+
+void Free(void* memory) noexcept {
+  g_bytes -= malloc_usable_size(memory);
+  std::free(memory);
+}
+
+}  // namespace
+
+void* operator new(std::size_t size) {
+  if (void* memory = Allocate(size)) {
     return memory;
   }
   throw std::bad_alloc();
 }
 
-void* operator new(std::size_t size, std::nothrow_t const&) noexcept {
-  ++g_allocations;
-  return std::malloc(size);
-}
+void* operator new(std::size_t size, std::nothrow_t const&) noexcept { return Allocate(size); }
 
-void operator delete(void* memory) noexcept { std::free(memory); }
+void operator delete(void* memory) noexcept { Free(memory); }
 
-void operator delete(void* memory, std::size_t) noexcept { std::free(memory); }
+void operator delete(void* memory, std::size_t) noexcept { Free(memory); }
 
 namespace {
 

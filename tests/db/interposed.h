@@ -2,10 +2,15 @@
 // told is noted, and calls of SQLite can be made to fail (they do their work all the same).
 #pragma once
 
+#include <cstddef>
 #include <functional>
 
 /// Allocations with new so far, of this program and of the library. SQLite itself uses malloc.
 extern int g_allocations;
+
+/// Bytes that are allocated with new, and the most that they were.
+extern std::size_t g_bytes;
+extern std::size_t g_most_bytes;
 
 /// Result of the next call, 0 to leave it alone; back to 0 once it has been used.
 extern int g_finalize_result;
