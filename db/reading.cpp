@@ -14,6 +14,10 @@ namespace {
 // A row whatever the schema, so that the transaction lasts until the statement is reset.
 constexpr char const* kTouch = "SELECT EXISTS(SELECT 1 FROM sqlite_schema)";
 
+// In KiB. The schema brings a size along that a writer gave the file, with PRAGMA
+// default_cache_size; what is set after that holds.
+constexpr char const* kCacheSize = "PRAGMA cache_size=-2000";
+
 // What calls code that no limit can end: how the name of an operation begins, and what to call it
 // where EXPLAIN gives no name of a function. A list of what is allowed would be safer, but a newer
 // SQLite, whose operations go by other names, would then stop a host; a test asks the SQLite that
@@ -287,16 +291,24 @@ bool Reads(char const* sql) noexcept {
 
 Snapshot::Snapshot(Connection& connection) : connection_(connection) {
   CloseLook const look(connection);
+  bool const first = connection.touch == nullptr;
   int code = SQLITE_OK;
-  if (connection.touch == nullptr) {
+  if (first) {
     code = sqlite3_prepare_v2(connection.db, kTouch, -1, &connection.touch, nullptr);
   }
   if (code == SQLITE_OK) {
     code = sqlite3_step(connection.touch);
   }
+  if (code == SQLITE_ROW && first) {
+    int const set = sqlite3_exec(connection.db, kCacheSize, nullptr, nullptr, nullptr);
+    code = set == SQLITE_OK ? code : set;
+  }
   if (code != SQLITE_ROW) {
     CppSQLite3Exception const failure = connection.Failed(connection.db, code);
     sqlite3_reset(connection.touch);
+    if (first) {
+      connection.ForgetSchema();  // the size of the cache may not have been set
+    }
     throw failure;
   }
 }

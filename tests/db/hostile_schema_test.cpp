@@ -118,6 +118,19 @@ TEST_F(HostileSchema, ViewsThatDifferInSignsOnlyAreNested) {
   EXPECT_EQ(Read(), "1:view status ! reads view status ");
 }
 
+// PRAGMA default_cache_size of the writer stands in the file.
+TEST_F(HostileSchema, CacheIsNotAsLargeAsTheFileSays) {
+  Make(
+      "CREATE TABLE status(address, value); PRAGMA default_cache_size=1000000;"
+      "WITH RECURSIVE c(x) AS (SELECT 1 UNION ALL SELECT x+1 FROM c LIMIT 100000) "
+      "INSERT INTO status SELECT 'k', hex(zeroblob(200)) FROM c");
+  long const before = sqlite3_memory_used();
+  for (char const* sql : {"SELECT * FROM status", "SELECT value, address FROM status"}) {
+    EXPECT_EQ(ReadRows(database_, sql).size(), 100'000U);
+    EXPECT_LT(sqlite3_memory_used() - before, 8 << 20);
+  }
+}
+
 TEST_F(HostileSchema, ViewsOfOthersTakeNoMemory) {
   Make(std::string(kTable) +
        "PRAGMA writable_schema=ON;"
