@@ -56,10 +56,10 @@ void AddRows() {
 }
 
 void AddXml() {
-  for (const QtSts::ClassInfo* const* info = QtSts::AllClasses(); *info != nullptr; ++info) {
-    Add((*info)->Name);
-    for (std::size_t i = 0; i < (*info)->FieldCount; ++i) {
-      Add((*info)->Fields[i].Name);
+  for (const QtSts::ClassInfo* const info : QtSts::Classes()) {
+    Add(info->Name);
+    for (const QtSts::Field& field : info->OwnFields()) {
+      Add(field.Name);
     }
   }
   for (const char* word : {"<", "/>", "</", "=\"", "\"", "<!--", "-->", "<![CDATA[", "]]>", "&lt;",

@@ -172,21 +172,20 @@ TEST(Compare, PassesOverElementsOfUnlistedClasses) {
 // Every scalar of every class, changed alone, is exactly one difference.
 TEST(Compare, SeesEveryFieldOfEveryClass) {
   int fields = 0;
-  for (const auto* const* info = QtSts::AllClasses(); *info != nullptr; ++info) {
-    if ((*info)->Create == nullptr) {
+  for (const QtSts::ClassInfo* const info : QtSts::Classes()) {
+    if (info->Create == nullptr) {
       continue;
     }
-    for (const auto* field = (*info)->Fields; field != (*info)->Fields + (*info)->FieldCount;
-         ++field) {
-      if (field->Scalar == nullptr) {
+    for (const QtSts::Field& field : info->OwnFields()) {
+      if (field.Scalar == nullptr) {
         continue;
       }
-      SCOPED_TRACE(std::string((*info)->Name) + "/" + field->Name);
-      const std::unique_ptr<QtSts::CBaseStatus> before((*info)->Create());
-      const std::unique_ptr<QtSts::CBaseStatus> after((*info)->Create());
-      void* const value = field->Make(dynamic_cast<void*>(after.get()));
+      SCOPED_TRACE(std::string(info->Name) + "/" + field.Name);
+      const std::unique_ptr<QtSts::CBaseStatus> before(info->Create());
+      const std::unique_ptr<QtSts::CBaseStatus> after(info->Create());
+      void* const value = field.Make(dynamic_cast<void*>(after.get()));
       ASSERT_TRUE(
-          field->Scalar->Parse(field->Scalar == &QtSts::listing::kBool ? "true" : "7", value));
+          field.Scalar->Parse(field.Scalar == &QtSts::listing::kBool ? "true" : "7", value));
       EXPECT_EQ(Texts(*before, *after).size(), 1U);
       ++fields;
     }

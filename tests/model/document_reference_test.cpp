@@ -53,24 +53,24 @@ std::string Meaning(const Field& field) {
 
 std::string Table(const ClassInfo& info) {
   std::string text = "| field | type | unit | meaning |\n|---|---|---|---|\n";
-  for (const Field* field = info.Fields; field != info.Fields + info.FieldCount; ++field) {
-    text += std::string("| `") + field->Name + "` | " + TypeOf(*field) + " | " + field->Unit +
-            " | " + Meaning(*field) + " |\n";
+  for (const Field& field : info.OwnFields()) {
+    text += std::string("| `") + field.Name + "` | " + TypeOf(field) + " | " + field.Unit + " | " +
+            Meaning(field) + " |\n";
   }
   return text;
 }
 
 std::string Classes() {
   std::string text;
-  for (const ClassInfo* const* info = QtSts::AllClasses(); *info != nullptr; ++info) {
-    text += std::string("\n### `") + (*info)->Name + "`\n\n" + (*info)->About + ".";
-    if ((*info)->Base != nullptr) {
-      text += std::string(" Extends `") + (*info)->Base->Name + "`";
-      text += (*info)->FieldCount == 0 ? " by no field." : ".";
+  for (const QtSts::ClassInfo* const info : QtSts::Classes()) {
+    text += std::string("\n### `") + info->Name + "`\n\n" + info->About + ".";
+    if (info->Base != nullptr) {
+      text += std::string(" Extends `") + info->Base->Name + "`";
+      text += info->OwnFields().empty() ? " by no field." : ".";
     }
     text += "\n";
-    if ((*info)->FieldCount > 0) {
-      text += "\n" + Table(**info);
+    if (!info->OwnFields().empty()) {
+      text += "\n" + Table(*info);
     }
   }
   return text + "\n";

@@ -234,7 +234,7 @@ TEST(InputPoint, StoresOneForActiveAndReadsAnyOtherThanZeroAsActive) {
 }
 
 TEST(InputPoint, HasAFieldMoreInEachOfItsElevenKindsThatStartsAtOne) {
-  EXPECT_EQ(BaseInputType::Class.FieldCount, 3U);
+  EXPECT_EQ(BaseInputType::Class.OwnFields().size(), 3U);
   const auto kinds = InputKinds();
   ASSERT_EQ(kinds.size(), 11U);
   for (const auto& kind : kinds) {
@@ -242,9 +242,10 @@ TEST(InputPoint, HasAFieldMoreInEachOfItsElevenKindsThatStartsAtOne) {
     ASSERT_NE(info, nullptr);
     SCOPED_TRACE(info->Name);
     EXPECT_EQ(info->Base, &BaseInputType::Class);
-    ASSERT_EQ(info->FieldCount, 1U);
+    ASSERT_EQ(info->OwnFields().size(), 1U);
     std::string value;
-    info->Fields[0].Scalar->Format(info->Fields[0].Read(kind.get()), &value);
+    const QtSts::Field& field = info->OwnFields().front();
+    field.Scalar->Format(field.Read(kind.get()), &value);
     EXPECT_EQ(value, "1");
   }
   QtSts::CDoorSensorInputType door;
@@ -301,7 +302,7 @@ TEST(OutputPoint, NamesItsNodeByItsKind) {
     const QtSts::ClassInfo* const info = QtSts::ClassOf(*kind);
     ASSERT_NE(info, nullptr);
     EXPECT_EQ(names.back(), info->Name);
-    EXPECT_EQ(info->FieldCount, info == &BaseOutputType::Class ? 4U : 0U);
+    EXPECT_EQ(info->OwnFields().size(), info == &BaseOutputType::Class ? 4U : 0U);
     EXPECT_FALSE(output.Get());
   }
   EXPECT_THAT(names,

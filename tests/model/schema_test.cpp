@@ -98,11 +98,10 @@ TEST(Schema, TellsUnitCodesAndAbsenceOfAField) {
 TEST(Schema, HasASentenceForEveryField) {
   const std::string schema = Schema();
   int fields = 0;
-  for (const auto* const* info = QtSts::AllClasses(); *info != nullptr; ++info) {
-    EXPECT_THAT(schema, HasSubstr(std::string("<xs:complexType name=\"") + (*info)->Name + "\">"));
-    for (const auto* field = (*info)->Fields; field != (*info)->Fields + (*info)->FieldCount;
-         ++field) {
-      EXPECT_THAT(schema, HasSubstr(std::string(" name=\"") + field->Name + "\""));
+  for (const QtSts::ClassInfo* const info : QtSts::Classes()) {
+    EXPECT_THAT(schema, HasSubstr(std::string("<xs:complexType name=\"") + info->Name + "\">"));
+    for (const QtSts::Field& field : info->OwnFields()) {
+      EXPECT_THAT(schema, HasSubstr(std::string(" name=\"") + field.Name + "\""));
       ++fields;
     }
   }

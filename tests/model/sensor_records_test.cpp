@@ -107,8 +107,7 @@ std::vector<std::string> NotAtZero(const CSensor& record) {
   std::vector<std::string> found;
   const void* object = &record;
   for (const QtSts::ClassInfo* info = QtSts::ClassOf(record); info != nullptr; info = info->Base) {
-    for (std::size_t i = 0; i < info->FieldCount; ++i) {
-      const QtSts::Field& field = info->Fields[i];
+    for (const QtSts::Field& field : info->OwnFields()) {
       const void* const value = field.Read(object);
       std::string text;
       if (field.Scalar != nullptr && value != nullptr) {
@@ -179,7 +178,7 @@ TEST(SensorRecord, OfTheControllerBoardIsNoCanSensor) {
   for (const QtSts::ClassInfo* info :
        {&QtSts::COnboardTempSensor::Class, &QtSts::COnboardCabinetFanControlSensor::Class}) {
     EXPECT_EQ(info->Base, &CSensor::Class);
-    EXPECT_EQ(info->FieldCount, 1U);
+    EXPECT_EQ(info->OwnFields().size(), 1U);
   }
 }
 

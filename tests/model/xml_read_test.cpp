@@ -70,18 +70,18 @@ TEST(ReadDocument, GivesBackTheSameUnderALocaleWithDecimalComma) {
 
 TEST(Parse, GivesBackWhatWriteLeftForEveryClass) {
   int classes = 0;
-  for (const auto* const* info = QtSts::AllClasses(); *info != nullptr; ++info) {
-    if ((*info)->Create == nullptr) {
+  for (const QtSts::ClassInfo* const info : QtSts::Classes()) {
+    if (info->Create == nullptr) {
       continue;  // held by value or abstract: read and written with its holder or its heirs
     }
     ++classes;
-    SCOPED_TRACE((*info)->Name);
-    const std::unique_ptr<QtSts::CBaseStatus> object((*info)->Create());
-    test_support::FillAtRandom(**info, dynamic_cast<void*>(object.get()),
+    SCOPED_TRACE(info->Name);
+    const std::unique_ptr<QtSts::CBaseStatus> object(info->Create());
+    test_support::FillAtRandom(*info, dynamic_cast<void*>(object.get()),
                                test_support::SeededChoices(11));
-    xmlNode* const node = xmlNewNode(nullptr, reinterpret_cast<const xmlChar*>((*info)->Name));
+    xmlNode* const node = xmlNewNode(nullptr, reinterpret_cast<const xmlChar*>(info->Name));
     EXPECT_TRUE(object->Write(node));
-    const std::unique_ptr<QtSts::CBaseStatus> copy((*info)->Create());
+    const std::unique_ptr<QtSts::CBaseStatus> copy(info->Create());
     EXPECT_TRUE(copy->Parse(node));
     EXPECT_TRUE(SaysTheSame(*object, *copy));
     xmlFreeNode(node);

@@ -69,12 +69,12 @@ TEST(WriteDocument, NamesOutputPointsAsTheyNameThemselves) {
   ASSERT_TRUE(board->Points.Add(point));
   EXPECT_THAT(WriteDocument(status), HasSubstr("<MaintenanceHeaterOutputType "));
   int kinds = 0;
-  for (const auto* const* info = QtSts::AllClasses(); *info != nullptr; ++info) {
-    if ((*info)->Create == nullptr || !QtSts::IsA(**info, QtSts::BaseOutputType::Class)) {
+  for (const QtSts::ClassInfo* const info : QtSts::Classes()) {
+    if (info->Create == nullptr || !QtSts::IsA(*info, QtSts::BaseOutputType::Class)) {
       continue;
     }
-    const std::unique_ptr<QtSts::CBaseStatus> made((*info)->Create());
-    EXPECT_STREQ(dynamic_cast<QtSts::BaseOutputType&>(*made).GetNodeName(), (*info)->Name);
+    const std::unique_ptr<QtSts::CBaseStatus> made(info->Create());
+    EXPECT_STREQ(dynamic_cast<QtSts::BaseOutputType&>(*made).GetNodeName(), info->Name);
     ++kinds;
   }
   EXPECT_EQ(kinds, 10);

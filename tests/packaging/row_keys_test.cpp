@@ -38,9 +38,9 @@ void Handle(const std::string& key, const std::string& value, CStatus* status) {
 
 const Field* FieldOf(const ClassInfo* info, std::string_view name, const void** object) {
   for (; info != nullptr; info = info->Base) {
-    for (std::size_t i = 0; i < info->FieldCount; ++i) {
-      if (info->Fields[i].Name == name) {
-        return &info->Fields[i];
+    for (const Field& field : info->OwnFields()) {
+      if (field.Name == name) {
+        return &field;
       }
     }
     if (info->ToBase != nullptr) {

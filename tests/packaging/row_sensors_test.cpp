@@ -295,14 +295,8 @@ void Collect(const std::string& kind, const Sample& changed, CStatus* status) {
 }
 
 std::string UnitOf(const QtSts::ClassInfo* info, std::string_view field) {
-  for (; info != nullptr; info = info->Base) {
-    for (std::size_t i = 0; i < info->FieldCount; ++i) {
-      if (info->Fields[i].Name == field) {
-        return info->Fields[i].Unit;
-      }
-    }
-  }
-  return "";
+  const QtSts::Field* const found = info == nullptr ? nullptr : QtSts::FieldNamed(*info, field);
+  return found == nullptr ? "" : found->Unit;
 }
 
 std::map<std::string, std::string> DocumentedUnits() {

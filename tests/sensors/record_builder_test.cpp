@@ -135,8 +135,8 @@ TEST_F(Records, OfLuxHoldFiveFloatsTheSecondLeftAtZero) {
   EXPECT_EQ(lux.TenMinAverage, 29.0F);
   EXPECT_EQ(lux.TenMinLuxAverage, 31.0F);
   std::vector<std::string> names;
-  for (std::size_t i = 0; i < QtSts::CCANLightLuxSensor::Class.FieldCount; ++i) {
-    names.emplace_back(QtSts::CCANLightLuxSensor::Class.Fields[i].Name);
+  for (const QtSts::Field& field : QtSts::CCANLightLuxSensor::Class.OwnFields()) {
+    names.emplace_back(field.Name);
   }
   EXPECT_THAT(names, ElementsAre("OneMinAverage", "SpareAverage", "OneMinLuxAverage",
                                  "TenMinAverage", "TenMinLuxAverage"));

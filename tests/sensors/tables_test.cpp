@@ -31,9 +31,9 @@ std::string PlaceOf(const char* attribute) {
 std::string FieldAt(const QtSts::CSensor& record, const void* address) {
   const void* object = &record;
   for (const QtSts::ClassInfo* info = QtSts::ClassOf(record); info != nullptr; info = info->Base) {
-    for (std::size_t i = 0; i < info->FieldCount; ++i) {
-      if (info->Fields[i].Read(object) == address) {
-        return info->Fields[i].Name;
+    for (const QtSts::Field& field : info->OwnFields()) {
+      if (field.Read(object) == address) {
+        return field.Name;
       }
     }
     if (info->ToBase != nullptr) {

@@ -133,9 +133,9 @@ void FillScalar(const Field& field, void* object, const Choices& next) {
 
 void FillList(const Field& field, void* object, const Choices& next) {
   std::vector<const ClassInfo*> classes;
-  for (const ClassInfo* const* info = QtSts::AllClasses(); *info != nullptr; ++info) {
-    if ((*info)->Create != nullptr && QtSts::IsA(**info, *field.Record)) {
-      classes.push_back(*info);
+  for (const QtSts::ClassInfo* const info : QtSts::Classes()) {
+    if (info->Create != nullptr && QtSts::IsA(*info, *field.Record)) {
+      classes.push_back(info);
     }
   }
   void* const list = field.Make(object);
@@ -154,21 +154,19 @@ Choices SeededChoices(std::uint64_t seed) {
 }
 
 void FillAtRandom(const ClassInfo& info, void* object, const Choices& next) {
-  if (info.Base != nullptr) {
-    FillAtRandom(*info.Base, info.ToBase(object), next);
-  }
-  for (const Field* field = info.Fields; field != info.Fields + info.FieldCount; ++field) {
-    if (field->Optional && Below(2, next) == 0) {
-      continue;
+  QtSts::VisitEveryField(info, object, [&next](const Field& field, void* part) {
+    if (field.Optional && Below(2, next) == 0) {
+      return true;
     }
-    if (field->Scalar != nullptr) {
-      FillScalar(*field, object, next);
-    } else if (field->Elements != nullptr) {
-      FillList(*field, object, next);
+    if (field.Scalar != nullptr) {
+      FillScalar(field, part, next);
+    } else if (field.Elements != nullptr) {
+      FillList(field, part, next);
     } else {
-      FillAtRandom(*field->Record, field->Make(object), next);
+      FillAtRandom(*field.Record, field.Make(part), next);
     }
-  }
+    return true;
+  });
 }
 
 std::unique_ptr<QtSts::CStatus> RandomDocument(const Choices& next) {
