@@ -8,6 +8,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <locale>
 #include <sstream>
 
 namespace {
@@ -172,6 +173,7 @@ void WriteOneOf(std::ostream& out, const Event& event) {
 
 std::string TextOf(const Event& event) {
   std::ostringstream text;
+  text.imbue(std::locale::classic());
   WriteOneOf<CycleBegins, CycleEnds, ProbeBegins, ProbeEnds, Asks, Answers, Label, AsksDatabase,
              DatabaseFails, RowBegins, RowEnds, Stores, Record, Point>(text, event);
   return text.str();

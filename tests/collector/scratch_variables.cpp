@@ -1,5 +1,6 @@
 #include "tests/collector/scratch_variables.h"
 
+#include <locale>
 #include <sstream>
 #include <type_traits>
 
@@ -70,6 +71,7 @@ void FillValue(std::array<DcioPoint, kCount>* points) {
 template <class T>
 std::string TextOf(const T& value) {
   std::ostringstream out;
+  out.imbue(std::locale::classic());
   Append(out, value);
   return out.str();
 }
