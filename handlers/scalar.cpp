@@ -96,13 +96,16 @@ int Status_ErrorFlags(CStatus* status, char* value, char* key) {
 }
 
 int Status_CalculatedSunInfo(CStatus* status, char* value, char* key) {
-  if (Is(key, "CalculatedSunrise")) {
-    return StoreInRoot(rows::RowsOf(kRoot, "CalculatedSunrise"), status, value);
+  static constexpr char kSunrise[] = "CalculatedSunrise";
+  static constexpr char kSunset[] = "CalculatedSunset";
+  if (Is(key, kSunrise)) {
+    return StoreInRoot(rows::RowsOf(kRoot, kSunrise), status, value);
   }
-  if (Is(key, "CalculatedSunset")) {
-    return StoreInRoot(rows::RowsOf(kRoot, "CalculatedSunset"), status, value);
+  if (Is(key, kSunset)) {
+    return StoreInRoot(rows::RowsOf(kRoot, kSunset), status, value);
   }
-  rows::TellKept(observe::Fate::kOtherKey, "CalculatedSunrise, CalculatedSunset", value);
+  const bool sunset = key != nullptr && std::strncmp(key, kSunset, sizeof kSunset - 1) == 0;
+  rows::TellKept(observe::Fate::kOtherKey, sunset ? kSunset : kSunrise, value);
   return 0;
 }
 

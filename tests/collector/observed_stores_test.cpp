@@ -122,6 +122,8 @@ TEST_F(ObservedStores, TellWhichAttributesAreMissingOrUnknown) {
               ElementsAre("stores Zone \"1\": unknown attribute"));
   EXPECT_THAT(Send(Status_ErrorFlags, "ErrorFlagsX", "0x1"),
               ElementsAre("stores ErrorFlags \"0x1\": other key"));
+  EXPECT_THAT(Send(Status_CalculatedSunInfo, "CalculatedSunsetX", "1"),
+              ElementsAre("stores CalculatedSunset \"1\": other key"));
 }
 
 TEST_F(ObservedStores, TellWhereAPointGoesAndWhyItDoesNot) {
