@@ -45,8 +45,8 @@ class Dispatcher {
 
   QtSts::CStatus* m_Status;
   std::size_t m_Resume = 0;
-  char m_Key[CSQLdatabase::kMaxAddressBytes + 1];
-  char m_Value[CSQLdatabase::kMaxValueBytes + 1];
+  char m_Key[CSQLdatabase::kMaxAddressBytes + 1] = {};
+  char m_Value[CSQLdatabase::kMaxValueBytes + 1] = {};
 };
 
 // Hands every row of a running `query` to its handler and finalizes the query after the last one.

@@ -128,15 +128,25 @@ struct Field : Entry {
   void* (*Of)(Owner& owner);
 };
 
+template <class Owner, class First, class... Rest>
+constexpr auto& MemberThrough(Owner& owner, First first, Rest... rest) {
+  if constexpr (sizeof...(rest) == 0) {
+    return owner.*first;
+  } else {
+    return MemberThrough(owner.*first, rest...);
+  }
+}
+
 template <class Owner, auto... kMembers>
 void* MemberOf(Owner& owner) {
-  return &(owner.*....*kMembers);
+  return &MemberThrough(owner, kMembers...);
 }
 
 // The row of a key or part that is stored in a member of Owner, or in one of a member's members.
 template <class Owner, auto... kMembers>
 constexpr Field<Owner> InMember(std::string_view name, const Parser* reader) {
-  using Member = std::remove_reference_t<decltype((std::declval<Owner&>().*....*kMembers))>;
+  using Member =
+      std::remove_reference_t<decltype(MemberThrough(std::declval<Owner&>(), kMembers...))>;
   return {{name, reader}, TypeOf<Member>(), &MemberOf<Owner, kMembers...>};
 }
 

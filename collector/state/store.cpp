@@ -219,7 +219,7 @@ void Store(const Entry& entry, Type type, void* address, const char* text, Slot 
 
 void TellKept(observe::Fate fate, std::string_view attribute, const char* text, Slot slot) {
   observe::Tell([&] {
-    observe::Stores event;
+    observe::Stores event{};
     event.What = fate;
     event.Container = slot.Container;
     event.Index = slot.Index;

@@ -41,13 +41,15 @@ struct Word {
 
 // The words of a table of codes.
 template <auto& kCodes>
-inline constexpr auto kWordsOf = [] {
+consteval auto WordsOf() {
   std::array<Word, std::size(kCodes)> words = {};
   for (std::size_t i = 0; i < words.size(); ++i) {
     words[i] = {kCodes[i].Text, kCodes[i].Value};
   }
   return words;
-}();
+}
+template <auto& kCodes>
+inline constexpr auto kWordsOf = WordsOf<kCodes>();
 
 struct Parser {
   const char* Name;
