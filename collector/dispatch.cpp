@@ -4,7 +4,7 @@
 #include <string>
 
 #include "collector/key_table.h"
-#include "collector/state/tell.h"
+#include "collector/state/report.h"
 
 namespace rows {
 namespace {
@@ -50,7 +50,7 @@ inline void Dispatcher::Call(const Cells& cells, std::string_view key, char* wri
                              char* value) {
   const std::size_t searched_from = m_Resume;
   const int entry = Find(key);
-  observe::Tell([&] {
+  observe::Report([&] {
     observe::RowBegins event;
     event.Key = cells.Key;
     event.Value = cells.Value;
@@ -64,7 +64,7 @@ inline void Dispatcher::Call(const Cells& cells, std::string_view key, char* wri
   });
   const int result =
       entry < 0 ? 0 : status_primary_keys[m_Resume].Handler(m_Status, value, writable_key);
-  observe::Tell([&] {
+  observe::Report([&] {
     observe::RowEnds event;
     event.Result = result;
     return event;

@@ -5,8 +5,8 @@
 #include <ctime>
 
 #include "collector/dispatch.h"
+#include "collector/state/report.h"
 #include "collector/state/scratch.h"
-#include "collector/state/tell.h"
 #include "hardware/files.h"
 #include "hardware/paths.h"
 #include "hardware/system_calls.h"
@@ -46,19 +46,19 @@ class CycleEnd {
   CycleEnd& operator=(const CycleEnd&) = delete;
   ~CycleEnd() {
     if (!m_Returned) {
-      Tell(0, true);
+      Report(0, true);
     }
   }
 
   int Return(int result) {
     m_Returned = true;
-    Tell(result, false);
+    Report(result, false);
     return result;
   }
 
  private:
-  static void Tell(int result, bool threw) {
-    observe::Tell([&] {
+  static void Report(int result, bool threw) {
+    observe::Report([&] {
       observe::CycleEnds event;
       event.Result = result;
       event.Threw = threw;
@@ -69,16 +69,16 @@ class CycleEnd {
   bool m_Returned = false;
 };
 
-void TellStage(Stage stage) {
-  observe::Tell([&] {
+void ReportStage(Stage stage) {
+  observe::Report([&] {
     observe::AsksDatabase event;
     event.At = stage;
     return event;
   });
 }
 
-void TellFailure(Stage stage, const CppSQLite3Exception& failure, bool from_before = false) {
-  observe::Tell([&] {
+void ReportFailure(Stage stage, const CppSQLite3Exception& failure, bool from_before = false) {
+  observe::Report([&] {
     observe::DatabaseFails event;
     event.At = stage;
     event.Code = failure.errorCode();
@@ -90,9 +90,9 @@ void TellFailure(Stage stage, const CppSQLite3Exception& failure, bool from_befo
   });
 }
 
-void TellOpenFailure(const CppSQLite3DB& database, bool from_before) {
+void ReportOpenFailure(const CppSQLite3DB& database, bool from_before) {
   if (const CppSQLite3Exception* const failure = database.openFailure()) {
-    TellFailure(Stage::kOpen, *failure, from_before);
+    ReportFailure(Stage::kOpen, *failure, from_before);
   }
 }
 
@@ -103,14 +103,14 @@ CStatusInterface::~CStatusInterface() = default;
 
 int CStatusInterface::InitDatabase(bool write) {
   if (!write) {
-    TellStage(Stage::kOpen);
+    ReportStage(Stage::kOpen);
     OpenDatabaseReadOnly(paths::kStatusDatabase, kOpenFlags);
-    TellOpenFailure(m_DB, false);
+    ReportOpenFailure(m_DB, false);
     return 0;
   }
-  TellStage(Stage::kOpen);
+  ReportStage(Stage::kOpen);
   OpenDatabaseWrite(paths::kStatusDatabase, kOpenFlags, kSynchronousOff);
-  TellOpenFailure(m_DB, false);
+  ReportOpenFailure(m_DB, false);
   for (const auto& table : kTables) {
     CreateTable(table.Name, table.Id);
   }
@@ -123,7 +123,7 @@ int CStatusInterface::InitDatabase(bool write) {
 int CStatusInterface::CloseDatabase() { return CSQLdatabase::CloseDatabase(); }
 
 int CStatusInterface::QueryDatabase() {
-  observe::Tell([this] {
+  observe::Report([this] {
     observe::CycleBegins event;
     event.Status = &m_Status;
     return event;
@@ -135,9 +135,9 @@ int CStatusInterface::QueryDatabase() {
 int CStatusInterface::RunCycle() {
   m_Hardware.UpdateStatus(&m_Status);
   Reset_Globals();
-  observe::TellProbeBegins("GetTime");
+  observe::ReportProbeBegins("GetTime");
   GetTime();
-  observe::TellProbeEnds("GetTime", 0);
+  observe::ReportProbeEnds("GetTime", 0);
   return QueryRows();
 }
 
@@ -149,34 +149,34 @@ int CStatusInterface::QueryRows() {
   Stage stage = Stage::kPrepare;
   try {
     try {
-      TellOpenFailure(m_DB, true);
-      TellStage(stage);
+      ReportOpenFailure(m_DB, true);
+      ReportStage(stage);
       m_Statement = m_DB.compileStatement(rows::kSelect);
     } catch (const CppSQLite3Exception& failure) {
       failure.Report();
-      TellFailure(stage, failure);
+      ReportFailure(stage, failure);
       m_LastError = failure.errorCode();
     }
     if (ReadAndClearLastError() != 0) {
       return 1;
     }
-    TellStage(stage = Stage::kExecute);
+    ReportStage(stage = Stage::kExecute);
     query = m_Statement.execQuery();
-    TellStage(stage = Stage::kRows);
+    ReportStage(stage = Stage::kRows);
     ReadRows(query);
-    TellStage(stage = Stage::kFinish);
+    ReportStage(stage = Stage::kFinish);
     query.finalize();
   } catch (const CppSQLite3Exception& failure) {
     failure.Report();
-    TellFailure(stage, failure);
+    ReportFailure(stage, failure);
     return 1;
   }
   try {
-    TellStage(stage = Stage::kRelease);
+    ReportStage(stage = Stage::kRelease);
     m_Statement.finalize();
   } catch (const CppSQLite3Exception& failure) {
     failure.Report();
-    TellFailure(stage, failure);
+    ReportFailure(stage, failure);
     m_LastError = failure.errorCode();
   }
   return 0;

@@ -41,13 +41,13 @@ int Status_DCIO(QtSts::CStatus* status, char* value, char* key) {
   rows::StoreKeyNumber(numbered.Parts, key, rows::kDcioPrefix, &u32_DCIO_SensorNumber);
   const char* const name = numbered.Parts.Rest;
   if (name == nullptr) {
-    rows::TellKept(observe::Fate::kNoAttribute, {}, key);
+    rows::ReportKept(observe::Fate::kNoAttribute, {}, key);
     return 0;
   }
   const auto* const attribute =
       std::ranges::find(kAttributes, std::string_view(name), &rows::Attribute::Name);
   if (attribute == std::end(kAttributes)) {
-    rows::TellKept(observe::Fate::kUnknownAttribute, name, value);
+    rows::ReportKept(observe::Fate::kUnknownAttribute, name, value);
   } else if (value != nullptr || attribute->Handle != nullptr) {
     rows::Take(*attribute, {status, name, value});
   }

@@ -91,7 +91,7 @@ int Status_ErrorFlags(CStatus* status, char* value, char* key) {
   if (Is(key, "ErrorFlags")) {
     return StoreInRoot(rows::RowsOf(kRoot, "ErrorFlags"), status, value);
   }
-  rows::TellKept(observe::Fate::kOtherKey, "ErrorFlags", value);
+  rows::ReportKept(observe::Fate::kOtherKey, "ErrorFlags", value);
   return 0;
 }
 
@@ -105,7 +105,7 @@ int Status_CalculatedSunInfo(CStatus* status, char* value, char* key) {
     return StoreInRoot(rows::RowsOf(kRoot, kSunset), status, value);
   }
   const bool sunset = key != nullptr && std::strncmp(key, kSunset, sizeof kSunset - 1) == 0;
-  rows::TellKept(observe::Fate::kOtherKey, sunset ? kSunset : kSunrise, value);
+  rows::ReportKept(observe::Fate::kOtherKey, sunset ? kSunset : kSunrise, value);
   return 0;
 }
 

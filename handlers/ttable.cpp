@@ -1,8 +1,8 @@
 #include <memory>
 
 #include "collector/state/numbered_key.h"
+#include "collector/state/report.h"
 #include "collector/state/scratch.h"
-#include "collector/state/tell.h"
 #include "handlers/fields.h"
 #include "handlers/handlers.h"
 #include "handlers/output0.h"
@@ -127,12 +127,12 @@ int Status_TtableDevice(CStatus* status, char* value, char* key) {
   device->Index = u32_TTableNumAttribute;
   const CDevice* const added = device.get();
   output->Devices.Add(device.release());
-  observe::TellRecord(observe::Place::kTtableDevices, observe::Ending::kCompleted,
-                      [&](observe::Record& event) {
-                        event.Number = static_cast<std::uint32_t>(added->Node);
-                        event.Position = output->Devices.Count() - 1;
-                        event.Element = added;
-                      });
+  observe::ReportRecord(observe::Place::kTtableDevices, observe::Ending::kCompleted,
+                        [&](observe::Record& event) {
+                          event.Number = static_cast<std::uint32_t>(added->Node);
+                          event.Position = output->Devices.Count() - 1;
+                          event.Element = added;
+                        });
   ++u32_TTableNumAttribute;
   return 0;
 }

@@ -8,7 +8,7 @@
 #include <cstring>
 #include <memory>
 
-#include "collector/state/tell.h"
+#include "collector/state/report.h"
 #include "hardware/files.h"
 #include "hardware/parse_network.h"
 #include "hardware/system_calls.h"
@@ -141,7 +141,7 @@ int CTolmarHardware::GetGateway(char const* interface, std::string* gateway) {
     return 1;
   }
   auto found = hardware::ParseDefaultGateway(*routes, interface);
-  if (!observe::TellLabel(interface, found.has_value())) {
+  if (!observe::ReportLabel(interface, found.has_value())) {
     return 1;
   }
   *gateway = std::move(*found);

@@ -7,7 +7,7 @@
 #include <cstdio>
 #include <cstring>
 
-#include "collector/state/tell.h"
+#include "collector/state/report.h"
 #include "hardware/parse_hex.h"
 
 namespace hardware {
@@ -92,7 +92,7 @@ std::optional<std::string> ParseDefaultGateway(std::string_view routes,
 
 std::int32_t ParseLinkErrors(const char* counters, const char* interface) {
   const char* found = std::strstr(counters, interface);
-  if (!observe::TellLabel(interface, found != nullptr)) {
+  if (!observe::ReportLabel(interface, found != nullptr)) {
     return 0;
   }
   std::string_view line = found;
@@ -117,7 +117,7 @@ std::vector<std::string> ParseNameServers(std::string_view resolver) {
   std::vector<std::string> servers;
   for (;;) {
     const std::size_t label = resolver.find(kLabel);
-    if (!observe::TellLabel(kLabelText, label != std::string_view::npos)) {
+    if (!observe::ReportLabel(kLabelText, label != std::string_view::npos)) {
       return servers;
     }
     resolver.remove_prefix(label + kLabel.size());

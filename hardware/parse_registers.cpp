@@ -4,7 +4,7 @@
 #include <cstddef>
 #include <cstring>
 
-#include "collector/state/tell.h"
+#include "collector/state/report.h"
 #include "hardware/parse_hex.h"
 #include "model/outputs.h"
 
@@ -92,7 +92,7 @@ void StoreRegisters(const InputRegister (&registers)[kCount], const char* dump, 
 
 std::optional<std::uint64_t> FindRegister(const char* dump, const char* label) {
   const char* found = std::strstr(dump, label);
-  if (!observe::TellLabel(label, found != nullptr)) {
+  if (!observe::ReportLabel(label, found != nullptr)) {
     return std::nullopt;
   }
   return HexValue(found + std::strlen(label));

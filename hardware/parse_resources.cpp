@@ -5,14 +5,14 @@
 #include <cstring>
 #include <optional>
 
-#include "collector/state/tell.h"
+#include "collector/state/report.h"
 
 namespace hardware {
 namespace {
 
 std::optional<std::int64_t> FindNumber(const char* text, const char* label) {
   const char* found = std::strstr(text, label);
-  if (!observe::TellLabel(label, found != nullptr)) {
+  if (!observe::ReportLabel(label, found != nullptr)) {
     return std::nullopt;
   }
   return std::strtol(found + std::strlen(label), nullptr, 10);

@@ -7,7 +7,7 @@
 
 #include <cstring>
 
-#include "collector/state/tell.h"
+#include "collector/state/report.h"
 #include "hardware/requests.h"
 
 namespace hardware::calls {

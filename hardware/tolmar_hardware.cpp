@@ -1,6 +1,6 @@
 #include "hardware/tolmar_hardware.h"
 
-#include "collector/state/tell.h"
+#include "collector/state/report.h"
 #include "hardware/identity.h"
 #include "hardware/parse_hex.h"
 #include "model/lookup/verify.h"
@@ -47,8 +47,8 @@ int CTolmarHardware::UpdateStatus(QtSts::CStatus* status) {
   }
   Status_ClearLists(m_pStatus);
   for (const auto& [name, run] : kProbes) {
-    observe::TellProbeBegins(name);
-    observe::TellProbeEnds(name, run(*this));
+    observe::ReportProbeBegins(name);
+    observe::ReportProbeEnds(name, run(*this));
   }
   return 0;
 }

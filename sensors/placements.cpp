@@ -6,8 +6,8 @@
 #include <span>
 #include <utility>
 
+#include "collector/state/report.h"
 #include "collector/state/scratch.h"
-#include "collector/state/tell.h"
 #include "model/lookup/verify.h"
 #include "sensors/record_builder.h"
 
@@ -45,10 +45,10 @@ std::span<const void* const> TakenVariables(const Target& target,
 
 // Tells what became of the sensor that the scratch state describes; `record` is null when it was
 // refused, `list` when there is none.
-void TellSensor(const Target& target, Ending ending, const CSensorList* list,
-                const QtSts::CSensor* record = nullptr) {
+void ReportSensor(const Target& target, Ending ending, const CSensorList* list,
+                  const QtSts::CSensor* record = nullptr) {
   std::array<const void*, kMostTaken> taken;  // not initialised: hardly anybody watches
-  observe::TellRecord(target.Where, ending, [&](observe::Record& event) {
+  observe::ReportRecord(target.Where, ending, [&](observe::Record& event) {
     if (record != nullptr) {
       event.Taken = TakenVariables(target, taken);
     }
@@ -72,12 +72,12 @@ Ending RefusalOfType() {
 void Add(const Target& target, CSensorList* list, std::unique_ptr<QtSts::CSensor> record) {
   if (record == nullptr) {
     if (observe::IsWatched()) {
-      TellSensor(target, RefusalOfType(), list);
+      ReportSensor(target, RefusalOfType(), list);
     }
   } else if (list != nullptr) {
     const QtSts::CSensor* const added = record.get();
     list->Add(record.release());
-    TellSensor(target, Ending::kCompleted, list, added);
+    ReportSensor(target, Ending::kCompleted, list, added);
   }
 }
 
@@ -96,7 +96,7 @@ CSensorList* SensorsBehind(QtSts::CStatus* status, int position) {
 
 int Status_VerifySensor(QtSts::CStatus* status) {
   if (Has(status->Sensors, u32_SensorNumber)) {
-    TellSensor(kOwnBus, Ending::kPositionTaken, &status->Sensors);
+    ReportSensor(kOwnBus, Ending::kPositionTaken, &status->Sensors);
   } else {
     Add(kOwnBus, &status->Sensors, sensors::BuildRecord(Placement::kOwnBus));
   }
@@ -109,9 +109,9 @@ int Status_VerifyDisplayInterfaceSensor(QtSts::CStatus* status, AttachmentType a
   const Target target = {observe::Place::kInterfaceSensors, position};
   const CSensorList* const list = SensorsBehind(status, position);
   if (list == nullptr) {
-    TellSensor(target, Ending::kNoPlace, nullptr);
+    ReportSensor(target, Ending::kNoPlace, nullptr);
   } else if (Has(*list, u32_SensorNumber)) {
-    TellSensor(target, Ending::kPositionTaken, list);
+    ReportSensor(target, Ending::kPositionTaken, list);
   } else {
     auto record = sensors::BuildRecord(Placement::kBehindInterface);
     // Deliberately looked up once more, behind the building: nothing is kept across it.

@@ -2,8 +2,8 @@
 
 #include <memory>
 
+#include "collector/state/report.h"
 #include "collector/state/scratch.h"
-#include "collector/state/tell.h"
 
 namespace {
 
@@ -69,9 +69,9 @@ bool IsEmpty(const DcioPoint& entry) {
          entry.Label.empty();
 }
 
-void TellPoint(PointPlace where, std::size_t number, const DcioPoint& entry, PointFate fate,
-               const QtSts::CBaseStatus* element = nullptr) {
-  observe::Tell([&] {
+void ReportPoint(PointPlace where, std::size_t number, const DcioPoint& entry, PointFate fate,
+                 const QtSts::CBaseStatus* element = nullptr) {
+  observe::Report([&] {
     observe::Point event;
     event.What = fate;
     event.Where = where;
@@ -90,16 +90,16 @@ void Populate(std::unique_ptr<Point> (*const (&makers)[kCodes])(), PointPlace wh
     DcioPoint& entry = (*staged)[number];
     if (entry.Present == 0) {
       if (observe::IsWatched() && !IsEmpty(entry)) {
-        TellPoint(where, number, entry, PointFate::kLeft);
+        ReportPoint(where, number, entry, PointFate::kLeft);
       }
       continue;
     }
     if (entry.Type < kCodes && makers[entry.Type] != nullptr) {
       const Point* const point = OfferPoint(makers[entry.Type], entry, list);
-      TellPoint(where, number, entry, point == nullptr ? PointFate::kRefused : PointFate::kTaken,
-                point);
+      ReportPoint(where, number, entry, point == nullptr ? PointFate::kRefused : PointFate::kTaken,
+                  point);
     } else {
-      TellPoint(where, number, entry, PointFate::kNoClass);
+      ReportPoint(where, number, entry, PointFate::kNoClass);
     }
     entry = DcioPoint();
   }

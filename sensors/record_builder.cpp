@@ -6,7 +6,7 @@
 #include <string_view>
 #include <type_traits>
 
-#include "collector/state/tell.h"
+#include "collector/state/report.h"
 #include "model/beacons.h"
 #include "model/can_sensors.h"
 #include "model/dcio_boards.h"
@@ -70,8 +70,8 @@ struct Points {
 };
 using PortStatus = From<&CCANDcio::PortStatus, &u32_PortStatus>;
 
-void TellFan(std::uint8_t number, const QtSts::FanRpm& fan) {
-  observe::Tell([&] {
+void ReportFan(std::uint8_t number, const QtSts::FanRpm& fan) {
+  observe::Report([&] {
     observe::Point event;
     event.Where = observe::PointPlace::kFan;
     event.Entry = number;
@@ -86,7 +86,7 @@ struct Fans {
     for (const auto& [fan_number, rpm] : FanRpms) {
       auto* const fan = new QtSts::FanRpm(ordinal, fan_number, rpm);
       board.FanRpms.Add(fan);
-      TellFan(fan_number, *fan);
+      ReportFan(fan_number, *fan);
       ++ordinal;
     }
   }

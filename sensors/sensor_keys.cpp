@@ -82,10 +82,10 @@ void StorePoint(const Attribute& family, const Row& row) {
   const rows::Numbered point = SplitFamily(row.Attribute);
   const rows::Slot slot = {family.Where->Address, point.Number};
   if (point.Rest == nullptr) {
-    return rows::TellKept(Fate::kNoAttribute, family.Name, row.Attribute, slot);
+    return rows::ReportKept(Fate::kNoAttribute, family.Name, row.Attribute, slot);
   }
   if (point.Number < 0 || point.Number >= static_cast<long>(kEntries)) {
-    return rows::TellKept(Fate::kOutsideTable, point.Rest, row.Attribute, slot);
+    return rows::ReportKept(Fate::kOutsideTable, point.Rest, row.Attribute, slot);
   }
   bool known = false;
   auto& entries = *static_cast<std::array<DcioPoint, kEntries>*>(family.Where->Address);
@@ -96,7 +96,7 @@ void StorePoint(const Attribute& family, const Row& row) {
     }
   }
   if (!known) {
-    rows::TellKept(Fate::kUnknownAttribute, point.Rest, row.Value, slot);
+    rows::ReportKept(Fate::kUnknownAttribute, point.Rest, row.Value, slot);
   }
 }
 
@@ -105,10 +105,10 @@ void StoreFan(const Attribute& family, const Row& row) {
   const rows::Numbered fan = SplitFamily(row.Attribute);
   rows::Slot slot = {family.Where->Address, fan.Number};
   if (fan.Rest == nullptr) {
-    return rows::TellKept(Fate::kNoAttribute, family.Name, row.Attribute, slot);
+    return rows::ReportKept(Fate::kNoAttribute, family.Name, row.Attribute, slot);
   }
   if (std::strcmp(fan.Rest, "Rpm") != 0) {
-    return rows::TellKept(Fate::kUnknownAttribute, fan.Rest, row.Value, slot);
+    return rows::ReportKept(Fate::kUnknownAttribute, fan.Rest, row.Value, slot);
   }
   auto& speeds = *static_cast<decltype(FanRpms)*>(family.Where->Address);
   const auto [speed, is_new] = speeds.try_emplace(numbers::Narrow<std::uint8_t>(fan.Number));
@@ -116,7 +116,7 @@ void StoreFan(const Attribute& family, const Row& row) {
   if (is_new) {
     rows::Store(family, family.Where->Is, &speed->second, row.Value, slot);
   } else {
-    rows::TellKept(Fate::kFirstStays, family.Name, row.Value, slot);
+    rows::ReportKept(Fate::kFirstStays, family.Name, row.Value, slot);
   }
 }
 
@@ -127,7 +127,7 @@ void AppendVoltage(const Attribute& family, const Row& row) {
   if (std::strstr(row.Attribute, "Volts") != nullptr) {
     rows::Store(family, family.Where->Is, &voltages.emplace_back(), row.Value, slot);
   } else {
-    rows::TellKept(Fate::kNotVolts, family.Name, row.Attribute, slot);
+    rows::ReportKept(Fate::kNotVolts, family.Name, row.Attribute, slot);
   }
 }
 
@@ -284,7 +284,7 @@ int Status_Sensor(QtSts::CStatus* status, char* value, char* key) {
   rows::StoreKeyNumber(numbered.Parts, key, rows::kSensorPrefix, &u32_SensorNumber);
   const char* const name = numbered.Parts.Rest;
   if (name == nullptr) {
-    rows::TellKept(observe::Fate::kNoAttribute, {}, key);
+    rows::ReportKept(observe::Fate::kNoAttribute, {}, key);
     return 0;
   }
   if (value == nullptr) {
@@ -293,7 +293,7 @@ int Status_Sensor(QtSts::CStatus* status, char* value, char* key) {
   if (const rows::Attribute* const attribute = sensors::Find(name)) {
     rows::Take(*attribute, {status, name, value});
   } else {
-    rows::TellKept(observe::Fate::kUnknownAttribute, name, value);
+    rows::ReportKept(observe::Fate::kUnknownAttribute, name, value);
   }
   return 0;
 }

@@ -7,8 +7,8 @@
 #include <utility>
 
 #include "collector/state/numbers.h"
+#include "collector/state/report.h"
 #include "collector/state/store.h"
-#include "collector/state/tell.h"
 
 namespace rows {
 
@@ -56,7 +56,7 @@ NumberedKey SplitKey(const char* key, const char (&/*prefix*/)[kSize]) {
   }
   const char first = key[kPrefixLength];
   if (first >= 0x28 && first <= 0x2F) {
-    TellKept(observe::Fate::kRefusedNumber, {}, key + kPrefixLength);
+    ReportKept(observe::Fate::kRefusedNumber, {}, key + kPrefixLength);
     return {false, -1, {}};
   }
   return {true, 0, SplitNumber(key + kPrefixLength)};
@@ -67,7 +67,7 @@ template <class T, std::size_t kSize>
 void StoreKeyNumber(const Numbered& parts, const char* key, const char (&/*prefix*/)[kSize],
                     T* destination) {
   *destination = numbers::Narrow<T>(parts.Number);
-  observe::Tell([&] {
+  observe::Report([&] {
     observe::Stores event;
     event.Destination = destination;
     event.Parser = kInteger.Name;

@@ -4,12 +4,12 @@
 
 #include <utility>
 
-#include "collector/state/tell.h"
+#include "collector/state/report.h"
 
 namespace observe {
 namespace {
 
-// The observer is in See: what it calls of the collector is not told.
+// The observer is in See: what it calls of the collector is not reported.
 bool g_busy = false;
 
 }  // namespace

@@ -1,4 +1,4 @@
-// What a collection cycle asks, is answered, reads and stores, told as it happens: for programs
+// What a collection cycle asks, is answered, reads and stores, as it happens: for programs
 // that explain, record or watch a cycle.
 //
 //   class RowCounter : public observe::Observer {

@@ -3,7 +3,7 @@
 #include <cstring>
 
 #include "collector/state/numbers.h"
-#include "collector/state/tell.h"
+#include "collector/state/report.h"
 
 namespace rows {
 namespace {
@@ -201,7 +201,7 @@ void Store(const Entry& entry, Type type, void* address, const char* text, Slot 
   if (reading.Is != Kind::kNothing) {
     Put(reading, type, address);
   }
-  observe::Tell([&] {
+  observe::Report([&] {
     observe::Stores event;
     event.What = FateOf(*entry.Reader, reading);
     event.Destination = address;
@@ -217,8 +217,8 @@ void Store(const Entry& entry, Type type, void* address, const char* text, Slot 
   });
 }
 
-void TellKept(observe::Fate fate, std::string_view attribute, const char* text, Slot slot) {
-  observe::Tell([&] {
+void ReportKept(observe::Fate fate, std::string_view attribute, const char* text, Slot slot) {
+  observe::Report([&] {
     observe::Stores event{};
     event.What = fate;
     event.Container = slot.Container;

@@ -147,6 +147,6 @@ struct Entry {
 void Store(const Entry& entry, Type type, void* address, const char* text, Slot slot = {});
 
 // Tells the observer that the value of a row is kept away from where it might go.
-void TellKept(observe::Fate fate, std::string_view attribute, const char* text, Slot slot = {});
+void ReportKept(observe::Fate fate, std::string_view attribute, const char* text, Slot slot = {});
 
 }  // namespace rows

@@ -3,8 +3,8 @@
 #include <cstring>
 #include <memory>
 
+#include "collector/state/report.h"
 #include "collector/state/scratch.h"
-#include "collector/state/tell.h"
 
 namespace {
 
@@ -90,9 +90,9 @@ std::unique_ptr<CDisplayInterface> MakeDisplayInterface(AttachmentType type) {
 
 // Tells what became of the DCIO device that the scratch state describes; `device` is null when it
 // was refused.
-void TellDcio(const CStatus& status, Ending ending, const CDCIODevice* device = nullptr,
-              bool took_state = false) {
-  observe::TellRecord(observe::Place::kDcioDevices, ending, [&](observe::Record& event) {
+void ReportDcio(const CStatus& status, Ending ending, const CDCIODevice* device = nullptr,
+                bool took_state = false) {
+  observe::ReportRecord(observe::Place::kDcioDevices, ending, [&](observe::Record& event) {
     // Those of the state are the last.
     static constexpr const void* kTaken[] = {&u32_DCIO_NumAttr, &u32_DCIO_Address, &u32_DCIO_State,
                                              &u32_DCIO_ErrCntr};
@@ -106,9 +106,9 @@ void TellDcio(const CStatus& status, Ending ending, const CDCIODevice* device = 
   });
 }
 
-void TellDisplayInterface(Ending ending, AttachmentType type, unsigned int position,
-                          const CDisplayInterface* element) {
-  observe::TellRecord(observe::Place::kDisplayInterfaces, ending, [&](observe::Record& event) {
+void ReportDisplayInterface(Ending ending, AttachmentType type, unsigned int position,
+                            const CDisplayInterface* element) {
+  observe::ReportRecord(observe::Place::kDisplayInterfaces, ending, [&](observe::Record& event) {
     static constexpr const void* kTaken[] = {&u32_DispInterfaceNumAttribute,
                                              &u16_DispInterfaceAddress};
     event.Number = u32_DispInterfaceNumAttribute;
@@ -169,11 +169,11 @@ int Status_VerifyOutputStats(CStatus* status, int output, int stat) {
 int Status_VerifyDCIO(CStatus* status) {
   // Deliberately positional: no device stores its number, so unpadded numbers lose devices.
   if (status->DCIO.Devices[u32_DCIO_SensorNumber] != nullptr) {
-    TellDcio(*status, Ending::kPositionTaken);
+    ReportDcio(*status, Ending::kPositionTaken);
     return 0;
   }
   if (st_DCIO_Type >= std::size(kDcioKinds)) {
-    TellDcio(*status, Ending::kNoKind);
+    ReportDcio(*status, Ending::kNoKind);
     return 0;
   }
   const DcioKind& kind = kDcioKinds[st_DCIO_Type];
@@ -187,7 +187,7 @@ int Status_VerifyDCIO(CStatus* status) {
   device->Address = std::make_unique<std::uint32_t>(u32_DCIO_Address);
   const CDCIODevice* const added = device.get();
   status->DCIO.Devices.Add(device.release());
-  TellDcio(*status, Ending::kCompleted, added, kind.ReportsState);
+  ReportDcio(*status, Ending::kCompleted, added, kind.ReportsState);
   return 0;
 }
 
@@ -202,13 +202,13 @@ int Status_VerifyDisplayInterface(CStatus* status, int output, AttachmentType ty
         return candidate.NumberOfAttributes == u32_DispInterfaceNumAttribute;
       });
   if (const CDisplayInterface* const found = owner->DisplayInterfaces[position]) {
-    TellDisplayInterface(Ending::kFound, type, position, found);
+    ReportDisplayInterface(Ending::kFound, type, position, found);
   } else if (std::unique_ptr<CDisplayInterface> made = MakeDisplayInterface(type)) {
     const CDisplayInterface* const added = made.get();
     owner->DisplayInterfaces.Add(made.release());
-    TellDisplayInterface(Ending::kCompleted, type, position, added);
+    ReportDisplayInterface(Ending::kCompleted, type, position, added);
   } else {
-    TellDisplayInterface(Ending::kNoKind, type, position, nullptr);
+    ReportDisplayInterface(Ending::kNoKind, type, position, nullptr);
   }
   return static_cast<int>(position);
 }

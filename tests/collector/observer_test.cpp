@@ -7,7 +7,7 @@
 #include <stdexcept>
 #include <thread>
 
-#include "collector/state/tell.h"
+#include "collector/state/report.h"
 #include "tests/collector/observed.h"
 
 namespace {
@@ -23,7 +23,7 @@ observe::CycleEnds EndWith(int result) {
 }
 
 void TellEnd(int result) {
-  observe::Tell([&] { return EndWith(result); });
+  observe::Report([&] { return EndWith(result); });
 }
 
 // Asks for nothing: the call fails with EBADF, as reading from no file does.

@@ -17,22 +17,22 @@ COLLECTOR_API void Send(const Event& event);
 
 // `make` gives the event; it is called when somebody watches.
 template <class Make>
-inline void Tell(Make make) {
+inline void Report(Make make) {
   if (IsWatched()) [[unlikely]] {
     Send(make());
   }
 }
 
-inline void TellProbeBegins(const char* probe) {
-  Tell([&] {
+inline void ReportProbeBegins(const char* probe) {
+  Report([&] {
     ProbeBegins event;
     event.Probe = probe;
     return event;
   });
 }
 
-inline void TellProbeEnds(const char* probe, int result) {
-  Tell([&] {
+inline void ReportProbeEnds(const char* probe, int result) {
+  Report([&] {
     ProbeEnds event;
     event.Probe = probe;
     event.Result = result;
@@ -41,8 +41,8 @@ inline void TellProbeEnds(const char* probe, int result) {
 }
 
 // Tells whether `label` was found in what was read last. Returns `found`.
-inline bool TellLabel(const char* label, bool found) {
-  Tell([&] {
+inline bool ReportLabel(const char* label, bool found) {
+  Report([&] {
     Label event;
     event.Text = label;
     event.Found = found;
@@ -53,8 +53,8 @@ inline bool TellLabel(const char* label, bool found) {
 
 // Tells of an element that its last row completes, or that is refused.
 template <class Make>
-inline void TellRecord(Place place, Ending ending, Make fill) {
-  Tell([&] {
+inline void ReportRecord(Place place, Ending ending, Make fill) {
+  Report([&] {
     Record event;
     event.What = ending;
     event.Where = place;
