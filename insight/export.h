@@ -1,0 +1,4 @@
+// What libstatusinsight exports.
+#pragma once
+
+#define INSIGHT_API __attribute__((visibility("default")))
