@@ -12,15 +12,26 @@
 
 namespace {
 
+using Failure = std::optional<CppSQLite3Exception>;
+
+// Reports what `action` throws and puts it in `*failure`. Returns its code.
 template <class Action>
-int ReportFailure(Action action) {
+int ReportFailure(Failure* failure, Action action) {
+  failure->reset();
   try {
     action();
     return SQLITE_OK;
-  } catch (CppSQLite3Exception const& failure) {
-    failure.Report();
-    return failure.errorCode();
+  } catch (CppSQLite3Exception const& thrown) {
+    thrown.Report();
+    *failure = thrown;
+    return thrown.errorCode();
   }
+}
+
+template <class Action>
+int ReportFailure(Action action) {
+  Failure ignored;
+  return ReportFailure(&ignored, action);
 }
 
 void RequireName(char const* name) {
@@ -77,8 +88,14 @@ CSQLdatabase::~CSQLdatabase() = default;
 
 int CSQLdatabase::OpenDatabaseWrite(char const* file, unsigned short flags,
                                     unsigned short synchronous) {
+  Failure ignored;
+  return OpenDatabaseWrite(file, flags, synchronous, &ignored);
+}
+
+int CSQLdatabase::OpenDatabaseWrite(char const* file, unsigned short flags,
+                                    unsigned short synchronous, Failure* failure) {
   CloseDatabase();
-  return ReportFailure([&] {
+  return ReportFailure(failure, [&] {
     m_DB.open(file, SQLITE_OPEN_READWRITE | SQLITE_OPEN_CREATE | flags);
     if (m_DB.readOnly()) {
       throw sqlitedb::Failure(nullptr, SQLITE_READONLY);
@@ -95,7 +112,12 @@ int CSQLdatabase::OpenDatabaseReadOnly(char const* file, unsigned short flags) {
 }
 
 int CSQLdatabase::CreateTable(char const* name, unsigned short id) {
-  return ReportFailure([&] {
+  Failure ignored;
+  return CreateTable(name, id, &ignored);
+}
+
+int CSQLdatabase::CreateTable(char const* name, unsigned short id, Failure* failure) {
+  return ReportFailure(failure, [&] {
     RequireName(name);
     m_DB.compileStatement("SELECT 1 FROM sqlite_schema");  // looks at what CREATE will change
     Run("CREATE TABLE IF NOT EXISTS " + Quoted(name) +
@@ -105,7 +127,12 @@ int CSQLdatabase::CreateTable(char const* name, unsigned short id) {
 }
 
 int CSQLdatabase::CreateTrigger(char const* name) {
-  return ReportFailure([&] {
+  Failure ignored;
+  return CreateTrigger(name, &ignored);
+}
+
+int CSQLdatabase::CreateTrigger(char const* name, Failure* failure) {
+  return ReportFailure(failure, [&] {
     RequireName(name);
     if (std::none_of(table_names_.begin(), table_names_.end(),
                      [&](auto const& known) { return known.second == name; })) {

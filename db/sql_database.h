@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <map>
+#include <optional>
 #include <string>
 
 #include "db/cpp_sqlite3.h"
@@ -37,6 +38,13 @@ class SQLITEDB_API CSQLdatabase {
   /// Makes sure that writers of a table of CreateTable get an error for an address or a value that
   /// is too long, instead of having it cut.
   int CreateTrigger(char const* name);
+
+  /// The same three, which also put what they reported in `*failure`; it is empty when all went
+  /// well.
+  int OpenDatabaseWrite(char const* file, unsigned short flags, unsigned short synchronous,
+                        std::optional<CppSQLite3Exception>* failure);
+  int CreateTable(char const* name, unsigned short id, std::optional<CppSQLite3Exception>* failure);
+  int CreateTrigger(char const* name, std::optional<CppSQLite3Exception>* failure);
 
   /// Closes the connection and its statement. Harmless when not open.
   int CloseDatabase();

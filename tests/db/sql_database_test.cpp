@@ -256,6 +256,30 @@ TEST_F(Database, CreateReportsWhatCannotBeMade) {
   EXPECT_EQ(database_.TableName(100), "");
 }
 
+TEST_F(Database, OpeningAndCreatingReturnTheFailureThatTheyReport) {
+  std::optional<CppSQLite3Exception> failure;
+  auto const text = [&] {
+    return failure ? std::to_string(failure->errorCode()) + ":" + failure->errorMessage() + "\n"
+                   : "none";
+  };
+  Expect(21, kMisuseLine, [&] { return database_.CreateTable("status", 100, &failure); });
+  EXPECT_EQ(text(), kMisuseLine);
+  Expect(14, kCantOpenLine,
+         [&] { return database_.OpenDatabaseWrite("/no/such/folder", kNoMutex, 0, &failure); });
+  EXPECT_EQ(text(), kCantOpenLine);
+  EXPECT_EQ(failure->systemError(), ENOENT);
+  Expect(0, "", [&] { return database_.OpenDatabaseWrite(file_.c_str(), kNoMutex, 0, &failure); });
+  EXPECT_EQ(text(), "none");
+  Expect(1, "1:no such table: status\n",
+         [&] { return database_.CreateTrigger("status", &failure); });
+  EXPECT_EQ(text(), "1:no such table: status\n");
+  Expect(0, "", [&] { return database_.CreateTable("status", 100, &failure); });
+  EXPECT_EQ(text(), "none");
+  failure.emplace(1, "before");
+  Expect(0, "", [&] { return database_.CreateTrigger("status", &failure); });
+  EXPECT_EQ(text(), "none");
+}
+
 TEST_F(Database, CreateTriggerNeedsATableOfCreateTable) {
   MakeForeign(file_, kRowTable);
   ASSERT_EQ(OpenWrite(), 0);
