@@ -3,6 +3,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <ctime>
+#include <optional>
 
 #include "collector/dispatch.h"
 #include "collector/state/report.h"
@@ -69,31 +70,32 @@ class CycleEnd {
   bool m_Returned = false;
 };
 
-void ReportStage(Stage stage) {
+void ReportStage(Stage stage, const char* table = nullptr) {
   observe::Report([&] {
     observe::AsksDatabase event;
     event.At = stage;
+    event.Table = table;
     return event;
   });
 }
 
-void ReportFailure(Stage stage, const CppSQLite3Exception& failure, bool from_before = false) {
+// Of `failure`; nothing happens when it is null.
+void ReportFailure(Stage stage, const CppSQLite3Exception* failure, const char* table = nullptr,
+                   bool from_before = false) {
+  if (failure == nullptr) {
+    return;
+  }
   observe::Report([&] {
     observe::DatabaseFails event;
     event.At = stage;
-    event.Code = failure.errorCode();
-    event.ExtendedCode = failure.extendedCode();
-    event.SystemError = failure.systemError();
-    event.Message = failure.errorMessage();
+    event.Code = failure->errorCode();
+    event.ExtendedCode = failure->extendedCode();
+    event.SystemError = failure->systemError();
+    event.Message = failure->errorMessage();
     event.FromBefore = from_before;
+    event.Table = table;
     return event;
   });
-}
-
-void ReportOpenFailure(const CppSQLite3DB& database, bool from_before) {
-  if (const CppSQLite3Exception* const failure = database.openFailure()) {
-    ReportFailure(Stage::kOpen, *failure, from_before);
-  }
 }
 
 }  // namespace
@@ -102,20 +104,25 @@ CStatusInterface::CStatusInterface() = default;
 CStatusInterface::~CStatusInterface() = default;
 
 int CStatusInterface::InitDatabase(bool write) {
+  ReportStage(Stage::kOpen);
   if (!write) {
-    ReportStage(Stage::kOpen);
     OpenDatabaseReadOnly(paths::kStatusDatabase, kOpenFlags);
-    ReportOpenFailure(m_DB, false);
+    ReportFailure(Stage::kOpen, m_DB.openFailure());
     return 0;
   }
-  ReportStage(Stage::kOpen);
-  OpenDatabaseWrite(paths::kStatusDatabase, kOpenFlags, kSynchronousOff);
-  ReportOpenFailure(m_DB, false);
+  std::optional<CppSQLite3Exception> failure;
+  const auto failed = [&failure] { return failure ? &*failure : nullptr; };
+  OpenDatabaseWrite(paths::kStatusDatabase, kOpenFlags, kSynchronousOff, &failure);
+  ReportFailure(m_DB.openFailure() != nullptr ? Stage::kOpen : Stage::kSwitch, failed());
   for (const auto& table : kTables) {
-    CreateTable(table.Name, table.Id);
+    ReportStage(Stage::kTable, table.Name);
+    CreateTable(table.Name, table.Id, &failure);
+    ReportFailure(Stage::kTable, failed(), table.Name);
   }
   for (const auto& table : kTables) {
-    CreateTrigger(table.Name);
+    ReportStage(Stage::kTrigger, table.Name);
+    CreateTrigger(table.Name, &failure);
+    ReportFailure(Stage::kTrigger, failed(), table.Name);
   }
   return 0;
 }
@@ -149,12 +156,12 @@ int CStatusInterface::QueryRows() {
   Stage stage = Stage::kPrepare;
   try {
     try {
-      ReportOpenFailure(m_DB, true);
+      ReportFailure(Stage::kOpen, m_DB.openFailure(), nullptr, true);
       ReportStage(stage);
       m_Statement = m_DB.compileStatement(rows::kSelect);
     } catch (const CppSQLite3Exception& failure) {
       failure.Report();
-      ReportFailure(stage, failure);
+      ReportFailure(stage, &failure);
       m_LastError = failure.errorCode();
     }
     if (ReadAndClearLastError() != 0) {
@@ -168,7 +175,7 @@ int CStatusInterface::QueryRows() {
     query.finalize();
   } catch (const CppSQLite3Exception& failure) {
     failure.Report();
-    ReportFailure(stage, failure);
+    ReportFailure(stage, &failure);
     return 1;
   }
   try {
@@ -176,7 +183,7 @@ int CStatusInterface::QueryRows() {
     m_Statement.finalize();
   } catch (const CppSQLite3Exception& failure) {
     failure.Report();
-    ReportFailure(stage, failure);
+    ReportFailure(stage, &failure);
     m_LastError = failure.errorCode();
   }
   return 0;

@@ -175,11 +175,17 @@ enum class Stage : std::uint32_t {
   kRows,     // the rows
   kFinish,   // the end of the query
   kRelease,  // the end of the statement
+  // InitDatabase for writing, after kOpen:
+  kSwitch,   // makes the opened file ready for writers, in write-ahead mode; part of opening, so
+             // that only its failure is reported
+  kTable,    // makes sure of a table
+  kTrigger,  // makes sure of the triggers of a table
 };
 
-// Told before each stage of a cycle, and before InitDatabase opens; within kRows the rows follow.
+// Sent before each stage but kSwitch; within kRows the rows follow.
 struct AsksDatabase : EventOf<Kind::kAsksDatabase> {
   Stage At = Stage::kOpen;
+  const char* Table = nullptr;  // kTable, kTrigger: its name
 };
 
 struct DatabaseFails : EventOf<Kind::kDatabaseFails> {
@@ -189,6 +195,7 @@ struct DatabaseFails : EventOf<Kind::kDatabaseFails> {
   int SystemError = 0;            // errno of the system call that failed, 0 when it is unknown
   const char* Message = nullptr;  // as reported on standard error
   bool FromBefore = false;        // kOpen: told again, because nothing is open since
+  const char* Table = nullptr;    // kTable, kTrigger: its name
 };
 
 // ---- Rows

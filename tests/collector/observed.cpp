@@ -19,7 +19,8 @@ constexpr const char* kCalls[] = {
     "open",    "read",       "file status", "path status", "link target",      "request",
     "storage", "system",     "interfaces",  "socket",      "hardware address", "host text",
     "time",    "local time", "UTC"};
-constexpr const char* kStages[] = {"open", "prepare", "execute", "rows", "finish", "release"};
+constexpr const char* kStages[] = {"open",    "prepare", "execute", "rows",   "finish",
+                                   "release", "switch",  "table",   "trigger"};
 constexpr const char* kFates[] = {
     "stored",       "other word",        "unknown word",  "first stays", "refused number",
     "no attribute", "unknown attribute", "outside table", "not volts",   "other key"};
@@ -116,14 +117,18 @@ void Write(std::ostream& out, const Label& event) {
   out << "label " << event.Text << (event.Found ? "" : " missing");
 }
 
+std::string TableText(const char* table) {
+  return table == nullptr ? "" : std::string(" ") + table;
+}
+
 void Write(std::ostream& out, const AsksDatabase& event) {
-  out << "asks database " << Name(kStages, event.At);
+  out << "asks database " << Name(kStages, event.At) << TableText(event.Table);
 }
 
 void Write(std::ostream& out, const DatabaseFails& event) {
-  out << "database fails " << Name(kStages, event.At) << (event.FromBefore ? " before" : "") << ": "
-      << event.Code << ", " << event.ExtendedCode << ", "
-      << (event.SystemError == 0 ? "no error" : std::strerror(event.SystemError)) << ", "
+  out << "database fails " << Name(kStages, event.At) << TableText(event.Table)
+      << (event.FromBefore ? " before" : "") << ": " << event.Code << ", " << event.ExtendedCode
+      << ", " << (event.SystemError == 0 ? "no error" : std::strerror(event.SystemError)) << ", "
       << event.Message;
 }
 

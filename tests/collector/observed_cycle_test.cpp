@@ -5,6 +5,8 @@
 #include <cerrno>
 #include <stdexcept>
 
+#include "sandbox/files.h"
+#include "sandbox/rows.h"
 #include "sandbox/testing.h"
 #include "tests/collector/cycle_fixture.h"
 #include "tests/collector/hooks.h"
@@ -19,6 +21,7 @@ using testing::Contains;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::MatchesRegex;
+using testing::SizeIs;
 using testing::StartsWith;
 
 class ObservedCycle : public CycleTest {
@@ -53,6 +56,23 @@ class ObservedCycle : public CycleTest {
     Cycle();
     return observer.Lines({"asks database", "database"});
   }
+
+  // The same of InitDatabase for writing.
+  std::vector<std::string> InitLines() {
+    Observed observer;
+    m_Errors = ErrorsOf([&] { EXPECT_EQ(m_Collector.InitDatabase(true), 0); });
+    return observer.Lines({"asks database", "database"});
+  }
+
+  static std::string RepeatedLine(const std::string& line, int times) {
+    std::string lines;
+    for (int i = 0; i < times; ++i) {
+      lines += line;
+    }
+    return lines;
+  }
+
+  std::string m_Errors;  // what InitLines left on standard error
 };
 
 Scenario Bare() { return Scenario().Database(); }
@@ -240,6 +260,60 @@ TEST_F(ObservedCycle, IsToldAgainOfADatabaseThatCouldNotBeOpened) {
                             "database fails prepare: 21, 21, no error, bad parameter or other API "
                             "misuse"));
   }
+}
+
+// Used to be written to standard error only.
+TEST_F(ObservedCycle, InitDatabaseReportsAFileThatItCannotSwitchToWriteAheadMode) {
+  sandbox::WriteFile(sandbox::kDatabase, std::string(5000, 'x'));
+  const std::string failure = ": 26, 26, no error, file is not a database";
+  EXPECT_THAT(
+      InitLines(),
+      ElementsAre("asks database open", "database fails switch" + failure,
+                  "asks database table status", "database fails table status" + failure,
+                  "asks database table io", "database fails table io" + failure,
+                  "asks database table packages", "database fails table packages" + failure,
+                  "asks database trigger status", "database fails trigger status" + failure,
+                  "asks database trigger io", "database fails trigger io" + failure,
+                  "asks database trigger packages", "database fails trigger packages" + failure));
+  EXPECT_EQ(m_Errors, RepeatedLine("26:file is not a database\n", 7));
+}
+
+TEST_F(ObservedCycle, InitDatabaseReportsTheTableAndTheTriggerThatItCannotMake) {
+  sandbox::RunSql(
+      "DROP TABLE status; CREATE TABLE status(other TEXT);"
+      "CREATE INDEX io ON status(other);");
+  EXPECT_THAT(
+      InitLines(),
+      ElementsAre("asks database open", "asks database table status", "asks database table io",
+                  "database fails table io: 1, 1, no error, there is already an index named io",
+                  "asks database table packages", "asks database trigger status",
+                  "database fails trigger status: 1, 1, no error, no such column: address",
+                  "asks database trigger io",
+                  "database fails trigger io: 1, 1, no error, no such table: io",
+                  "asks database trigger packages"));
+  EXPECT_EQ(m_Errors,
+            "1:there is already an index named io\n1:no such column: address\n"
+            "1:no such table: io\n");
+}
+
+TEST_F(ObservedCycle, InitDatabaseReportsEachStepThatADatabaseWhichIsNotOpenFails) {
+  sandbox::RemoveDatabase();
+  sandbox::MakeFolder(sandbox::kDatabase);
+  const std::vector<std::string> lines = InitLines();
+  sandbox::RemoveFile(sandbox::kDatabase);
+  EXPECT_THAT(lines[1], StartsWith("database fails open: 14, "));
+  std::vector<std::string> failures = lines;
+  std::erase_if(failures, [](const std::string& line) { return line.starts_with("asks"); });
+  EXPECT_THAT(failures, SizeIs(7));
+}
+
+TEST_F(ObservedCycle, InitDatabaseReportsNoFailureOfADatabaseThatItMakes) {
+  sandbox::RemoveDatabase();
+  EXPECT_THAT(InitLines(), ElementsAre("asks database open", "asks database table status",
+                                       "asks database table io", "asks database table packages",
+                                       "asks database trigger status", "asks database trigger io",
+                                       "asks database trigger packages"));
+  EXPECT_EQ(m_Errors, "");
 }
 
 TEST_F(ObservedCycle, IsToldAtWhichStageTheDatabaseFails) {
