@@ -1,10 +1,20 @@
 #include "collector/key_table.h"
 
+#include <algorithm>
+#include <string_view>
+
 #include "collector/state/numbered_key.h"
 #include "handlers/handlers.h"
 #include "sensors/sensor_keys.h"
 
-const std::array<StatusKey, kStatusKeyCount> status_primary_keys = {{
+namespace {
+
+struct Row {
+  std::string_view Key;
+  int (*Handler)(QtSts::CStatus* status, char* value, char* key);
+};
+
+constexpr Row kRows[] = {
     {"ActualDimmingLevel", Status_ActualDimmingLevel},
     {"CalculatedSunrise", Status_CalculatedSunInfo},
     {"CalculatedSunset", Status_CalculatedSunInfo},
@@ -37,4 +47,23 @@ const std::array<StatusKey, kStatusKeyCount> status_primary_keys = {{
     {"TtableTask", Status_TtableTask},
     {"TtableTime", Status_TtableTime},
     {"TtableTitle", Status_TtableTitle},
-}};
+};
+static_assert(std::size(kRows) == kStatusKeyCount, "the exported table has another size");
+
+// Each key is smaller than the next and does not begin it. A key that began a later one would begin
+// its neighbour, too.
+static_assert(std::ranges::adjacent_find(kRows, [](const Row& row, const Row& next) {
+                return row.Key >= next.Key || next.Key.starts_with(row.Key);
+              }) == std::end(kRows));
+
+std::array<StatusKey, kStatusKeyCount> MakeKeys() {
+  std::array<StatusKey, kStatusKeyCount> keys;
+  std::ranges::transform(kRows, keys.begin(), [](const Row& row) {
+    return StatusKey{std::string(row.Key), row.Handler};
+  });
+  return keys;
+}
+
+}  // namespace
+
+const std::array<StatusKey, kStatusKeyCount> status_primary_keys = MakeKeys();
