@@ -26,17 +26,14 @@ struct Target {
 };
 constexpr Target kOwnBus = {observe::Place::kSensors, -1};
 
-// More than a record of any kind takes.
-constexpr std::size_t kMostTaken = 64;
-
 // The variables that the record of the present type takes where it goes, in `room`.
 std::span<const void* const> TakenVariables(const Target& target,
-                                            std::array<const void*, kMostTaken>& room) {
+                                            std::array<const void*, sensors::kMostTaken>& room) {
   const auto kinds = sensors::SensorKinds();
   const auto kind = std::ranges::find(kinds, st_Type, &sensors::SensorKind::Code);
   std::size_t count = 0;
   for (const sensors::Taken& taken : kind == kinds.end() ? decltype(kind->Takes)() : kind->Takes) {
-    if (count < room.size() && (!taken.OnlyBehindInterface || target.Interface >= 0)) {
+    if (!taken.OnlyBehindInterface || target.Interface >= 0) {
       room[count++] = taken.From->Address;
     }
   }
@@ -47,7 +44,7 @@ std::span<const void* const> TakenVariables(const Target& target,
 // refused, `list` when there is none.
 void ReportSensor(const Target& target, Ending ending, const CSensorList* list,
                   const QtSts::CSensor* record = nullptr) {
-  std::array<const void*, kMostTaken> taken;  // not initialised: hardly anybody watches
+  std::array<const void*, sensors::kMostTaken> taken;  // not initialised: hardly anybody watches
   observe::ReportRecord(target.Where, ending, [&](observe::Record& event) {
     if (record != nullptr) {
       event.Taken = TakenVariables(target, taken);

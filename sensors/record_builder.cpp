@@ -234,6 +234,10 @@ consteval bool EveryTextIsDistinct() {
 }
 static_assert(EveryTextIsDistinct());
 
+static_assert(std::ranges::all_of(kKinds, [](const SensorKind& kind) {
+  return kind.Takes.size() <= kMostTaken;
+}));
+
 // The texts as words of a parser.
 constexpr auto kTypeWords = [] {
   std::array<rows::Word, std::size(kKinds)> words = {};

@@ -1,6 +1,7 @@
 // The one place where the scratch state of a sensor becomes its record.
 #pragma once
 
+#include <cstddef>
 #include <memory>
 #include <span>
 
@@ -34,6 +35,9 @@ struct SensorKind {
   std::span<const Taken> Takes;   // in the order of taking
   std::unique_ptr<QtSts::CSensor> (*Make)(Placement placement);  // filled from the scratch state
 };
+
+// A record of any kind takes at most so many variables.
+inline constexpr std::size_t kMostTaken = 64;
 
 // Every kind in ascending order of code.
 COLLECTOR_API std::span<const SensorKind> SensorKinds();
