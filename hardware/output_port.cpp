@@ -2,6 +2,7 @@
 
 #include <array>
 #include <cstddef>
+#include <iterator>
 #include <optional>
 
 #include "hardware/files.h"
@@ -19,24 +20,36 @@ namespace requests = hardware::requests;
 
 constexpr int kNoAnswer = -1;
 
+// The router's requests for statistics, and the element and member that the answer of each fills.
+constexpr struct {
+  unsigned long Request;
+  int Number;
+  std::int32_t QtSts::CStat::*Value;
+} kStatistics[] = {
+    {requests::router::kStatistic0First, 0, &QtSts::CStat::First},
+    {requests::router::kStatistic0Second, 0, &QtSts::CStat::Second},
+    {requests::router::kStatistic1First, 1, &QtSts::CStat::First},
+    {requests::router::kStatistic1Second, 1, &QtSts::CStat::Second},
+};
+
 struct RouterAnswers {
   int FrameRate;
   int OutputLevel;
-  std::array<int, 4> Statistics;
+  std::array<int, std::size(kStatistics)> Statistics;
   int TrackerEnable;
 };
 
 std::optional<RouterAnswers> AskRouter() {
   namespace router = requests::router;
-  const auto answers =
-      AskDevice(paths::kRouter, {router::kFrameRate, router::kOutputLevel, router::kStatistic0First,
-                                 router::kStatistic0Second, router::kStatistic1First,
-                                 router::kStatistic1Second, router::kTrackerEnable});
+  const auto& [first, second, third, fourth] = kStatistics;
+  const auto answers = AskDevice(
+      paths::kRouter, {router::kFrameRate, router::kOutputLevel, first.Request, second.Request,
+                       third.Request, fourth.Request, router::kTrackerEnable});
   if (!answers) {
     return std::nullopt;
   }
-  const auto [rate, level, first0, second0, first1, second1, enable] = *answers;
-  return RouterAnswers{rate, level, {first0, second0, first1, second1}, enable};
+  const auto [rate, level, answer1, answer2, answer3, answer4, enable] = *answers;
+  return RouterAnswers{rate, level, {answer1, answer2, answer3, answer4}, enable};
 }
 
 // The output at `port`, made first if need be; null when `port` lies further beyond the list's end.
@@ -56,17 +69,6 @@ QtSts::CStat* EnsureStatistic(QtSts::CStatus* status, int port, int number) {
   return output->Statistics[static_cast<unsigned int>(number)];
 }
 
-// Where the router's answers on its statistics belong, in the order of the requests.
-constexpr struct {
-  int Number;
-  std::int32_t QtSts::CStat::*Value;
-} kStatistics[] = {
-    {0, &QtSts::CStat::First},
-    {0, &QtSts::CStat::Second},
-    {1, &QtSts::CStat::First},
-    {1, &QtSts::CStat::Second},
-};
-
 void StoreRouterAnswers(QtSts::CStatus* status, int port, const RouterAnswers& answers) {
   if (answers.FrameRate != kNoAnswer) {
     if (QtSts::COutput* output = EnsureOutput(status, port)) {
@@ -79,7 +81,7 @@ void StoreRouterAnswers(QtSts::CStatus* status, int port, const RouterAnswers& a
       output->Dimming.OutputLevel = static_cast<float>(answers.OutputLevel);
     }
   }
-  for (std::size_t i = 0; i < answers.Statistics.size(); ++i) {
+  for (std::size_t i = 0; i < std::size(kStatistics); ++i) {
     if (answers.Statistics[i] != kNoAnswer) {
       if (QtSts::CStat* statistic = EnsureStatistic(status, port, kStatistics[i].Number)) {
         statistic->*kStatistics[i].Value = answers.Statistics[i];
