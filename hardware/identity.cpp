@@ -33,14 +33,14 @@ std::int32_t FamilyOf(int hardware_id) {
 
 // Each returns what its probe returns.
 int StoreFirmwareVersion(const hardware::PackageVersions& versions, QtSts::CStatus* status) {
-  if (observe::ReportLabel("Package: qtm-distro", versions.Distribution.has_value())) {
+  if (observe::ReportLabel(hardware::kDistributionPackage, versions.Distribution.has_value())) {
     status->FirmwareVersion = *versions.Distribution;
   }
   return 0;
 }
 
 int StoreDisplayFirmwareVersion(const hardware::PackageVersions& versions, QtSts::CStatus* status) {
-  if (!observe::ReportLabel("Package: dispfw", versions.DisplayFirmware.has_value())) {
+  if (!observe::ReportLabel(hardware::kDisplayPackage, versions.DisplayFirmware.has_value())) {
     return 1;
   }
   status->DisplayFirmwareVersion = *versions.DisplayFirmware;

@@ -19,12 +19,14 @@ std::size_t EndOfDigits(std::string_view text) {
 }  // namespace
 
 constexpr std::array<PackageSearch::Rule, PackageSearch::kNameCount> PackageSearch::kRules = {{
-    {"Package: qtm-distro", Stage::kLineEnd, EndOfLine},
-    {"Package: dispfw", Stage::kLabel, EndOfDigits},
-    {"Package: display-firmware", Stage::kLabel, EndOfDigits},
+    {kDistribution, kDistributionPackage, Stage::kLineEnd, EndOfLine},
+    {kDisplay, kDisplayPackage, Stage::kLabel, EndOfDigits},
+    {kDisplayFallback, "Package: display-firmware", Stage::kLabel, EndOfDigits},
 }};
 
 bool PackageSearch::Take(std::string_view piece) {
+  static_assert(kRules[kDistribution].Of == kDistribution && kRules[kDisplay].Of == kDisplay &&
+                kRules[kDisplayFallback].Of == kDisplayFallback);
   // As much as there may be of a label before its last byte.
   constexpr std::size_t kOverlap = kRules[kDisplayFallback].Package.size() - 1;
   const std::size_t begin = m_Size - m_Tail.size();

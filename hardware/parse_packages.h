@@ -22,6 +22,10 @@ struct PackageVersions {
   std::optional<std::string> DisplayFirmware;
 };
 
+// How the lines begin that name their packages.
+inline constexpr char kDistributionPackage[] = "Package: qtm-distro";
+inline constexpr char kDisplayPackage[] = "Package: dispfw";
+
 // Where a version that does not end is cut, in bytes.
 inline constexpr std::size_t kLongestVersion = std::size_t{1} << 20;
 
@@ -43,6 +47,7 @@ class PackageSearch {
 
   // A package name, what follows it and how far its version goes.
   struct Rule {
+    Name Of;
     std::string_view Package;
     Stage Next;
     std::size_t (*VersionEnd)(std::string_view text);
