@@ -46,7 +46,7 @@ std::string HardwareAddress(const char* interface) {
   std::strncpy(request.ifr_name, interface, sizeof request.ifr_name - 1);
   const hardware::Descriptor socket(hardware::calls::Socket());
   hardware::calls::HardwareAddress(socket.Number(), &request);
-  unsigned char bytes[6];
+  unsigned char bytes[IFHWADDRLEN];
   std::memcpy(bytes, request.ifr_hwaddr.sa_data, sizeof bytes);
   return hardware::HardwareAddressText(bytes);
 }
@@ -135,7 +135,7 @@ int CTolmarHardware::DNS() {
 }
 
 int CTolmarHardware::GetGateway(char const* interface, std::string* gateway) {
-  *gateway = "0.0.0.0";
+  *gateway = QtSts::kNoIPv4Address;
   const auto routes = hardware::ReadWhole(paths::kRoutes, Access::kRead);
   if (!routes) {
     return 1;

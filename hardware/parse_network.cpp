@@ -1,6 +1,7 @@
 #include "hardware/parse_network.h"
 
 #include <arpa/inet.h>
+#include <net/if.h>
 
 #include <algorithm>
 #include <array>
@@ -68,9 +69,8 @@ std::string BaseName(std::string_view interface) {
 }
 
 std::string HardwareAddressText(const unsigned char* bytes) {
-  constexpr std::size_t kBytes = 6;
-  char text[kBytes * 3 + 1];
-  for (std::size_t i = 0; i < kBytes; ++i) {
+  char text[IFHWADDRLEN * 3 + 1];
+  for (std::size_t i = 0; i < IFHWADDRLEN; ++i) {
     std::snprintf(text + i * 3, 4, "%.2X:", bytes[i]);
   }
   return {text, sizeof text - 2};

@@ -111,12 +111,11 @@ int Socket() {
 }
 
 int HardwareAddress(int descriptor, ifreq* request) {
-  constexpr std::size_t kBytes = 6;
   return Ask(
       About(Call::kHardwareAddress, request->ifr_name, descriptor),
       [&] { return ioctl(descriptor, requests::socket::kHardwareAddress, request); },
       [&](int, Answers& answer) {
-        answer.Bytes = {request->ifr_hwaddr.sa_data, kBytes};
+        answer.Bytes = {request->ifr_hwaddr.sa_data, IFHWADDRLEN};
       });
 }
 

@@ -25,6 +25,9 @@ class STATUS_API CDNS : public CListedStatus {
   static const ClassInfo Class;
 };
 
+// Stands for an IPv4 address that is not there.
+inline constexpr char kNoIPv4Address[] = "0.0.0.0";
+
 // One network interface; aliases such as eth0:1 share the device of their base name.
 class STATUS_API CNetworkDevice : public CListedStatus {
  public:
@@ -32,8 +35,8 @@ class STATUS_API CNetworkDevice : public CListedStatus {
   CStat Statistics;         // link transitions, link errors; -1 when there is no source
   std::string Name;
   std::string IPv6Address = "::1/128";
-  std::string IPv4Address = "0.0.0.0";
-  std::string Gateway = "0.0.0.0";
+  std::string IPv4Address = kNoIPv4Address;
+  std::string Gateway = kNoIPv4Address;
   std::string Netmask = "255.255.255.0";
   std::string SpareText;
   std::string MACAddress;  // six upper-case hexadecimal pairs joined by ':'
