@@ -33,7 +33,8 @@ constexpr const char* kPointFates[] = {"taken", "refused", "no class", "left"};
 
 template <std::size_t kCount, class Code>
 const char* Name(const char* const (&names)[kCount], Code code) {
-  return names[static_cast<std::size_t>(code)];
+  const auto position = static_cast<std::size_t>(code);
+  return position < kCount ? names[position] : "unnamed";
 }
 
 std::string Quoted(const char* text) { return text == nullptr ? "NULL" : text; }
