@@ -3,10 +3,18 @@
 
 #include <sqlite3.h>
 
+#include <string>
+
 namespace sqlitedb {
 
 /// True while a statement of `db` runs; in write-ahead mode, once its log is open.
 bool HoldsLock(sqlite3* db) noexcept;
+
+// True when another process has the byte of `file` locked for reading that a writer locks for
+// writing while he works: then nobody is at work. SQLite itself only sees that the byte is locked,
+// and anybody who may read the file can do that. Asks through a descriptor that this process has
+// open already, for the same reason as below; false where /proc does not list it.
+bool ReservedByteIsOnlyRead(const std::string& file);
 
 /// Holds no lock until Take() has succeeded; releases it when destroyed. While it lives, nothing
 /// may run on its connection. Goes through SQLite and not through fcntl, since closing any other

@@ -9,6 +9,7 @@
 #include "db/companions.h"
 #include "db/connection.h"
 #include "db/cpp_sqlite3.h"
+#include "db/file_lock.h"
 
 namespace sqlitedb {
 
@@ -17,6 +18,17 @@ namespace {
 constexpr char const* kName = "sqlitedb";
 
 sqlite3_vfs* g_system = nullptr;
+
+// Of a database, after what the system's VFS keeps of its file.
+struct Guard {
+  sqlite3_io_methods methods;  // the system's, but for what is replaced here
+  int (*is_reserved)(sqlite3_file*, int*);
+  const char* name;  // SQLite's, as long as the file is open
+};
+
+Guard& GuardOf(sqlite3_file* file) {
+  return *reinterpret_cast<Guard*>(reinterpret_cast<char*>(file) + g_system->szOsFile);
+}
 
 bool EndsWith(std::string_view name, Companion companion) {
   return name.ends_with(SuffixOf(companion));
@@ -76,6 +88,27 @@ bool MayOpen(char const* name, int flags) {
   return true;
 }
 
+// SQLite asks when it finds a journal: where a writer is at work, it is his, and the rows are read
+// without it.
+int CheckReservedLock(sqlite3_file* file, int* result) noexcept {
+  const Guard& guard = GuardOf(file);
+  const int code = guard.is_reserved(file, result);
+  if (code != SQLITE_OK || *result == 0) {
+    return code;
+  }
+  return Guarded([&] {
+    *result = ReservedByteIsOnlyRead(guard.name) ? 0 : 1;
+    return SQLITE_OK;
+  });
+}
+
+void GuardDatabase(sqlite3_file* file, const char* name) {
+  Guard& guard = GuardOf(file);
+  guard = {*file->pMethods, file->pMethods->xCheckReservedLock, name};
+  guard.methods.xCheckReservedLock = CheckReservedLock;
+  file->pMethods = &guard.methods;
+}
+
 int Open(sqlite3_vfs* /*self*/, char const* name, sqlite3_file* file, int flags,
          int* out) noexcept {
   int const code =
@@ -85,7 +118,11 @@ int Open(sqlite3_vfs* /*self*/, char const* name, sqlite3_file* file, int flags,
     file->pMethods = nullptr;
     return code;
   }
-  return g_system->xOpen(g_system, name, file, flags, out);
+  const int opened = g_system->xOpen(g_system, name, file, flags, out);
+  if (opened == SQLITE_OK && name != nullptr && (flags & SQLITE_OPEN_MAIN_DB) != 0) {
+    GuardDatabase(file, name);
+  }
+  return opened;
 }
 
 // Taken back when the library is unloaded.
@@ -98,6 +135,7 @@ class Registration {
     }
     vfs_ = *g_system;
     vfs_.zName = kName;
+    vfs_.szOsFile += static_cast<int>(sizeof(Guard));
     vfs_.xAccess = Access;
     vfs_.xOpen = Open;
     if (int const code = sqlite3_vfs_register(&vfs_, 0); code != SQLITE_OK) {

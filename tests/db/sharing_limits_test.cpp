@@ -122,3 +122,107 @@ TEST_F(SharingLimits, DescriptorOfASecondConnectionStaysUntilTheFirstReleasesIts
   reader_.CloseDatabase();
   EXPECT_LT(OpenDescriptors(), before);
 }
+
+namespace {
+
+// A byte of the database that a writer has locked for writing while he works.
+constexpr off_t kReservedByte = 0x40000001;
+
+// Their pages are too many for SQLite's cache.
+constexpr const char* kManyRows =
+    "WITH RECURSIVE c(x) AS (SELECT 1 UNION ALL SELECT x+1 FROM c LIMIT 2000) "
+    "INSERT INTO status SELECT 'k'||x, hex(zeroblob(100)) FROM c";
+
+// Breaks off a transaction of which a part is in the file already.
+void KillAWriter(const std::string& file) {
+  Signal ready;
+  Child writer([&] {
+    Foreign foreign(file);
+    const bool written = foreign
+                             .Do("PRAGMA cache_spill=1; PRAGMA cache_size=1; BEGIN IMMEDIATE;"
+                                 "UPDATE status SET value='uncommitted'")
+                             .empty();
+    ready.Send();
+    pause();
+    return written ? 0 : 1;
+  });
+  ready.Await();
+  writer.Kill();
+  writer.Wait();
+  ASSERT_NE(Bytes(file).find("uncommitted"), std::string::npos) << "the writer did not write";
+  ASSERT_GT(fs::file_size(file + "-journal"), 0U);
+}
+
+// Locks that byte for reading, which needs no right to write.
+int LockReservedByte(const std::string& file, int command) {
+  struct flock lock {};
+  lock.l_type = F_RDLCK;
+  lock.l_whence = SEEK_SET;
+  lock.l_start = kReservedByte;
+  lock.l_len = 1;
+  const int fd = open(file.c_str(), O_RDONLY);
+  return fcntl(fd, command, &lock);
+}
+
+}  // namespace
+
+// Such a lock used to pass for a writer at work, and what the killed one had not committed was
+// read, with result 0.
+TEST_F(SharingLimits, ReadLockOfAStrangerKeepsNoBrokenTransactionFromBeingRolledBack) {
+  for (const int command : {F_SETLK, F_OFD_SETLK}) {
+    SCOPED_TRACE(command);
+    Make(false);
+    ASSERT_EQ(Foreign(file_).Do(kManyRows), "");
+    ASSERT_EQ(OpenReader(), 0);
+    const Rows committed = ReadRows(reader_);
+    KillAWriter(file_);
+    Signal ready;
+    Child stranger([&] {
+      const int result = LockReservedByte(file_, command);
+      ready.Send();
+      pause();
+      return result;
+    });
+    ready.Await();
+    EXPECT_EQ(Thrown([&] { ReadRows(reader_); }), "8:attempt to write a readonly database");
+    CSQLdatabase host;
+    host.m_DB.open(file_.c_str(), SQLITE_OPEN_READWRITE | kNoMutex);
+    EXPECT_EQ(ReadRows(host), committed);
+    EXPECT_EQ(ReadRows(reader_), committed);
+    host.CloseDatabase();
+    reader_.CloseDatabase();
+    for (const auto& name : Files()) {
+      fs::remove(dir_ / name);
+    }
+  }
+}
+
+TEST_F(SharingLimits, WriterAtWorkInRollbackModeIsNotRolledBack) {
+  constexpr const char* kWork = "BEGIN IMMEDIATE; UPDATE status SET value='2'";
+  Make(false);
+  ASSERT_EQ(OpenReader(), 0);
+  {
+    Signal ready;
+    Signal go_on;
+    Child writer([&] {
+      Foreign foreign(file_);
+      std::string failure = foreign.Do(kWork);
+      ready.Send();
+      go_on.Await();
+      failure += foreign.Do("COMMIT");
+      return failure.empty() ? 0 : 1;
+    });
+    ready.Await();
+    EXPECT_GT(fs::file_size(file_ + "-journal"), 0U);
+    EXPECT_THAT(ReadRows(reader_), ElementsAre(Pair("a", "1")));
+    go_on.Send();
+    EXPECT_EQ(writer.Wait(), 0) << "his lock was lost, or his journal";
+  }
+  EXPECT_THAT(ReadRows(reader_), ElementsAre(Pair("a", "2")));
+  Foreign of_this_process(file_);
+  ASSERT_EQ(of_this_process.Do("BEGIN IMMEDIATE; UPDATE status SET value='3'"), "");
+  EXPECT_GT(fs::file_size(file_ + "-journal"), 0U);
+  EXPECT_THAT(ReadRows(reader_), ElementsAre(Pair("a", "2")));
+  EXPECT_EQ(of_this_process.Do("COMMIT"), "");
+  EXPECT_THAT(ReadRows(reader_), ElementsAre(Pair("a", "3")));
+}
