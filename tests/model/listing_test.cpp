@@ -18,6 +18,7 @@
 #include "model/listing_rows.h"
 #include "tests/model/forgetful.h"
 #include "tests/model/record_layouts.h"
+#include "tests/support/temporary_folder.h"
 
 constexpr QtSts::Field kForgetfulFields[] = {
     QtSts::listing::Of<&Forgetful::Kept>("Kept", "", "Kept"),
@@ -151,6 +152,16 @@ TEST(Listing, IsFoundOutWhenItLacksAMember) {
   const std::vector<Line>& layout = layouts.at("Forgetful");
   EXPECT_THAT(Members(Forgetful::Class, layout), ElementsAre("Kept", "Forgotten"));
   EXPECT_THAT(ListedMembers(Forgetful::Class, layout), ElementsAre("Kept"));
+}
+
+// The compiler used to take headers that stood in the folder for temporary files.
+TEST(Listing, IsComparedWithTheHeadersOfTheSourcesAlone) {
+  const test_support::TemporaryFolder folder;
+  std::filesystem::create_directories(folder.Path() + "/tests/model");
+  std::ofstream(folder.Path() + "/tests/model/forgetful.h") << "#error of somebody else\n";
+  setenv("TEST_TMPDIR", folder.Path().c_str(), 1);
+  EXPECT_NO_THROW(record_layouts::Dump({"tests/model/forgetful.h"}, {"Forgetful"}));
+  unsetenv("TEST_TMPDIR");
 }
 
 TEST(Listing, ExistsForEveryModelClass) {

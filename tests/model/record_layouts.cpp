@@ -1,15 +1,12 @@
 #include "tests/model/record_layouts.h"
 
-#include <gtest/gtest.h>
-#include <unistd.h>
-
-#include <cstdio>
 #include <fstream>
 #include <regex>
 #include <sstream>
 #include <stdexcept>
 
 #include "tests/support/run_program.h"
+#include "tests/support/temporary_folder.h"
 
 namespace record_layouts {
 namespace {
@@ -64,12 +61,13 @@ Layouts Parse(const std::string& dump) {
 }  // namespace
 
 Layouts Dump(const std::vector<std::string>& headers, const std::vector<std::string>& classes) {
-  const std::string path = testing::TempDir() + "layouts_" + std::to_string(getpid()) + ".cpp";
+  // The compiler looks for headers beside the source first.
+  const test_support::TemporaryFolder folder;
+  const std::string path = folder.Path() + "/layouts.cpp";
   std::ofstream(path) << Source(headers, classes);
   const test_support::ProgramResult result =
       test_support::RunProgram({"clang++", "-fsyntax-only", "-std=c++20", "-I" TEST_SOURCE_TREE,
                                 "-Xclang", "-fdump-record-layouts", path});
-  std::remove(path.c_str());
   if (result.ExitCode != 0) {
     throw std::runtime_error("clang++ -fdump-record-layouts ended with " +
                              std::to_string(result.ExitCode) + ": " + result.Errors);

@@ -10,6 +10,7 @@
 #include "model/xml.h"
 #include "tests/support/comma_locale.h"
 #include "tests/support/random_document.h"
+#include "tests/support/temporary_folder.h"
 
 namespace {
 
@@ -255,9 +256,8 @@ TEST(ReadDocument, SurvivesEveryChangedByte) {
 
 class ReadDocumentFile : public testing::Test {
  protected:
-  void TearDown() override { std::remove(m_Path.c_str()); }
-
-  const std::string m_Path = testing::TempDir() + "read_document_file.xml";
+  const test_support::TemporaryFolder m_Folder;
+  const std::string m_Path = m_Folder.Path() + "/document.xml";
 };
 
 TEST_F(ReadDocumentFile, ReadsAFile) {
