@@ -40,6 +40,7 @@ set(status_public_headers
   model/owning_list.h
   model/schema.h
   model/sensors.h
+  model/text.h
   model/tree.h
   model/xml.h
   sensors/placements.h

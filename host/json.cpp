@@ -3,7 +3,7 @@
 #include <string_view>
 #include <utility>
 
-#include "model/xml.h"
+#include "model/text.h"
 
 namespace host {
 namespace {

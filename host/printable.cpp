@@ -4,7 +4,7 @@
 #include <cstdint>
 #include <iterator>
 
-#include "model/xml.h"
+#include "model/text.h"
 
 namespace host {
 namespace {

@@ -1,11 +1,9 @@
+#include "model/text.h"
+
 #include <algorithm>
 #include <cstdint>
 #include <iterator>
-#include <string>
-#include <string_view>
 #include <utility>
-
-#include "model/xml.h"
 
 namespace QtSts {
 namespace {

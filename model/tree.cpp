@@ -6,7 +6,7 @@
 
 #include "model/document.h"
 #include "model/listed_object.h"
-#include "model/xml.h"
+#include "model/text.h"
 
 namespace QtSts {
 

@@ -6,6 +6,7 @@
 #include <new>
 
 #include "model/listed_object.h"
+#include "model/text.h"
 #include "model/xml.h"
 #include "model/xml_memory.h"
 

@@ -7,7 +7,7 @@
 #include <limits>
 #include <string>
 
-#include "model/xml.h"
+#include "model/text.h"
 
 namespace {
 

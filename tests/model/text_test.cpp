@@ -1,8 +1,8 @@
+#include "model/text.h"
+
 #include <gtest/gtest.h>
 
 #include <string>
-
-#include "model/xml.h"
 
 namespace {
 

@@ -9,6 +9,7 @@
 #include "model/can_sensors.h"
 #include "model/compare.h"
 #include "model/dcio_boards.h"
+#include "model/text.h"
 #include "model/xml.h"
 #include "tests/support/comma_locale.h"
 #include "tests/support/random_document.h"
