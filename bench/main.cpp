@@ -28,7 +28,6 @@
 #include <string_view>
 #include <vector>
 
-#include "bench/allocations.h"
 #include "bench/floors.h"
 #include "bench/row_mix.h"
 #include "collector/observer.h"
@@ -37,6 +36,7 @@
 #include "model/xml.h"
 #include "sandbox/enter.h"
 #include "sandbox/scenario.h"
+#include "tests/support/interposed/allocations.h"
 
 namespace {
 
@@ -206,12 +206,13 @@ int Run(int count, char** values, const Arguments& arguments) {
   }
   for (const auto& [name, body] : kBenchmarks) {
     benchmark::RegisterBenchmark(name, [&bodies, body = body](benchmark::State& state) {
-      const std::uint64_t before = bench::Allocations();
+      const std::uint64_t before = interposed::g_allocations.Made;
       for (auto _ : state) {
         (bodies.*body)();
       }
-      state.counters["allocations"] = benchmark::Counter(
-          static_cast<double>(bench::Allocations() - before), benchmark::Counter::kAvgIterations);
+      state.counters["allocations"] =
+          benchmark::Counter(static_cast<double>(interposed::g_allocations.Made - before),
+                             benchmark::Counter::kAvgIterations);
     });
   }
   benchmark::Initialize(&count, values);

@@ -8,10 +8,12 @@
 #include "sandbox/rows.h"
 #include "tests/collector/cycle_fixture.h"
 #include "tests/collector/hooks.h"
-#include "tests/db/interposed.h"
+#include "tests/support/interposed/sqlite_calls.h"
 
 namespace {
 
+using interposed::Call;
+using interposed::FailNext;
 using sandbox::RunSql;
 using sandbox::SetRow;
 using sandbox::SetRows;
@@ -21,10 +23,7 @@ constexpr const char* kIoReport = "10:disk I/O error\n";
 
 class FailureTest : public CycleTest {
  protected:
-  ~FailureTest() override {
-    g_finalize_result = 0;
-    g_reset_result = 0;
-  }
+  ~FailureTest() override { interposed::FailNone(); }
 
   // Lets nothing interfere any more.
   void ExpectNormalCycle() {
@@ -159,10 +158,10 @@ TEST_F(FailureTest, OfAnotherKindLeavesTheCycleUnreported) {
 
 TEST_F(FailureTest, OfTheQuerysFinalizeInTheLoopIsARowFailure) {
   SetRow("ThermalScaler", "1");
-  g_on_thermal_scaler = [](const DispatchedRow&) { g_reset_result = kIoError; };
+  g_on_thermal_scaler = [](const DispatchedRow&) { FailNext(Call::kSqlReset); };
   Open();
   EXPECT_EQ(Cycle(), (CycleResult{1, kIoReport}));
-  EXPECT_EQ(g_reset_result, 0) << "it was not called";
+  EXPECT_TRUE(interposed::Struck()) << "it was not called";
   EXPECT_EQ(m_Collector.m_LastError, 0);
   EXPECT_TRUE(StatementIsAlive());
   ExpectNormalCycle();
@@ -172,7 +171,7 @@ TEST_F(FailureTest, OfTheQuerysFinalFinalizeLeavesTheStatement) {
   SetRows({{"ThermalScaler", "1"}, {"TtableTitle", "title"}});
   g_on_thermal_scaler = [&](const DispatchedRow&) {
     m_Collector.m_LastError = 5;  // ends the loop before the last row
-    g_reset_result = kIoError;
+    FailNext(Call::kSqlReset);
   };
   Open();
   EXPECT_EQ(Cycle(), (CycleResult{1, kIoReport}));
@@ -183,10 +182,10 @@ TEST_F(FailureTest, OfTheQuerysFinalFinalizeLeavesTheStatement) {
 
 TEST_F(FailureTest, OfTheStatementsFinalizeFailsTheNextCycleOnly) {
   SetRows({{"GUID", "abc"}, {"ThermalScaler", "1"}});
-  g_on_thermal_scaler = [](const DispatchedRow&) { g_finalize_result = kIoError; };
+  g_on_thermal_scaler = [](const DispatchedRow&) { FailNext(Call::kSqlFinalize); };
   Open();
   EXPECT_EQ(Cycle(), (CycleResult{0, kIoReport}));
-  EXPECT_EQ(g_finalize_result, 0) << "it was not called";
+  EXPECT_TRUE(interposed::Struck()) << "it was not called";
   EXPECT_EQ(m_Status.GUID, "abc");
   EXPECT_EQ(m_Collector.m_LastError, kIoError) << "pending";
 

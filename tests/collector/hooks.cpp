@@ -1,23 +1,16 @@
 #include "tests/collector/hooks.h"
 
-#include <dlfcn.h>
-
 #include <ctime>
 
 #include "collector/state/scratch.h"
 #include "handlers/handlers.h"
 #include "model/lookup/verify.h"
+#include "tests/support/interposed/real.h"
 
 std::function<void(const DispatchedRow&)> g_on_thermal_scaler;
 std::function<void(const char* call)> g_on_call;
 
 namespace {
-
-// The definition that this program stands in front of, by its mangled name.
-template <class Function>
-Function* Behind(const char* symbol) {
-  return reinterpret_cast<Function*>(dlsym(RTLD_NEXT, symbol));
-}
 
 void Note(const char* call) {
   if (g_on_call) {
@@ -39,16 +32,16 @@ int Status_ThermalScaler(QtSts::CStatus* status, char* value, char* key) {
 
 void Status_ClearLists(QtSts::CStatus* status) {
   Note("Status_ClearLists");
-  Behind<void(QtSts::CStatus*)>("_Z17Status_ClearListsPN5QtSts7CStatusE")(status);
+  interposed::Real<void(QtSts::CStatus*)>("_Z17Status_ClearListsPN5QtSts7CStatusE")(status);
 }
 
 void Reset_Globals() {
   Note("Reset_Globals");
-  Behind<void()>("_Z13Reset_Globalsv")();
+  interposed::Real<void()>("_Z13Reset_Globalsv")();
 }
 
 extern "C" __attribute__((visibility("default"))) std::time_t time(std::time_t* result) noexcept {
   Note("time");
-  static auto* const real = Behind<std::time_t(std::time_t*)>("time");
+  INTERPOSED_REAL(time);
   return real(result);
 }

@@ -9,7 +9,7 @@
 #include "sandbox/files.h"
 #include "sandbox/rows.h"
 #include "tests/collector/cycle_fixture.h"
-#include "tests/db/interposed.h"
+#include "tests/support/interposed/sqlite_calls.h"
 
 namespace {
 
@@ -140,7 +140,7 @@ TEST_F(InitTest, LetsTheDatabaseBeClosedTwiceAndWithoutOpening) {
 
 TEST_F(InitTest, LetsTheResultOfClosingThrough) {
   Init(true);
-  g_close_result = SQLITE_IOERR;
+  interposed::FailNext(interposed::Call::kSqlClose);
   EXPECT_EQ(ErrorsOf([&] { EXPECT_EQ(m_Collector.CloseDatabase(), SQLITE_IOERR); }),
             "10:disk I/O error\n");
 }

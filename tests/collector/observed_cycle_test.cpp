@@ -11,10 +11,12 @@
 #include "tests/collector/cycle_fixture.h"
 #include "tests/collector/hooks.h"
 #include "tests/collector/observed.h"
-#include "tests/db/interposed.h"
+#include "tests/support/interposed/sqlite_calls.h"
 
 namespace {
 
+using interposed::Call;
+using interposed::FailNext;
 using sandbox::Scenario;
 using testing::AllOf;
 using testing::Contains;
@@ -27,8 +29,7 @@ using testing::StartsWith;
 class ObservedCycle : public CycleTest {
  protected:
   ~ObservedCycle() override {
-    g_finalize_result = 0;
-    g_reset_result = 0;
+    interposed::FailNone();
     g_on_call = nullptr;
   }
 
@@ -319,12 +320,12 @@ TEST_F(ObservedCycle, InitDatabaseReportsNoFailureOfADatabaseThatItMakes) {
 TEST_F(ObservedCycle, IsToldAtWhichStageTheDatabaseFails) {
   sandbox::SetRows({{"ThermalScaler", "1"}, {"TtableTitle", "title"}});
   Open();
-  g_on_thermal_scaler = [](const DispatchedRow&) { g_finalize_result = SQLITE_IOERR; };
+  g_on_thermal_scaler = [](const DispatchedRow&) { FailNext(Call::kSqlFinalize); };
   EXPECT_THAT(DatabaseLines().back(), StartsWith("database fails release: 10, 10, "));
   EXPECT_THAT(DatabaseLines().back(), "asks database prepare") << "the pending code ends the cycle";
   g_on_thermal_scaler = [this](const DispatchedRow&) {
     m_Collector.m_LastError = 5;  // ends the loop before the last row
-    g_reset_result = SQLITE_IOERR;
+    FailNext(Call::kSqlReset);
   };
   EXPECT_THAT(DatabaseLines().back(), StartsWith("database fails finish: 10, 10, "));
   g_on_thermal_scaler = [](const DispatchedRow&) {

@@ -3,7 +3,8 @@
 #include "sandbox/rows.h"
 #include "tests/collector/cycle_fixture.h"
 #include "tests/collector/hooks.h"
-#include "tests/db/interposed.h"
+#include "tests/support/interposed/allocations.h"
+#include "tests/support/interposed/sqlite_calls.h"
 
 namespace {
 
@@ -29,15 +30,15 @@ class StepsTest : public CycleTest {
   }
 
   // Allocations of one cycle over `count` rows of about 500 bytes.
-  int Allocations(int count) {
+  std::uint64_t Allocations(int count) {
     sandbox::Rows rows;
     for (int number = 100; number < 100 + count; ++number) {
       rows["ThermalScaler" + std::to_string(number) + std::string(90, 'k')] = std::string(400, 'v');
     }
     sandbox::SetRows(rows);
-    const int before = g_allocations;
+    const std::uint64_t before = interposed::g_allocations.Made;
     EXPECT_EQ(m_Collector.QueryDatabase(), 0);
-    return g_allocations - before;
+    return interposed::g_allocations.Made - before;
   }
 };
 
@@ -58,7 +59,7 @@ TEST_F(StepsTest, OfACycleWithoutADatabaseEndWithTheTime) {
 TEST_F(StepsTest, OfARowAllocateNothing) {
   Open();
   Allocations(1);  // what is allocated once
-  const int one_row = Allocations(1);
+  const std::uint64_t one_row = Allocations(1);
   EXPECT_EQ(Allocations(300), one_row);
 }
 

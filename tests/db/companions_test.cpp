@@ -10,7 +10,7 @@
 
 #include "db/sql_database.h"
 #include "tests/db/companions_fixture.h"
-#include "tests/db/interposed.h"
+#include "tests/support/interposed/sqlite_calls.h"
 
 namespace {
 

@@ -9,10 +9,13 @@
 #include <type_traits>
 
 #include "tests/db/database_fixture.h"
-#include "tests/db/interposed.h"
+#include "tests/support/interposed/allocations.h"
+#include "tests/support/interposed/sqlite_calls.h"
 
 namespace {
 
+using interposed::Call;
+using interposed::FailNext;
 using testing::ElementsAre;
 using testing::Pair;
 
@@ -111,15 +114,15 @@ TEST_F(Statement, ExecutionFailureCarriesSqlitesCodeAndMessageAlone) {
 TEST_F(Statement, OverwrittenOneIsReleasedWithoutAWord) {
   database_.m_Statement = Select();
   CppSQLite3Query query = database_.m_Statement.execQuery();
-  g_finalize_result = SQLITE_IOERR;
+  FailNext(Call::kSqlFinalize);
   EXPECT_EQ(Stderr([&] { database_.m_Statement = Select(); }), "");
-  EXPECT_EQ(g_finalize_result, 0) << "the statement before was not finalized";
+  EXPECT_TRUE(interposed::Struck()) << "the statement before was not finalized";
   EXPECT_EQ(Thrown([&] { query.nextRow(); }), kMisuse);
 }
 
 TEST_F(Statement, FinalizeFailureIsThrownOnceFromAnEmptyStatement) {
   CppSQLite3Statement statement = Select();
-  g_finalize_result = SQLITE_IOERR;
+  FailNext(Call::kSqlFinalize);
   EXPECT_EQ(Thrown([&] { statement.finalize(); }), "10:disk I/O error");
   EXPECT_EQ(Thrown([&] { statement.finalize(); }), "");
 }
@@ -263,7 +266,7 @@ TEST_F(Statement, MovedQueryGoesOnAndLeavesAnEmptyOne) {
 TEST_F(Statement, QueryFinalizeFailureIsThrownOnceFromAnEmptyQuery) {
   CppSQLite3Statement statement = Select();
   CppSQLite3Query query = statement.execQuery();
-  g_reset_result = SQLITE_IOERR;
+  FailNext(Call::kSqlReset);
   EXPECT_EQ(Thrown([&] { query.finalize(); }), "10:disk I/O error");
   EXPECT_TRUE(query.eof());
   EXPECT_EQ(Thrown([&] { query.finalize(); }), "");
@@ -328,12 +331,12 @@ TEST_F(Statement, RowsAreReadWithoutAnAllocation) {
       "WITH RECURSIVE c(x) AS (SELECT 1 UNION ALL SELECT x+1 FROM c LIMIT 1000) "
       "SELECT 'key'||x, 'value'||x FROM c");
   CppSQLite3Query query = statement.execQuery();
-  int const before = g_allocations;
+  std::uint64_t const before = interposed::g_allocations.Made;
   int rows = 0;
   for (; !query.eof(); query.nextRow()) {
     rows += query.getStringField(0, "")[0] == 'k' && query.getStringField(1, "")[0] == 'v' ? 1 : 0;
   }
-  EXPECT_EQ(g_allocations - before, 0);
+  EXPECT_EQ(interposed::g_allocations.Made - before, 0U);
   EXPECT_EQ(rows, 1000);
-  EXPECT_GT(before, 0) << "allocations are not counted";
+  EXPECT_GT(before, 0U) << "allocations are not counted";
 }

@@ -5,7 +5,7 @@
 #include <ctime>
 
 #include "tests/db/database_fixture.h"
-#include "tests/db/interposed.h"
+#include "tests/support/interposed/allocations.h"
 
 namespace {
 
@@ -137,8 +137,9 @@ TEST_F(HostileSchema, ViewsOfOthersTakeNoMemory) {
        "WITH RECURSIVE c(x) AS (SELECT 1 UNION ALL SELECT x+1 FROM c LIMIT 1000) "
        "INSERT INTO sqlite_schema SELECT 'view', 'v'||x, 'v'||x, 0, 'CREATE VIEW v'||x||'/*'||"
        "hex(zeroblob(15000))||'*/ AS SELECT 1' FROM c");
-  g_most_bytes = g_bytes;
-  std::size_t const before = g_bytes;
+  interposed::Allocations& allocations = interposed::g_allocations;
+  allocations.MostBytes = allocations.Bytes;
+  std::size_t const before = allocations.Bytes;
   EXPECT_EQ(Read(), "");
-  EXPECT_LT(g_most_bytes - before, 1U << 20);
+  EXPECT_LT(allocations.MostBytes - before, 1U << 20);
 }

@@ -12,7 +12,7 @@
 
 #include "db/sql_database.h"
 #include "tests/db/database_fixture.h"
-#include "tests/db/interposed.h"
+#include "tests/support/interposed/clocks.h"
 
 namespace {
 

@@ -7,7 +7,7 @@
 #include <fstream>
 
 #include "tests/db/database_fixture.h"
-#include "tests/db/interposed.h"
+#include "tests/support/interposed/sqlite_calls.h"
 
 namespace {
 
@@ -151,7 +151,7 @@ TEST_F(Database, CloseMayComeTwiceOrWithoutOpen) {
 
 TEST_F(Database, CloseReportsAFailureAndIsClosed) {
   ASSERT_EQ(OpenWrite(), 0);
-  g_close_result = SQLITE_IOERR;
+  interposed::FailNext(interposed::Call::kSqlClose);
   Expect(10, "10:disk I/O error\n", [&] { return database_.CloseDatabase(); });
   Expect(0, "", [&] { return database_.CloseDatabase(); });
 }

@@ -11,7 +11,6 @@
 #include "sandbox/descriptor.h"
 #include "sandbox/scenario.h"
 #include "sandbox/testing.h"
-#include "tests/hardware/interposed.h"
 #include "tests/hardware/probe_fixture.h"
 
 namespace {

@@ -5,11 +5,12 @@
 
 #include "sandbox/scenario.h"
 #include "sandbox/testing.h"
-#include "tests/hardware/interposed.h"
 #include "tests/hardware/probe_fixture.h"
+#include "tests/support/interposed/system_calls.h"
 
 namespace {
 
+using interposed::Opens;
 using sandbox::Scenario;
 using sandbox::SetAnswer;
 using sandbox::WriteFile;

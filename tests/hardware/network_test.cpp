@@ -2,11 +2,15 @@
 #include <sys/socket.h>
 
 #include "sandbox/scenario.h"
-#include "tests/hardware/interposed.h"
 #include "tests/hardware/probe_fixture.h"
+#include "tests/support/interposed/system_calls.h"
 
 namespace {
 
+using interposed::Call;
+using interposed::Failure;
+using interposed::InterfaceEdit;
+using interposed::InterfaceListsHeld;
 using sandbox::LinkState;
 using sandbox::NetworkInterface;
 using sandbox::Scenario;

@@ -4,11 +4,15 @@
 #include <cerrno>
 
 #include "sandbox/testing.h"
-#include "tests/hardware/interposed.h"
 #include "tests/hardware/output_port_fixture.h"
+#include "tests/support/interposed/system_calls.h"
 
 namespace {
 
+using interposed::Call;
+using interposed::Failure;
+using interposed::Opens;
+using interposed::ShortReads;
 using sandbox::Scenario;
 using sandbox::SetAnswer;
 using testing::ElementsAre;
@@ -284,7 +288,7 @@ TEST_F(OutputPort, DumpThatCannotBeReadIsEmpty) {
 TEST_F(OutputPort, DumpIsReadAgainAfterASignal) {
   SANDBOX_NEEDS_DEVICES();
   Healthy().Apply();
-  const Failure failure(Call::kRead, 1, EINTR);
+  const Failure failure(Call::kRead, 1, interposed::Extent::kOnce, EINTR);
   EXPECT_EQ(m_Probe.OutputPort(0), 0);
   EXPECT_EQ(Output()->ScalerOutputArea.Width, 0x180U);
 }

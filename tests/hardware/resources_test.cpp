@@ -2,11 +2,14 @@
 #include <sys/sysinfo.h>
 
 #include "sandbox/scenario.h"
-#include "tests/hardware/interposed.h"
 #include "tests/hardware/probe_fixture.h"
+#include "tests/support/interposed/system_calls.h"
 
 namespace {
 
+using interposed::Call;
+using interposed::Failure;
+using interposed::StorageEdit;
 using sandbox::Scenario;
 using sandbox::SetUptime;
 using sandbox::WriteFile;

@@ -7,11 +7,12 @@
 #include "hardware/rate_limit.h"
 #include "sandbox/system_log.h"
 #include "sandbox/testing.h"
-#include "tests/hardware/interposed.h"
 #include "tests/hardware/output_port_fixture.h"
+#include "tests/support/interposed/system_calls.h"
 
 namespace {
 
+using interposed::Opens;
 using sandbox::Scenario;
 using sandbox::SetAnswer;
 using testing::ElementsAre;

@@ -9,11 +9,14 @@
 
 #include "sandbox/descriptor.h"
 #include "sandbox/scenario.h"
-#include "tests/hardware/interposed.h"
 #include "tests/hardware/probe_fixture.h"
+#include "tests/support/interposed/system_calls.h"
 
 namespace {
 
+using interposed::Call;
+using interposed::Failure;
+using interposed::ShortReads;
 using sandbox::Scenario;
 
 class Versions : public ProbeTest {};

@@ -3,33 +3,12 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <cstdlib>
 #include <new>
 #include <type_traits>
 #include <vector>
 
 #include "tests/model/slot.h"
-
-namespace {
-
-int g_allocations = 0;
-
-}  // namespace
-
-// Not inlined: the compiler takes the pair for a mismatch where it sees into one of the two.
-[[gnu::noinline]] void* operator new(std::size_t size) {
-  ++g_allocations;
-  if (void* const memory = std::malloc(size)) {
-    return memory;
-  }
-  throw std::bad_alloc();
-}
-
-[[gnu::noinline]] void operator delete(void* memory) noexcept { std::free(memory); }
-
-[[gnu::noinline]] void operator delete(void* memory, std::size_t /*size*/) noexcept {
-  std::free(memory);
-}
+#include "tests/support/interposed/allocations.h"
 
 namespace {
 
@@ -138,9 +117,10 @@ TEST(Document, BuildsItsMembersInTheirOrder) {
 
 TEST(Document, AllocatesNothingButItsTwoLongTexts) {
   alignas(CStatus) unsigned char memory[sizeof(CStatus)];
-  const int before = g_allocations;
+  const std::uint64_t before = interposed::g_allocations.Made;
   const CStatus* const status = new (memory) CStatus;
-  EXPECT_EQ(g_allocations - before, 2) << "the error flags and the configuration timestamp";
+  EXPECT_EQ(interposed::g_allocations.Made - before, 2U)
+      << "the error flags and the configuration timestamp";
   status->~CStatus();
 }
 

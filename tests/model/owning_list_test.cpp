@@ -4,46 +4,22 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
-#include <cstdlib>
 #include <ctime>
 #include <functional>
 #include <memory>
-#include <new>
+#include <optional>
 #include <string>
 #include <type_traits>
 #include <vector>
 
 #include "model/dcio_boards.h"
+#include "tests/support/interposed/failure.h"
 
 namespace {
 
-bool g_out_of_memory = false;
-
-}  // namespace
-
-// Not inlined: the compiler takes the pair for a mismatch where it sees into one of the two.
-[[gnu::noinline]] void* operator new(std::size_t size) {
-  void* const memory = g_out_of_memory ? nullptr : std::malloc(size);
-  return memory != nullptr ? memory : throw std::bad_alloc();
-}
-[[gnu::noinline]] void* operator new(std::size_t size, const std::nothrow_t& /*tag*/) noexcept {
-  return g_out_of_memory ? nullptr : std::malloc(size);
-}
-[[gnu::noinline]] void* operator new[](std::size_t size) { return operator new(size); }
-[[gnu::noinline]] void* operator new[](std::size_t size, const std::nothrow_t& tag) noexcept {
-  return operator new(size, tag);
-}
-[[gnu::noinline]] void operator delete(void* memory) noexcept { std::free(memory); }
-[[gnu::noinline]] void operator delete(void* memory, std::size_t /*size*/) noexcept {
-  std::free(memory);
-}
-[[gnu::noinline]] void operator delete[](void* memory) noexcept { std::free(memory); }
-[[gnu::noinline]] void operator delete[](void* memory, std::size_t /*size*/) noexcept {
-  std::free(memory);
-}
-
-namespace {
-
+using interposed::Call;
+using interposed::Extent;
+using interposed::Failure;
 using testing::ElementsAre;
 
 // What a list of each kind holds, and the number in an element by which the test knows it.
@@ -93,7 +69,6 @@ template <class Kind>
 class OwnedList : public testing::Test {
  protected:
   OwnedList() { g_gone.clear(); }
-  ~OwnedList() override { g_out_of_memory = false; }
 
   typename Kind::Element* Make(int number) {
     auto* const element = new Noted<Kind>;
@@ -171,12 +146,13 @@ TYPED_TEST(OwnedList, NeedsNoMemoryToGo) {
   for (const int count : {1, 64, 65, 1000}) {
     SCOPED_TRACE(count);
     g_gone.clear();
+    std::optional<Failure> out_of_memory;
     {
       typename TypeParam::List list;
       this->Fill(&list, count);
-      g_out_of_memory = true;
+      out_of_memory.emplace(Call::kMemory, 1, Extent::kFromThenOn);
     }
-    g_out_of_memory = false;
+    out_of_memory.reset();
     EXPECT_EQ(g_gone, NumbersTo(count));
   }
 }
@@ -185,16 +161,19 @@ TYPED_TEST(OwnedList, NeedsNoMemoryToGo) {
 // was read from a file took minutes to go.
 TYPED_TEST(OwnedList, OfManyElementsGoesInSeconds) {
   constexpr int kElements = 100000;
-  for (const bool out_of_memory : {false, true}) {
+  for (const bool without_memory : {false, true}) {
     std::clock_t start = 0;
+    std::optional<Failure> out_of_memory;
     {
       typename TypeParam::List list;
       this->Fill(&list, kElements);
-      g_out_of_memory = out_of_memory;
+      if (without_memory) {
+        out_of_memory.emplace(Call::kMemory, 1, Extent::kFromThenOn);
+      }
       start = std::clock();
     }
     const double seconds = static_cast<double>(std::clock() - start) / CLOCKS_PER_SEC;
-    g_out_of_memory = false;
+    out_of_memory.reset();
     EXPECT_LT(seconds, 8) << "each compared with all before it";
     EXPECT_EQ(g_gone.size(), std::size_t{kElements});
     g_gone.clear();

@@ -11,13 +11,14 @@
 #include "sandbox/testing.h"
 #include "tests/collector/scratch_variables.h"
 #include "tests/reliability/controller.h"
-#include "tests/reliability/faults.h"
+#include "tests/support/interposed/allocations.h"
+#include "tests/support/interposed/failure.h"
 
 namespace {
 
-using faults::Call;
-using faults::Extent;
-using faults::Injection;
+using interposed::Call;
+using interposed::Extent;
+using interposed::Failure;
 using reliability::Document;
 using reliability::FirstDifference;
 using reliability::Foreign;
@@ -58,7 +59,7 @@ using Parameter = std::tuple<Call, Extent, bool>;
 
 std::string NameOf(const Parameter& parameter, const char* with, const char* without) {
   const auto& [call, extent, option] = parameter;
-  return std::string(faults::NameOf(call)) + (extent == Extent::kOnce ? "Once" : "FromThenOn") +
+  return std::string(interposed::NameOf(call)) + (extent == Extent::kOnce ? "Once" : "FromThenOn") +
          (option ? with : without);
 }
 
@@ -92,10 +93,10 @@ class WarmCycle {
     // The reader's pages are stale by this, so that it reads the file.
     EXPECT_EQ(other_.Do(kTouch), "");
     const Outcome outcome = Run(&laboratory_.quiet, [&] {
-      const Injection injection(call, nth, extent);
+      const Failure failure(call, nth, extent);
       return collector_.QueryDatabase();
     });
-    const bool struck = faults::Struck();
+    const bool struck = interposed::Struck();
     laboratory_.log.Read();
     EXPECT_EQ(reliability::OpenDescriptors(), descriptors_);
     CheckLocks();
@@ -176,7 +177,7 @@ class WholeLife {
       sandbox::RemoveDatabase();
     }
     const Outcome outcome = Live(call, nth, extent);
-    const bool struck = faults::Struck();
+    const bool struck = interposed::Struck();
     EXPECT_TRUE(!outcome.threw || call == Call::kMemory);
     EXPECT_GE(ReportLines(outcome.report), 0) << outcome.report;
     EXPECT_EQ(reliability::OpenDescriptors(), descriptors_);
@@ -188,7 +189,7 @@ class WholeLife {
  private:
   Outcome Live(Call call, unsigned long nth, Extent extent) {
     return Run(&laboratory_.quiet, [&] {
-      const Injection injection(call, nth, extent);
+      const Failure failure(call, nth, extent);
       CStatusInterface collector;
       collector.InitDatabase(write_);
       const int result = collector.QueryDatabase();
@@ -244,11 +245,11 @@ void Campaign(Subject* subject, Call call, Extent extent) {
     SCOPED_TRACE(testing::Message() << "call " << nth);
     long growth = 0;
     for (int attempt = 0; attempt == 0 || (attempt < kAttempts && growth != 0); ++attempt) {
-      const long before = faults::LiveBlocks();
+      const long before = interposed::g_allocations.Live;
       struck = subject->Fail(call, nth, extent);
-      growth = faults::LiveBlocks() - before - (struck ? DeliberateLeak(call) : 0);
+      growth = interposed::g_allocations.Live - before - (struck ? DeliberateLeak(call) : 0);
     }
-    if (faults::kCountsBlocks && !testing::Test::HasFailure()) {
+    if (interposed::kCountsBlocks && !testing::Test::HasFailure()) {
       EXPECT_EQ(growth, 0) << "blocks of memory, each time";
     }
     failures += struck ? 1 : 0;
@@ -270,9 +271,9 @@ INSTANTIATE_TEST_SUITE_P(
     Reliability, EveryFailureOfACycle,
     testing::Combine(testing::Values(Call::kMemory, Call::kOpen, Call::kRead, Call::kIoctl,
                                      Call::kSocket, Call::kGetifaddrs, Call::kGetnameinfo,
-                                     Call::kFileStatus, Call::kSystemStatus, Call::kSqlSet,
-                                     Call::kSqlPrepare, Call::kSqlStep, Call::kSqlReset,
-                                     Call::kSqlFinalize),
+                                     Call::kFileStatus, Call::kStatfs, Call::kSysinfo,
+                                     Call::kSqlSet, Call::kSqlPrepare, Call::kSqlStep,
+                                     Call::kSqlReset, Call::kSqlFinalize),
                      testing::Values(Extent::kOnce, Extent::kFromThenOn), testing::Bool()),
     [](const auto& test) { return NameOf(test.param, "InWriteAheadMode", "InRollbackMode"); });
 
@@ -307,7 +308,7 @@ class WrittenDocument {
   bool Fail(Call call, unsigned long nth, Extent extent) {
     std::string written = written_;
     {
-      const Injection injection(call, nth, extent);
+      const Failure failure(call, nth, extent);
       try {
         written = QtSts::WriteDocument(status_);
       } catch (const std::bad_alloc&) {
@@ -315,7 +316,7 @@ class WrittenDocument {
       }
     }
     EXPECT_EQ(FirstDifference(written, written_), "");
-    return faults::Struck();
+    return interposed::Struck();
   }
 
  private:
@@ -333,11 +334,11 @@ TEST(EveryFailureOfWriting, LeavesNothingBehindAndNeverHalfADocument) {
 // Whether reading `written` with a failure gave the whole document, a reason, or no memory.
 bool ReadsWholeOrNot(const std::string& written, unsigned long nth, Extent extent) {
   // libxml2 itself forgets some blocks when it runs out of memory while it reads.
-  const faults::LeaksAllowed libxml2;
+  const interposed::LeaksAllowed libxml2;
   QtSts::XmlError error;
   std::unique_ptr<QtSts::CStatus> read;
   try {
-    const Injection injection(Call::kMemory, nth, extent);
+    const Failure failure(Call::kMemory, nth, extent);
     read = QtSts::ReadDocument(written, &error);
   } catch (const std::bad_alloc&) {
     return true;
@@ -352,7 +353,7 @@ TEST(EveryFailureOfReading, NeverGivesHalfADocument) {
     unsigned long nth = 0;
     do {
       ASSERT_TRUE(ReadsWholeOrNot(written, ++nth, extent)) << "call " << nth;
-    } while (faults::Struck());
+    } while (interposed::Struck());
     EXPECT_GT(nth, 50U);
   }
 }
@@ -401,7 +402,7 @@ TEST(EveryFunctionThatCanFail, IsCalledByACollector) {
   for (const bool writes : {false, true}) {
     EXPECT_FALSE(WholeLife(&laboratory, writes).Fail(Call::kMemory, kNone, Extent::kOnce));
   }
-  EXPECT_THAT(faults::Called(), testing::UnorderedElementsAreArray(kFunctions));
+  EXPECT_THAT(interposed::Called(), testing::UnorderedElementsAreArray(kFunctions));
 }
 
 }  // namespace

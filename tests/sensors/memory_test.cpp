@@ -1,11 +1,8 @@
 // What the rows of sensors allocate, and what happens when memory runs out in the middle of a
-// record. This program counts its allocations and can make one of them fail.
+// record.
 #include <gmock/gmock.h>
 
-#include <cstdlib>
-#include <functional>
 #include <new>
-#include <utility>
 
 #include "model/can_sensors.h"
 #include "model/dcio_boards.h"
@@ -13,41 +10,12 @@
 #include "sensors/points.h"
 #include "sensors/record_builder.h"
 #include "tests/sensors/sensor_test.h"
+#include "tests/support/interposed/allocations.h"
+#include "tests/support/interposed/failure.h"
 
-namespace {
-
-long g_Made = 0;     // allocations so far
-long g_Live = 0;     // allocations that are not freed
-long g_FailAt = -1;  // the allocation that fails, counted like g_Made; -1: none
-
-// Runs once, with the next allocation.
-std::function<void()> g_Meanwhile;
-
-}  // namespace
-
-void* operator new(std::size_t size) {
-  if (g_Meanwhile) {
-    std::exchange(g_Meanwhile, nullptr)();
-  }
-  if (g_Made++ == g_FailAt) {
-    throw std::bad_alloc();
-  }
-  void* const memory = std::malloc(size == 0 ? 1 : size);
-  if (memory == nullptr) {
-    throw std::bad_alloc();
-  }
-  ++g_Live;
-  return memory;
-}
-
-void operator delete(void* memory) noexcept {
-  if (memory != nullptr) {
-    --g_Live;
-    std::free(memory);
-  }
-}
-
-void operator delete(void* memory, std::size_t /*size*/) noexcept { operator delete(memory); }
+using interposed::Call;
+using interposed::Failure;
+using interposed::g_allocations;
 
 namespace {
 
@@ -84,16 +52,14 @@ class Memory : public SensorTest {
 
   // Runs `action` with its n-th allocation failing; true when it came to an end all the same.
   template <class Action>
-  static bool Survives(long n, Action action) {
-    g_FailAt = g_Made + n;
-    bool survived = true;
+  static bool Survives(unsigned long n, Action action) {
+    const Failure failure(Call::kMemory, n + 1);
     try {
       action();
     } catch (const std::bad_alloc&) {
-      survived = false;
+      return false;
     }
-    g_FailAt = -1;
-    return survived;
+    return true;
   }
 };
 
@@ -124,7 +90,7 @@ std::size_t TakenFrom(const std::array<DcioPoint, kEntries>& staged,
 }  // namespace
 
 TEST_F(Memory, IsNotUsedByRowsThatOnlyStoreANumberAFlagOrACode) {
-  const long at_start = g_Made;
+  const std::uint64_t at_start = g_allocations.Made;
   std::vector<std::string> names;
   for (const rows::Attribute& attribute : sensors::ExactAttributes()) {
     names.emplace_back(attribute.Name);
@@ -136,14 +102,14 @@ TEST_F(Memory, IsNotUsedByRowsThatOnlyStoreANumberAFlagOrACode) {
     names.emplace_back(name);
   }
   st_Type = kUnknownSensor;
-  ASSERT_GT(g_Made, at_start) << "allocations are not counted";
+  ASSERT_GT(g_allocations.Made, at_start) << "allocations are not counted";
   for (const std::string& name : names) {
     SCOPED_TRACE(name);
     std::string key = "Sensor_5_" + name;
     char value[] = "17";
-    const long before = g_Made;
+    const std::uint64_t before = g_allocations.Made;
     Status_Sensor(&m_Status, value, key.data());
-    EXPECT_EQ(g_Made, before);
+    EXPECT_EQ(g_allocations.Made, before);
   }
 }
 
@@ -153,8 +119,8 @@ TEST_F(Memory, ThatRunsOutBetweenPointsLeavesTheOnesThatAreStillStaged) {
     const bool inputs = populate == &PopulateInputs;
     SCOPED_TRACE(inputs ? "inputs" : "outputs");
     Forget();
-    const long live = g_Live;
-    std::size_t failures = 0;
+    const std::int64_t live = g_allocations.Live;
+    unsigned long failures = 0;
     for (bool survived = false; !survived; ++failures) {
       SCOPED_TRACE(testing::Message() << "allocation " << failures << " fails");
       ASSERT_LT(failures, 1000U);
@@ -165,7 +131,7 @@ TEST_F(Memory, ThatRunsOutBetweenPointsLeavesTheOnesThatAreStillStaged) {
         QtSts::CCANDcio board;
         board.Points.Inputs = std::make_unique<QtSts::InputListType>(24);
         board.Points.Outputs = std::make_unique<QtSts::OutputListType>(12);
-        survived = Survives(static_cast<long>(failures), [&] { populate(&board); });
+        survived = Survives(failures, [&] { populate(&board); });
         if (inputs) {
           EXPECT_EQ(TakenFrom(dcioInputs, inputs_before), board.Points.Inputs->Points.size());
           EXPECT_EQ(dcioOutputs, outputs_before);
@@ -178,7 +144,7 @@ TEST_F(Memory, ThatRunsOutBetweenPointsLeavesTheOnesThatAreStillStaged) {
     // Each point is one allocation, its label another, and the list grows in between.
     EXPECT_GT(failures, 2 * kStaged);
     Forget();
-    EXPECT_EQ(g_Live, live);
+    EXPECT_EQ(g_allocations.Live, live);
   }
 }
 
@@ -188,11 +154,11 @@ TEST_F(Memory, ThatRunsOutInARecordLeavesNeitherARecordNorALeak) {
     for (const bool behind_interface : {false, true}) {
       Forget();
       bool survived = false;
-      long failures = 0;
+      unsigned long failures = 0;
       for (; !survived; ++failures) {
         SCOPED_TRACE(testing::Message() << "allocation " << failures << " fails");
-        ASSERT_LT(failures, 1000);
-        const long live = g_Live;
+        ASSERT_LT(failures, 1000U);
+        const std::int64_t live = g_allocations.Live;
         Stage();
         st_Type = kind.Code;
         {
@@ -204,10 +170,10 @@ TEST_F(Memory, ThatRunsOutInARecordLeavesNeitherARecordNorALeak) {
           ExpectNoRecordUnless(survived, status);
         }
         Forget();
-        EXPECT_EQ(g_Live, live);
+        EXPECT_EQ(g_allocations.Live, live);
       }
       // Also where nothing is made of the kind: an output and its interface come first.
-      EXPECT_GT(failures, 1) << "no allocation failed";
+      EXPECT_GT(failures, 1U) << "no allocation failed";
     }
   }
 }
@@ -217,7 +183,7 @@ TEST_F(Memory, ThatRunsOutInARecordTakesAllFansAndVoltagesOrNone) {
   for (const SensorType type : {kCanDcioAndFanRpm, kCanPowerSupplyRedundancyBoard}) {
     SCOPED_TRACE(type);
     bool survived = false;
-    long failures = 0;
+    unsigned long failures = 0;
     for (; !survived; ++failures) {
       SCOPED_TRACE(testing::Message() << "allocation " << failures << " fails");
       Stage();
@@ -233,7 +199,7 @@ TEST_F(Memory, ThatRunsOutInARecordTakesAllFansAndVoltagesOrNone) {
         EXPECT_TRUE(!survived || f_Psrb_InputVoltages.empty());
       }
     }
-    EXPECT_GT(failures, 1) << "no allocation failed";
+    EXPECT_GT(failures, 1U) << "no allocation failed";
   }
 }
 
@@ -242,7 +208,7 @@ TEST_F(Memory, ThatRunsOutInABoardsOutputsFindsItsInputsTaken) {
     SCOPED_TRACE(type);
     bool survived = false;
     bool between = false;
-    for (long n = 0; !survived; ++n) {
+    for (unsigned long n = 0; !survived; ++n) {
       SCOPED_TRACE(testing::Message() << "allocation " << n << " fails");
       Stage();
       const auto inputs_before = dcioInputs;
@@ -261,18 +227,18 @@ TEST_F(Memory, ThatRunsOutInABoardsOutputsFindsItsInputsTaken) {
 
 TEST_F(Memory, OfARecordComesBackWhenItsInterfaceVanishesMeanwhile) {
   Forget();
-  const long live = g_Live;
+  const std::int64_t live = g_allocations.Live;
   {
     QtSts::CStatus status;
     Status_VerifyDisplayInterfaceSensor(&status, kRouterCan);
     u32_SensorNumber = 1;
-    g_Meanwhile = [&status] { status.Outputs.Clear(); };
+    interposed::g_on_next_allocation = [&status] { status.Outputs.Clear(); };
     EXPECT_EQ(Status_VerifyDisplayInterfaceSensor(&status, kRouterCan), 0);
-    EXPECT_EQ(g_Meanwhile, nullptr) << "nothing was built";
+    EXPECT_EQ(interposed::g_on_next_allocation, nullptr) << "nothing was built";
     EXPECT_EQ(status.Outputs.Count(), 0U);
   }
   Forget();
-  EXPECT_EQ(g_Live, live);
+  EXPECT_EQ(g_allocations.Live, live);
 }
 
 TEST_F(Memory, ThatRunsOutInARowLeavesWhatWasStored) {
@@ -295,7 +261,7 @@ TEST_F(Memory, ThatRunsOutInARowLeavesWhatWasStored) {
 
 TEST_F(Memory, OfARefusedPointIsDroppedAndThatOfEveryOtherComesBack) {
   Forget();
-  const long live = g_Live;
+  const std::int64_t live = g_allocations.Live;
   Stage();
   dcioInputs[1].Index = 0;
   dcioInputs[2].Index = 25;
@@ -308,5 +274,5 @@ TEST_F(Memory, OfARefusedPointIsDroppedAndThatOfEveryOtherComesBack) {
   }
   Forget();
   // Two points with their labels are gone for good, on purpose.
-  EXPECT_EQ(g_Live - live, 4);
+  EXPECT_EQ(g_allocations.Live - live, 4);
 }

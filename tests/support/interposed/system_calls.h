@@ -1,6 +1,7 @@
 // Calls of the C library that this program puts itself in front of, because no fixture can bring
-// about what they then tell: opens are recorded and refused, other calls refused or what they found
-// changed. Without an object of these classes every call goes through untouched.
+// about what they then return: they fail (tests/support/interposed/failure.h), opens are recorded
+// and refused, and what others find is changed. Without an object of these classes and of Failure
+// every call goes through untouched.
 #pragma once
 
 #include <ifaddrs.h>
@@ -10,6 +11,10 @@
 #include <functional>
 #include <string>
 #include <vector>
+
+#include "tests/support/interposed/failure.h"
+
+namespace interposed {
 
 // Records the files that are opened while it lives.
 class Opens {
@@ -28,27 +33,15 @@ class Opens {
   void Refuse(const std::string& path, int nth);
 
   std::vector<std::string> Paths() const;
-  const std::vector<File>& Files() const { return m_Files; }
+  const std::vector<File>& Files() const { return files_; }
 
   // Records the file; false when it is to be refused.
   bool Admit(const std::string& path, int flags);
 
  private:
-  std::vector<File> m_Files;
-  std::string m_RefusedPath;
-  int m_RefusedFrom = 0;
-};
-
-enum class Call { kGetifaddrs, kGetnameinfo, kRead, kSocket, kStatfs, kSysinfo };
-
-// Makes the `nth` call from now on fail, counted from 1, while it lives. `error` is its errno; 0:
-// the usual one of that call.
-class Failure {
- public:
-  explicit Failure(Call call, int nth = 1, int error = 0);
-  Failure(const Failure&) = delete;
-  Failure& operator=(const Failure&) = delete;
-  ~Failure();
+  std::vector<File> files_;
+  std::string refused_path_;
+  int refused_from_ = 0;
 };
 
 // Makes read() give at most `limit` bytes at a time, while it lives.
@@ -80,3 +73,5 @@ class StorageEdit {
   StorageEdit& operator=(const StorageEdit&) = delete;
   ~StorageEdit();
 };
+
+}  // namespace interposed

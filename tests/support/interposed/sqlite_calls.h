@@ -1,0 +1,13 @@
+// Calls of SQLite that this program puts itself in front of: they fail
+// (tests/support/interposed/failure.h), and a test sees what SQLite is asked for.
+#pragma once
+
+#include <functional>
+
+#include "tests/support/interposed/failure.h"
+
+// Flags of the last database that was opened.
+extern int g_open_flags;
+
+// Called with the text of each statement that is compiled; empty: nothing happens.
+extern std::function<void(const char*)> g_on_compile;
