@@ -26,6 +26,9 @@ constexpr std::size_t kStaged = 4;
 
 class Memory : public SensorTest {
  protected:
+  // The first number that is written to a stream leaves memory with the locale.
+  Memory() { testing::Message() << 1; }
+
   // Points, fans and voltages for a board of any kind; no board refuses index 1.
   static void Stage() {
     for (std::size_t i = 0; i < kStaged; ++i) {
