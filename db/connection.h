@@ -20,6 +20,13 @@ constexpr std::chrono::milliseconds kBusyTimeout{2000};
 /// Of a value; a row that is sorted counts as one.
 constexpr int kMaxValueBytes = 1 << 20;
 
+// Of a database whose rows are read: all its pages, those in the log included. SQLite copies a key
+// of an index whole before any limit of its own counts.
+constexpr sqlite3_int64 kMaxDatabaseBytes = 128 << 20;
+
+// Of one run of a statement that reads. Each may cost the document kilobytes.
+constexpr int kMaxRows = 131'072;
+
 /// An open connection; closed with its last owner, so that no statement outlives it.
 struct Connection {
   Connection() = default;
@@ -59,9 +66,13 @@ struct Prepared {
 
   int Finalize() noexcept;
 
+  // Of a run that has come to a further row: false when that is one too many.
+  bool CountRow() noexcept { return !reads || ++rows <= kMaxRows; }
+
   std::shared_ptr<Connection> connection;
   sqlite3_stmt* stmt = nullptr;
   unsigned run = 0;
+  int rows = 0;  // that the current run has come to
   bool reads = false;
   int schema = 0;  ///< The number of the schema that a statement that reads was compiled for.
 };

@@ -54,14 +54,24 @@ namespace {
 [[gnu::used]] constexpr auto kErrorCode = &CppSQLite3Exception::errorCode;
 [[gnu::used]] constexpr auto kErrorMessage = &CppSQLite3Exception::errorMessage;
 
-CppSQLite3Exception EndFailedRun(Prepared& prepared, int code) {
+// The exception for `code`, which a statement gave. SQLITE_ROW: for a row too many.
+CppSQLite3Exception FailureOfRun(Prepared const& prepared, int code) {
+  if (code == SQLITE_ROW) {
+    return {SQLITE_TOOBIG,
+            "table or view has more than " + std::to_string(sqlitedb::kMaxRows) + " rows"};
+  }
   CppSQLite3Exception failure = prepared.connection->Failed(sqlite3_db_handle(prepared.stmt), code);
-  ++prepared.run;
-  sqlite3_reset(prepared.stmt);
   if (failure.errorCode() == SQLITE_TOOBIG) {
     return {SQLITE_TOOBIG, std::string(failure.errorMessage()) + ": a value or row has more than " +
                                std::to_string(sqlitedb::kMaxValueBytes) + " bytes"};
   }
+  return failure;
+}
+
+CppSQLite3Exception EndFailedRun(Prepared& prepared, int code) {
+  CppSQLite3Exception failure = FailureOfRun(prepared, code);
+  ++prepared.run;
+  sqlite3_reset(prepared.stmt);
   return failure;
 }
 
@@ -103,7 +113,7 @@ void CppSQLite3Query::nextRow() {
   budget.Enter();
   int const code = sqlite3_step(prepared_->stmt);
   budget.Leave();
-  if (code == SQLITE_ROW) {
+  if (code == SQLITE_ROW && prepared_->CountRow()) {
     return;
   }
   eof_ = true;
@@ -178,10 +188,12 @@ CppSQLite3Query CppSQLite3Statement::execQuery() & {
   std::optional<sqlitedb::Snapshot> snapshot;
   if (prepared_->reads) {
     snapshot.emplace(connection);
+    sqlitedb::CheckSize(connection);
     sqlitedb::FollowSchema(*prepared_);
   } else {
     connection.checked.clear();  // it may change the schema
   }
+  prepared_->rows = 1;
   int const code = sqlite3_step(prepared_->stmt);
   connection.budget.Leave();
   if (code != SQLITE_ROW && code != SQLITE_DONE) {

@@ -57,7 +57,8 @@ class SQLITEDB_API CppSQLite3Query {
   SQLITEDB_API bool eof() const noexcept { return eof_; }
 
   /// Goes to the next row, or to the end. Throws CppSQLite3Exception when the row cannot be read,
-  /// the query being empty and its read lock gone then; code 21 when there is no current row.
+  /// the query being empty and its read lock gone then; code 18 when it is a row too many, 21 when
+  /// there is no current row.
   void nextRow();
 
   /// Text of a column of the current row, counted from 0; `if_null` when the column is NULL. The
@@ -96,7 +97,9 @@ class SQLITEDB_API CppSQLite3Statement {
   /// Runs the statement up to its first row. Running it again starts it anew, so it has one query
   /// at a time. Each run may spend 100 million steps of SQLite's machine, 10 seconds of this
   /// thread's processor time within SQLite and 128 MiB of memory; no file is written. Then it is
-  /// interrupted. Throws CppSQLite3Exception: code 21 when empty, code 9 when interrupted.
+  /// interrupted. A statement that reads needs a database of at most 128 MiB, and gives at most
+  /// 131,072 rows. Throws CppSQLite3Exception: code 21 when empty, code 9 when interrupted, code 18
+  /// where the database, or a row, is too large.
   CppSQLite3Query execQuery() &;
 
   /// A query of a statement that is about to go would have no rows.

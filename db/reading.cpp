@@ -328,6 +328,21 @@ void CompileReading(Prepared& prepared, char const* sql) {
   CheckAndCompile(prepared, sql);
 }
 
+// Of a database that is not in memory this copies nothing, and asks for its number of pages.
+void CheckSize(Connection& connection) {
+  sqlite3_int64 size = -1;
+  sqlite3_serialize(connection.db, "main", &size, SQLITE_SERIALIZE_NOCOPY);
+  if (size < 0) {
+    const int code = sqlite3_errcode(connection.db) & 0xff;
+    const bool failed = code != SQLITE_OK && code != SQLITE_ROW && code != SQLITE_DONE;
+    throw connection.Failed(connection.db, failed ? code : SQLITE_NOMEM);
+  }
+  if (size > kMaxDatabaseBytes) {
+    throw CppSQLite3Exception(SQLITE_TOOBIG, "database is larger than " +
+                                                 std::to_string(kMaxDatabaseBytes >> 20) + " MiB");
+  }
+}
+
 void FollowSchema(Prepared& prepared) {
   if (prepared.schema != prepared.connection->SchemaNumber()) {
     CheckAndCompile(prepared, std::string(sqlite3_sql(prepared.stmt)));

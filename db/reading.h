@@ -29,6 +29,10 @@ class Snapshot {
 /// refused.
 void CompileReading(Prepared& prepared, char const* sql);
 
+// Throws CppSQLite3Exception, code 18, where the database is larger than kMaxDatabaseBytes. For a
+// Snapshot of its connection.
+void CheckSize(Connection& connection);
+
 /// Compiles anew what was compiled for another schema than the one that the file has. For a
 /// Snapshot of its connection.
 void FollowSchema(Prepared& prepared);

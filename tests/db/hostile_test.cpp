@@ -188,20 +188,26 @@ TEST_F(Hostile, OddJournalThatComesAfterOpeningIsRefusedBeforeReading) {
 TEST_F(Hostile, EndlessViewEndsInterrupted) {
   Make(kEndless);
   EXPECT_LT(WorkSeconds([&] { EXPECT_EQ(Thrown([&] { Count(); }), kInterrupted); }), 20.0);
-  // Unsorted, each row comes at once: the budget is that of all rows together.
+  EXPECT_EQ(Foreign(file_).Do("BEGIN EXCLUSIVE; COMMIT"), "") << "a lock is left";
+}
+
+TEST_F(Hostile, BudgetIsThatOfAllRowsTogether) {
+  Make(
+      "CREATE TABLE t(x);"
+      "WITH RECURSIVE c(x) AS (SELECT 1 UNION ALL SELECT x+1 FROM c LIMIT 1000) "
+      "INSERT INTO t SELECT x FROM c;"
+      "CREATE VIEW status AS SELECT a.x AS address, b.x AS value "
+      "FROM t a CROSS JOIN t b CROSS JOIN t c WHERE b.x + c.x = 2000");
   long rows = 0;
   CppSQLite3Statement statement = database_.m_DB.compileStatement("SELECT * FROM status");
   CppSQLite3Query query = statement.execQuery();
-  EXPECT_LT(WorkSeconds([&] {
-              EXPECT_EQ(Thrown([&] {
-                          for (; !query.eof(); query.nextRow()) {
-                            ++rows;
-                          }
-                        }),
-                        kInterrupted);
+  EXPECT_EQ(Thrown([&] {
+              for (; !query.eof(); query.nextRow()) {
+                ++rows;
+              }
             }),
-            20.0);
-  EXPECT_GT(rows, 1'000'000);
+            kInterrupted);
+  EXPECT_GT(rows, 5);
   EXPECT_TRUE(query.eof());
   EXPECT_EQ(Foreign(file_).Do("BEGIN EXCLUSIVE; COMMIT"), "") << "a lock is left";
 }
@@ -212,7 +218,8 @@ TEST_F(Hostile, RowsOfAMegabyteEachEndByTheClock) {
       "CREATE TABLE t(x);"
       "WITH RECURSIVE c(x) AS (SELECT 1 UNION ALL SELECT x+1 FROM c LIMIT 1000) "
       "INSERT INTO t SELECT x FROM c;"
-      "CREATE VIEW status AS SELECT a.x AS address, value || '' AS value FROM t a, t b, t c, big");
+      "CREATE VIEW status AS SELECT a.x AS address, value FROM t a, t b, t c, big "
+      "WHERE value || a.x || b.x || c.x = ''");
   double const seconds =
       WorkSeconds([&] { EXPECT_EQ(Thrown([&] { Count("SELECT * FROM status"); }), kInterrupted); });
   EXPECT_GT(seconds, 8.5);
@@ -229,7 +236,8 @@ TEST_F(Hostile, BudgetIsFarAboveAnyRealTable) {
     fs::remove(file_);
     Make(create + fill);
     EXPECT_EQ(Count(), 100'000);
-    EXPECT_EQ(Count("SELECT a.* FROM status a, (SELECT 1 FROM status LIMIT 50)"), 5'000'000);
+    EXPECT_EQ(Setting(database_, "SELECT count(*) FROM status a, (SELECT 1 FROM status LIMIT 50)"),
+              "5000000");
   }
 }
 
