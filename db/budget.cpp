@@ -26,6 +26,7 @@ long long Now() noexcept { return Read(CLOCK_MONOTONIC_COARSE); }
 Budget::Nanoseconds Budget::ThreadTime() noexcept { return Read(CLOCK_THREAD_CPUTIME_ID); }
 
 void Budget::Restart() noexcept {
+  ++number_;
   steps_left_ = kSteps;
   memory_ = sqlite3_memory_used() + (kMebibytes << 20);
   measures_ = false;

@@ -1,11 +1,12 @@
-// What one run of a statement may cost; private to this folder.
+// What compiling a statement and running it may cost; private to this folder.
 #pragma once
 
 namespace sqlitedb {
 
-/// A table of 100,000 rows of full length takes well under two million steps, a second and 100 MiB,
-/// even where it has to be sorted first; an endless view takes all it is given. The clock is needed
-/// beside the steps, since one step may have to move a megabyte.
+/// One for compiling a statement and its first run, and one for each further run. A table of
+/// 100,000 rows of full length takes well under two million steps, a second and 100 MiB, even where
+/// it has to be sorted first; an endless view takes all it is given. The clock is needed beside the
+/// steps, since one step may have to move a megabyte.
 ///
 /// Time is the processor time of this thread within SQLite: a slow handler of rows, a stopped
 /// process and waiting for locks and disks do not count. That clock costs a system call, so it is
@@ -24,7 +25,10 @@ class Budget {
 
   void Restart() noexcept;
 
-  /// Around every call of SQLite that comes after the first of a run.
+  /// Grows with each Restart(), never 0.
+  unsigned Number() const noexcept { return number_; }
+
+  /// Around every call of SQLite that comes after the first since Restart().
   void Enter() noexcept {
     if (measures_) {
       entered_ = ThreadTime();
@@ -49,6 +53,7 @@ class Budget {
   bool Late(Nanoseconds now) noexcept;
   int Spend(int steps) noexcept;
 
+  unsigned number_ = 0;
   int steps_left_ = 0;
   long long memory_ = 0;  ///< In bytes, where the run ends.
   bool measures_ = false;

@@ -72,7 +72,8 @@ struct Prepared {
   std::shared_ptr<Connection> connection;
   sqlite3_stmt* stmt = nullptr;
   unsigned run = 0;
-  int rows = 0;  // that the current run has come to
+  unsigned budget = 0;  // the number of that in which it was compiled; 0 once it has run
+  int rows = 0;         // that the current run has come to
   bool reads = false;
   int schema = 0;  ///< The number of the schema that a statement that reads was compiled for.
 };

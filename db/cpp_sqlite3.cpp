@@ -184,7 +184,11 @@ CppSQLite3Query CppSQLite3Statement::execQuery() & {
   ++prepared_->run;
   sqlite3_reset(prepared_->stmt);
   sqlitedb::Connection& connection = *prepared_->connection;
-  connection.budget.Restart();
+  if (std::exchange(prepared_->budget, 0) == connection.budget.Number()) {
+    connection.budget.Enter();
+  } else {
+    connection.budget.Restart();
+  }
   std::optional<sqlitedb::Snapshot> snapshot;
   if (prepared_->reads) {
     snapshot.emplace(connection);
@@ -259,15 +263,17 @@ CppSQLite3Statement CppSQLite3DB::compileStatement(char const* sql) {
   sqlite3* db = connection_->db;
   connection_->budget.Restart();
   auto prepared = std::make_shared<Prepared>(connection_);
+  prepared->budget = connection_->budget.Number();
   if (sqlitedb::Reads(sql)) {
     sqlitedb::CompileReading(*prepared, sql);
-    return CppSQLite3Statement(std::move(prepared));
+  } else {
+    connection_->checked.clear();                         // compiling may read the schema
+    { sqlitedb::Snapshot const snapshot(*connection_); }  // reads it, and more carefully
+    int const code = sqlite3_prepare_v2(db, sql, -1, &prepared->stmt, nullptr);
+    if (code != SQLITE_OK) {
+      throw connection_->Failed(db, code);
+    }
   }
-  connection_->checked.clear();                         // compiling may read the schema
-  { sqlitedb::Snapshot const snapshot(*connection_); }  // reads it, and more carefully
-  int const code = sqlite3_prepare_v2(db, sql, -1, &prepared->stmt, nullptr);
-  if (code != SQLITE_OK) {
-    throw connection_->Failed(db, code);
-  }
+  connection_->budget.Leave();
   return CppSQLite3Statement(std::move(prepared));
 }

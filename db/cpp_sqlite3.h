@@ -95,11 +95,11 @@ class SQLITEDB_API CppSQLite3Statement {
   ~CppSQLite3Statement();
 
   /// Runs the statement up to its first row. Running it again starts it anew, so it has one query
-  /// at a time. Each run may spend 100 million steps of SQLite's machine, 10 seconds of this
-  /// thread's processor time within SQLite and 128 MiB of memory; no file is written. Then it is
-  /// interrupted. A statement that reads needs a database of at most 128 MiB, and gives at most
-  /// 131,072 rows. Throws CppSQLite3Exception: code 21 when empty, code 9 when interrupted, code 18
-  /// where the database, or a row, is too large.
+  /// at a time. Each run, the first one with compiling, may spend 100 million steps of SQLite's
+  /// machine, 10 seconds of this thread's processor time within SQLite and 128 MiB of memory; no
+  /// file is written. Then it is interrupted. A statement that reads needs a database of at most
+  /// 128 MiB, and gives at most 131,072 rows. Throws CppSQLite3Exception: code 21 when empty, code
+  /// 9 when interrupted, code 18 where the database, or a row, is too large.
   CppSQLite3Query execQuery() &;
 
   /// A query of a statement that is about to go would have no rows.

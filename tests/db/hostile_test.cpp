@@ -62,6 +62,11 @@ double WorkSeconds(std::function<void()> const& action) {
   return static_cast<double>(std::clock() - start) / CLOCKS_PER_SEC;
 }
 
+std::string Numbers(int count) {
+  return "WITH RECURSIVE c(x) AS (SELECT 1 UNION ALL SELECT x+1 FROM c LIMIT " +
+         std::to_string(count) + ") ";
+}
+
 std::string Times(int count, std::string const& text) {
   std::string all;
   for (int i = 0; i < count; ++i) {
@@ -292,15 +297,19 @@ TEST_F(Hostile, PausesOfTheHostAreNotCounted) {
     int gain;  // of the coarse clock, within SQLite
     int row;   // that a row lasts outside
     int work;  // how much of that the thread works
+    int wait;  // between compiling and running, in which the thread works
   } const cases[] = {
-      {"stopped within SQLite", kHour, 0, 0},
-      {"stopped in a handler", 0, kHour, 0},
-      {"worked in a handler", 0, kHour, kHour},
+      {"stopped within SQLite", kHour, 0, 0, 0},
+      {"stopped in a handler", 0, kHour, 0, 0},
+      {"worked in a handler", 0, kHour, kHour, 0},
+      {"worked before the run", 0, 0, 0, kHour},
   };
   for (auto const& one : cases) {
     SCOPED_TRACE(one.pause);
     int rows = 0;
     CppSQLite3Statement statement = database_.m_DB.compileStatement("SELECT * FROM status");
+    g_coarse_clock_shift += one.wait;
+    g_thread_clock_shift += one.wait;
     EXPECT_EQ(Thrown([&] {
                 g_coarse_clock_gain = one.gain;
                 for (CppSQLite3Query query = statement.execQuery(); !query.eof(); query.nextRow()) {
@@ -313,6 +322,41 @@ TEST_F(Hostile, PausesOfTheHostAreNotCounted) {
     g_coarse_clock_gain = 0;
     EXPECT_EQ(rows, 1000);
   }
+}
+
+// Each used to have a budget of its own, so that a cycle could take twice the limits.
+TEST_F(Hostile, CompilingAndTheFirstRunShareABudget) {
+  std::string tables;
+  for (int i = 0; i < 100; ++i) {
+    tables += "CREATE TABLE t" + std::to_string(i) + "(x);";
+  }
+  Make(tables + kTable + Numbers(1000) + "INSERT INTO status SELECT 'key'||x, x FROM c");
+  CppSQLite3Statement other = database_.m_DB.compileStatement("SELECT 1");
+  // Compiling lists the schema, and then the program.
+  g_on_compile = [](const char* sql) {
+    const std::string_view text = sql;
+    if (text.find("FROM sqlite_schema NOT INDEXED") != std::string_view::npos) {
+      g_coarse_clock_shift += 2;
+    } else if (text.find("EXPLAIN") == 0) {
+      g_coarse_clock_shift += 9;
+      g_thread_clock_shift += 9;
+    }
+  };
+  CppSQLite3Statement statement = database_.m_DB.compileStatement(kSelect);
+  CppSQLite3Statement disturbed = database_.m_DB.compileStatement(kSelect);
+  CppSQLite3Statement last = database_.m_DB.compileStatement("SELECT * FROM status, t0");
+  g_on_compile = nullptr;
+  const auto read = [](CppSQLite3Statement& one) {
+    return Thrown([&] {
+      for (CppSQLite3Query query = one.execQuery(); !query.eof(); query.nextRow()) {
+      }
+    });
+  };
+  EXPECT_EQ(read(last), kInterrupted);
+  EXPECT_EQ(read(last), "") << "the second run has a budget of its own";
+  EXPECT_EQ(read(other), "");
+  EXPECT_EQ(read(disturbed), "") << "what other statements took is not its own";
+  EXPECT_EQ(read(statement), "");
 }
 
 TEST_F(Hostile, EveryRunHasABudgetOfItsOwn) {
