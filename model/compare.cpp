@@ -112,6 +112,7 @@ class Comparison {
         CompareChildren(field, of_before.TakeChild(field), of_after.TakeChild(field));
       }
       m_Path.resize(outer);
+      return true;
     });
   }
 

@@ -63,20 +63,9 @@ struct ClassInfo {
   constexpr std::span<const Field> OwnFields() const { return {Fields, FieldCount}; }
 };
 
-// Calls `visit` with each field of a class: first the fields of its base, then its own.
-template <class Visit>
-void VisitEveryField(const ClassInfo& info, const Visit& visit) {
-  if (info.Base != nullptr) {
-    VisitEveryField(*info.Base, visit);
-  }
-  for (const Field& field : info.OwnFields()) {
-    visit(field);
-  }
-}
-
-// Calls `visit` with each field of `object`, whose class is `info`, and with the part of the object
-// that the field's Read and Make take: first the fields of its base, then its own. Stops when
-// `visit` returns false; whether it never did.
+// The one walk over fields. Calls `visit` with each field of `object`, whose class is `info`, and
+// with the part of the object that the field's Read and Make take: first the fields of its base,
+// then its own. Stops when `visit` returns false. Returns whether it never did.
 template <class Visit>
 bool VisitEveryField(const ClassInfo& info, void* object, const Visit& visit) {
   if (info.Base != nullptr && !VisitEveryField(*info.Base, info.ToBase(object), visit)) {
@@ -88,6 +77,13 @@ bool VisitEveryField(const ClassInfo& info, void* object, const Visit& visit) {
     }
   }
   return true;
+}
+
+// The same for a class alone.
+template <class Visit>
+bool VisitEveryField(const ClassInfo& info, const Visit& visit) {
+  return VisitEveryField(info, nullptr,
+                         [&visit](const Field& field, void* /*part*/) { return visit(field); });
 }
 
 // The listing of an object's own class; null for a class that is not listed.

@@ -134,14 +134,12 @@ const ClassInfo* ClassNamed(std::string_view name) {
 }
 
 const Field* FieldNamed(const ClassInfo& info, std::string_view name) {
-  for (const ClassInfo* part = &info; part != nullptr; part = part->Base) {
-    for (const Field& field : part->OwnFields()) {
-      if (name == field.Name) {
-        return &field;
-      }
-    }
-  }
-  return nullptr;
+  const Field* found = nullptr;
+  VisitEveryField(info, [&found, name](const Field& field) {
+    found = name == field.Name ? &field : nullptr;
+    return found == nullptr;
+  });
+  return found;
 }
 
 std::span<const ClassInfo* const> Classes() {

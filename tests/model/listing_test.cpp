@@ -14,6 +14,7 @@
 #include <string>
 #include <vector>
 
+#include "model/can_sensors.h"
 #include "model/document.h"
 #include "model/listing_rows.h"
 #include "tests/model/forgetful.h"
@@ -215,14 +216,38 @@ TEST(Listing, NamesClassesAsInTheProgramWithoutTheLeadingC) {
 TEST(Listing, NamesEachFieldOnceWithinItsClassAndBases) {
   for (const ClassInfo* info : Listed()) {
     std::set<std::string> names;
-    for (const ClassInfo* part = info; part != nullptr; part = part->Base) {
-      for (const Field* field : FieldsOf(*part)) {
-        SCOPED_TRACE(std::string(info->Name) + "/" + field->Name);
-        EXPECT_TRUE(names.insert(field->Name).second);
-        EXPECT_TRUE(std::regex_match(field->Name, std::regex("[A-Za-z][A-Za-z0-9]*")));
-      }
-    }
+    QtSts::VisitEveryField(*info, [&](const Field& field) {
+      SCOPED_TRACE(std::string(info->Name) + "/" + field.Name);
+      EXPECT_TRUE(names.insert(field.Name).second);
+      EXPECT_TRUE(std::regex_match(field.Name, std::regex("[A-Za-z][A-Za-z0-9]*")));
+      return true;
+    });
   }
+}
+
+TEST(Listing, IsWalkedFromTheFirstBaseToTheClassItselfUntilTheVisitorStops) {
+  std::vector<std::string> all;
+  EXPECT_TRUE(QtSts::VisitEveryField(QtSts::CCANTempSensor::Class, [&all](const Field& field) {
+    all.emplace_back(field.Name);
+    return true;
+  }));
+  EXPECT_THAT(all, ElementsAre("NumberOfAttributes", "Connected", "SyncLossCounter", "Address",
+                               "Bus", "Face", "Revision", "IdType", "HardwareID", "Celsius"));
+  std::vector<std::string> some;
+  EXPECT_FALSE(QtSts::VisitEveryField(QtSts::CCANTempSensor::Class, [&some](const Field& field) {
+    some.emplace_back(field.Name);
+    return some.size() < 2;
+  }));
+  EXPECT_THAT(some, ElementsAre("NumberOfAttributes", "Connected"));
+}
+
+TEST(Listing, FindsAFieldOfTheClassOrOfABaseByItsName) {
+  const ClassInfo& info = QtSts::CCANTempSensor::Class;
+  EXPECT_EQ(QtSts::FieldNamed(info, "Celsius"), FieldsOf(info).front());
+  EXPECT_EQ(QtSts::FieldNamed(info, "SyncLossCounter"),
+            QtSts::FieldNamed(QtSts::CSensor::Class, "SyncLossCounter"));
+  EXPECT_EQ(QtSts::FieldNamed(info, "Humidity"), nullptr);
+  EXPECT_EQ(QtSts::FieldNamed(info, ""), nullptr);
 }
 
 TEST(Listing, TellsEachMeaningInOneSentenceWithoutTheStop) {

@@ -9,6 +9,7 @@
 #include "model/beacons.h"
 #include "model/can_sensors.h"
 #include "model/dcio_boards.h"
+#include "model/listed_object.h"
 #include "model/onboard_sensors.h"
 
 namespace {
@@ -105,22 +106,16 @@ std::vector<std::unique_ptr<CSensor>> EveryRecord() {
 // The scalars of one record that are not at zero, "false" or absent, as "Name=value".
 std::vector<std::string> NotAtZero(const CSensor& record) {
   std::vector<std::string> found;
-  const void* object = &record;
-  for (const QtSts::ClassInfo* info = QtSts::ClassOf(record); info != nullptr; info = info->Base) {
-    for (const QtSts::Field& field : info->OwnFields()) {
-      const void* const value = field.Read(object);
-      std::string text;
-      if (field.Scalar != nullptr && value != nullptr) {
-        field.Scalar->Format(value, &text);
-      }
-      if (!text.empty() && text != "0" && text != "false") {
-        found.push_back(std::string(field.Name) + "=" + text);
-      }
+  QtSts::ListedObject(record).VisitFields([&found](const QtSts::ListedField& field) {
+    std::string text;
+    if (field.Listed().Scalar != nullptr && field.IsReported()) {
+      field.Format(&text);
     }
-    if (info->Base != nullptr) {
-      object = info->ToBase(const_cast<void*>(object));
+    if (!text.empty() && text != "0" && text != "false") {
+      found.push_back(std::string(field.Listed().Name) + "=" + text);
     }
-  }
+    return true;
+  });
   return found;
 }
 

@@ -36,18 +36,16 @@ void Handle(const std::string& key, const std::string& value, CStatus* status) {
   rows::Dispatcher(status).Dispatch(key.c_str(), value.c_str());
 }
 
-const Field* FieldOf(const ClassInfo* info, std::string_view name, const void** object) {
-  for (; info != nullptr; info = info->Base) {
-    for (const Field& field : info->OwnFields()) {
-      if (field.Name == name) {
-        return &field;
-      }
+const Field* FieldOf(const ClassInfo& info, std::string_view name, const void** object) {
+  const Field* found = nullptr;
+  QtSts::VisitEveryField(info, const_cast<void*>(*object), [&](const Field& field, void* part) {
+    if (field.Name == name) {
+      found = &field;
+      *object = part;
     }
-    if (info->ToBase != nullptr) {
-      *object = info->ToBase(const_cast<void*>(*object));  // NOLINT: the walker reads only
-    }
-  }
-  return nullptr;
+    return found == nullptr;
+  });
+  return found;
 }
 
 struct Found {
@@ -62,7 +60,7 @@ Found Find(const CStatus& status, std::string_view path) {
   const void* object = &status;
   for (;;) {
     const std::string_view name = path.substr(0, path.find('/'));
-    const Field* const field = FieldOf(info, name, &object);
+    const Field* const field = FieldOf(*info, name, &object);
     if (field == nullptr) {
       return {};
     }

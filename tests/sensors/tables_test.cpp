@@ -29,18 +29,14 @@ std::string PlaceOf(const char* attribute) {
 
 // The name of the field of `record` whose value stands at `address`.
 std::string FieldAt(const QtSts::CSensor& record, const void* address) {
-  const void* object = &record;
-  for (const QtSts::ClassInfo* info = QtSts::ClassOf(record); info != nullptr; info = info->Base) {
-    for (const QtSts::Field& field : info->OwnFields()) {
-      if (field.Read(object) == address) {
-        return field.Name;
-      }
-    }
-    if (info->ToBase != nullptr) {
-      object = info->ToBase(const_cast<void*>(object));
-    }
-  }
-  return "";
+  std::string name;
+  void* const object = const_cast<void*>(dynamic_cast<const void*>(&record));
+  QtSts::VisitEveryField(*QtSts::ClassOf(record), object,
+                         [&](const QtSts::Field& field, const void* part) {
+                           name = field.Read(part) == address ? field.Name : "";
+                           return name.empty();
+                         });
+  return name;
 }
 
 // "variable > field" of everything that a record of this kind takes behind an interface.
