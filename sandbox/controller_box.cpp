@@ -65,7 +65,7 @@ int Main(int argc, char** argv) {
       ->allow_extra_args(false);
   app.add_option("--scenario", folder, "The controller to be; without it an empty one")
       ->type_name("DIR");
-  app.add_option("--root-size", options.root_bytes, "Size of the root file system")
+  app.add_option("--root-size", options.RootBytes, "Size of the root file system")
       ->type_name("BYTES")
       ->capture_default_str();
   app.add_option("COMMAND", command, "Program and arguments, behind --")->required();
@@ -74,7 +74,7 @@ int Main(int argc, char** argv) {
   if (!folder.empty()) {
     scenario = sandbox::Scenario::Load(folder);
   }
-  options.writable.insert(options.writable.end(), binds.begin(), binds.end());
+  options.Writable.insert(options.Writable.end(), binds.begin(), binds.end());
   return sandbox::RunInside(options, [&] {
     return Guarded([&] {
       if (scenario) {

@@ -6,7 +6,7 @@
 
 namespace sandbox {
 
-/// Owns one file descriptor and closes it; -1 means none.
+// Owns one file descriptor and closes it; -1 means none.
 class Descriptor {
  public:
   Descriptor() = default;

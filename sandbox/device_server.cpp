@@ -112,7 +112,7 @@ void Open(fuse_req_t request, fuse_ino_t inode, fuse_file_info* file) {
   const Server& server = ServerOf(request);
   if (!server.Exists(inode)) {
     fuse_reply_err(request, ENOENT);
-  } else if (const int error = server.Answers(inode).open_error; error != 0) {
+  } else if (const int error = server.Answers(inode).OpenError; error != 0) {
     server.Log(inode, "open refused");
     fuse_reply_err(request, error);
   } else {
@@ -145,8 +145,8 @@ void Ioctl(fuse_req_t request, fuse_ino_t inode, unsigned int number, void* /*ar
     return;
   }
   const DeviceAnswers answers = server.Answers(inode);
-  const auto found = answers.values.find(number);
-  if (found == answers.values.end()) {
+  const auto found = answers.Values.find(number);
+  if (found == answers.Values.end()) {
     fuse_reply_err(request, ENOTTY);
   } else {
     Answer(request, found->second);
@@ -161,10 +161,10 @@ void Flush(fuse_req_t request, fuse_ino_t inode, fuse_file_info* /*file*/) {
 
 // A malformed answer file, which a test or a scenario got wrong, is told on standard error; the
 // request fails with EIO.
-template <auto operation, class... Arguments>
+template <auto kOperation, class... Arguments>
 void Guarded(fuse_req_t request, Arguments... arguments) {
   try {
-    operation(request, arguments...);
+    kOperation(request, arguments...);
   } catch (const std::exception& error) {
     std::fprintf(stderr, "device file system: %s\n", error.what());
     fuse_reply_err(request, EIO);

@@ -56,9 +56,9 @@ DeviceAnswers DeviceAnswers::Parse(std::string_view text) {
     }
     const auto value = static_cast<std::int32_t>(ParseNumber(words[1]));
     if (words[0] == "open") {
-      answers.open_error = value;
+      answers.OpenError = value;
     } else {
-      answers.values[ParseNumber(words[0])] = value;
+      answers.Values[ParseNumber(words[0])] = value;
     }
   });
   return answers;
@@ -66,10 +66,10 @@ DeviceAnswers DeviceAnswers::Parse(std::string_view text) {
 
 std::string DeviceAnswers::Text() const {
   std::string text;
-  if (open_error != 0) {
-    text += "open " + std::to_string(open_error) + "\n";
+  if (OpenError != 0) {
+    text += "open " + std::to_string(OpenError) + "\n";
   }
-  for (const auto& [request, value] : values) {
+  for (const auto& [request, value] : Values) {
     std::array<char, 40> line = {};
     std::snprintf(line.data(), line.size(), "0x%08X %d\n", request, value);
     text += line.data();
@@ -95,13 +95,13 @@ void SetAnswer(const std::string& node, std::uint32_t request, std::int32_t valu
   if (fs::exists(AnswerFile(node))) {
     answers = ParseFile(AnswerFile(node), DeviceAnswers::Parse);
   }
-  answers.values[request] = value;
+  answers.Values[request] = value;
   SetDevice(node, answers);
 }
 
 void SetOpenError(const std::string& node, int error) {
   DeviceAnswers answers = ParseFile(AnswerFile(node), DeviceAnswers::Parse);
-  answers.open_error = error;
+  answers.OpenError = error;
   SetDevice(node, answers);
 }
 

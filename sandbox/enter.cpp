@@ -30,8 +30,8 @@ namespace {
 constexpr int kNamespaces = CLONE_NEWNS | CLONE_NEWPID | CLONE_NEWNET | CLONE_NEWIPC | CLONE_NEWUTS;
 
 struct Pipe {
-  Descriptor read;
-  Descriptor write;
+  Descriptor Read;
+  Descriptor Write;
 };
 
 Pipe MakePipe() {
@@ -89,8 +89,8 @@ std::string ReadToEnd(const Descriptor& source) {
 }
 
 struct Identity {
-  uid_t user;
-  gid_t group;
+  uid_t User;
+  gid_t Group;
 };
 
 // In a user namespace the caller becomes root.
@@ -103,8 +103,8 @@ void MapToRoot(const Identity& caller) {
     }
   };
   write("/proc/self/setgroups", "deny");
-  write("/proc/self/uid_map", "0 " + std::to_string(caller.user) + " 1");
-  write("/proc/self/gid_map", "0 " + std::to_string(caller.group) + " 1");
+  write("/proc/self/uid_map", "0 " + std::to_string(caller.User) + " 1");
+  write("/proc/self/gid_map", "0 " + std::to_string(caller.Group) + " 1");
 }
 
 // The end of the caller is the end of the sandbox. The caller holds the only reading end of
@@ -131,7 +131,7 @@ void EndWithCaller(const Descriptor& report) {
     if (caller != nullptr) {
       MapToRoot(*caller);
     }
-    EnterRoot(binds, options.root_bytes);
+    EnterRoot(binds, options.RootBytes);
     RaiseLoopback();
     StartDeviceServer();
     started = Check(fork(), "start the body");
@@ -162,13 +162,13 @@ Options OptionsFromEnvironment() {
     return std::string(text != nullptr ? text : "");
   };
   if (value("STATUS_UPDATE_GOLDEN") == "1") {
-    options.writable.push_back(SourcePath("").parent_path());
+    options.Writable.push_back(SourcePath("").parent_path());
   }
   const std::string list = value("SANDBOX_BIND");
   for (std::size_t begin = 0; begin < list.size();) {
     const std::size_t end = std::min(list.find(':', begin), list.size());
     if (end > begin) {
-      options.writable.emplace_back(list.substr(begin, end - begin));
+      options.Writable.emplace_back(list.substr(begin, end - begin));
     }
     begin = end + 1;
   }
@@ -181,27 +181,27 @@ bool Inside() {
 }
 
 int RunInside(const Options& options, const std::function<int()>& body) {
-  const std::vector<Bind> binds = PlanBinds(options.writable);
+  const std::vector<Bind> binds = PlanBinds(options.Writable);
   const Identity caller = {geteuid(), getegid()};
   Pipe report = MakePipe();
   std::fflush(nullptr);  // or the body would write the caller's pending output again
 
-  bool mapped = caller.user != 0;
+  bool mapped = caller.User != 0;
   pid_t init = CloneInto(kNamespaces | (mapped ? CLONE_NEWUSER : 0));
   if (init == -1 && errno == EPERM && !mapped) {
     mapped = true;
     init = CloneInto(kNamespaces | CLONE_NEWUSER);
   }
   if (init == 0) {
-    report.read.Close();
-    Init(options, binds, mapped ? &caller : nullptr, std::move(report.write), body);
+    report.Read.Close();
+    Init(options, binds, mapped ? &caller : nullptr, std::move(report.Write), body);
   }
   if (init == -1) {
     throw Refused("new namespaces: " + std::generic_category().message(errno));
   }
   const TerminalKeysIgnored ignored;
-  report.write.Close();
-  const std::string refusal = ReadToEnd(report.read);
+  report.Write.Close();
+  const std::string refusal = ReadToEnd(report.Read);
   const int status = WaitFor(init, init);
   if (!refusal.empty()) {
     throw Refused(refusal);

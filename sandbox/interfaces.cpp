@@ -38,21 +38,21 @@ constexpr const char* kPeers = "/.sandbox/peers";
 constexpr const char* kOwnNetwork = "/proc/thread-self/ns/net";
 
 struct StateName {
-  const char* name;
-  LinkState state;
+  const char* Name;
+  LinkState State;
 };
 constexpr std::array kStateNames = {StateName{"up", LinkState::kUp},
                                     StateName{"unplugged", LinkState::kUnplugged},
                                     StateName{"down", LinkState::kDown}};
 
 struct AddressProperty {
-  std::string_view name;
-  std::string InterfaceAddress::*value;
+  std::string_view Name;
+  std::string InterfaceAddress::*Value;
 };
 constexpr std::array kAddressProperties = {
-    AddressProperty{"broadcast", &InterfaceAddress::broadcast},
-    AddressProperty{"label", &InterfaceAddress::label},
-    AddressProperty{"peer", &InterfaceAddress::peer}};
+    AddressProperty{"broadcast", &InterfaceAddress::Broadcast},
+    AddressProperty{"label", &InterfaceAddress::Label},
+    AddressProperty{"peer", &InterfaceAddress::Peer}};
 
 Descriptor OpenNamespace(const char* path) {
   return Descriptor(Check(open(path, O_RDONLY | O_CLOEXEC), "open", path));
@@ -111,21 +111,21 @@ std::string MacBytes(const std::string& text) {
 void CreatePair(NetlinkSocket& socket, const NetworkInterface& interface, const Descriptor& peers) {
   NetlinkMessage message(RTM_NEWLINK, NLM_F_CREATE | NLM_F_EXCL);
   message.Append(ifinfomsg{});
-  message.TextAttribute(IFLA_IFNAME, interface.name);
-  if (!interface.mac.empty()) {
-    message.Attribute(IFLA_ADDRESS, MacBytes(interface.mac));
+  message.TextAttribute(IFLA_IFNAME, interface.Name);
+  if (!interface.Mac.empty()) {
+    message.Attribute(IFLA_ADDRESS, MacBytes(interface.Mac));
   }
   message.Nest(IFLA_LINKINFO, [&] {
     message.TextAttribute(IFLA_INFO_KIND, "veth");
     message.Nest(IFLA_INFO_DATA, [&] {
       message.Nest(VETH_INFO_PEER, [&] {
         message.Append(ifinfomsg{});
-        message.TextAttribute(IFLA_IFNAME, interface.name);
+        message.TextAttribute(IFLA_IFNAME, interface.Name);
         message.NumberAttribute(IFLA_NET_NS_FD, static_cast<std::uint32_t>(peers.Number()));
       });
     });
   });
-  socket.Send(message, "make the interface", interface.name);
+  socket.Send(message, "make the interface", interface.Name);
 }
 
 // Or the kernel would add an IPv6 address of its own as soon as the link is up.
@@ -151,14 +151,14 @@ std::string AddressBytes(int family, const std::string& text) {
 }
 
 void AddAddress(NetlinkSocket& socket, const std::string& name, const InterfaceAddress& address) {
-  const std::size_t slash = std::min(address.prefix.find('/'), address.prefix.size());
-  const int family = address.prefix.find(':') == std::string::npos ? AF_INET : AF_INET6;
-  const std::string bytes = AddressBytes(family, address.prefix.substr(0, slash));
+  const std::size_t slash = std::min(address.Prefix.find('/'), address.Prefix.size());
+  const int family = address.Prefix.find(':') == std::string::npos ? AF_INET : AF_INET6;
+  const std::string bytes = AddressBytes(family, address.Prefix.substr(0, slash));
   const std::size_t whole = bytes.size() * 8;
   const std::size_t length =
-      slash == address.prefix.size() ? whole : std::stoul(address.prefix.substr(slash + 1));
+      slash == address.Prefix.size() ? whole : std::stoul(address.Prefix.substr(slash + 1));
   if (length > whole) {
-    throw std::runtime_error("not a prefix length: " + address.prefix);
+    throw std::runtime_error("not a prefix length: " + address.Prefix);
   }
   NetlinkMessage message(RTM_NEWADDR, NLM_F_CREATE | NLM_F_EXCL);
   ifaddrmsg header = {};
@@ -167,17 +167,17 @@ void AddAddress(NetlinkSocket& socket, const std::string& name, const InterfaceA
   header.ifa_index = if_nametoindex(name.c_str());
   message.Append(header);
   message.Attribute(IFA_LOCAL, bytes);
-  message.Attribute(IFA_ADDRESS, address.peer.empty() ? bytes : AddressBytes(family, address.peer));
-  if (!address.broadcast.empty()) {
-    message.Attribute(IFA_BROADCAST, AddressBytes(AF_INET, address.broadcast));
+  message.Attribute(IFA_ADDRESS, address.Peer.empty() ? bytes : AddressBytes(family, address.Peer));
+  if (!address.Broadcast.empty()) {
+    message.Attribute(IFA_BROADCAST, AddressBytes(AF_INET, address.Broadcast));
   }
-  if (!address.label.empty()) {
-    message.TextAttribute(IFA_LABEL, address.label);
+  if (!address.Label.empty()) {
+    message.TextAttribute(IFA_LABEL, address.Label);
   }
   if (family == AF_INET6) {
     message.NumberAttribute(IFA_FLAGS, IFA_F_NODAD);
   }
-  socket.Send(message, "add the address", address.prefix);
+  socket.Send(message, "add the address", address.Prefix);
 }
 
 // The kernel tells carrier changes on its own time, up to a second late; asking for the link state
@@ -196,9 +196,9 @@ bool IsRunning(const std::string& name) {
 void AwaitState(const NetworkInterface& interface) {
   using std::chrono::steady_clock;
   const steady_clock::time_point limit = steady_clock::now() + std::chrono::seconds(5);
-  while (IsRunning(interface.name) != (interface.state == LinkState::kUp)) {
+  while (IsRunning(interface.Name) != (interface.State == LinkState::kUp)) {
     if (steady_clock::now() > limit) {
-      throw std::runtime_error("the link state of " + interface.name + " does not settle");
+      throw std::runtime_error("the link state of " + interface.Name + " does not settle");
     }
     std::this_thread::sleep_for(std::chrono::milliseconds(1));
   }
@@ -238,19 +238,19 @@ void ReadAddress(const std::vector<std::string>& words, NetworkInterface& interf
   for (std::size_t at = 2; at < words.size(); at += 2) {
     const AddressProperty* known =
         std::find_if(kAddressProperties.begin(), kAddressProperties.end(),
-                     [&](const AddressProperty& property) { return words[at] == property.name; });
+                     [&](const AddressProperty& property) { return words[at] == property.Name; });
     if (known == kAddressProperties.end() || at + 1 == words.size()) {
       throw std::runtime_error("expected \"broadcast\", \"label\" or \"peer\" and a value");
     }
-    address.*known->value = words[at + 1];
+    address.*known->Value = words[at + 1];
   }
-  interface.addresses.push_back(address);
+  interface.Addresses.push_back(address);
 }
 
 void ReadState(const std::string& word, NetworkInterface& interface) {
   for (const StateName& known : kStateNames) {
-    if (word == known.name) {
-      interface.state = known.state;
+    if (word == known.Name) {
+      interface.State = known.State;
       return;
     }
   }
@@ -269,7 +269,7 @@ std::vector<NetworkInterface> ParseInterfaces(std::string_view text) {
     if (what == "interface") {
       interfaces.push_back({words[1], "", LinkState::kUp, {}});
     } else if (what == "mac") {
-      interfaces.back().mac = words[1];
+      interfaces.back().Mac = words[1];
     } else if (what == "link") {
       ReadState(words[1], interfaces.back());
     } else if (what == "address") {
@@ -292,15 +292,15 @@ void SetInterfaces(const std::vector<NetworkInterface>& interfaces) {
   NetlinkSocket peer_socket = SocketIn(peers);
   for (const NetworkInterface& interface : interfaces) {
     CreatePair(socket, interface, peers);
-    KeepLinkLocalAway(socket, interface.name);
-    for (const InterfaceAddress& address : interface.addresses) {
-      AddAddress(socket, interface.name, address);
+    KeepLinkLocalAway(socket, interface.Name);
+    for (const InterfaceAddress& address : interface.Addresses) {
+      AddAddress(socket, interface.Name, address);
     }
-    if (interface.state != LinkState::kUnplugged) {
-      Raise(peer_socket, interface.name);
+    if (interface.State != LinkState::kUnplugged) {
+      Raise(peer_socket, interface.Name);
     }
-    if (interface.state != LinkState::kDown) {
-      Raise(socket, interface.name);
+    if (interface.State != LinkState::kDown) {
+      Raise(socket, interface.Name);
     }
   }
   for (const NetworkInterface& interface : interfaces) {

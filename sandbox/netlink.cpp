@@ -60,19 +60,19 @@ void NetlinkSocket::Send(const NetlinkMessage& message, std::string_view what,
     Fail(what, subject);
   }
   struct {
-    nlmsghdr header;
-    nlmsgerr acknowledgement;
-    std::array<char, 4096> original;
+    nlmsghdr Header;
+    nlmsgerr Acknowledgement;
+    std::array<char, 4096> Original;
   } answer = {};
   if (recv(socket_.Number(), &answer, sizeof answer, 0) == -1) {
     Fail(what, subject);
   }
-  if (answer.header.nlmsg_type != NLMSG_ERROR) {
+  if (answer.Header.nlmsg_type != NLMSG_ERROR) {
     errno = EPROTO;
     Fail(what, subject);
   }
-  if (answer.acknowledgement.error != 0) {
-    errno = -answer.acknowledgement.error;
+  if (answer.Acknowledgement.error != 0) {
+    errno = -answer.Acknowledgement.error;
     Fail(what, subject);
   }
 }

@@ -23,8 +23,8 @@ namespace {
 namespace fs = std::filesystem;
 
 struct Link {
-  const char* path;
-  const char* target;
+  const char* Path;
+  const char* Target;
 };
 
 // Where the new root is put together before it becomes "/". Everything that is bound is held by
@@ -85,11 +85,11 @@ void MountTmpfs(const std::string& path, const std::string& options) {
 class Clone {
  public:
   explicit Clone(const Bind& bind)
-      : path_(bind.path),
+      : path_(bind.Path),
         tree_(Check(
             open_tree(AT_FDCWD, path_.c_str(), OPEN_TREE_CLONE | OPEN_TREE_CLOEXEC | AT_RECURSIVE),
             "clone the mount of", path_)) {
-    if (!bind.writable) {
+    if (!bind.Writable) {
       mount_attr attributes = {};
       attributes.attr_set = MOUNT_ATTR_RDONLY;
       Check(mount_setattr(tree_.Number(), "", AT_EMPTY_PATH | AT_RECURSIVE, &attributes,
@@ -153,7 +153,7 @@ void BuildStage(const std::string& stage, std::uint64_t bytes, const std::vector
     fs::create_directory(stage + folder);
   }
   for (const Link& link : kLinks) {
-    links.emplace_back(link.target, stage + link.path);
+    links.emplace_back(link.Target, stage + link.Path);
   }
   for (const auto& [target, path] : links) {
     MakeLink(target, path);
@@ -183,7 +183,7 @@ bool Stays(const std::string& path) {
     paths.insert(kBesideUsr.begin(), kBesideUsr.end());
     paths.insert(kInUse.begin(), kInUse.end());
     for (const Link& link : kLinks) {
-      paths.insert(link.path);
+      paths.insert(link.Path);
     }
     return paths;
   }();
@@ -236,21 +236,21 @@ std::vector<Bind> PlanBinds(const std::vector<fs::path>& writable) {
   wanted.push_back({BuildTree(), false});
   wanted.push_back({SourcePath("").parent_path(), false});
   std::erase_if(
-      wanted, [](const Bind& bind) { return fs::is_symlink(bind.path) || !fs::exists(bind.path); });
+      wanted, [](const Bind& bind) { return fs::is_symlink(bind.Path) || !fs::exists(bind.Path); });
   for (const fs::path& path : writable) {
     wanted.push_back({fs::canonical(path), true});
-    if (wanted.back().path == "/") {
+    if (wanted.back().Path == "/") {
       throw fs::filesystem_error("the root cannot be shared with a sandbox", path,
                                  std::make_error_code(std::errc::invalid_argument));
     }
   }
   std::stable_sort(wanted.begin(), wanted.end(), [](const Bind& left, const Bind& right) {
-    return std::pair(left.path, !left.writable) < std::pair(right.path, !right.writable);
+    return std::pair(left.Path, !left.Writable) < std::pair(right.Path, !right.Writable);
   });
   std::vector<Bind> binds;
   for (const Bind& bind : wanted) {
     const bool shown = std::any_of(binds.begin(), binds.end(), [&bind](const Bind& above) {
-      return IsBelow(bind.path, above.path) && (above.writable || !bind.writable);
+      return IsBelow(bind.Path, above.Path) && (above.Writable || !bind.Writable);
     });
     if (!shown) {
       binds.push_back(bind);

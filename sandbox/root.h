@@ -7,28 +7,28 @@
 
 namespace sandbox {
 
-/// A file or folder of the outside that is seen inside at the same absolute path.
+// A file or folder of the outside that is seen inside at the same absolute path.
 struct Bind {
-  std::string path;
-  bool writable;
+  std::string Path;
+  bool Writable;
 };
 
-/// What a sandbox sees of the outside: programs and libraries, the build tree of the running
-/// program, the source tree, and `writable`. Parents come first, and what a parent shows already is
-/// left out.
+// What a sandbox sees of the outside: programs and libraries, the build tree of the running
+// program, the source tree, and `writable`. Parents come first, and what a parent shows already is
+// left out.
 std::vector<Bind> PlanBinds(const std::vector<std::filesystem::path>& writable);
 
-/// Makes a tmpfs of `bytes` the root of this process, which must be process 1 of fresh mount and
-/// pid namespaces. Throws std::system_error; the process is then of no further use.
+// Makes a tmpfs of `bytes` the root of this process, which must be process 1 of fresh mount and
+// pid namespaces. Throws std::system_error; the process is then of no further use.
 void EnterRoot(const std::vector<Bind>& binds, std::uint64_t bytes);
 
-/// Removes every fixture: all files and folders that EnterRoot() did not make, of the root file
-/// system and of /dev. Mounts, and with them everything of the outside, are never touched; the
-/// status database and the log socket stay, since the running program may have them open.
+// Removes every fixture: all files and folders that EnterRoot() did not make, of the root file
+// system and of /dev. Mounts, and with them everything of the outside, are never touched; the
+// status database and the log socket stay, since the running program may have them open.
 void ClearRoot();
 
-/// Removes a file or a folder with its contents, never crossing into a mount; nothing when it is
-/// absent.
+// Removes a file or a folder with its contents, never crossing into a mount; nothing when it is
+// absent.
 void RemoveTree(const std::string& path);
 
 }  // namespace sandbox

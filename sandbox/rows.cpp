@@ -19,8 +19,8 @@ constexpr const char* kDelete = "DELETE FROM status WHERE address = ?;";
 constexpr int kPatience = 5000;  // milliseconds to wait for another connection's lock
 
 struct Escape {
-  char letter;
-  char meaning;
+  char Letter;
+  char Meaning;
 };
 constexpr Escape kEscapes[] = {{'t', '\t'}, {'n', '\n'}, {'r', '\r'}, {'\\', '\\'}, {'#', '#'}};
 
@@ -39,7 +39,7 @@ class Connection {
     Require(sqlite3_exec(database_.get(), sql.c_str(), nullptr, nullptr, nullptr) == SQLITE_OK);
   }
 
-  /// Runs a statement whose first parameters are `key` and `value`, if any.
+  // Runs a statement whose first parameters are `key` and `value`, if any.
   void Run(const char* sql, const std::string& key, const RowValue* value) {
     sqlite3_stmt* prepared = nullptr;
     Require(sqlite3_prepare_v2(database_.get(), sql, -1, &prepared, nullptr) == SQLITE_OK);
@@ -69,8 +69,8 @@ class Connection {
     if (const auto* text = std::get_if<std::string>(&value)) {
       BindText(statement, position, *text);
     } else if (const auto* blob = std::get_if<Blob>(&value)) {
-      Require(sqlite3_bind_blob(statement, position, blob->bytes.data(),
-                                static_cast<int>(blob->bytes.size()), nullptr) == SQLITE_OK);
+      Require(sqlite3_bind_blob(statement, position, blob->Bytes.data(),
+                                static_cast<int>(blob->Bytes.size()), nullptr) == SQLITE_OK);
     }
   }
 
@@ -92,8 +92,8 @@ std::string Unescape(std::string_view text) {
     ++at;
     std::optional<char> meaning;
     for (const Escape& escape : kEscapes) {
-      if (at < text.size() && escape.letter == text[at]) {
-        meaning = escape.meaning;
+      if (at < text.size() && escape.Letter == text[at]) {
+        meaning = escape.Meaning;
       }
     }
     if (!meaning) {

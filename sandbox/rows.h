@@ -12,34 +12,34 @@ namespace sandbox {
 inline constexpr const char* kDatabase = "/dev/shm/status.db";
 
 struct Blob {
-  explicit Blob(std::string contents) : bytes(std::move(contents)) {}
-  std::string bytes;
+  explicit Blob(std::string contents) : Bytes(std::move(contents)) {}
+  std::string Bytes;
 };
 
-/// NULL, a text or a blob.
+// NULL, a text or a blob.
 using RowValue = std::variant<std::nullptr_t, std::string, Blob>;
-/// The rows of table `status`, by key.
+// The rows of table `status`, by key.
 using Rows = std::map<std::string, RowValue>;
 
-/// Reads the text form: one row a line, key TAB value. In both, \t \n \r \\ and \# stand for a tab,
-/// a line feed, a carriage return, a backslash and a '#'. A value \N is NULL, one that begins with
-/// \x is a blob in hexadecimal. Empty lines and lines that begin with '#' are ignored. Throws
-/// std::runtime_error with the line number when a line is not such a row.
+// Reads the text form: one row a line, key TAB value. In both, \t \n \r \\ and \# stand for a tab,
+// a line feed, a carriage return, a backslash and a '#'. A value \N is NULL, one that begins with
+// \x is a blob in hexadecimal. Empty lines and lines that begin with '#' are ignored. Throws
+// std::runtime_error with the line number when a line is not such a row.
 Rows ParseRows(std::string_view text);
 
-/// Makes these the rows of table `status`, as one transaction of another process would: the
-/// database and the table are made when absent, connections that are open see the change. Throws
-/// std::runtime_error.
+// Makes these the rows of table `status`, as one transaction of another process would: the
+// database and the table are made when absent, connections that are open see the change. Throws
+// std::runtime_error.
 void SetRows(const Rows& rows);
 
-/// Adds or replaces one row.
+// Adds or replaces one row.
 void SetRow(const std::string& key, const RowValue& value);
 void RemoveRow(const std::string& key);
 
-/// Runs SQL statements on the database, for what the above cannot do.
+// Runs SQL statements on the database, for what the above cannot do.
 void RunSql(const std::string& statements);
 
-/// Removes the database file and its companions.
+// Removes the database file and its companions.
 void RemoveDatabase();
 
 }  // namespace sandbox

@@ -117,7 +117,7 @@ Scenario& Scenario::Device(const std::string& node) {
 }
 
 Scenario& Scenario::Answer(const std::string& node, std::uint32_t request, std::int32_t value) {
-  devices_[node].values[request] = value;
+  devices_[node].Values[request] = value;
   return *this;
 }
 
@@ -160,15 +160,15 @@ Scenario& Scenario::Uptime(std::chrono::seconds uptime) {
 }
 
 void Scenario::Install(const std::string& path, const Entry& entry) {
-  switch (entry.kind) {
+  switch (entry.What) {
     case Kind::kFile:
-      WriteFile(path, entry.bytes, entry.mode);
+      WriteFile(path, entry.Bytes, entry.Mode);
       break;
     case Kind::kFolder:
       MakeFolder(path);
       break;
     case Kind::kLink:
-      MakeLink(path, entry.bytes);
+      MakeLink(path, entry.Bytes);
       break;
     case Kind::kUnopenable:
       MakeUnopenable(path);

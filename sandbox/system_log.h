@@ -7,14 +7,14 @@
 
 namespace sandbox {
 
-/// The system log of the sandbox: while it lives, syslog() of every process is received here. Some
-/// hundred messages are kept for Read(); beyond, syslog() waits.
+// The system log of the sandbox: while it lives, syslog() of every process is received here. Some
+// hundred messages are kept for Read(); beyond, syslog() waits.
 class SystemLog {
  public:
   struct Message {
-    int priority;      ///< such as LOG_INFO
-    int facility;      ///< such as LOG_USER
-    std::string text;  ///< what was passed to syslog(), formatted; without time and program name
+    int Priority;      // such as LOG_INFO
+    int Facility;      // such as LOG_USER
+    std::string Text;  // what was passed to syslog(), formatted; without time and program name
   };
 
   SystemLog();
@@ -22,7 +22,7 @@ class SystemLog {
   SystemLog& operator=(const SystemLog&) = delete;
   ~SystemLog();
 
-  /// The messages received since the last call, oldest first.
+  // The messages received since the last call, oldest first.
   std::vector<Message> Read();
 
  private:

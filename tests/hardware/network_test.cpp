@@ -106,9 +106,9 @@ TEST_F(Network, ListsInterfacesInOrderOfFirstSight) {
 
 TEST_F(Network, LeavesOutInterfacesThatDoNotRun) {
   NetworkInterface unplugged = Plain("eth1");
-  unplugged.state = LinkState::kUnplugged;
+  unplugged.State = LinkState::kUnplugged;
   NetworkInterface down = Plain("eth2");
-  down.state = LinkState::kDown;
+  down.State = LinkState::kDown;
   Scenario().Interface(Eth0()).Interface(unplugged).Interface(down).Apply();
   Walk(0);
   EXPECT_THAT(Names(), ElementsAre("eth0"));
@@ -190,7 +190,7 @@ TEST_F(Network, ListsInterfacesWhoseCarrierCannotBeTold) {
 
 NetworkInterface WithAlias() {
   NetworkInterface interface = Eth0();
-  interface.addresses = {{"192.168.1.20/24", "192.168.1.255", ""},
+  interface.Addresses = {{"192.168.1.20/24", "192.168.1.255", ""},
                          {"10.0.0.5/8", "10.255.255.255", "eth0:1"}};
   return interface;
 }
@@ -231,7 +231,7 @@ TEST_F(Network, AliasPassesWithoutACarrierOfItsOwn) {
 
 TEST_F(Network, LaterAddressOverwritesAnEarlierOne) {
   NetworkInterface interface = Eth0();
-  interface.addresses = {{"192.168.1.20/24", "192.168.1.255", ""},
+  interface.Addresses = {{"192.168.1.20/24", "192.168.1.255", ""},
                          {"10.0.0.5/8", "10.255.255.255", ""},
                          {"2001:db8::1/64", "", ""}};
   Scenario().Interface(interface).File(kRoutes, "eth0 00000000 0101A8C0\n").Apply();
@@ -243,7 +243,7 @@ TEST_F(Network, LaterAddressOverwritesAnEarlierOne) {
 
 TEST_F(Network, LocalAddressNamesItsInterface) {
   NetworkInterface interface = Eth0();
-  interface.addresses = {{"fe80::5/64", "", ""}};
+  interface.Addresses = {{"fe80::5/64", "", ""}};
   Scenario().Interface(interface).Apply();
   Walk(0);
   EXPECT_EQ(Device(0)->IPv6Address, "fe80::5%eth0");
@@ -251,7 +251,7 @@ TEST_F(Network, LocalAddressNamesItsInterface) {
 
 TEST_F(Network, BytesOfAHardwareAddressAreUnsigned) {
   NetworkInterface interface = Eth0();
-  interface.mac = "FE:80:9f:ff:a0:01";
+  interface.Mac = "FE:80:9f:ff:a0:01";
   Scenario().Interface(interface).Apply();
   Walk(0);
   EXPECT_EQ(Device(0)->MACAddress, "FE:80:9F:FF:A0:01");
@@ -259,7 +259,7 @@ TEST_F(Network, BytesOfAHardwareAddressAreUnsigned) {
 
 TEST_F(Network, HardwareAddressIsFoundByTheLongestName) {
   NetworkInterface interface = Eth0();
-  interface.name = "abcdefghijklmno";  // the kernel allows 15 characters
+  interface.Name = "abcdefghijklmno";  // the kernel allows 15 characters
   Scenario().Interface(interface).Apply();
   Walk(0);
   ASSERT_THAT(Names(), ElementsAre("abcdefghijklmno"));
@@ -283,7 +283,7 @@ TEST_F(Network, IsLeftAloneWhenTheInterfacesCannotBeListed) {
 
 TEST_F(Network, AddressWithoutBroadcastStillHasOneForTheSystem) {
   NetworkInterface interface = Eth0();
-  interface.addresses = {{"192.168.1.20/24", "", ""}};
+  interface.Addresses = {{"192.168.1.20/24", "", ""}};
   Scenario().Interface(interface).Apply();
   Walk(0);
   EXPECT_EQ(Device(0)->MACAddress, "00:1A:2B:3C:4D:5E");
@@ -291,7 +291,7 @@ TEST_F(Network, AddressWithoutBroadcastStillHasOneForTheSystem) {
 
 TEST_F(Network, WalkEndsAtAnAddressWithoutBroadcastOrDestination) {
   Scenario()
-      .Interface({"eth0", "", LinkState::kUp, {{.prefix = "10.9.8.7/24", .peer = kNoAddress}}})
+      .Interface({"eth0", "", LinkState::kUp, {{.Prefix = "10.9.8.7/24", .Peer = kNoAddress}}})
       .Interface({"eth1", "", LinkState::kUp, {{"10.1.1.1/8", "10.255.255.255", ""}}})
       .File(kRoutes, "eth0 00000000 0101A8C0\n")
       .Apply();
@@ -321,7 +321,7 @@ TEST_F(Network, WalkEndsAtAnAddressWithoutNetmask) {
 
 TEST_F(Network, WalkEndsAtTheFirstAddressThatHasNoText) {
   NetworkInterface interface = Eth0();
-  interface.addresses[0].prefix = "192.168.1.20/16";
+  interface.Addresses[0].Prefix = "192.168.1.20/16";
   Scenario().Interface(interface).Apply();
   struct {
     int Nth;

@@ -30,8 +30,8 @@ class Limiter : public testing::Test {
   std::vector<std::string> Logged() {
     std::vector<std::string> texts;
     for (const sandbox::SystemLog::Message& message : m_Log.Read()) {
-      EXPECT_EQ(message.priority, LOG_INFO) << message.text;
-      texts.push_back(message.text);
+      EXPECT_EQ(message.Priority, LOG_INFO) << message.Text;
+      texts.push_back(message.Text);
     }
     return texts;
   }

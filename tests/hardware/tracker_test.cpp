@@ -33,9 +33,9 @@ class Tracker : public OutputPortTest {
   static std::vector<std::string> Logged(sandbox::SystemLog* log) {
     std::vector<std::string> texts;
     for (const sandbox::SystemLog::Message& message : log->Read()) {
-      EXPECT_EQ(message.priority, LOG_INFO) << message.text;
-      EXPECT_EQ(message.facility, LOG_USER) << message.text;
-      texts.push_back(message.text);
+      EXPECT_EQ(message.Priority, LOG_INFO) << message.Text;
+      EXPECT_EQ(message.Facility, LOG_USER) << message.Text;
+      texts.push_back(message.Text);
     }
     return texts;
   }

@@ -73,7 +73,7 @@ class ShowTest : public testing::Test {
         .Row("Sensor_00_Connected", "false")
         .Row("Sensor_00_Location", "Local_CAN")
         .Row("Sensor_00_Type", "CANTemp")
-        .Interface({.name = "eth0"});
+        .Interface({.Name = "eth0"});
     m_Scenario.Uptime(std::chrono::seconds(93784));
     m_Scenario.Apply();
   }

@@ -39,16 +39,16 @@ class ControllerBox : public OutsideTest {
 };
 
 TEST_F(ControllerBox, GivesTheExitStatusOfTheCommand) {
-  EXPECT_EQ(0, Box("true").status);
-  EXPECT_EQ(7, Box("-- sh -c 'exit 7'").status);
-  EXPECT_EQ(128 + 11, Box("-- sh -c 'kill -SEGV $$'").status);
+  EXPECT_EQ(0, Box("true").Status);
+  EXPECT_EQ(7, Box("-- sh -c 'exit 7'").Status);
+  EXPECT_EQ(128 + 11, Box("-- sh -c 'kill -SEGV $$'").Status);
 }
 
 TEST_F(ControllerBox, TellsACommandThatCannotBeRun) {
   const Outcome missing = Box("-- no-such-program");
-  EXPECT_EQ(127, missing.status);
-  EXPECT_THAT(missing.output, HasSubstr("no-such-program"));
-  EXPECT_EQ(126, Box("-- /usr").status);
+  EXPECT_EQ(127, missing.Status);
+  EXPECT_THAT(missing.Output, HasSubstr("no-such-program"));
+  EXPECT_EQ(126, Box("-- /usr").Status);
 }
 
 TEST_F(ControllerBox, RunsTheCommandOnTheScenario) {
@@ -56,48 +56,48 @@ TEST_F(ControllerBox, RunsTheCommandOnTheScenario) {
   Write("rows.tsv", "GUID\tabc\n");
   const Outcome outcome =
       Box("--scenario " + folder_.string() + " -- sh -c 'cat /etc/motto; ls /dev/shm'");
-  EXPECT_EQ("of the scenariostatus.db\n", outcome.output);
+  EXPECT_EQ("of the scenariostatus.db\n", outcome.Output);
 }
 
 TEST_F(ControllerBox, ReportsAMistakeOfTheScenario) {
   Write("rows.tsv", "no tab\n");
   const Outcome outcome = Box("--scenario " + folder_.string() + " -- true");
-  EXPECT_EQ(126, outcome.status);
-  EXPECT_THAT(outcome.output, AllOf(HasSubstr("rows.tsv"), HasSubstr("line 1")));
+  EXPECT_EQ(126, outcome.Status);
+  EXPECT_THAT(outcome.Output, AllOf(HasSubstr("rows.tsv"), HasSubstr("line 1")));
 }
 
 TEST_F(ControllerBox, ReportsAScenarioThatTheKernelRefuses) {
   Write("interfaces", "interface a-name-that-is-too-long\n");
   const Outcome outcome = Box("--scenario " + folder_.string() + " -- echo started");
-  EXPECT_EQ(126, outcome.status);
-  EXPECT_THAT(outcome.output, HasSubstr("a-name-that-is-too-long"));
-  EXPECT_THAT(outcome.output, testing::Not(HasSubstr("started")));
+  EXPECT_EQ(126, outcome.Status);
+  EXPECT_THAT(outcome.Output, HasSubstr("a-name-that-is-too-long"));
+  EXPECT_THAT(outcome.Output, testing::Not(HasSubstr("started")));
 }
 
 TEST_F(ControllerBox, ABoundFolderTakesResultsOut) {
   EXPECT_EQ(
-      0, Box("--bind " + folder_.string() + " -- touch " + (folder_ / "result").string()).status);
+      0, Box("--bind " + folder_.string() + " -- touch " + (folder_ / "result").string()).Status);
   EXPECT_TRUE(fs::exists(folder_ / "result"));
 }
 
 TEST_F(ControllerBox, StandardInputReachesTheCommand) {
-  EXPECT_EQ("hello\n", RunCommand("echo hello | " CONTROLLER_BOX " -- cat").output);
+  EXPECT_EQ("hello\n", RunCommand("echo hello | " CONTROLLER_BOX " -- cat").Output);
 }
 
 TEST_F(ControllerBox, HelpNamesEveryOption) {
   const Outcome help = Box("--help");
-  EXPECT_EQ(0, help.status);
-  EXPECT_THAT(help.output, AllOf(HasSubstr("--bind"), HasSubstr("--scenario"),
+  EXPECT_EQ(0, help.Status);
+  EXPECT_THAT(help.Output, AllOf(HasSubstr("--bind"), HasSubstr("--scenario"),
                                  HasSubstr("--root-size"), HasSubstr("COMMAND")));
-  std::istringstream lines(help.output);
+  std::istringstream lines(help.Output);
   for (std::string line; std::getline(lines, line);) {
     EXPECT_GE(80U, line.size()) << line;
   }
 }
 
 TEST_F(ControllerBox, AnUnknownOptionIsAnError) {
-  EXPECT_NE(0, Box("--no-such-option -- true").status);
-  EXPECT_NE(0, Box("").status);
+  EXPECT_NE(0, Box("--no-such-option -- true").Status);
+  EXPECT_NE(0, Box("").Status);
 }
 
 TEST_F(ControllerBox, ATestProgramRunsInTheGivenBox) {
@@ -105,16 +105,16 @@ TEST_F(ControllerBox, ATestProgramRunsInTheGivenBox) {
   const Outcome outcome =
       Box("--scenario " + folder_.string() +
           " -- " TEST_PROGRAM " --gtest_filter=Root.TheProgramKnowsThatItIsInside");
-  EXPECT_EQ(0, outcome.status) << outcome.output;
+  EXPECT_EQ(0, outcome.Status) << outcome.Output;
 }
 
 TEST_F(ControllerBox, ValgrindRunsInside) {
-  if (RunCommand("valgrind --version").status != 0) {
+  if (RunCommand("valgrind --version").Status != 0) {
     GTEST_SKIP() << "there is no valgrind";
   }
   const Outcome outcome = Box("-- valgrind -q --error-exitcode=9 --leak-check=full /bin/true");
-  EXPECT_EQ(0, outcome.status) << outcome.output;
-  EXPECT_EQ("", outcome.output);
+  EXPECT_EQ(0, outcome.Status) << outcome.Output;
+  EXPECT_EQ("", outcome.Output);
 }
 
 }  // namespace

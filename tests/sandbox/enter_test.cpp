@@ -48,7 +48,7 @@ class Folder {
 // A controller with everything that could stay behind.
 std::string MakeMess() {
   Scenario scenario;
-  scenario.Interface({.name = "eth0", .addresses = {{.prefix = "10.0.0.5/8"}}}).Row("GUID", "abc");
+  scenario.Interface({.Name = "eth0", .Addresses = {{.Prefix = "10.0.0.5/8"}}}).Row("GUID", "abc");
   if (DevicesAvailable()) {
     scenario.Answer("travex", 1, 1);
   }
@@ -100,7 +100,7 @@ TEST_F(EnterTest, TheEnvironmentPassesThrough) {
 
 TEST_F(EnterTest, TheSizeOfTheRootCanBeChosen) {
   Options options;
-  options.root_bytes = 1 << 20;
+  options.RootBytes = 1 << 20;
   EXPECT_EQ(0, RunInside(options, [] {
               struct statfs root = {};
               return statfs("/", &root) == 0 && root.f_blocks == 256 ? 0 : 1;
@@ -111,7 +111,7 @@ TEST_F(EnterTest, AWritableFolderTakesResultsOut) {
   const Folder folder;
   const std::string path = folder.Path() / "result";
   Options options;
-  options.writable = {folder.Path()};
+  options.Writable = {folder.Path()};
   EXPECT_EQ(0, RunInside(options, [&path] {
               WriteFile(path, "from the inside");
               return 0;
@@ -121,7 +121,7 @@ TEST_F(EnterTest, AWritableFolderTakesResultsOut) {
 
 TEST_F(EnterTest, AWritableFolderMayLieInAReadOnlyTree) {
   Options options;
-  options.writable = {SourcePath("sandbox")};
+  options.Writable = {SourcePath("sandbox")};
   EXPECT_EQ(0, RunInside(options, [] {
               const bool inner = access(SourcePath("sandbox").c_str(), W_OK) == 0;
               const bool outer = access(SourcePath("model").c_str(), W_OK) == 0;
@@ -134,7 +134,7 @@ TEST_F(EnterTest, ApplyingAScenarioLeavesWritableFoldersAlone) {
   const std::string path = folder.Path() / "kept";
   { Descriptor(open(path.c_str(), O_CREAT | O_WRONLY, 0644)); }
   Options options;
-  options.writable = {folder.Path()};
+  options.Writable = {folder.Path()};
   EXPECT_EQ(0, RunInside(options, [] {
               Scenario().Apply();
               return 0;
@@ -144,13 +144,13 @@ TEST_F(EnterTest, ApplyingAScenarioLeavesWritableFoldersAlone) {
 
 TEST_F(EnterTest, AMissingWritableFolderIsAnError) {
   Options options;
-  options.writable = {"/missing"};
+  options.Writable = {"/missing"};
   EXPECT_THROW(RunInside(options, [] { return 0; }), fs::filesystem_error);
 }
 
 TEST_F(EnterTest, TheWholeOutsideCannotBeMadeWritable) {
   Options options;
-  options.writable = {"/"};
+  options.Writable = {"/"};
   EXPECT_THROW(RunInside(options, [] { return 0; }), fs::filesystem_error);
 }
 
@@ -199,9 +199,9 @@ TEST_F(EnterTest, TheEnvironmentCanAskForWritableFolders) {
   const Options options = OptionsFromEnvironment();
   unsetenv("SANDBOX_BIND");
   unsetenv("STATUS_UPDATE_GOLDEN");
-  EXPECT_THAT(options.writable,
+  EXPECT_THAT(options.Writable,
               testing::ElementsAre(SourcePath("").parent_path(), "/first", "/second"));
-  EXPECT_THAT(OptionsFromEnvironment().writable, IsEmpty());
+  EXPECT_THAT(OptionsFromEnvironment().Writable, IsEmpty());
 }
 
 TEST_F(EnterTest, ASandboxCanBeEnteredInASandbox) {
@@ -211,9 +211,9 @@ TEST_F(EnterTest, ASandboxCanBeEnteredInASandbox) {
 TEST_F(EnterTest, NothingStaysBehindAfterANormalEnd) {
   const std::string mounts = Mounts();
   const Outcome outcome = Tell(MakeMess);
-  EXPECT_EQ(0, outcome.status);
-  EXPECT_EQ(6, std::count(outcome.output.begin(), outcome.output.end(), '\n'));
-  EXPECT_THAT(StillAlive(outcome.output), IsEmpty());
+  EXPECT_EQ(0, outcome.Status);
+  EXPECT_EQ(6, std::count(outcome.Output.begin(), outcome.Output.end(), '\n'));
+  EXPECT_THAT(StillAlive(outcome.Output), IsEmpty());
   EXPECT_EQ(mounts, Mounts());
 }
 
@@ -268,8 +268,8 @@ TEST_F(EnterTest, AProcessThatReadsADeviceDoesNotHoldTheEndUp) {
     }
     return OwnNamespaces();
   });
-  EXPECT_EQ(0, outcome.status);
-  EXPECT_THAT(StillAlive(outcome.output), IsEmpty());
+  EXPECT_EQ(0, outcome.Status);
+  EXPECT_THAT(StillAlive(outcome.Output), IsEmpty());
 }
 
 #ifdef __SANITIZE_ADDRESS__

@@ -18,17 +18,17 @@ using testing::Pair;
 TEST(Answers, RequestsAndValuesMayBeDecimalOrHexadecimal) {
   const DeviceAnswers answers = DeviceAnswers::Parse(
       "# travex\n0x8004da0c 59940\n\n 10\t-1 # ten\n0x1 0xFFFFFFFF\nopen 13\n");
-  EXPECT_THAT(answers.values, ElementsAre(Pair(1U, -1), Pair(10U, -1), Pair(0x8004DA0CU, 59940)));
-  EXPECT_EQ(13, answers.open_error);
+  EXPECT_THAT(answers.Values, ElementsAre(Pair(1U, -1), Pair(10U, -1), Pair(0x8004DA0CU, 59940)));
+  EXPECT_EQ(13, answers.OpenError);
 }
 
 TEST(Answers, TheirTextIsReadBackTheSame) {
   DeviceAnswers answers;
-  answers.open_error = 5;
-  answers.values = {{0x8004DA0C, -5000}, {1, 0x7FFFFFFF}, {0xFFFFFFFF, INT32_MIN}};
+  answers.OpenError = 5;
+  answers.Values = {{0x8004DA0C, -5000}, {1, 0x7FFFFFFF}, {0xFFFFFFFF, INT32_MIN}};
   const DeviceAnswers again = DeviceAnswers::Parse(answers.Text());
-  EXPECT_EQ(answers.values, again.values);
-  EXPECT_EQ(answers.open_error, again.open_error);
+  EXPECT_EQ(answers.Values, again.Values);
+  EXPECT_EQ(answers.OpenError, again.OpenError);
 }
 
 TEST(RowText, EscapesNullsAndBlobsAreUnderstood) {
@@ -47,7 +47,7 @@ TEST(RowText, EscapesNullsAndBlobsAreUnderstood) {
   EXPECT_EQ("x\ty\nz\r\\", std::get<std::string>(rows.at("#key")));
   EXPECT_EQ("", std::get<std::string>(rows.at("Empty")));
   EXPECT_TRUE(std::holds_alternative<std::nullptr_t>(rows.at("Null")));
-  EXPECT_EQ(std::string("\0\xFF\x41", 3), std::get<Blob>(rows.at("Blob")).bytes);
+  EXPECT_EQ(std::string("\0\xFF\x41", 3), std::get<Blob>(rows.at("Blob")).Bytes);
   EXPECT_EQ("a\tb", std::get<std::string>(rows.at("Tabs")));
   EXPECT_EQ("no line feed", std::get<std::string>(rows.at("Last")));
 }
@@ -64,17 +64,17 @@ TEST(InterfaceText, EveryPropertyIsUnderstood) {
       "interface eth2\n"
       "  link down\n");
   ASSERT_EQ(3U, interfaces.size());
-  EXPECT_EQ("eth0", interfaces[0].name);
-  EXPECT_EQ("00:1A:2B:3C:4D:5E", interfaces[0].mac);
-  EXPECT_EQ(LinkState::kUp, interfaces[0].state);
-  ASSERT_EQ(2U, interfaces[0].addresses.size());
-  EXPECT_EQ("192.168.1.20/24", interfaces[0].addresses[0].prefix);
-  EXPECT_EQ("192.168.1.255", interfaces[0].addresses[0].broadcast);
-  EXPECT_EQ("eth0:1", interfaces[0].addresses[0].label);
-  EXPECT_EQ("2001:db8::20/64", interfaces[0].addresses[1].prefix);
-  EXPECT_EQ("::1", interfaces[0].addresses[1].peer);
-  EXPECT_EQ(LinkState::kUnplugged, interfaces[1].state);
-  EXPECT_EQ(LinkState::kDown, interfaces[2].state);
+  EXPECT_EQ("eth0", interfaces[0].Name);
+  EXPECT_EQ("00:1A:2B:3C:4D:5E", interfaces[0].Mac);
+  EXPECT_EQ(LinkState::kUp, interfaces[0].State);
+  ASSERT_EQ(2U, interfaces[0].Addresses.size());
+  EXPECT_EQ("192.168.1.20/24", interfaces[0].Addresses[0].Prefix);
+  EXPECT_EQ("192.168.1.255", interfaces[0].Addresses[0].Broadcast);
+  EXPECT_EQ("eth0:1", interfaces[0].Addresses[0].Label);
+  EXPECT_EQ("2001:db8::20/64", interfaces[0].Addresses[1].Prefix);
+  EXPECT_EQ("::1", interfaces[0].Addresses[1].Peer);
+  EXPECT_EQ(LinkState::kUnplugged, interfaces[1].State);
+  EXPECT_EQ(LinkState::kDown, interfaces[2].State);
 }
 
 TEST(Outside, NothingCanBeMadeAFixture) {

@@ -78,9 +78,9 @@ class Interfaces : public testing::Test {
 };
 
 TEST_F(Interfaces, AnInterfaceHasExactlyTheGivenAddresses) {
-  SetInterfaces({{.name = "eth0",
-                  .addresses = {{.prefix = "192.168.1.20/24", .broadcast = "192.168.1.255"},
-                                {.prefix = "2001:db8::20/64"}}}});
+  SetInterfaces({{.Name = "eth0",
+                  .Addresses = {{.Prefix = "192.168.1.20/24", .Broadcast = "192.168.1.255"},
+                                {.Prefix = "2001:db8::20/64"}}}});
   EXPECT_THAT(Listed(), ElementsAre("eth0 link",
                                     "eth0 192.168.1.20 mask 255.255.255.0 broadcast 192.168.1.255",
                                     "eth0 2001:db8::20"));
@@ -89,23 +89,23 @@ TEST_F(Interfaces, AnInterfaceHasExactlyTheGivenAddresses) {
 // The C library gives the destination of a point-to-point link in the same place, and takes the
 // address itself for one.
 TEST_F(Interfaces, AnAddressWithoutBroadcastIsItsOwnDestination) {
-  SetInterfaces({{.name = "eth0", .addresses = {{.prefix = "10.0.0.5/8"}}}});
+  SetInterfaces({{.Name = "eth0", .Addresses = {{.Prefix = "10.0.0.5/8"}}}});
   EXPECT_THAT(Listed(),
               ElementsAre("eth0 link", "eth0 10.0.0.5 mask 255.0.0.0 broadcast 10.0.0.5"));
 }
 
 TEST_F(Interfaces, AnAddressWithAPeerOfZeroHasNeitherBroadcastNorDestination) {
-  SetInterfaces({{.name = "eth0", .addresses = {{.prefix = "10.0.0.5/8", .peer = "0.0.0.0"}}}});
+  SetInterfaces({{.Name = "eth0", .Addresses = {{.Prefix = "10.0.0.5/8", .Peer = "0.0.0.0"}}}});
   EXPECT_THAT(Listed(), ElementsAre("eth0 link", "eth0 10.0.0.5 mask 255.0.0.0 broadcast none"));
 }
 
 TEST_F(Interfaces, ALabelledAddressIsListedAsAnAlias) {
   SetInterfaces(
-      {{.name = "eth0",
-        .mac = "02:00:00:00:00:01",
-        .addresses = {
-            {.prefix = "10.0.0.5/8", .broadcast = "10.255.255.255"},
-            {.prefix = "172.16.0.5/16", .broadcast = "172.16.255.255", .label = "eth0:1"}}}});
+      {{.Name = "eth0",
+        .Mac = "02:00:00:00:00:01",
+        .Addresses = {
+            {.Prefix = "10.0.0.5/8", .Broadcast = "10.255.255.255"},
+            {.Prefix = "172.16.0.5/16", .Broadcast = "172.16.255.255", .Label = "eth0:1"}}}});
   EXPECT_THAT(Listed(),
               ElementsAre("eth0 link", "eth0 10.0.0.5 mask 255.0.0.0 broadcast 10.255.255.255",
                           "eth0:1 172.16.0.5 mask 255.255.0.0 broadcast 172.16.255.255"));
@@ -113,29 +113,29 @@ TEST_F(Interfaces, ALabelledAddressIsListedAsAnAlias) {
 }
 
 TEST_F(Interfaces, TheMacAddressIsTheGivenOne) {
-  SetInterfaces({{.name = "eth0", .mac = "00:1A:2b:FC:4D:5E"}});
+  SetInterfaces({{.Name = "eth0", .Mac = "00:1A:2b:FC:4D:5E"}});
   const ifreq answer = Ask(SIOCGIFHWADDR, "eth0");
   EXPECT_EQ(std::string("\x00\x1A\x2B\xFC\x4D\x5E", 6), std::string(answer.ifr_hwaddr.sa_data, 6));
 }
 
 TEST_F(Interfaces, TheLinkStateShowsInTheFlagsAtOnce) {
   SetInterfaces(
-      {{.name = "up"},
-       {.name = "unplugged", .state = LinkState::kUnplugged},
-       {.name = "down", .state = LinkState::kDown, .addresses = {{.prefix = "10.0.0.5/8"}}}});
+      {{.Name = "up"},
+       {.Name = "unplugged", .State = LinkState::kUnplugged},
+       {.Name = "down", .State = LinkState::kDown, .Addresses = {{.Prefix = "10.0.0.5/8"}}}});
   EXPECT_EQ(IFF_UP | IFF_RUNNING, Flags("up"));
   EXPECT_EQ(IFF_UP, Flags("unplugged"));
   EXPECT_EQ(0, Flags("down"));
 }
 
 TEST_F(Interfaces, TheyAreListedInTheGivenOrder) {
-  SetInterfaces({{.name = "wlan0"}, {.name = "eth1"}, {.name = "eth0"}});
+  SetInterfaces({{.Name = "wlan0"}, {.Name = "eth1"}, {.Name = "eth0"}});
   EXPECT_THAT(Listed(), ElementsAre("wlan0 link", "eth1 link", "eth0 link"));
 }
 
 TEST_F(Interfaces, NewOnesReplaceTheFormerOnes) {
-  SetInterfaces({{.name = "eth0", .addresses = {{.prefix = "10.0.0.5/8"}}}});
-  SetInterfaces({{.name = "eth0", .addresses = {{.prefix = "10.0.0.6/8"}}}, {.name = "eth1"}});
+  SetInterfaces({{.Name = "eth0", .Addresses = {{.Prefix = "10.0.0.5/8"}}}});
+  SetInterfaces({{.Name = "eth0", .Addresses = {{.Prefix = "10.0.0.6/8"}}}, {.Name = "eth1"}});
   EXPECT_THAT(Listed(), ElementsAre("eth0 link", "eth1 link",
                                     "eth0 10.0.0.6 mask 255.0.0.0 broadcast 10.0.0.6"));
   SetInterfaces({});
@@ -143,27 +143,27 @@ TEST_F(Interfaces, NewOnesReplaceTheFormerOnes) {
 }
 
 TEST_F(Interfaces, TheOtherEndsAreOutOfSight) {
-  SetInterfaces({{.name = "eth0"}});
+  SetInterfaces({{.Name = "eth0"}});
   EXPECT_THAT(Listed(), ElementsAre("eth0 link"));
 }
 
 TEST_F(Interfaces, WhatTheKernelRefusesIsAnErrorThatNamesIt) {
   try {
     SetInterfaces(
-        {{.name = "eth0", .addresses = {{.prefix = "10.0.0.5/8"}, {.prefix = "10.0.0.5/8"}}}});
+        {{.Name = "eth0", .Addresses = {{.Prefix = "10.0.0.5/8"}, {.Prefix = "10.0.0.5/8"}}}});
     FAIL() << "nothing was thrown";
   } catch (const std::system_error& error) {
     EXPECT_NE(std::string::npos, std::string(error.what()).find("10.0.0.5/8"));
   }
-  EXPECT_THROW(SetInterfaces({{.name = "a-name-that-is-too-long"}}), std::system_error);
+  EXPECT_THROW(SetInterfaces({{.Name = "a-name-that-is-too-long"}}), std::system_error);
 }
 
 TEST_F(Interfaces, AnAddressThatIsNoneIsAnError) {
-  EXPECT_THROW(SetInterfaces({{.name = "eth0", .addresses = {{.prefix = "10.0.0/8"}}}}),
+  EXPECT_THROW(SetInterfaces({{.Name = "eth0", .Addresses = {{.Prefix = "10.0.0/8"}}}}),
                std::runtime_error);
-  EXPECT_THROW(SetInterfaces({{.name = "eth0", .addresses = {{.prefix = "10.0.0.5/33"}}}}),
+  EXPECT_THROW(SetInterfaces({{.Name = "eth0", .Addresses = {{.Prefix = "10.0.0.5/33"}}}}),
                std::runtime_error);
-  EXPECT_THROW(SetInterfaces({{.name = "eth0", .mac = "00:1A"}}), std::runtime_error);
+  EXPECT_THROW(SetInterfaces({{.Name = "eth0", .Mac = "00:1A"}}), std::runtime_error);
 }
 
 }  // namespace

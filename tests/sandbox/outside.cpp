@@ -22,8 +22,8 @@ namespace {
 namespace fs = std::filesystem;
 
 struct Pipe {
-  Descriptor read;
-  Descriptor write;
+  Descriptor Read;
+  Descriptor Write;
 };
 
 Pipe MakePipe() {
@@ -71,12 +71,12 @@ void OutsideTest::Refuse(const std::string& reason) {
 Outcome Tell(const std::function<std::string()>& body, const Options& options) {
   Pipe told = MakePipe();
   Outcome outcome;
-  outcome.status = RunInside(options, [&body, &told] {
+  outcome.Status = RunInside(options, [&body, &told] {
     const std::string text = body();
-    return write(told.write.Number(), text.data(), text.size()) == -1 ? 1 : 0;
+    return write(told.Write.Number(), text.data(), text.size()) == -1 ? 1 : 0;
   });
-  told.write.Close();
-  outcome.output = Drain(told.read);
+  told.Write.Close();
+  outcome.Output = Drain(told.Read);
   return outcome;
 }
 
@@ -84,17 +84,17 @@ Outcome RunCommand(const std::string& line) {
   Pipe told = MakePipe();
   const pid_t child = fork();
   if (child == 0) {
-    dup2(told.write.Number(), STDOUT_FILENO);
-    dup2(told.write.Number(), STDERR_FILENO);
+    dup2(told.Write.Number(), STDOUT_FILENO);
+    dup2(told.Write.Number(), STDERR_FILENO);
     execl("/bin/sh", "sh", "-c", line.c_str(), nullptr);
     _exit(EXIT_FAILURE);
   }
-  told.write.Close();
+  told.Write.Close();
   Outcome outcome;
-  outcome.output = Drain(told.read);
+  outcome.Output = Drain(told.Read);
   int status = 0;
   EXPECT_EQ(child, waitpid(child, &status, 0));
-  outcome.status = WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
+  outcome.Status = WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);
   return outcome;
 }
 

@@ -29,8 +29,8 @@ class UserNamespaceTest : public OutsideTest {
   void SetUp() override {
     OutsideTest::SetUp();
     const Outcome outcome = RunCommand("unshare --user --map-root-user true");
-    if (!IsSkipped() && outcome.status != 0) {
-      Refuse("user namespaces are refused: " + outcome.output);
+    if (!IsSkipped() && outcome.Status != 0) {
+      Refuse("user namespaces are refused: " + outcome.Output);
     }
   }
 };
@@ -39,26 +39,26 @@ using RefusedTest = UserNamespaceTest;
 
 TEST_F(RefusedTest, ATestProgramIsSkippedWithTheReason) {
   const Outcome outcome = RunRefused(OneTest("CI="));
-  EXPECT_EQ(77, outcome.status);
-  EXPECT_THAT(outcome.output, AllOf(HasSubstr("SKIPPED"), HasSubstr("new namespaces: ")));
+  EXPECT_EQ(77, outcome.Status);
+  EXPECT_THAT(outcome.Output, AllOf(HasSubstr("SKIPPED"), HasSubstr("new namespaces: ")));
 }
 
 TEST_F(RefusedTest, OnTheGuardingMachineThatIsAFailure) {
   const Outcome outcome = RunRefused(OneTest("CI=true"));
-  EXPECT_EQ(1, outcome.status);
-  EXPECT_THAT(outcome.output, AllOf(HasSubstr("FAILED"), HasSubstr("new namespaces: ")));
+  EXPECT_EQ(1, outcome.Status);
+  EXPECT_THAT(outcome.Output, AllOf(HasSubstr("FAILED"), HasSubstr("new namespaces: ")));
 }
 
 TEST_F(RefusedTest, ListingTheTestsNeedsNoSandbox) {
   const Outcome outcome = RunRefused(TEST_PROGRAM " --gtest_list_tests");
-  EXPECT_EQ(0, outcome.status);
-  EXPECT_THAT(outcome.output, HasSubstr("TheProgramKnowsThatItIsInside"));
+  EXPECT_EQ(0, outcome.Status);
+  EXPECT_THAT(outcome.Output, HasSubstr("TheProgramKnowsThatItIsInside"));
 }
 
 TEST_F(RefusedTest, ControllerBoxTellsTheReason) {
   const Outcome outcome = RunRefused(CONTROLLER_BOX " -- true");
-  EXPECT_EQ(126, outcome.status);
-  EXPECT_THAT(outcome.output, HasSubstr("controller-box: new namespaces: "));
+  EXPECT_EQ(126, outcome.Status);
+  EXPECT_THAT(outcome.Output, HasSubstr("controller-box: new namespaces: "));
 }
 
 // An ordinary user becomes root of a user namespace. Whether device nodes can be had there is a
@@ -74,8 +74,8 @@ class OrdinaryUser : public UserNamespaceTest {
 
 TEST_F(OrdinaryUser, EntersASandboxToo) {
   const Outcome outcome = Run(CONTROLLER_BOX " -- id -u");
-  EXPECT_EQ(0, outcome.status) << outcome.output;
-  EXPECT_EQ("0\n", outcome.output);
+  EXPECT_EQ(0, outcome.Status) << outcome.Output;
+  EXPECT_EQ("0\n", outcome.Output);
 }
 
 // ctest takes a program that prints this mark for skipped, even when it fails.
@@ -89,7 +89,7 @@ std::string WithoutSkipMarks(std::string output) {
 
 TEST_F(OrdinaryUser, PassesTheTestsOfTheInside) {
   const Outcome outcome = Run("env CI= " TEST_PROGRAM " --gtest_brief=1");
-  EXPECT_EQ(0, outcome.status) << WithoutSkipMarks(outcome.output);
+  EXPECT_EQ(0, outcome.Status) << WithoutSkipMarks(outcome.Output);
 }
 
 }  // namespace

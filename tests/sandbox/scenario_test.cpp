@@ -111,7 +111,7 @@ TEST_F(ScenarioTest, TheNextScenarioFindsNothingOfTheFormer) {
   Scenario()
       .File("/proc/meminfo", "x")
       .Answer("travex", kRate, 1)
-      .Interface({.name = "eth0"})
+      .Interface({.Name = "eth0"})
       .Row("GUID", "abc")
       .Apply();
   EXPECT_TRUE(fs::exists("/dev/travex"));
@@ -169,8 +169,8 @@ TEST_F(ScenarioTest, TheDeviceLogStartsEmpty) {
 
 TEST_F(ScenarioTest, AMistakeIsReportedWithItsFileAndLine) {
   struct Row {
-    const char* file;
-    const char* text;
+    const char* File;
+    const char* Text;
   };
   constexpr Row kRows[] = {
       {"devices/travex", "# answers\n0x8004DA0C\n"},
@@ -189,11 +189,11 @@ TEST_F(ScenarioTest, AMistakeIsReportedWithItsFileAndLine) {
       {"uptime", "\nlong\n"},
   };
   for (const Row& row : kRows) {
-    SCOPED_TRACE(std::string(row.file) + ": " + row.text);
+    SCOPED_TRACE(std::string(row.File) + ": " + row.Text);
     fs::remove_all(kFolder);
-    Write(row.file, row.text);
+    Write(row.File, row.Text);
     const std::string complaint = Complaint();
-    EXPECT_THAT(complaint, StartsWith(std::string(kFolder) + "/" + row.file));
+    EXPECT_THAT(complaint, StartsWith(std::string(kFolder) + "/" + row.File));
     EXPECT_THAT(complaint, HasSubstr("line 2: "));
   }
 }

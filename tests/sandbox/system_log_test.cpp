@@ -22,9 +22,9 @@ TEST(SystemLog, AMessageArrivesWithPriorityFacilityAndText) {
   syslog(LOG_INFO, "%s: %d callbacks suppressed\n", "OutputPort", 3);
   const std::vector<SystemLog::Message> messages = log.Read();
   ASSERT_THAT(messages, SizeIs(1));
-  EXPECT_EQ(LOG_INFO, messages[0].priority);
-  EXPECT_EQ(LOG_USER, messages[0].facility);
-  EXPECT_EQ("OutputPort: 3 callbacks suppressed\n", messages[0].text);
+  EXPECT_EQ(LOG_INFO, messages[0].Priority);
+  EXPECT_EQ(LOG_USER, messages[0].Facility);
+  EXPECT_EQ("OutputPort: 3 callbacks suppressed\n", messages[0].Text);
 }
 
 TEST(SystemLog, OtherPrioritiesAndFacilitiesAreToldApart) {
@@ -34,9 +34,9 @@ TEST(SystemLog, OtherPrioritiesAndFacilitiesAreToldApart) {
   closelog();
   const std::vector<SystemLog::Message> messages = log.Read();
   ASSERT_THAT(messages, SizeIs(1));
-  EXPECT_EQ(LOG_ERR, messages[0].priority);
-  EXPECT_EQ(LOG_DAEMON, messages[0].facility);
-  EXPECT_EQ("broken: badly", messages[0].text);
+  EXPECT_EQ(LOG_ERR, messages[0].Priority);
+  EXPECT_EQ(LOG_DAEMON, messages[0].Facility);
+  EXPECT_EQ("broken: badly", messages[0].Text);
 }
 
 TEST(SystemLog, EachMessageIsReadOnce) {
@@ -57,7 +57,7 @@ TEST(SystemLog, APileOfMessagesWaitsForTheReader) {
   }
   const std::vector<SystemLog::Message> messages = log.Read();
   ASSERT_THAT(messages, SizeIs(200));
-  EXPECT_EQ("message 199", messages[199].text);
+  EXPECT_EQ("message 199", messages[199].Text);
 }
 
 TEST(SystemLog, OtherProcessesLogHereToo) {
@@ -70,7 +70,7 @@ TEST(SystemLog, OtherProcessesLogHereToo) {
   waitpid(child, nullptr, 0);
   const std::vector<SystemLog::Message> messages = log.Read();
   ASSERT_THAT(messages, SizeIs(1));
-  EXPECT_EQ("from the child", messages[0].text);
+  EXPECT_EQ("from the child", messages[0].Text);
 }
 
 TEST(SystemLog, ANewOneReceivesAfterAnOldOneIsGone) {
@@ -85,7 +85,7 @@ TEST(SystemLog, ANewOneReceivesAfterAnOldOneIsGone) {
   syslog(LOG_INFO, "to the new one");
   const std::vector<SystemLog::Message> messages = log.Read();
   ASSERT_THAT(messages, SizeIs(1));
-  EXPECT_EQ("to the new one", messages[0].text);
+  EXPECT_EQ("to the new one", messages[0].Text);
 }
 
 TEST(SystemLog, OutlivesTheChangeOfTheScenario) {
