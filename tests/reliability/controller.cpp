@@ -100,11 +100,11 @@ std::string Quiet::Run(const std::function<void()>& action) {
 
 Outcome Run(Quiet* quiet, const std::function<int()>& cycle) {
   Outcome outcome;
-  outcome.report = quiet->Run([&] {
+  outcome.Report = quiet->Run([&] {
     try {
-      outcome.result = cycle();
+      outcome.Result = cycle();
     } catch (const std::bad_alloc&) {
-      outcome.threw = true;
+      outcome.Threw = true;
     }
   });
   return outcome;

@@ -30,15 +30,15 @@ using reliability::Run;
 struct Laboratory {
   Laboratory() { reliability::BusyController().Apply(); }
 
-  /// The document of a fresh collector on the present scratch state, which is put back. A document
-  /// depends on nothing else that lasts, so that it is known while the state stays the same.
+  // The document of a fresh collector on the present scratch state, which is put back. A document
+  // depends on nothing else that lasts, so that it is known while the state stays the same.
   const std::string& Untouched() {
     if (std::string state = ScratchText(); state != state_) {
       const Scratch before = SaveScratch();
       CStatusInterface collector;
       collector.InitDatabase(false);
       const Outcome outcome = Run(&quiet, [&] { return collector.QueryDatabase(); });
-      EXPECT_EQ(outcome.result, 0) << outcome.report;
+      EXPECT_EQ(outcome.Result, 0) << outcome.Report;
       RestoreScratch(before);
       state_ = std::move(state);
       untouched_ = Document(&collector.m_Status);
@@ -75,7 +75,7 @@ class WarmCycle {
     collector_.InitDatabase(false);
     for (int i = 0; i < 3; ++i) {
       EXPECT_EQ(other_.Do(kTouch), "");
-      EXPECT_EQ(Cycle().result, 0);
+      EXPECT_EQ(Cycle().Result, 0);
       CheckLocks();
     }
     steady_ = SaveScratch();
@@ -86,7 +86,7 @@ class WarmCycle {
     descriptors_ = reliability::OpenDescriptors();
   }
 
-  /// False once the cycle passes untouched.
+  // False once the cycle passes untouched.
   bool Fail(Call call, unsigned long nth, Extent extent) {
     RestoreScratch(steady_);
     reliability::ForgetTrackerReports();
@@ -118,32 +118,32 @@ class WarmCycle {
   }
 
   void CheckPromise(const Outcome& outcome, Call call) {
-    if (outcome.threw) {
+    if (outcome.Threw) {
       EXPECT_EQ(call, Call::kMemory);
-      EXPECT_EQ(outcome.report, "");
+      EXPECT_EQ(outcome.Report, "");
       return;
     }
-    if (outcome.result != 0) {
-      EXPECT_EQ(outcome.result, 1);
-      EXPECT_EQ(ReportLines(outcome.report), 1) << outcome.report;
+    if (outcome.Result != 0) {
+      EXPECT_EQ(outcome.Result, 1);
+      EXPECT_EQ(ReportLines(outcome.Report), 1) << outcome.Report;
       return;
     }
     // Only a statement that fails when it is finalized is reported by a cycle that succeeds.
-    const int lines = ReportLines(outcome.report);
-    EXPECT_TRUE(lines == 0 || (lines == 1 && call == Call::kSqlFinalize)) << outcome.report;
+    const int lines = ReportLines(outcome.Report);
+    EXPECT_TRUE(lines == 0 || (lines == 1 && call == Call::kSqlFinalize)) << outcome.Report;
     EXPECT_EQ(FirstDifference(reliability::RowsOnly(&collector_.m_Status), rows_only_), "");
   }
 
   void CheckNext(const Outcome& failed) {
-    if (!failed.threw && failed.result == 0 && !failed.report.empty()) {
+    if (!failed.Threw && failed.Result == 0 && !failed.Report.empty()) {
       const Outcome pending = Cycle();
-      EXPECT_EQ(pending.result, 1) << "the pending code makes the next cycle fail";
-      EXPECT_EQ(pending.report, "");
+      EXPECT_EQ(pending.Result, 1) << "the pending code makes the next cycle fail";
+      EXPECT_EQ(pending.Report, "");
     }
     const std::string& untouched = laboratory_.Untouched();
     const Outcome next = Cycle();
-    EXPECT_EQ(next.result, 0);
-    EXPECT_EQ(next.report, "");
+    EXPECT_EQ(next.Result, 0);
+    EXPECT_EQ(next.Report, "");
     EXPECT_EQ(FirstDifference(Document(&collector_.m_Status), untouched), "");
     EXPECT_EQ(reliability::OpenDescriptors(), descriptors_);
   }
@@ -164,7 +164,7 @@ class WholeLife {
     if (write_) {
       sandbox::RemoveDatabase();
     }
-    EXPECT_EQ(Live(Call::kMemory, 0, Extent::kOnce).report, "");
+    EXPECT_EQ(Live(Call::kMemory, 0, Extent::kOnce).Report, "");
     descriptors_ = reliability::OpenDescriptors();
     steady_ = SaveScratch();
     laboratory_.Untouched();
@@ -178,8 +178,8 @@ class WholeLife {
     }
     const Outcome outcome = Live(call, nth, extent);
     const bool struck = interposed::Struck();
-    EXPECT_TRUE(!outcome.threw || call == Call::kMemory);
-    EXPECT_GE(ReportLines(outcome.report), 0) << outcome.report;
+    EXPECT_TRUE(!outcome.Threw || call == Call::kMemory);
+    EXPECT_GE(ReportLines(outcome.Report), 0) << outcome.Report;
     EXPECT_EQ(reliability::OpenDescriptors(), descriptors_);
     laboratory_.log.Read();
     CheckNext();
@@ -206,8 +206,8 @@ class WholeLife {
     CStatusInterface collector;
     collector.InitDatabase(false);
     const Outcome next = Run(&laboratory_.quiet, [&] { return collector.QueryDatabase(); });
-    EXPECT_EQ(next.result, 0);
-    EXPECT_EQ(next.report, "");
+    EXPECT_EQ(next.Result, 0);
+    EXPECT_EQ(next.Report, "");
     EXPECT_EQ(FirstDifference(Document(&collector.m_Status), untouched), "");
   }
 
@@ -216,7 +216,7 @@ class WholeLife {
     {
       CStatusInterface collector;
       const Outcome outcome = Run(&laboratory_.quiet, [&] { return collector.InitDatabase(true); });
-      EXPECT_EQ(outcome.report, "");
+      EXPECT_EQ(outcome.Report, "");
     }
     Foreign other;
     EXPECT_EQ(other.Get("SELECT count(*) FROM sqlite_schema WHERE type='trigger'"), "6");

@@ -52,7 +52,7 @@ class HostileDatabase : public testing::Test {
     sandbox::RemoveDatabase();
     Make(std::string(kTable) + kRows);
     const Outcome cycle = Start();
-    EXPECT_EQ(cycle.result, 0) << cycle.report;
+    EXPECT_EQ(cycle.Result, 0) << cycle.Report;
     EXPECT_EQ(collector_.m_Status.GUID, "good");
   }
 
@@ -103,10 +103,10 @@ TEST_F(HostileDatabase, CorruptedFileGivesARecordOrAReportAndNeverAHang) {
     sandbox::RemoveDatabase();
     sandbox::WriteFile(sandbox::kDatabase, bytes);
     const Outcome cycle = Start();
-    ASSERT_TRUE(cycle.result == 0 || cycle.result == 1) << "file " << i;
-    ASSERT_FALSE(cycle.threw) << "file " << i;
-    if (cycle.result == 1) {
-      ASSERT_GE(reliability::ReportLines(cycle.report), 1) << "file " << i << cycle.report;
+    ASSERT_TRUE(cycle.Result == 0 || cycle.Result == 1) << "file " << i;
+    ASSERT_FALSE(cycle.Threw) << "file " << i;
+    if (cycle.Result == 1) {
+      ASSERT_GE(reliability::ReportLines(cycle.Report), 1) << "file " << i << cycle.Report;
       ++failures;
     }
   }
@@ -131,8 +131,8 @@ TEST_F(HostileDatabase, EndlessOrHugeViewEndsInABoundedTimeWithAReport) {
     const auto start = std::chrono::steady_clock::now();
     const Outcome cycle = Start();
     EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(30));
-    EXPECT_EQ(cycle.result, 1);
-    EXPECT_THAT(cycle.report, StartsWith("9:interrupted"));
+    EXPECT_EQ(cycle.Result, 1);
+    EXPECT_THAT(cycle.Report, StartsWith("9:interrupted"));
   }
   ExpectRecovery();
 }
@@ -153,8 +153,8 @@ TEST_F(HostileDatabase, SymbolicLinkPipeAndFolderAreRefusedWithAReport) {
     sandbox::RemoveDatabase();
     row.make();
     const Outcome cycle = Start();
-    EXPECT_EQ(cycle.result, 1);
-    EXPECT_THAT(cycle.report, StartsWith("14:unable to open database file\n"));
+    EXPECT_EQ(cycle.Result, 1);
+    EXPECT_THAT(cycle.Report, StartsWith("14:unable to open database file\n"));
     EXPECT_NE(collector_.m_Status.GUID, "good");
   }
   ExpectRecovery();

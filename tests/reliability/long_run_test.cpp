@@ -30,8 +30,8 @@ class LongRun : public testing::Test {
 
   // Two cycles on the controller's own rows: their document and what they carry on.
   std::string Settle() {
-    EXPECT_EQ(Cycle().result, 0);
-    EXPECT_EQ(Cycle().result, 0);
+    EXPECT_EQ(Cycle().Result, 0);
+    EXPECT_EQ(Cycle().Result, 0);
     return reliability::Document(&collector_.m_Status) + ScratchText();
   }
 
@@ -101,7 +101,7 @@ TEST_F(LongRun, IsFlatInMemoryAndDescriptorsAndEndsWithTheDocumentOfAFreshProces
   const int cycles = Repetitions(2000, 200000);
   for (int i = 0; i < cycles; ++i) {
     ASSERT_EQ(writer.Do(AnyChange(&random)), "");
-    ASSERT_EQ(Cycle().result, 0) << "cycle " << i;
+    ASSERT_EQ(Cycle().Result, 0) << "cycle " << i;
     if (i % 50 == 49) {
       ASSERT_EQ(repair(), "");
       sandbox::ClearDeviceLog();

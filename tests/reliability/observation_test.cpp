@@ -76,7 +76,7 @@ class Observation : public testing::Test {
         traces.Document = Document(&collector.m_Status);
         traces.Scratch = ScratchText();
         for (const auto& message : m_Log.Read()) {
-          traces.Log.push_back(message.text);
+          traces.Log.push_back(message.Text);
         }
         all.push_back(std::move(traces));
       }

@@ -66,7 +66,7 @@ class OtherProcesses : public testing::Test {
       CStatusInterface creator;
       return creator.InitDatabase(true);
     });
-    ASSERT_EQ(made.report, "");
+    ASSERT_EQ(made.Report, "");
     ASSERT_EQ(Foreign().Do(kRows), "");
   }
 
@@ -96,15 +96,15 @@ class OtherProcesses : public testing::Test {
 
   void ExpectWhole(const std::string& stamp) {
     const Outcome cycle = Cycle();
-    EXPECT_EQ(cycle.result, 0) << cycle.report;
-    EXPECT_EQ(cycle.report, "");
+    EXPECT_EQ(cycle.Result, 0) << cycle.Report;
+    EXPECT_EQ(cycle.Report, "");
     EXPECT_EQ(Stamp(), stamp);
   }
 
   void ExpectFailure(const std::string& report) {
     const Outcome cycle = Cycle();
-    EXPECT_EQ(cycle.result, 1);
-    EXPECT_EQ(cycle.report, report);
+    EXPECT_EQ(cycle.Result, 1);
+    EXPECT_EQ(cycle.Report, report);
   }
 
   reliability::Quiet quiet_;
@@ -134,7 +134,7 @@ TEST_F(OtherProcesses, FourWritersAtFullSpeedNeverFailACycleNorShowItAMixInWrite
        i < Repetitions(300, 10000) || (seen.size() <= 10 && std::chrono::steady_clock::now() < end);
        ++i) {
     const Outcome cycle = Cycle();
-    ASSERT_EQ(cycle.result, 0) << "cycle " << i << ": " << cycle.report;
+    ASSERT_EQ(cycle.Result, 0) << "cycle " << i << ": " << cycle.Report;
     ASSERT_NE(Stamp(), "a mix") << "cycle " << i;
     seen.insert(Stamp());
   }
@@ -148,11 +148,11 @@ TEST_F(OtherProcesses, FourWritersAtFullSpeedNeverShowAMixInRollbackMode) {
   int whole = 0;
   for (int i = 0; i < Repetitions(30, 500); ++i) {
     const Outcome cycle = Cycle();
-    if (cycle.result == 0) {
+    if (cycle.Result == 0) {
       ASSERT_NE(Stamp(), "a mix") << "cycle " << i;
       ++whole;
     } else {
-      ASSERT_EQ(cycle.report, "5:database is locked\n") << "cycle " << i;
+      ASSERT_EQ(cycle.Report, "5:database is locked\n") << "cycle " << i;
     }
   }
   EXPECT_GT(whole, 0);
@@ -167,7 +167,7 @@ TEST_F(OtherProcesses, CycleWorksWithoutRepairAfterAWriterWasKilledInMidTransact
     usleep(static_cast<useconds_t>(500 + random() % 5000));
     writer.Kill();
     const Outcome cycle = Cycle();
-    ASSERT_EQ(cycle.result, 0) << "writer " << i << ": " << cycle.report;
+    ASSERT_EQ(cycle.Result, 0) << "writer " << i << ": " << cycle.Report;
     ASSERT_NE(Stamp(), "a mix") << "writer " << i;
   }
   EXPECT_EQ(Foreign().Get("PRAGMA integrity_check"), "ok");
@@ -183,13 +183,13 @@ TEST_F(OtherProcesses, ForeignWriterKilledInRollbackModeIsRolledBack) {
     usleep(static_cast<useconds_t>(500 + random() % 5000));
     writer.Kill();
     Outcome cycle = Cycle();
-    if (cycle.result != 0) {
+    if (cycle.Result != 0) {
       // The collector only reads: the next writer, or a host that opens for writing, repairs.
-      ASSERT_EQ(reliability::ReportLines(cycle.report), 1) << cycle.report;
+      ASSERT_EQ(reliability::ReportLines(cycle.Report), 1) << cycle.Report;
       ASSERT_EQ(Foreign().Get("SELECT count(*) FROM status"), "204");
       cycle = Cycle();
     }
-    ASSERT_EQ(cycle.result, 0) << "writer " << i << ": " << cycle.report;
+    ASSERT_EQ(cycle.Result, 0) << "writer " << i << ": " << cycle.Report;
     ASSERT_NE(Stamp(), "a mix") << "writer " << i;
   }
 }
@@ -229,11 +229,11 @@ TEST_F(OtherProcesses, TruncatedDatabaseGivesAReportOrTheRowsItHad) {
     ASSERT_EQ(Foreign().Do("UPDATE status SET value='1' WHERE address < 'E'"), "");
     fs::resize_file(sandbox::kDatabase, size);
     const Outcome cycle = Cycle();
-    if (cycle.result == 0) {
+    if (cycle.Result == 0) {
       EXPECT_EQ(Stamp(), "a mix") << "all rows, of which one differs";
       EXPECT_EQ(collector_.m_Status.SolarInfo.CalculatedSunrise, "1");
     } else {
-      EXPECT_EQ(reliability::ReportLines(cycle.report), 1) << cycle.report;
+      EXPECT_EQ(reliability::ReportLines(cycle.Report), 1) << cycle.Report;
     }
     sandbox::RemoveDatabase();
     MakeForeign();
@@ -256,7 +256,7 @@ TEST_F(OtherProcesses, UserWhoMayOnlyReadReadsWhileAHostRunsAndWhileNoneDoes) {
                                     own.InitDatabase(false);
                                     return own.QueryDatabase();
                                   });
-      return cycle.result == 0 && cycle.report.empty() && own.m_Status.GUID == stamp ? 0 : 1;
+      return cycle.Result == 0 && cycle.Report.empty() && own.m_Status.GUID == stamp ? 0 : 1;
     });
     return reader.Wait();
   };
@@ -287,8 +287,8 @@ TEST_F(OtherProcesses, UnreadableDatabaseIsToldUntilItCanBeOpened) {
     const Outcome opening =
         reliability::Run(&quiet_, [this] { return collector_.InitDatabase(false); });
     const Outcome cycle = Cycle();
-    if (opening.report != "14:unable to open database file\n" || cycle.result != 1 ||
-        reliability::ReportLines(cycle.report) != 1 || seteuid(0) != 0) {
+    if (opening.Report != "14:unable to open database file\n" || cycle.Result != 1 ||
+        reliability::ReportLines(cycle.Report) != 1 || seteuid(0) != 0) {
       return 2;
     }
     fs::permissions(sandbox::kDatabase, fs::perms(0644));
@@ -296,7 +296,7 @@ TEST_F(OtherProcesses, UnreadableDatabaseIsToldUntilItCanBeOpened) {
       return 3;
     }
     Open();
-    return Cycle().result == 0 && Stamp() == "0" ? 0 : 4;
+    return Cycle().Result == 0 && Stamp() == "0" ? 0 : 4;
   });
   EXPECT_EQ(reader.Wait(), 0);
 }
@@ -351,7 +351,7 @@ TEST_F(OtherProcesses, FullFileSystemKeepsTheWriterOutAndTheReaderIn) {
     }
     EXPECT_EQ(failure, "13:database or disk is full");
     const Outcome cycle = Cycle();
-    EXPECT_EQ(cycle.result, 0) << cycle.report;
+    EXPECT_EQ(cycle.Result, 0) << cycle.Report;
     EXPECT_THAT(Stamp(), AnyOf("0", "full"));
   }
   ASSERT_EQ(Foreign().Do(std::string("UPDATE status SET value='room' WHERE ") + kStampedRows), "");
@@ -364,15 +364,15 @@ TEST_F(OtherProcesses, DatabaseThatCannotBeMadeForWantOfRoomIsMadeLater) {
     const FullFileSystem full;
     const Outcome opening =
         reliability::Run(&quiet_, [this] { return collector_.InitDatabase(true); });
-    EXPECT_EQ(opening.result, 0);
-    EXPECT_GT(reliability::ReportLines(opening.report), 0) << opening.report;
+    EXPECT_EQ(opening.Result, 0);
+    EXPECT_GT(reliability::ReportLines(opening.Report), 0) << opening.Report;
     const Outcome cycle = Cycle();
-    EXPECT_EQ(cycle.result, 1);
-    EXPECT_EQ(reliability::ReportLines(cycle.report), 1) << cycle.report;
+    EXPECT_EQ(cycle.Result, 1);
+    EXPECT_EQ(reliability::ReportLines(cycle.Report), 1) << cycle.Report;
   }
   const Outcome opening =
       reliability::Run(&quiet_, [this] { return collector_.InitDatabase(true); });
-  EXPECT_EQ(opening.report, "");
+  EXPECT_EQ(opening.Report, "");
   ASSERT_EQ(Foreign().Do(kRows), "");
   ExpectWhole("0");
 }

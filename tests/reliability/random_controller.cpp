@@ -166,10 +166,10 @@ class Maker {
           name, "00:1A:2B:3C:4D:5E", sandbox::LinkState::kUp, {}
         };
         if (Below(2) != 0) {
-          interface.addresses.push_back({"192.168.1.20/24", "192.168.1.255", ""});
+          interface.Addresses.push_back({"192.168.1.20/24", "192.168.1.255", ""});
         }
         if (Below(2) != 0) {
-          interface.addresses.push_back({"2001:db8::20/64", "", ""});
+          interface.Addresses.push_back({"2001:db8::20/64", "", ""});
         }
         controller.Interface(interface);
       }
