@@ -85,6 +85,13 @@ struct Remark {
   std::size_t End = 0;
 };
 
+// One difference that a row made.
+struct Change {
+  std::string Path;
+  std::string Before;  // "" when it was not there
+  std::string After;   // likewise
+};
+
 struct Row {
   std::string Key;    // as the handler gets it: cut
   std::string Value;  // likewise
@@ -97,6 +104,13 @@ struct Row {
   // field of an element that was not there before.
   std::string Before;
   std::string After;
+
+  // All that it changed in the document, by path: a row may fill several fields and make several
+  // elements, for which the name of their class stands.
+  std::vector<Change> Changes;
+  // All that it changed in the scratch state, by the names of its variables: "u32_Address",
+  // "beaconRoundel.Humidity", "dcioInputs[3].Label", "FanRpms[2]".
+  std::vector<Change> Carried;
 
   // At least one; the worst first.
   std::vector<Remark> Remarks;
