@@ -7,7 +7,6 @@
 #include <cerrno>
 #include <climits>
 #include <cstdio>
-#include <cstdlib>
 #include <filesystem>
 #include <optional>
 #include <stdexcept>
@@ -19,21 +18,6 @@ namespace {
 
 [[noreturn]] void Fail(const std::string& what) {
   throw std::system_error(errno, std::generic_category(), what);
-}
-
-void WriteAll(int descriptor, std::string_view text, const std::string& where) {
-  while (!text.empty()) {
-    const ssize_t count = write(descriptor, text.data(), text.size());
-    if (count == -1 && errno != EINTR) {
-      Fail(where);
-    }
-    text.remove_prefix(count > 0 ? static_cast<std::size_t>(count) : 0);
-  }
-}
-
-bool IsSet(const char* variable) {
-  const char* const value = std::getenv(variable);
-  return value != nullptr && *value != '\0';
 }
 
 // A name in the folder of `path` for mkostemp. It does not grow with the file's own name, which may
@@ -172,6 +156,16 @@ void SyncFolder(const std::string& path) {
 
 }  // namespace
 
+void WriteAll(int descriptor, std::string_view text, const std::string& where) {
+  while (!text.empty()) {
+    const ssize_t count = write(descriptor, text.data(), text.size());
+    if (count == -1 && errno != EINTR) {
+      Fail(where);
+    }
+    text.remove_prefix(count > 0 ? static_cast<std::size_t>(count) : 0);
+  }
+}
+
 StandardOutput::StandardOutput() {
   std::fflush(stdout);
   m_Descriptor = fcntl(STDOUT_FILENO, F_DUPFD_CLOEXEC, STDERR_FILENO + 1);
@@ -190,12 +184,6 @@ void StandardOutput::Write(std::string_view text) const {
   // What the probe printed comes first, also where both streams lead to one place.
   std::fflush(stdout);
   WriteAll(m_Descriptor, text, "standard output");
-}
-
-bool StandardOutput::WantsColour() const {
-  const char* const terminal = std::getenv("TERM");
-  return isatty(m_Descriptor) == 1 && !IsSet("NO_COLOR") && terminal != nullptr &&
-         std::string_view(terminal) != "dumb";
 }
 
 void WriteFile(const std::string& path, std::string_view text) {

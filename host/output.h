@@ -21,12 +21,15 @@ class StandardOutput {
   // Throws std::system_error when not all of `text` could be written.
   void Write(std::string_view text) const;
 
-  // Whether a person sees colours there: it is a terminal, not a dumb one, and NO_COLOR is not set.
-  bool WantsColour() const;
+  // Where the text goes, for what a terminal is asked.
+  int Descriptor() const { return m_Descriptor; }
 
  private:
   int m_Descriptor;
 };
+
+// Writes all of `text` to `descriptor`. Throws std::system_error, which names `where`.
+void WriteAll(int descriptor, std::string_view text, const std::string& where);
 
 // Makes the file at `path` hold `text`, whole or not at all: the text goes to a new file in the
 // same folder, which takes the name only once it is safe on the disk. A symbolic link is followed,

@@ -9,6 +9,7 @@
 #include "host/commands.h"
 #include "host/json.h"
 #include "host/output.h"
+#include "host/terminal.h"
 #include "host/text.h"
 #include "model/tree.h"
 #include "model/xml.h"
@@ -58,8 +59,9 @@ int Show(const Options& options) {
   for (int cycle = 0; cycle < options.Cycles; ++cycle) {
     result = collector.QueryDatabase();
   }
-  const Look look = {.Colour = options.Output.empty() && output.WantsColour(),
-                     .AllRowsRead = result == 0};
+  const Look look = {
+      .Colour = options.Output.empty() && WantsColour(output.Descriptor(), Colour::kAuto),
+      .AllRowsRead = result == 0};
   const std::string document = Render(options, collector.m_Status, look);
   collector.CloseDatabase();
   if (options.Output.empty()) {

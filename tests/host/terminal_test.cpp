@@ -1,42 +1,29 @@
-// Colour, on a pseudo-terminal. `show` runs on this machine, whatever it is: what it finds does not
-// matter here.
+// Width, colour and pager, on a pseudo-terminal. `show` runs on this machine, whatever it is: what
+// it finds does not matter here.
+#include "host/terminal.h"
+
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
-#include <pty.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 #include <cstdlib>
 #include <string>
 #include <vector>
 
+#include "tests/host/pseudo_terminal.h"
+
 namespace {
 
+using test_support::PseudoTerminal;
+using test_support::WindowSize;
 using testing::HasSubstr;
 using testing::Not;
 
-// What the program writes to a terminal.
+// What the program writes to a terminal that is longer than the text.
 std::string OnTerminal(const std::vector<std::string>& environment) {
-  int terminal = -1;
-  const pid_t child = forkpty(&terminal, nullptr, nullptr, nullptr);
-  if (child == 0) {
-    unsetenv("NO_COLOR");
-    setenv("TERM", "xterm", 1);
-    for (const std::string& variable : environment) {
-      putenv(const_cast<char*>(variable.c_str()));
-    }
-    execl(HOST_PROGRAM, HOST_PROGRAM, "show", nullptr);
-    _exit(127);
-  }
-  std::string output;
-  char block[4096];
-  ssize_t count = 0;
-  while ((count = read(terminal, block, sizeof block)) > 0) {
-    output.append(block, static_cast<std::size_t>(count));
-  }
-  waitpid(child, nullptr, 0);
-  close(terminal);
-  return output;
+  PseudoTerminal terminal({HOST_PROGRAM, "show"}, environment, {.Columns = 80, .Lines = 2000});
+  EXPECT_NE(terminal.WaitForEnd(), -1);
+  return terminal.Output();
 }
 
 TEST(Terminal, ShowsTitlesInColour) {
@@ -55,6 +42,110 @@ TEST(Terminal, ShowsColourWhenNoColorIsEmpty) {
 
 TEST(Terminal, ShowsNoColourOnADumbTerminal) {
   EXPECT_THAT(OnTerminal({"TERM=dumb"}), Not(HasSubstr("\x1b")));
+}
+
+constexpr WindowSize kSmall = {.Columns = 80, .Lines = 24};
+
+// What terminal_child.cpp answers on a terminal.
+std::string Answer(const std::string& question, const std::vector<std::string>& environment,
+                   WindowSize size) {
+  PseudoTerminal terminal({TERMINAL_CHILD, question}, environment, size);
+  EXPECT_EQ(terminal.WaitForEnd(), 0);
+  const std::string output = test_support::WithoutEscapes(terminal.Output());
+  const std::size_t begin = output.find('<') + 1;
+  return output.substr(begin, output.find('>') - begin);
+}
+
+TEST(Window, HasTheSizeOfTheTerminal) {
+  EXPECT_EQ(Answer("size", {}, {.Columns = 132, .Lines = 43}), "132 x 43");
+  EXPECT_EQ(Answer("size", {"COLUMNS=70"}, {.Columns = 132, .Lines = 43}), "132 x 43");
+}
+
+TEST(Window, HasColumnsWhereTheTerminalKnowsNoSize) {
+  constexpr WindowSize kUnknown = {.Columns = 0, .Lines = 0};
+  EXPECT_EQ(Answer("size", {"COLUMNS=100"}, kUnknown), "100 x 0");
+  for (const char* const wrong : {"COLUMNS=", "COLUMNS=x", "COLUMNS=-5", "COLUMNS=0"}) {
+    EXPECT_EQ(Answer("size", {wrong}, kUnknown), "80 x 0") << wrong;
+  }
+}
+
+TEST(Window, HasAtLeastFortyColumns) {
+  EXPECT_EQ(Answer("size", {}, {.Columns = 40, .Lines = 10}), "40 x 10");
+  EXPECT_EQ(Answer("size", {}, {.Columns = 39, .Lines = 10}), "40 x 10");
+  EXPECT_EQ(Answer("size", {}, {.Columns = 1, .Lines = 1}), "40 x 1");
+}
+
+TEST(Window, HasItsNewSizeAfterAChange) {
+  PseudoTerminal terminal({TERMINAL_CHILD, "resized"}, {}, kSmall);
+  ASSERT_TRUE(terminal.WaitFor("<80 x 24>")) << terminal.Output();
+  terminal.Resize({.Columns = 123, .Lines = 45});
+  terminal.Type("\n");
+  EXPECT_TRUE(terminal.WaitFor("<123 x 45>")) << terminal.Output();
+  EXPECT_EQ(terminal.WaitForEnd(), 0);
+}
+
+TEST(Pipe, HasEightyColumnsNoColourAndNoPager) {
+  int ends[2];
+  ASSERT_EQ(pipe(ends), 0);
+  setenv("COLUMNS", "100", 1);
+  setenv("TERM", "xterm", 1);
+  EXPECT_EQ(host::WindowOf(ends[1]).Columns, 80U);
+  EXPECT_EQ(host::WindowOf(ends[1]).Lines, 0U);
+  EXPECT_FALSE(host::WantsColour(ends[1], host::Colour::kAuto));
+  EXPECT_TRUE(host::WantsColour(ends[1], host::Colour::kAlways));
+  EXPECT_FALSE(host::ShowInPager(ends[1], std::string(1000, '\n')));
+  close(ends[0]);
+  close(ends[1]);
+}
+
+TEST(Pager, IsForTextsThatAreLongerThanTheWindow) {
+  const std::vector<std::string> pager = {"PAGER=cat >/dev/null"};
+  EXPECT_EQ(Answer("page", pager, {.Columns = 80, .Lines = 100}), "pager");
+  EXPECT_EQ(Answer("page", pager, {.Columns = 80, .Lines = 101}), "no pager");
+  EXPECT_EQ(Answer("page", pager, {.Columns = 80, .Lines = 0}), "pager") << "unknown";
+}
+
+TEST(Pager, IsLeftOutWhenItsVariableSaysSo) {
+  EXPECT_EQ(Answer("page", {"PAGER="}, kSmall), "no pager");
+  EXPECT_EQ(Answer("page", {"PAGER=cat"}, kSmall), "no pager");
+}
+
+TEST(Pager, IsLeftOutOnADumbTerminal) {
+  EXPECT_EQ(Answer("page", {"PAGER=cat >/dev/null", "TERM=dumb"}, kSmall), "no pager");
+}
+
+TEST(Pager, IsLeftOutWhereThereIsNoSuchProgram) {
+  EXPECT_EQ(Answer("page", {"PAGER=/nowhere/pager"}, kSmall), "no pager");
+  EXPECT_EQ(Answer("page", {"PATH=/nowhere"}, kSmall), "no pager");
+}
+
+TEST(Pager, MayEndBeforeItHasReadAll) {
+  EXPECT_EQ(Answer("page", {"PAGER=true"}, kSmall), "pager");
+  EXPECT_EQ(Answer("page", {"PAGER=false"}, kSmall), "pager");
+}
+
+TEST(Pager, HasItsVariablesUnlessTheyAreSet) {
+  const std::string pager = "PAGER=echo \"<$LESS $LESSCHARSET>\"";
+  EXPECT_EQ(Answer("page", {pager}, kSmall), "FRX utf-8");
+  EXPECT_EQ(Answer("page", {pager, "LESS=M", "LESSCHARSET=dos"}, kSmall), "M dos");
+}
+
+TEST(Pager, ShowsAPageGoesOnByKeysAndLeavesTheTerminalAsItWas) {
+  PseudoTerminal terminal({TERMINAL_CHILD, "page"}, {}, kSmall);
+  ASSERT_TRUE(terminal.WaitFor("line 23 ")) << terminal.Output();
+  EXPECT_THAT(terminal.Output(), HasSubstr("line 23 \xE2\x82\xAC"));
+  EXPECT_THAT(terminal.Output(), Not(HasSubstr("line 24 ")));
+  terminal.Type(" ");
+  ASSERT_TRUE(terminal.WaitFor("line 46 ")) << terminal.Output();
+  // Ctrl-C is the pager's, which rings the bell: the program waits for it.
+  terminal.Type("\x03");
+  ASSERT_TRUE(terminal.WaitFor("\a")) << terminal.Output();
+  terminal.Type("q");
+  EXPECT_EQ(terminal.WaitForEnd(), 0);
+  EXPECT_THAT(terminal.Output(), HasSubstr("<pager>"));
+  const termios modes = terminal.Modes();
+  EXPECT_NE(modes.c_lflag & ICANON, 0U);
+  EXPECT_NE(modes.c_lflag & ECHO, 0U);
 }
 
 }  // namespace
