@@ -4,10 +4,13 @@ namespace host {
 namespace {
 
 constexpr Command kCommandRows[] = {
-    {"show", "Run collection cycles and show the document", &DeclareShow},
-    {"init", "Create the status database and its tables", &DeclareInit},
-    {"diff", "List what differs between two documents", &DeclareDiff},
-    {"schema", "Print the XML schema of the document", &DeclareSchema},
+    {"show", "Run collection cycles and show the document",
+     "0 all rows were read, 1 the last cycle failed; its document is shown", &DeclareShow},
+    {"init", "Create the status database and its tables", "0 the database is ready, 1 it is not",
+     &DeclareInit},
+    {"diff", "List what differs between two documents", "0 nothing differs, 1 something does",
+     &DeclareDiff},
+    {"schema", "Print the XML schema of the document", "0", &DeclareSchema},
 };
 
 }  // namespace

@@ -18,13 +18,16 @@ enum ExitStatus : int {
 
 // One argument of a command. Only main.cpp knows the parser.
 struct Argument {
-  const char* Name;  // "-f,--format", or the name of a required word in its place
-  const char* Type;  // what the help shows for the value
+  const char* Name;  // "-f,--format", or the name of a word in its place
+  const char* Type;  // what the help shows for the value; "" for a flag
   const char* About;
-  std::variant<std::string*, int*> Value;  // where the value goes; holds what counts without it
-  std::vector<std::string> Choices = {};   // the only values of a text; empty: any
-  int Least = 0;                           // the limits of a number
+  // Where the value goes; holds what counts without it. A flag is set to true; an option that may
+  // be given several times is appended.
+  std::variant<std::string*, int*, bool*, std::vector<std::string>*> Value;
+  std::vector<std::string> Choices = {};  // the only values of a text; empty: any
+  int Least = 0;                          // the limits of a number
   int Most = 0;
+  bool MayBeMissing = false;  // of a word in its place; options always may
 };
 
 // What a command takes, and what runs it once that is parsed. What runs it returns an ExitStatus;
@@ -37,6 +40,7 @@ struct Declaration {
 struct Command {
   const char* Name;
   const char* About;
+  const char* Statuses;  // what it ends with, for the help
   Declaration (*Declare)();
 };
 

@@ -41,11 +41,26 @@ std::string Complaint(const CLI::App* app, const CLI::Error& error) {
          "\nRun statuscollector --help for more information.\n";
 }
 
-void Add(CLI::App& command, const host::Argument& argument) {
+CLI::Option* AddOption(CLI::App& command, const host::Argument& argument) {
+  if (bool* const* const flag = std::get_if<bool*>(&argument.Value)) {
+    return command.add_flag(argument.Name, **flag, argument.About);
+  }
   CLI::Option* const option = std::visit(
       [&](auto* value) { return command.add_option(argument.Name, *value, argument.About); },
       argument.Value);
-  option->type_name(argument.Type)->required(option->get_positional());
+  option->type_name(argument.Type);
+  if (std::holds_alternative<std::vector<std::string>*>(argument.Value)) {
+    option->allow_extra_args(false);  // one value each time
+  }
+  return option;
+}
+
+void Add(CLI::App& command, const host::Argument& argument) {
+  CLI::Option* const option = AddOption(command, argument);
+  if (std::holds_alternative<bool*>(argument.Value)) {
+    return;
+  }
+  option->required(option->get_positional() && !argument.MayBeMissing);
   if (std::holds_alternative<int*>(argument.Value)) {
     option->check(CLI::Range(argument.Least, argument.Most).description(""));
   } else {
@@ -58,21 +73,23 @@ void Add(CLI::App& command, const host::Argument& argument) {
   }
 }
 
-constexpr const char* kFooter =
-    "Exit status: 0 all well; 1 the last cycle failed (the document is shown all\n"
-    "the same), init did not work, or the documents differ; 2 wrong usage, or\n"
-    "something could not be read or written.";
+// The exit statuses of a command; those of wrong usage and of trouble are the same for all.
+std::string Footer(const host::Command& command) {
+  return std::string("Exit status: ") + command.Statuses +
+         ";\n2 wrong usage, or something could not be read or written.";
+}
 
 int Run(int argc, char** argv) {
   CLI::App app("Collects the status of an LED display controller.", "statuscollector");
   app.set_version_flag("--version", "statuscollector " STATUS_VERSION);
-  app.footer(kFooter);
+  app.footer("statuscollector COMMAND --help describes a command.");
   app.require_subcommand(1);
   app.failure_message(&Complaint);
   app.get_formatter()->column_width(26);
   std::vector<std::pair<CLI::App*, std::function<int()>>> commands;
   for (const host::Command& command : host::kCommands) {
     CLI::App* const declared = app.add_subcommand(command.Name, command.About);
+    declared->footer(Footer(command));
     host::Declaration declaration = command.Declare();
     for (const host::Argument& argument : declaration.Arguments) {
       Add(*declared, argument);
@@ -83,9 +100,9 @@ int Run(int argc, char** argv) {
     app.parse(argc, argv);
   } catch (const CLI::ParseError& outcome) {
     // Help and version go to standard output and are no fault, everything else is.
-    std::ostringstream told;
-    const bool wanted = app.exit(outcome, told, std::cerr) == 0;
-    host::StandardOutput().Write(told.str());
+    std::ostringstream text;
+    const bool wanted = app.exit(outcome, text, std::cerr) == 0;
+    host::StandardOutput().Write(text.str());
     return wanted ? host::kAllWell : host::kTrouble;
   }
   for (const auto& [declared, run] : commands) {
