@@ -5,7 +5,7 @@ namespace {
 
 constexpr Command kCommandRows[] = {
     {"show", "Run collection cycles and show the document",
-     "0 all rows were read, 1 the last cycle failed; its document is shown", &DeclareShow},
+     "0 all rows were read, 1 the last cycle failed but is shown", &DeclareShow},
     {"init", "Create the status database and its tables", "0 the database is ready, 1 it is not",
      &DeclareInit},
     {"diff", "List what differs between two documents", "0 nothing differs, 1 something does",
