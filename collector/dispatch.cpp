@@ -24,15 +24,15 @@ std::size_t BytesInDatabase(void* query, int column) {
   return static_cast<std::size_t>(static_cast<CppSQLite3Query*>(query)->getFieldBytes(column));
 }
 
-// Of rows without a database: their texts.
+// For rows that do not come from a database: the length of the text.
 std::size_t BytesOfTexts(void* texts, int column) {
   return std::strlen(TextOrEmpty(static_cast<const char**>(texts)[column]));
 }
 
 }  // namespace
 
-// Every row passes through the next three; they are inline since calls into a shared library's own
-// exports take a detour.
+// Every row passes through the next three. They are inline, since a shared library calls its own
+// exported functions indirectly.
 
 // The position in the key table; -1 when there is none.
 inline int Dispatcher::Find(std::string_view key) {

@@ -1,4 +1,4 @@
-// The way of the rows of table "status" to their handlers.
+// Hands the rows of table "status" to their handlers.
 #pragma once
 
 #include <cstddef>
@@ -20,11 +20,11 @@ class Dispatcher {
  public:
   explicit Dispatcher(QtSts::CStatus* status) : m_Status(status) {}
 
-  // A row as the database gives it: NULL, which is null here, is read as "", and a key or value
-  // that is longer than the triggers of the table let in is cut to their length.
+  // A row as the database returns it: NULL, which is a null pointer here, is read as "", and a key
+  // or value that is longer than the table's triggers allow is cut to that length.
   COLLECTOR_API void Dispatch(const char* key, const char* value);
 
-  // A row that fits; the handler gets these texts themselves.
+  // A row that is not too long; the handler gets these texts, not copies.
   COLLECTOR_API void DispatchInPlace(char* key, char* value);
 
  private:

@@ -39,7 +39,7 @@ std::string FormatOffset(long seconds) {
   return text;
 }
 
-// Tells the end of a cycle, also when an exception leaves it.
+// Reports the end of a cycle, also when an exception leaves it.
 class CycleEnd {
  public:
   CycleEnd() = default;

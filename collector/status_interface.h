@@ -26,7 +26,7 @@ class COLLECTOR_API CStatusInterface : public CSQLdatabase {
 
   // Opens "/dev/shm/status.db". `write`: creates what is missing of the file, the tables "status",
   // "io" and "packages" and their triggers; otherwise read-only, never creating. Always 0: a
-  // failure is reported on standard error as code, ":", message.
+  // failure is reported on standard error as code, ":", message, and to the observer.
   int InitDatabase(bool write);
 
   // The base's result: 0, or SQLite's code. Harmless when nothing is open.
@@ -36,7 +36,8 @@ class COLLECTOR_API CStatusInterface : public CSQLdatabase {
   // "status" to its handler. 0: all rows were read. 1: the database failed, with a report on
   // standard error; the probe's results and the time are in the document all the same. A statement
   // that cannot be finalized after the last row is reported, too, but makes the next cycle return 1
-  // without a report. Only running out of memory leaves as an exception.
+  // without a report. Throws std::bad_alloc without memory, and std::system_error when the lock of
+  // the log limiter fails.
   int QueryDatabase();
 
   // Stamps the UTC text and the document's local time, daylight-saving flag and configuration

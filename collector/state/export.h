@@ -1,4 +1,4 @@
-// What libstatuscollector shows to its users; everything else in it stays hidden.
+// Marks what libstatuscollector exports; everything else in it is hidden.
 #pragma once
 
 #define COLLECTOR_API __attribute__((visibility("default")))

@@ -44,7 +44,7 @@ struct NumberedKey {
   Numbered Parts;
 };
 
-// Cuts up a key that begins with this one of the prefixes above.
+// Splits a key that is to begin with this prefix, one of those above.
 template <std::size_t kSize>
 NumberedKey SplitKey(const char* key, const char (&/*prefix*/)[kSize]) {
   constexpr std::size_t kPrefixLength = kSize - 1;

@@ -6,7 +6,7 @@
 namespace numbers {
 namespace {
 
-// Lives as long as the process. Without memory for it the host's own locale has to do.
+// Lives as long as the process. Without memory for it the host's own locale is used.
 locale_t CLocale() {
   static const locale_t locale = newlocale(LC_ALL_MASK, "C", nullptr);
   return locale;

@@ -26,19 +26,19 @@ constexpr unsigned long DigitValue(char c) {
   return static_cast<unsigned long>(static_cast<unsigned char>(c)) - '0';
 }
 
-// Almost every row holds a few plain digits, which cost a fraction of what strtol takes for them.
-// Blanks, signs, what may overflow and everything else are left to it.
+// Almost every row holds a few plain digits, which are read faster here than by strtol. Everything
+// else (blanks, signs, what may overflow) is left to strtol.
 inline long ParseLong(const char* text, const char** end) {
   unsigned long value = 0;
-  const char* behind = text;
-  for (unsigned long digit = DigitValue(*behind); digit <= 9; digit = DigitValue(*++behind)) {
+  const char* after = text;
+  for (unsigned long digit = DigitValue(*after); digit <= 9; digit = DigitValue(*++after)) {
     value = value * 10 + digit;
   }
-  if (behind == text || behind - text > std::numeric_limits<long>::digits10) {
+  if (after == text || after - text > std::numeric_limits<long>::digits10) {
     return ParseAnyLong(text, end);
   }
   if (end != nullptr) {
-    *end = behind;
+    *end = after;
   }
   return static_cast<long>(value);
 }

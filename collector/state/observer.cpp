@@ -22,8 +22,8 @@ Observer* SetObserver(Observer* observer) noexcept { return std::exchange(g_obse
 
 Observer* CurrentObserver() noexcept { return g_observer; }
 
-// What a cancelled thread throws has no object that the reference could be bound to, and needs
-// none.
+// The sanitizer is off here, since what ends a cancelled thread is an exception without an object
+// that the reference could be bound to.
 __attribute__((no_sanitize("null"))) void Send(const Event& event) {
   Observer* const observer = g_observer;
   if (g_busy || observer == nullptr) {
@@ -34,7 +34,7 @@ __attribute__((no_sanitize("null"))) void Send(const Event& event) {
     observer->See(event);
   } catch (const abi::__forced_unwind&) {
     g_busy = false;
-    throw;  // the thread is being cancelled, which nobody may hold up
+    throw;  // the thread is being cancelled: nobody may catch that
   } catch (...) {
     if (g_observer == observer) {
       g_observer = nullptr;

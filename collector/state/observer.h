@@ -14,10 +14,11 @@
 //   collector.QueryDatabase();
 //   observe::SetObserver(nullptr);
 //
-// Events come on the thread of the cycle, in its order. All pointers in them are valid during the
-// call only, those to the document and to the scratch state as long as these. A probe or handler
-// that is called outside of a cycle is observed as well. Later versions may tell more events and
-// add members at the end of these; what an observer does not know it passes over.
+// Events are reported on the thread of the cycle, in its order. Pointers in them are valid during
+// the call only; those to the document and to the scratch state are valid as long as these exist. A
+// probe or handler that is called outside of a cycle is observed as well. Later versions may report
+// more kinds of events and add members at the end of events; an observer ignores what it does not
+// know.
 #pragma once
 
 #include <cstddef>
@@ -61,7 +62,7 @@ enum class Kind : std::uint32_t {
 struct Event {
   Kind Tag;
 
-  // The event as a T of those below; null when it is none.
+  // The event as a T, one of the types below; null when it is of another type.
   template <class T>
   const T* As() const {
     return Tag == T::kKind ? static_cast<const T*>(this) : nullptr;
@@ -75,16 +76,16 @@ struct EventOf : Event {
 };
 
 // May look at everything and change nothing: neither the document, nor the scratch state, nor a
-// source. What it calls of the collector is not observed. errno is kept for the collector. An
-// exception that it throws ends the observation, not the cycle.
+// source. What it calls of the collector is not observed. It may change errno: the collector reads
+// that of its own call. An exception that it throws ends the observation, not the cycle.
 class COLLECTOR_API Observer {
  public:
   virtual ~Observer();
   virtual void See(const Event& event) = 0;
 };
 
-// Makes `observer`, which stays the caller's, see what happens from now on in this process; null
-// for nobody. Returns the one before. Not while a cycle runs on another thread.
+// From now on events of this process are reported to `observer`, which the caller owns; null: to
+// nobody. Returns the observer before it. Must not be called while a cycle runs on another thread.
 COLLECTOR_API Observer* SetObserver(Observer* observer) noexcept;
 
 // The present observer; null after one has thrown.
@@ -99,8 +100,8 @@ struct CycleEnds : EventOf<Kind::kCycleEnds> {
   bool Threw = false;  // an exception leaves QueryDatabase; there is no result
 };
 
-// Events of a probe stand between these two. An exception that leaves the probe leaves out the
-// second one.
+// The events of a probe come between these two. When an exception leaves the probe, the second one
+// is not reported.
 struct ProbeBegins : EventOf<Kind::kProbeBegins> {
   // The name of its function: "OutputPort"; "Versions" for the two that read the package database.
   const char* Probe = nullptr;
@@ -130,21 +131,21 @@ enum class Call : std::uint32_t {
   kUtcTime,          // gmtime_r
 };
 
-// Told before a source is asked: the last one names a source that hangs.
+// Reported before a source is asked. When a source hangs, the last of these names it.
 struct Asks : EventOf<Kind::kAsks> {
   Call What = Call::kOpen;
   const char* Source = "";  // path or interface; "" where there is none
-  // Of what is asked, -1 where there is none. kOpen: the folder in which Source's last name is
-  // opened, when the names before it were opened one by one.
+  // Of the file or device that is asked, -1 where there is none. kOpen: that of the folder in which
+  // Source's last name is opened, when the names before it were opened one by one.
   int Descriptor = -1;
   unsigned long Number = 0;           // kOpen: flags; kRequest: the request
   std::uint64_t Offset = 0;           // kRead: bytes read from this descriptor before
   std::size_t Limit = 0;              // kRead, kLinkTarget: bytes at most
-  const sockaddr* Address = nullptr;  // kHostText: may be null, as the interface list has it
+  const sockaddr* Address = nullptr;  // kHostText: as in the interface list, may be null
   std::size_t AddressBytes = 0;       // kHostText
 };
 
-// What came of it. Only the members that belong to the call are set.
+// Reported afterwards: the outcome. Only the members that belong to the call are set.
 struct Answers : EventOf<Kind::kAnswers> {
   const Asks* Question = nullptr;
   long long Result = 0;    // what the call returned
@@ -156,7 +157,7 @@ struct Answers : EventOf<Kind::kAnswers> {
   const struct ifaddrs* Interfaces = nullptr;  // kInterfaces: the whole list, its first entry
   const std::tm* Time = nullptr;               // kLocalTime, kUtcTime
 
-  // The read filled its limit, so that there may be more that the cycle does not see.
+  // True when a read filled its limit: there may be more, which the cycle does not see.
   bool MayGoOn() const;
 };
 
@@ -182,7 +183,7 @@ enum class Stage : std::uint32_t {
   kTrigger,  // makes sure of the triggers of a table
 };
 
-// Sent before each stage but kSwitch; within kRows the rows follow.
+// Reported before each stage but kSwitch; within kRows the rows follow.
 struct AsksDatabase : EventOf<Kind::kAsksDatabase> {
   Stage At = Stage::kOpen;
   const char* Table = nullptr;  // kTable, kTrigger: its name
@@ -194,13 +195,13 @@ struct DatabaseFails : EventOf<Kind::kDatabaseFails> {
   int ExtendedCode = 0;           // its extended one, the same where there is none
   int SystemError = 0;            // errno of the system call that failed, 0 when it is unknown
   const char* Message = nullptr;  // as reported on standard error
-  bool FromBefore = false;        // kOpen: told again, because nothing is open since
+  bool FromBefore = false;        // kOpen: reported before; nothing was opened since
   const char* Table = nullptr;    // kTable, kTrigger: its name
 };
 
 // ---- Rows
 
-// Told before the handler is called.
+// Reported before the handler is called.
 struct RowBegins : EventOf<Kind::kRowBegins> {
   const char* Key = nullptr;       // whole, up to its first zero byte; null: NULL
   const char* Value = nullptr;     // likewise
@@ -209,8 +210,8 @@ struct RowBegins : EventOf<Kind::kRowBegins> {
   int Entry = -1;                  // position in status_primary_keys, -1: unknown
   int SearchedFrom = 0;            // where the search for the entry began; it only goes forward
 
-  // Bytes of column 0 (key) or 1 (value) in the database, more than its text has when a zero byte
-  // cuts it.
+  // Bytes of column 0 (key) or 1 (value) in the database: more than its text has when the column
+  // contains a zero byte.
   std::size_t StoredBytes(int column) const { return Bytes(Cells, column); }
 
   std::size_t (*Bytes)(void* cells, int column) = nullptr;
@@ -237,7 +238,7 @@ struct Number {
 // What became of a value.
 enum class Fate : std::uint32_t {
   kStored,
-  kOtherWord,         // no word of the list: stored is what stands for any other text
+  kOtherWord,         // no word of the list: the code for any other text is stored
   kUnknownWord,       // no word of the list: the destination keeps what it holds
   kFirstStays,        // a fan has a speed already
   kRefusedNumber,     // the number in the key begins with one of '(' to '/'
@@ -245,18 +246,18 @@ enum class Fate : std::uint32_t {
   kUnknownAttribute,  // no table has it
   kOutsideTable,      // the number of a point is in no staging table
   kNotVolts,          // the attribute of a voltage lacks "Volts"
-  kOtherKey,          // the key goes on where it has to end
+  kOtherKey,          // the key only begins with the one that the handler reads
 };
 
-// A value that is stored, told afterwards, or is kept away from its destination. A row may store
-// several: the number in its key, the value, the value plus one, what replaces it.
+// A value, reported after it is stored, or when it is not stored. A row may store several: the
+// number in its key, the value, the value plus one, what replaces it.
 struct Stores : EventOf<Kind::kStores> {
   Fate What = Fate::kStored;
   const void* Destination = nullptr;  // the scratch variable or field, by its address; null: none
   const void* Container = nullptr;    // the scratch variable that holds it: fans, voltages, points
   long Index = -1;                    // number of the fan or point, position of the voltage
   std::string_view Attribute;  // as the table has it, or the unknown one; "" for a number in a key
-  const char* Parser = "";     // the name of how the text is read: "integer"
+  const char* Parser = "";     // what reads the text: "integer"
   const char* Text = nullptr;  // what is read: the value, or the key from its number on
   std::size_t Consumed = 0;    // bytes of the text that count
   Number Read;                 // before it is cut to its destination
@@ -276,7 +277,7 @@ enum class Place : std::uint32_t {
 enum class Ending : std::uint32_t {
   kCompleted,
   kFound,          // the display interface is there already and is used
-  kPositionTaken,  // the list reaches as far as the number
+  kPositionTaken,  // the list has an element at that position already
   kNoKind,         // no class has this type
   kNotHere,        // the kind does not live behind a display interface
   kNoPlace,        // there is no such list
@@ -289,7 +290,7 @@ struct Record : EventOf<Kind::kRecord> {
   int Interface = -1;         // kInterfaceSensors: position of the display interface
   std::uint32_t Number = 0;   // as its rows number it
   std::uint32_t Type = 0;     // code of its kind
-  unsigned int Position = 0;  // in its list, whose elements are counted when it is refused
+  unsigned int Position = 0;  // in its list; when it is refused, the number of elements there
   const QtSts::CBaseStatus* Element = nullptr;  // in the document; null when refused
   std::span<const void* const> Taken;           // the scratch variables that it took
 };
@@ -302,7 +303,7 @@ enum class PointFate : std::uint32_t {
   kLeft,     // without a "Type" row it waits for another board
 };
 
-// A staged point or fan when a board takes its own.
+// A staged point or fan, when a board takes what is staged.
 struct Point : EventOf<Kind::kPoint> {
   PointFate What = PointFate::kTaken;
   PointPlace Where = PointPlace::kInput;

@@ -1,4 +1,4 @@
-// How the library tells its observer. Without one each place costs one comparison.
+// How the library reports to its observer. Without an observer each report costs one comparison.
 #pragma once
 
 #include <cerrno>
@@ -7,15 +7,15 @@
 
 namespace observe {
 
-// Exported, so that parsers that a test links beside the library have the same one.
+// Exported, so that parsers that a test links beside the library use the same one.
 COLLECTOR_API extern Observer* g_observer;
 
 inline bool IsWatched() noexcept { return g_observer != nullptr; }
 
-// Hands `event` to the observer, if there is one that is not just seeing another event.
+// Hands `event` to the observer, unless there is none or it is being called already.
 COLLECTOR_API void Send(const Event& event);
 
-// `make` gives the event; it is called when somebody watches.
+// `make` returns the event; it is called only when there is an observer.
 template <class Make>
 inline void Report(Make make) {
   if (IsWatched()) [[unlikely]] {
@@ -40,7 +40,7 @@ inline void ReportProbeEnds(const char* probe, int result) {
   });
 }
 
-// Tells whether `label` was found in what was read last. Returns `found`.
+// Reports whether `label` was found in what was read last. Returns `found`.
 inline bool ReportLabel(const char* label, bool found) {
   Report([&] {
     Label event;
@@ -51,7 +51,7 @@ inline bool ReportLabel(const char* label, bool found) {
   return found;
 }
 
-// Tells of an element that its last row completes, or that is refused.
+// Reports an element that its last row completes, or that is refused.
 template <class Make>
 inline void ReportRecord(Place place, Ending ending, Make fill) {
   Report([&] {
@@ -63,9 +63,9 @@ inline void ReportRecord(Place place, Ending ending, Make fill) {
   });
 }
 
-// Makes `call`, which returns a negative number and sets errno when it fails, and tells what is
-// asked before it and what came of it afterwards. `fill` sets what belongs to the call in its
-// answer. errno is as the call left it.
+// Calls `call`, which returns a negative number and sets errno when it fails. Reports the question
+// before the call and its outcome afterwards. `fill` sets what belongs to the call in the answer.
+// errno is as the call left it.
 template <class CallIt, class Fill>
 auto Ask(const Asks& question, CallIt call, Fill fill) {
   if (!IsWatched()) [[likely]] {

@@ -1,5 +1,5 @@
-// The tables that rows are stored by: attributes go to variables of the scratch state, keys and
-// parts go to members. What stands in them can be asked: which variable, which parser.
+// The tables by which rows are stored: attributes go to variables of the scratch state, keys and
+// parts go to members. Programs can look up in them where a value goes and which parser reads it.
 #pragma once
 
 #include <array>
@@ -45,7 +45,7 @@ struct ElementOf<std::array<DcioPoint, kCount>> {
   static consteval Type Is() { return Type::kPoint; }
 };
 
-// The names, made from the lists: what is not listed does not compile.
+// The names, made from the lists: a variable that is not listed does not compile.
 template <auto kVariableOrField>
 struct ScratchName;
 #define NAME_VARIABLE(name, ...)                \
@@ -81,7 +81,7 @@ constexpr Place PlaceOf() {
 template <auto kVariableOrField>
 inline constexpr Place kPlace = PlaceOf<kVariableOrField>();
 
-// A row, cut up.
+// A row, split.
 struct Row {
   QtSts::CStatus* Status;
   const char* Attribute;

@@ -10,7 +10,7 @@ namespace {
 
 using Kind = Reading::Kind;
 
-// Of the bytes from `begin` to `end`; the value is still to be set.
+// A reading of the bytes from `begin` to `end`; the caller sets its value.
 Reading Read(Kind kind, const char* begin, const char* end) {
   Reading reading;
   reading.Is = kind;

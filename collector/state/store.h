@@ -54,7 +54,7 @@ inline constexpr auto kWordsOf = WordsOf<kCodes>();
 struct Parser {
   const char* Name;
   Reading (*Read)(const Parser& parser, const char* text);
-  // Of a parser of words: those that it knows, and what any other text gives.
+  // For a parser of words: the words that it knows, and what any other text gives.
   std::span<const Word> Words = {};
   bool KnowsAny = false;  // false: any other text gives nothing
   std::uint32_t Otherwise = 0;
@@ -99,11 +99,11 @@ enum class Type : std::uint8_t {
   kFloat,
   kDouble,
   kString,
-  kBits,   // of 32: what is stored is added to those that are set
+  kBits,   // 32 bits: those of the value are set, the others stay
   kPoint,  // a staged point, in parts
 };
 
-// How an object of this C++ type is stored; does not compile for any other.
+// How an object of this C++ type is stored. Does not compile for a type that cannot be stored.
 template <class T>
 consteval Type TypeOf() {
   if constexpr (std::is_enum_v<T>) {
@@ -141,12 +141,12 @@ struct Entry {
   const Parser* Reader;
 };
 
-// Reads `text` as the entry says and stores what it gives in the object of this type at `address`:
-// integers wrap to its width. Every value of a row is stored here. Throws std::bad_alloc, and then
-// has stored nothing.
+// Reads `text` as the entry says and stores the result in the object of this type at `address`;
+// integers wrap to its width. Every value of a row is stored here. When it throws std::bad_alloc,
+// nothing is stored.
 void Store(const Entry& entry, Type type, void* address, const char* text, Slot slot = {});
 
-// Tells the observer that the value of a row is kept away from where it might go.
+// Reports to the observer that the value of a row is not stored, and why.
 void ReportKept(observe::Fate fate, std::string_view attribute, const char* text, Slot slot = {});
 
 }  // namespace rows
