@@ -23,8 +23,8 @@ class TextFile {
 
   bool IsOpen() const { return m_Descriptor.IsOpen(); }
 
-  // One read of at most `limit` bytes, again only when a signal broke it off. The number of bytes,
-  // nothing when reading fails.
+  // One read of at most `limit` bytes, repeated only when a signal interrupts it. Returns the
+  // number of bytes, nothing when reading fails.
   std::optional<std::size_t> Read(char* bytes, std::size_t limit) {
     if (!m_Readable) {
       return std::nullopt;

@@ -14,23 +14,21 @@
 
 namespace hardware {
 
-// What one read of `source` gives: "" when it is empty or cannot be read, nothing when it cannot be
-// opened.
-//
-// What is not a regular file (a folder, a pipe, a terminal) is opened, but cannot be read.
+// What one read of `source` returns: "" when it is empty or cannot be read, nothing when it cannot
+// be opened. What is not a regular file (a folder, a pipe, a terminal) is opened and never read.
 std::optional<std::string> ReadText(const TextSource& source);
 
 // How the reading of a file ended.
 enum class Reading {
   kNotOpened,
-  kBroken,  // by a read that failed, be it the first
-  kDone,    // at the file's end or at kLongestFile, or `take` wanted no more
+  kBroken,  // a read failed, perhaps the first
+  kDone,    // at the end of the file or at kLongestFile, or `take` returned false
 };
 
-// What lies behind is not read, so that every source ends.
+// No file is read further, so that every source ends.
 inline constexpr std::size_t kLongestFile = std::size_t{1} << 30;  // bytes
 
-// Hands the file to `take` in blocks, as long as that returns true.
+// Passes the file to `take` in blocks, as long as that returns true.
 Reading ReadBlocks(const char* path, Access mode,
                    const std::function<bool(std::string_view block)>& take);
 
@@ -39,8 +37,8 @@ std::optional<std::string> ReadWhole(const char* path, Access mode);
 
 bool Exists(const char* path);
 
-// Opens the device node, puts the requests to it in order, closes it: the answers, nothing when it
-// cannot be opened.
+// Opens the device node, sends it the requests in order and closes it. Returns the answers, nothing
+// when the node cannot be opened.
 template <std::size_t kCount>
 std::optional<std::array<int, kCount>> AskDevice(const char* path,
                                                  const unsigned long (&requests)[kCount]) {

@@ -7,9 +7,9 @@ class CStatus;
 
 namespace hardware {
 
-// What CTolmarHardware::FirmwareVersion and then DisplayFirmwareVersion do, from one reading of the
-// package database, which has megabytes. The second tries again when the first could not open it or
-// not read it to its end.
+// Does what CTolmarHardware::FirmwareVersion and then DisplayFirmwareVersion do, but reads the
+// package database, which has megabytes, only once. When it could not be opened or not be read to
+// its end, it is read again for the second.
 void StoreVersions(QtSts::CStatus* status);
 
 }  // namespace hardware

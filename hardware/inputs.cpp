@@ -15,7 +15,8 @@ QtSts::CInput* EnsureInput(QtSts::CStatus* status, QtSts::InputType type) {
   return status->Inputs[static_cast<unsigned int>(Status_VerifyInput(status, type))];
 }
 
-// Whether the multiplexer routes the DVI source (`routes_dvi`) or the player; 1 without its dump.
+// Stores whether the multiplexer routes this input: the DVI source (`routes_dvi`) or the player.
+// Returns 1 when the multiplexer's dump cannot be opened, otherwise 0.
 int StoreRouting(bool routes_dvi, QtSts::CInput* input) {
   const auto dump = ReadText(paths::kVideoMux);
   if (!dump) {

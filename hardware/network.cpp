@@ -21,14 +21,15 @@ using hardware::Access;
 using hardware::ReadText;
 namespace paths = hardware::paths;
 
-// Whether the entry's interface belongs in the document, its link aside.
+// True when the entry's interface belongs in the document, if it also has a link.
 bool IsReported(const ifaddrs& entry) {
-  // Deliberately IFF_RUNNING, not IFF_UP: an interface that was switched on may be out of order.
+  // Deliberately IFF_RUNNING, not IFF_UP: an interface that is up may be unusable.
   return entry.ifa_addr != nullptr && (entry.ifa_flags & IFF_RUNNING) != 0 &&
          std::strcmp(entry.ifa_name, "lo") != 0 && std::strcmp(entry.ifa_name, "sit0") != 0;
 }
 
-// An address of the interface as text; false, and a message on standard output, when there is none.
+// Stores an address of the interface as text. Returns false when it has no text, after a message on
+// standard output.
 bool HostText(const char* interface, const sockaddr* address, socklen_t length, std::string* text) {
   char host[NI_MAXHOST];
   const int code = hardware::calls::HostText(interface, address, length, host, sizeof host);
@@ -40,7 +41,7 @@ bool HostText(const char* interface, const sockaddr* address, socklen_t length, 
   return true;
 }
 
-// Six zero bytes when the interface or the socket is refused.
+// Six zero bytes when the system refuses the socket or the question.
 std::string HardwareAddress(const char* interface) {
   ifreq request{};
   std::strncpy(request.ifr_name, interface, sizeof request.ifr_name - 1);
@@ -107,7 +108,7 @@ int CTolmarHardware::Network() {
     const int position = Status_VerifyNetwork(m_pStatus, name.c_str());
     QtSts::CNetworkDevice* device = m_pStatus->Network.Devices[static_cast<unsigned int>(position)];
     if (device != nullptr && !StoreEntry(this, *entry, device)) {
-      // Deliberately not freed: the walk is abandoned as it stands (see tests/lsan.supp).
+      // Deliberately the list is not freed when the probe ends here (see tests/lsan.supp).
       static_cast<void>(list.release());
       return 1;
     }
@@ -134,7 +135,7 @@ int CTolmarHardware::DNS() {
   return 0;
 }
 
-int CTolmarHardware::GetGateway(char const* interface, std::string* gateway) {
+int CTolmarHardware::GetGateway(const char* interface, std::string* gateway) {
   *gateway = QtSts::kNoIPv4Address;
   const auto routes = hardware::ReadWhole(paths::kRoutes, Access::kRead);
   if (!routes) {
@@ -148,7 +149,7 @@ int CTolmarHardware::GetGateway(char const* interface, std::string* gateway) {
   return 0;
 }
 
-int CTolmarHardware::CheckHardwareLink(char const* interface) {
+int CTolmarHardware::CheckHardwareLink(const char* interface) {
   const std::string path = paths::Carrier(interface);
   if (!hardware::Exists(path.c_str())) {
     return 0;
@@ -160,7 +161,7 @@ int CTolmarHardware::CheckHardwareLink(char const* interface) {
   return !carrier->empty() && std::strtol(carrier->c_str(), nullptr, 10) == 0 ? -1 : 0;
 }
 
-int CTolmarHardware::NetworkLinkTransitionCount(char const* interface) {
+int CTolmarHardware::NetworkLinkTransitionCount(const char* interface) {
   const std::string path = paths::Transitions(interface);
   const auto transitions =
       ReadText({path.c_str(), Access::kRead, paths::kTransitionsLimit, hardware::Links::kTrusted});
@@ -170,7 +171,7 @@ int CTolmarHardware::NetworkLinkTransitionCount(char const* interface) {
   return static_cast<int>(std::strtol(transitions->c_str(), nullptr, 10));
 }
 
-int CTolmarHardware::NetworkLinkErrorCount(char const* interface) {
+int CTolmarHardware::NetworkLinkErrorCount(const char* interface) {
   const auto counters = ReadText(paths::kLinkCounters);
   if (!counters) {
     return -1;

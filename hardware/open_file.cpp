@@ -23,8 +23,8 @@ int Open(int folder, const char* path, int flags) {
 }
 
 // Opens `path`, in `folder` unless that is kNoFolder, even when another process holds a write lease
-// on it. Such a file refuses to be opened without waiting; what was seen to be a regular file may
-// be waited for, since the kernel ends the lease after /proc/sys/fs/lease-break-time.
+// on it. Such a file cannot be opened without waiting. Only a regular file is waited for: the
+// kernel ends its lease after /proc/sys/fs/lease-break-time.
 int OpenLeased(int folder, const char* path, int flags) {
   const int file = Open(folder, path, flags);
   if (file >= 0 || errno != EWOULDBLOCK) {
@@ -36,7 +36,7 @@ int OpenLeased(int folder, const char* path, int flags) {
       !S_ISREG(status.st_mode)) {
     return -1;
   }
-  // The file that was looked at, whatever stands in its place by now.
+  // Opens the file that was examined, even if another one has its name by now.
   const std::string same = "/proc/thread-self/fd/" + std::to_string(place.Number());
   int waited;
   do {
@@ -45,8 +45,8 @@ int OpenLeased(int folder, const char* path, int flags) {
   return waited;
 }
 
-// Where the link leads that is the last name of `path`, in `folder`; nothing when it is no link or
-// not to be trusted.
+// The target of the link in `folder` that is the last name of `path`; nothing when that is no link,
+// or not a trusted one.
 std::optional<std::string> TrustedTarget(const Descriptor& folder, const char* path) {
   const Descriptor link(calls::OpenIn(folder.Number(), path, kPlace | O_NOFOLLOW));
   struct stat status;
@@ -62,7 +62,8 @@ std::optional<std::string> TrustedTarget(const Descriptor& folder, const char* p
   return std::string(target, static_cast<std::size_t>(length));
 }
 
-// Takes the first name off `path`; "." where a slash stands before it or behind the last.
+// Removes the first name from `path` and returns it; "." when `path` begins with a slash or is
+// empty.
 std::string TakeName(std::string* path) {
   const std::size_t slash = path->find('/');
   std::string name = path->substr(0, slash);
@@ -70,8 +71,8 @@ std::string TakeName(std::string* path) {
   return name.empty() ? "." : name;
 }
 
-// Walks `path` from the folder `above`, whose name ends with a slash, name by name, so that nobody
-// can swap a link in after it was looked at.
+// Opens `path`, which begins in the folder `above`, name by name, so that nobody can put a link in
+// place of a name that was already examined. `above` ends with a slash.
 int OpenByTrustedLinks(std::string above, std::string path, int flags) {
   Descriptor folder(calls::Open(above.c_str(), kPlace | O_DIRECTORY));
   for (int links = 0; links <= kMostLinks && folder.IsOpen();) {

@@ -52,14 +52,15 @@ std::optional<RouterAnswers> AskRouter() {
   return RouterAnswers{rate, level, {answer1, answer2, answer3, answer4}, enable};
 }
 
-// The output at `port`, made first if need be; null when `port` lies further beyond the list's end.
+// The output at `port`. Appends one if there is none; null when the list still does not reach
+// `port`.
 QtSts::COutput* EnsureOutput(QtSts::CStatus* status, int port) {
   Status_VerifyOutput(status, port);
   return status->Outputs[static_cast<unsigned int>(port)];
 }
 
-// Element `number` of the port's statistics. Null, deliberately, when the element before it is
-// missing: the one that was just appended then stands in that one's place.
+// Element `number` of the port's statistics, appended if it is missing. Deliberately null when the
+// element before it is missing, too: the appended one takes that position.
 QtSts::CStat* EnsureStatistic(QtSts::CStatus* status, int port, int number) {
   const QtSts::COutput* output = EnsureOutput(status, port);
   if (output == nullptr) {
@@ -107,7 +108,7 @@ void StoreScalerOutput(QtSts::CStatus* status, int port, const char* frame_contr
   }
 }
 
-// All arithmetic is unsigned: an answer of -1 sets every bit that it reaches.
+// All arithmetic is unsigned: an answer of -1 sets every bit that it contributes.
 std::uint32_t DriverFlags(int level, int power, int diagnostics) {
   return static_cast<std::uint32_t>(level) | ((power & 1) == 0 ? QtSts::kFlagPowerOff : 0) |
          static_cast<std::uint32_t>(diagnostics) * 16;

@@ -7,7 +7,7 @@ namespace hardware {
 namespace {
 
 // Where the digits begin.
-const char* BehindPrefix(const char* text) {
+const char* AfterPrefix(const char* text) {
   for (const char* prefix : {"0x", "0X"}) {
     if (const char* found = std::strstr(text, prefix)) {
       return found + std::strlen(prefix);
@@ -35,7 +35,7 @@ unsigned char HexDigit(unsigned char c) {
 
 std::uint64_t HexValue(const char* text) {
   std::uint64_t value = 0;
-  for (const char* c = BehindPrefix(text); !EndsNumber(static_cast<unsigned char>(*c)); ++c) {
+  for (const char* c = AfterPrefix(text); !EndsNumber(static_cast<unsigned char>(*c)); ++c) {
     value = value * 16 + HexDigit(static_cast<unsigned char>(*c));
   }
   return value;

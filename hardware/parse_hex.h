@@ -5,13 +5,14 @@
 
 namespace hardware {
 
-// Value of a hexadecimal digit of either case. Any other byte is its own value, deliberately: there
-// is no error value, and HexValue folds such bytes in as they are.
+// Value of a hexadecimal digit of either case. Deliberately any other byte is its own value: there
+// is no error value, and HexValue adds such bytes as they are.
 unsigned char HexDigit(unsigned char c);
 
-// Value of the hexadecimal number in `text`, modulo 2^64. It starts behind the first "0x" in the
-// whole text, be it lines later, without one behind the first "0X", else with the first byte. It
-// ends at a blank, '\n', '\r' or the end of the text; a tab or a comma does not end it.
+// Value of the hexadecimal number in `text`, modulo 2^64. It starts after the first "0x" in the
+// whole text, even lines later; if there is none, after the first "0X"; if there is none either,
+// with the first byte. It ends at a blank, '\n', '\r' or the end of the text; a tab or a comma does
+// not end it.
 std::uint64_t HexValue(const char* text);
 
 }  // namespace hardware

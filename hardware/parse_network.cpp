@@ -17,7 +17,8 @@ namespace {
 constexpr std::string_view kBlanks = " \t\n\v\f\r";
 constexpr std::size_t kLongestLine = 255;
 
-// Takes the next line off `text`, with its line feed, and no more than kLongestLine of it.
+// Removes the next line from `text` and returns it with its line feed, or its first kLongestLine
+// bytes.
 std::string_view TakeLine(std::string_view* text) {
   const std::size_t length = std::min(text->find('\n'), text->size() - 1) + 1;
   const std::string_view line = text->substr(0, std::min(length, kLongestLine));
@@ -29,7 +30,7 @@ void SkipBlanks(std::string_view* text) {
   text->remove_prefix(std::min(text->find_first_not_of(kBlanks), text->size()));
 }
 
-// Takes the next word off `text`; empty when there is none.
+// Removes the next word from `text` and returns it; empty when there is none.
 std::string_view TakeWord(std::string_view* text) {
   SkipBlanks(text);
   const std::string_view word = text->substr(0, text->find_first_of(kBlanks));
@@ -39,7 +40,8 @@ std::string_view TakeWord(std::string_view* text) {
 
 bool IsDigit(char c) { return c >= '0' && c <= '9'; }
 
-// Takes the next decimal number off `text`, modulo 2^32; nothing when something else comes.
+// Removes the next decimal number from `text` and returns it modulo 2^32; nothing when something
+// else comes.
 std::optional<std::uint32_t> TakeNumber(std::string_view* text) {
   SkipBlanks(text);
   const bool negative = text->starts_with('-');

@@ -19,14 +19,15 @@ std::string HardwareAddressText(const unsigned char* bytes);
 // Lines of the kernel's table longer than 255 characters count as several.
 std::optional<std::string> ParseDefaultGateway(std::string_view routes, std::string_view interface);
 
-// Receive and transmit errors of an interface, 0 when it is not listed. Deliberately the first
-// occurrence of the name is taken, be it within a longer one, and a counter glued to the name's
-// colon shifts the columns. Counters and their sum keep their low 32 bits; those that are missing
-// count 0.
+// Sum of receive and transmit errors of an interface, 0 when it is not listed. Deliberately the
+// first occurrence of the name is taken, even within a longer name, and a counter that follows the
+// name's colon without a blank shifts the columns. Counters and their sum keep their low 32 bits;
+// missing counters are 0.
 std::int32_t ParseLinkErrors(const char* counters, const char* interface);
 
-// The addresses behind "nameserver ", in order: digits and dots. Deliberately none is validated: a
-// comment's counts, an IPv6 address is empty, and one that runs to the end of the text is dropped.
+// The addresses: the digits and dots after each "nameserver ", in order. Deliberately none is
+// validated: one in a comment counts, of an IPv6 address only the digits that it begins with
+// remain, perhaps none, and one that ends with the text is dropped.
 std::vector<std::string> ParseNameServers(std::string_view resolver);
 
 }  // namespace hardware

@@ -27,7 +27,7 @@ constexpr std::array<PackageSearch::Rule, PackageSearch::kNameCount> PackageSear
 bool PackageSearch::Take(std::string_view piece) {
   static_assert(kRules[kDistribution].Of == kDistribution && kRules[kDisplay].Of == kDisplay &&
                 kRules[kDisplayFallback].Of == kDisplayFallback);
-  // As much as there may be of a label before its last byte.
+  // The longest part of a label that can stand at the end of a piece.
   constexpr std::size_t kOverlap = kRules[kDisplayFallback].Package.size() - 1;
   const std::size_t begin = m_Size - m_Tail.size();
   m_Tail += piece.substr(0, kOverlap);
@@ -66,7 +66,7 @@ void PackageSearch::Search(std::string_view text, std::size_t begin) {
 
 void PackageSearch::FindNames(std::string_view text, std::size_t begin) {
   std::size_t position = text.find(kPackage, m_NamesFrom - begin);
-  // What stands from here on may be the beginning of a name, and is looked at once more.
+  // From here on a name may begin that the next piece continues; that part is searched again.
   std::size_t open = text.size() - std::min(text.size(), kPackage.size() - 1);
   for (; position != kNone; position = text.find(kPackage, position + 1)) {
     const std::string_view rest = text.substr(position);

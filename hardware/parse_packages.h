@@ -10,19 +10,19 @@
 
 namespace hardware {
 
-// What is absent has none.
+// Nothing for a version that is absent.
 struct PackageVersions {
-  // Of the first package whose name begins with qtm-distro: the rest of the first line behind its
-  // "Package" line that contains "Version: ", be it in a later stanza.
+  // Of the first package whose name begins with qtm-distro: the text after the first "Version: "
+  // that follows its "Package" line, up to the end of the line, even if it is in a later stanza.
   std::optional<std::string> Distribution;
 
-  // Of the first package whose name begins with dispfw, without one of the first whose name begins
-  // with display-firmware: the digits, a to f, dots and hyphens behind the next "Version: ", be it
-  // in a later stanza.
+  // Of the first package whose name begins with dispfw, or if there is none, with display-firmware:
+  // the digits, letters a to f, dots and hyphens after the next "Version: ", even if it is in a
+  // later stanza.
   std::optional<std::string> DisplayFirmware;
 };
 
-// How the lines begin that name their packages.
+// The beginnings of the lines that name these packages.
 inline constexpr char kDistributionPackage[] = "Package: qtm-distro";
 inline constexpr char kDisplayPackage[] = "Package: dispfw";
 
@@ -33,10 +33,10 @@ inline constexpr std::size_t kLongestVersion = std::size_t{1} << 20;
 // cut anywhere; nothing of them is kept but the versions and what may be the beginning of a label.
 class PackageSearch {
  public:
-  // Takes the next piece. False when no piece that may follow changes a version.
+  // Takes the next piece. False when no later piece can change a version.
   bool Take(std::string_view piece);
 
-  // What the pieces held; ends the search.
+  // The versions that the pieces held. Ends the search.
   PackageVersions TakeVersions();
 
  private:

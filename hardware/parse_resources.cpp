@@ -31,7 +31,7 @@ void ParseMemory(const char* meminfo, QtSts::CStatus* status) {
   if (const auto free = FindNumber(meminfo, "MemFree:")) {
     status->MemoryFree = *free;
   }
-  // Deliberately the first occurrence, be it the tail of "SwapCached:", and deliberately added to
+  // Deliberately the first occurrence, even as the end of "SwapCached:", and deliberately added to
   // the last cycle's value when "MemFree:" is absent.
   if (const auto cached = FindNumber(meminfo, "Cached:")) {
     status->MemoryFree = AddWrapping(status->MemoryFree, *cached);

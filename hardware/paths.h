@@ -8,10 +8,10 @@
 
 namespace hardware {
 
-// How a file is opened; it is never created, no program that the host starts inherits it, and no
-// terminal becomes the host's controlling one, whose end would be the host's.
+// How a file is opened. It is never created, and programs that the host starts do not inherit it. A
+// terminal does not become the controlling terminal of the host, which would end with it.
 enum class Access : int {
-  // Where anyone may place a file, a named pipe must not hold up the cycle.
+  // Does not wait: somebody may have put a named pipe in place of the file.
   kRead = O_RDONLY | O_CLOEXEC | O_NOCTTY | O_NONBLOCK,
   // The drivers' device nodes and register dumps.
   kReadWrite = O_RDWR | O_CLOEXEC | O_NOCTTY,
@@ -20,12 +20,12 @@ enum class Access : int {
 // Which symbolic links lead to a file.
 enum class Links {
   kAnyones,
-  // From the folder that holds the file on, only those of root and of the effective user: not
-  // everyone who may write there may read what the collector may.
+  // In the name of the file, the name of its folder and what trusted links lead to, only links of
+  // root and of the effective user: others who may write there may read less than the collector.
   kTrusted,
 };
 
-// A text of which one read of at most Limit bytes is enough; what lies behind is not seen.
+// A text that is read once, up to Limit bytes; what comes after them is ignored.
 struct TextSource {
   const char* Path;
   Access Mode;
@@ -51,7 +51,7 @@ inline constexpr TextSource kFrameControl{"/proc/driver/frame_control/registers"
                                           Access::kReadWrite, 2662};
 inline constexpr TextSource kVideoMux{"/proc/driver/video_mux/registers", Access::kReadWrite, 2662};
 
-// Exists once the watchdog has struck.
+// Exists after a watchdog event.
 inline constexpr char kWatchdogEvent[] = "/var/run/wd_event";
 
 // Identity and versions.

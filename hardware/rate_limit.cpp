@@ -6,7 +6,7 @@
 
 ratelimit_state rs{{}, 3600, 1};
 
-int ___ratelimit(ratelimit_state* state, char const* func) {
+int ___ratelimit(ratelimit_state* state, const char* func) {
   if (state->interval == 0) {
     return 1;
   }
@@ -21,7 +21,8 @@ int ___ratelimit(ratelimit_state* state, char const* func) {
     }
     state->printed = 0;
     state->missed = 0;
-    // Deliberate: the new period begins with the next call, which this one's grant leaves refused.
+    // Deliberate: the new period begins only with the next call. An event that this call grants is
+    // counted in that period, so that the next call is refused.
     state->begin = 0;
   }
   if (state->burst != 0 && state->burst > state->printed) {

@@ -1,4 +1,4 @@
-// Keeps a message that could recur on every cycle to a trickle.
+// Limits how often a message is written that could come in every cycle.
 #pragma once
 
 #include <cstdint>
@@ -19,7 +19,7 @@ struct ratelimit_state {
 // The limiter of the process: one event an hour, whoever asks.
 COLLECTOR_API extern ratelimit_state rs;
 
-// Non-zero when the caller may emit its event now, 0 when the event is to be suppressed. `func`
-// names the caller in the line by which the system log (LOG_INFO) learns how many events the period
-// that ended had suppressed. Throws std::system_error when the lock fails. Any thread.
-COLLECTOR_API int ___ratelimit(ratelimit_state* state, char const* func);
+// Non-zero when the caller may emit its event now, 0 when the event is to be suppressed. When a
+// period with suppressed events has ended, writes their number to the system log (LOG_INFO) after
+// `func`, the caller's name. Throws std::system_error when the lock fails. Any thread.
+COLLECTOR_API int ___ratelimit(ratelimit_state* state, const char* func);

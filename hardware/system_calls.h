@@ -1,5 +1,6 @@
-// The calls through which the collector asks the system, each told to the observer. Nothing else in
-// the collector calls what these call; they return what it returns, and leave errno as it does.
+// The calls through which the collector asks the system, each reported to the observer. Results and
+// errno are those of the system. The collector makes these calls nowhere else, except that the log
+// limiter asks for the time.
 #pragma once
 
 #include <ifaddrs.h>
@@ -18,7 +19,7 @@ namespace hardware::calls {
 
 int Open(const char* path, int flags);
 
-// openat: opens the last name of `path` in `folder`, which the names before it have led to.
+// openat: opens the last name of `path` in `folder`, which the names before it lead to.
 int OpenIn(int folder, const char* path, int flags);
 
 // `offset`: how much of `path` was read through this descriptor before.
@@ -29,7 +30,7 @@ ssize_t Read(int descriptor, const char* path, std::uint64_t offset, char* bytes
 int FileStatus(int descriptor, const char* path, struct stat* status);
 int PathStatus(const char* path, struct stat* status);
 
-// readlinkat: where the link leads that was opened as a place.
+// readlinkat: the target of a link that was opened with O_PATH.
 ssize_t LinkTarget(int descriptor, const char* path, char* target, std::size_t limit);
 
 // ioctl without an argument.

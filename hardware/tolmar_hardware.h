@@ -1,4 +1,4 @@
-// The hardware probe: what the controller itself tells about its health.
+// The hardware probe: what the controller itself reports about its health.
 #pragma once
 
 #include <string>
@@ -30,8 +30,8 @@ class COLLECTOR_API CTolmarHardware {
   // Value of one hexadecimal digit; any other byte is its own value.
   unsigned char Char2Hex(unsigned char c);
 
-  // Value of the hexadecimal number in `text`: behind the first "0x" or "0X" anywhere in it, else
-  // from its start, up to a blank or the end of a line.
+  // Value of the hexadecimal number in `text`: after the first "0x" anywhere in it, without one
+  // after the first "0X", else from its start; up to a blank or the end of a line.
   unsigned long long htoi(char* text);
 
   // State of the compositor. Creates none when the display driver has no answer.
@@ -71,19 +71,19 @@ class COLLECTOR_API CTolmarHardware {
   // Version of the player's distribution, to the end of its line. Always 0.
   int FirmwareVersion();
 
-  // Version of the display's firmware. 1 also when no package has one.
+  // Version of the display's firmware. 1, too, when no package has one.
   int DisplayFirmwareVersion();
 
   // Gateway of the default route through `interface`: 0, else 1 and "0.0.0.0".
-  int GetGateway(char const* interface, std::string* gateway);
+  int GetGateway(const char* interface, std::string* gateway);
 
   // -1: the link is down. 0: it is up, or there is nothing to read. 1: the carrier file exists but
   // cannot be opened, which deliberately does not count as down.
-  int CheckHardwareLink(char const* interface);
+  int CheckHardwareLink(const char* interface);
 
-  // How often the link of `interface` went up or down; -1 when nobody counts.
-  int NetworkLinkTransitionCount(char const* interface);
+  // How often the link of `interface` went up or down; -1 when there is no count.
+  int NetworkLinkTransitionCount(const char* interface);
 
   // Receive and transmit errors of `interface`: 0 when it is not listed, -1 without a list.
-  int NetworkLinkErrorCount(char const* interface);
+  int NetworkLinkErrorCount(const char* interface);
 };
