@@ -1,5 +1,5 @@
-// The tables of the rows that fill one field, or one variable, each; what stands in them can be
-// asked. In the order of the sources.
+// The tables of the rows that each fill one field or one variable, for programs that look up where
+// a row goes. In the order of the sources.
 #pragma once
 
 #include <span>

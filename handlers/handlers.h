@@ -14,7 +14,7 @@ COLLECTOR_API int Status_ErrorFlags(QtSts::CStatus* status, char* value, char* k
 COLLECTOR_API int Status_CalculatedSunInfo(QtSts::CStatus* status, char* value, char* key);
 COLLECTOR_API int Status_ProductFamily(QtSts::CStatus* status, char* value, char* key);
 
-// Dimming, fans and ambient flags of output 0, which they make sure of first.
+// Dimming, fans and ambient flags of output 0, which they create first if it is missing.
 COLLECTOR_API int Status_DimmingLevel(QtSts::CStatus* status, char* value, char* key);
 COLLECTOR_API int Status_ActualDimmingLevel(QtSts::CStatus* status, char* value, char* key);
 COLLECTOR_API int Status_DimmingMode(QtSts::CStatus* status, char* value, char* key);
@@ -23,12 +23,13 @@ COLLECTOR_API int Status_FansOverride(QtSts::CStatus* status, char* value, char*
 COLLECTOR_API int Status_MdlsAmbientFailure(QtSts::CStatus* status, char* value, char* key);
 COLLECTOR_API int Status_MdlsAmbientOverride(QtSts::CStatus* status, char* value, char* key);
 
-// Known and consumed, but nobody needs them: they change nothing.
+// Known keys that nobody needs: they change nothing.
 COLLECTOR_API int Status_ContentLevelAvg(QtSts::CStatus* status, char* value, char* key);
 COLLECTOR_API int Status_ThermalScaler(QtSts::CStatus* status, char* value, char* key);
 
-// T-table of output 0, which they make sure of first. The spellings of Status_TTableFaceCount and
-// Status_TtableDevice are deliberate: they are exported under these names.
+// T-table of output 0, which they create first if it is missing. The spellings of
+// Status_TTableFaceCount and Status_TtableDevice are deliberate: they are exported under these
+// names.
 COLLECTOR_API int Status_TtableAuthor(QtSts::CStatus* status, char* value, char* key);
 COLLECTOR_API int Status_TtableColumns(QtSts::CStatus* status, char* value, char* key);
 COLLECTOR_API int Status_TtableContract(QtSts::CStatus* status, char* value, char* key);

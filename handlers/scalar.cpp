@@ -11,8 +11,8 @@ using QtSts::CFans;
 using QtSts::COutput;
 using QtSts::CStatus;
 
-// The first word that stands anywhere in the text. Deliberately without a code of its own: a text
-// that names only "qtm2100" is of family 8 too.
+// The first word that stands anywhere in the text. Deliberately "qtm2100" has no code of its own: a
+// text that names only that is of family 8, like every unknown text.
 rows::Reading ReadFamily(const rows::Parser& parser, const char* text) {
   for (const rows::Word& family : parser.Words) {
     if (std::strstr(text, family.Text.data()) != nullptr) {

@@ -24,7 +24,7 @@ constexpr rows::Field<COutput> Text(std::string_view name) {
   return rows::InMember<COutput, kMember>(name, &rows::kText);
 }
 
-// Columns and rows are stored twice: as they are and, beside that, one larger.
+// Columns and rows are stored twice: as they are, and plus one.
 constexpr rows::Field<COutput> kFields[] = {
     Text<&COutput::Author>("TtableAuthor"),
     Number<&CTtable::Columns>("TtableColumns", &kInteger),

@@ -11,13 +11,14 @@ namespace sensors {
 // The attributes with exact names, in byte order of name.
 COLLECTOR_API std::span<const rows::Attribute> ExactAttributes();
 
-// The attributes known by how they begin, in any case of letters: those of I/O points, which no
-// exact name can be confused with, and the others, which come after the exact names, in this order.
+// The attributes that are known by the beginning of their name, in upper or lower case. Those of
+// I/O points come before the exact names, none of which begins like them; the others come after the
+// exact names, in this order.
 COLLECTOR_API std::span<const rows::Attribute> PointFamilies();
 COLLECTOR_API std::span<const rows::Attribute> AttributeFamilies();
 
-// The parts of a point ("Label" of "Input_3_Label"), by name. Each row of "Type" is stored: the
-// part alone makes a point present.
+// The parts of a point ("Label" of "Input_3_Label"), by name. "Type" has two rows, and both are
+// stored: only this part makes a point present.
 COLLECTOR_API std::span<const rows::Field<DcioPoint>> PointParts();
 
 // The attribute that a row of this name is taken for; null when there is none.

@@ -19,7 +19,7 @@ using sensors::Placement;
 
 bool Has(const CSensorList& list, std::uint32_t number) { return list[number] != nullptr; }
 
-// Where sensors go, as the observer is told it.
+// Where sensors go, as it is reported to the observer.
 struct Target {
   observe::Place Where;
   int Interface;  // position of the display interface, -1 for the own buses
@@ -40,11 +40,11 @@ std::span<const void* const> TakenVariables(const Target& target,
   return std::span(room).first(count);
 }
 
-// Tells what became of the sensor that the scratch state describes; `record` is null when it was
+// Reports what became of the sensor that the scratch state describes; `record` is null when it was
 // refused, `list` when there is none.
 void ReportSensor(const Target& target, Ending ending, const CSensorList* list,
                   const QtSts::CSensor* record = nullptr) {
-  std::array<const void*, sensors::kMostTaken> taken;  // not initialised: hardly anybody watches
+  std::array<const void*, sensors::kMostTaken> taken;  // not initialised, since it is seldom used
   observe::ReportRecord(target.Where, ending, [&](observe::Record& event) {
     if (record != nullptr) {
       event.Taken = TakenVariables(target, taken);
@@ -111,7 +111,7 @@ int Status_VerifyDisplayInterfaceSensor(QtSts::CStatus* status, AttachmentType a
     ReportSensor(target, Ending::kPositionTaken, list);
   } else {
     auto record = sensors::BuildRecord(Placement::kBehindInterface);
-    // Deliberately looked up once more, behind the building: nothing is kept across it.
+    // Deliberately looked up again: no pointer into the document is kept while a record is built.
     Add(target, SensorsBehind(status, position), std::move(record));
   }
   return 0;

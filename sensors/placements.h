@@ -1,8 +1,8 @@
 // Where the record of a sensor goes, once the scratch state describes the whole sensor.
 //
-// Deliberately positional: a list that reaches as far as the sensor's number has the sensor
-// already, whatever stands there. An existing record is never updated, and a refused sensor takes
-// nothing from the scratch state. Both return 0 always.
+// Deliberately positional: a list with an element at the position of the sensor's number has the
+// sensor already, whatever that element is. An existing record is never updated, and a refused
+// sensor takes nothing from the scratch state. Both return 0 always.
 #pragma once
 
 #include "collector/state/codes.h"

@@ -1,9 +1,9 @@
-// The way of a DCIO board's points from the staging tables onto the board.
+// Moves the points of a DCIO board from the staging tables onto the board.
 //
-// Each staged entry becomes a point of the class that its type code names (no code: no point) and
-// is offered to the board's lists in table order; every entry that was present is empty afterwards,
-// whether its point was made, had no class or was refused. Entries that are not present stay as
-// they are. Called with a board that was just made, inputs first.
+// Each staged entry becomes a point of the class that its type code stands for (no class: no point)
+// and is offered to the board's lists in table order. Every entry that was present is empty
+// afterwards, whether its point was made, had no class or was refused. Entries that are not present
+// stay as they are. Called with a board that was just made, inputs first.
 #pragma once
 
 #include "collector/state/export.h"

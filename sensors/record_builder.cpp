@@ -17,7 +17,7 @@
 namespace sensors {
 namespace {
 
-// What a value that is not reported looks like.
+// Values that stand for one that is not reported.
 constexpr std::int32_t kNoRevision = -1;
 constexpr std::uint16_t kNoKelvin = 65535;
 constexpr std::uint8_t kNoHumidity = 255;
@@ -49,8 +49,8 @@ using CanHeader = Rows<ConnectedByCall, From<&CCANSensor::Address, &u32_Address>
                        Unless<&CCANSensor::Revision, &s32_Revision, kNoRevision>>;
 using OnboardHeader = Rows<From<&CSensor::Connected, &b_Connected>>;
 
-// Deliberate: behind an interface every record reports its face, on the own buses the kinds alone
-// that have this row.
+// Deliberate: behind an interface every record reports its face; on the own buses only the kinds
+// that have this row do.
 using Face = From<&CCANSensor::Face, &u32_Face>;
 constexpr Taken kFaceBehindInterface = {&rows::kPlace<&u32_Face>, &MemberIn<&CCANSensor::Face>,
                                         true};

@@ -29,7 +29,7 @@ struct Taken {
 // One kind of sensor. To add one: its class, its code, its row in the kind table.
 struct SensorKind {
   SensorType Code;
-  bool IsCan;                     // then it may stand behind an interface, too
+  bool IsCan;                     // may stand behind an interface, too
   const char* Text;               // value of the "Type" row
   const QtSts::ClassInfo* Class;  // of its records
   std::span<const Taken> Takes;   // in the order of taking

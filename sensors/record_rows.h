@@ -86,7 +86,7 @@ struct UsedUp {
   static constexpr auto kTaken = kTakenOnce<kMember, kFrom>;
 };
 
-// The values of several tables of rows, one behind the other.
+// The values of several tables of rows, one after the other.
 template <std::size_t... kSizes>
 consteval auto Joined(const std::array<Taken, kSizes>&... parts) {
   std::array<Taken, (kSizes + ... + 0)> all = {};

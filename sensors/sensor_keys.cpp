@@ -45,7 +45,7 @@ constexpr rows::Parser kLock =
 constexpr rows::Parser kOverriddenReading = rows::Always(201);
 constexpr rows::Entry kOverridden = {"Ambient", &kOverriddenReading};
 
-// Output 0 is read as it is: without one the reading stays.
+// Output 0 is not created here: without one the reading stays.
 void StoreAmbient(const Attribute& ambient, const Row& row) {
   rows::StoreParked(ambient, row.Value);
   const QtSts::COutput* const output = row.Status->Outputs[0];
@@ -249,7 +249,7 @@ constexpr const Attribute* FindFamily(std::span<const Attribute> families, const
   return nullptr;
 }
 
-// No exact name begins like a point's, so that they may be looked for first.
+// No exact name begins like that of a point, so that points may be looked for first.
 static_assert(std::ranges::none_of(kExact, [](const Attribute& exact) {
   return FindFamily(kPointFamilies, exact.Name.data()) != nullptr;
 }));
@@ -298,6 +298,6 @@ int Status_Sensor(QtSts::CStatus* status, char* value, char* key) {
   return 0;
 }
 
-int Strnicmp(char const* left, char const* right, unsigned int count) {
+int Strnicmp(const char* left, const char* right, unsigned int count) {
   return sensors::CompareInAnyCase(left, right, count);
 }
