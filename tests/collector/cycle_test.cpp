@@ -17,8 +17,8 @@ using testing::Pair;
 
 class DispatchTest : public CycleTest {
  protected:
-  // Key and value of each row that a cycle hands to the handler that tells.
-  std::vector<std::pair<std::string, std::string>> Told() {
+  // Key and value of each row that a cycle hands to the handler of "ThermalScaler".
+  std::vector<std::pair<std::string, std::string>> Dispatched() {
     std::vector<std::pair<std::string, std::string>> rows;
     g_on_thermal_scaler = [&](const DispatchedRow& row) { rows.emplace_back(row.Key, row.Value); };
     EXPECT_EQ(Cycle(), kDone);
@@ -147,7 +147,7 @@ TEST_F(DispatchTest, TakesABarePrefixAsItsFamily) {
   EXPECT_EQ(m_Status.Outputs[0]->Devices[0]->Node, 3);
 }
 
-TEST_F(DispatchTest, FindsTheLastTableKeyAndIgnoresWhatSortsBehindIt) {
+TEST_F(DispatchTest, FindsTheLastTableKeyAndIgnoresWhatSortsAfterIt) {
   SetRows({{"TtableTime", "time"},
            {"TtableTitle", "title"},
            {"TtableTitld", "x"},
@@ -160,7 +160,7 @@ TEST_F(DispatchTest, FindsTheLastTableKeyAndIgnoresWhatSortsBehindIt) {
   EXPECT_EQ(m_Status.Outputs[0]->Title, "title");
 }
 
-TEST_F(DispatchTest, GoesOnBehindAKeyThatMatchesNothing) {
+TEST_F(DispatchTest, GoesOnAfterAKeyThatMatchesNothing) {
   // "Nothing" sorts between two rows of one prefix and between two prefixes
   SetRows(
       {{"DimmingLevel", "37.5"}, {"DimmingLevelX", "38.5"}, {"Dimmingx", "1"}, {"GUID", "abc"}});
@@ -182,8 +182,8 @@ TEST_F(DispatchTest, HandsAllRowsOfOnePrefixToItsHandler) {
            {"ThermalScalerX", "b"},
            {"ThermalScalerY", "c"}});
   Open();
-  EXPECT_THAT(Told(), ElementsAre(Pair("ThermalScaler", "a"), Pair("ThermalScalerX", "b"),
-                                  Pair("ThermalScalerY", "c")));
+  EXPECT_THAT(Dispatched(), ElementsAre(Pair("ThermalScaler", "a"), Pair("ThermalScalerX", "b"),
+                                        Pair("ThermalScalerY", "c")));
   EXPECT_EQ(u32_DCIO_SensorNumber, 2U);
   EXPECT_EQ(u32_DCIO_State, 2U);
   EXPECT_EQ(m_Status.Outputs[0]->Dimming.DimmingLevel, 3);
@@ -193,7 +193,7 @@ TEST_F(DispatchTest, HandsAllRowsOfOnePrefixToItsHandler) {
   EXPECT_EQ(u32_Bus, 9U);
 }
 
-// Blobs sort behind all texts, so this row comes after one whose table key stands later.
+// Blobs sort after all texts, so this row comes after one whose table key stands later.
 TEST_F(DispatchTest, NeverGoesBackToAnEarlierTableKeyWithinACycle) {
   RunSql("INSERT INTO status VALUES(CAST('ActualDimmingLevel' AS BLOB), '55');");
   SetRow("DimmingLevel", "37.5");
@@ -255,7 +255,7 @@ TEST_F(DispatchTest, ReadsNullAsEmptyText) {
       "('ProductFamily', NULL), ('ThermalScaler', NULL), ('TtableTitle', NULL);");
   m_Status.GUID = "old";
   Open();
-  EXPECT_THAT(Told(), ElementsAre(Pair("ThermalScaler", "")));
+  EXPECT_THAT(Dispatched(), ElementsAre(Pair("ThermalScaler", "")));
   EXPECT_EQ(m_Status.GUID, "");
   EXPECT_EQ(m_Status.ProductFamily, 8);
   ASSERT_EQ(m_Status.Outputs.Count(), 1U);
@@ -268,7 +268,7 @@ TEST_F(DispatchTest, CutsKeyAndValueToTheirBuffers) {
   const std::string value(2000, 'v');
   SetRow(key, value);
   Open();
-  EXPECT_THAT(Told(), ElementsAre(Pair(key.substr(0, 127), value.substr(0, 511))));
+  EXPECT_THAT(Dispatched(), ElementsAre(Pair(key.substr(0, 127), value.substr(0, 511))));
 }
 
 TEST_F(DispatchTest, PassesKeyAndValueThatJustFitWhole) {
@@ -276,20 +276,20 @@ TEST_F(DispatchTest, PassesKeyAndValueThatJustFitWhole) {
   const std::string value(511, 'v');
   SetRow(key, value);
   Open();
-  EXPECT_THAT(Told(), ElementsAre(Pair(key, value)));
+  EXPECT_THAT(Dispatched(), ElementsAre(Pair(key, value)));
 }
 
 TEST_F(DispatchTest, DoesNotLeaveTheEndOfALongRowInTheNext) {
   SetRow("ThermalScaler" + std::string(187, 'k'), std::string(2000, 'v'));
   SetRow("ThermalScalerz", "w");
   Open();
-  EXPECT_EQ(Told().back(), (std::pair<std::string, std::string>("ThermalScalerz", "w")));
+  EXPECT_EQ(Dispatched().back(), (std::pair<std::string, std::string>("ThermalScalerz", "w")));
 }
 
 TEST_F(DispatchTest, KeepsTheBytesOfARow) {
   SetRow("ThermalScaler\xFF\t", "\x01\xC3\x28\x80 \n");
   Open();
-  EXPECT_THAT(Told(), ElementsAre(Pair("ThermalScaler\xFF\t", "\x01\xC3\x28\x80 \n")));
+  EXPECT_THAT(Dispatched(), ElementsAre(Pair("ThermalScaler\xFF\t", "\x01\xC3\x28\x80 \n")));
 }
 
 TEST_F(DispatchTest, ReadsTheFirstTwoColumnsOnly) {
@@ -297,7 +297,7 @@ TEST_F(DispatchTest, ReadsTheFirstTwoColumnsOnly) {
       "DROP TABLE status; CREATE TABLE status(address TEXT, value TEXT, note TEXT, time INT);"
       "INSERT INTO status VALUES('ThermalScaler', 'value', 'note', 5);");
   Open();
-  EXPECT_THAT(Told(), ElementsAre(Pair("ThermalScaler", "value")));
+  EXPECT_THAT(Dispatched(), ElementsAre(Pair("ThermalScaler", "value")));
 }
 
 TEST_F(DispatchTest, ReadsRowsInByteOrderWhateverOrderTheyWereWrittenIn) {
@@ -306,20 +306,20 @@ TEST_F(DispatchTest, ReadsRowsInByteOrderWhateverOrderTheyWereWrittenIn) {
       "INSERT INTO status VALUES('ThermalScaler_', '3'), ('ThermalScalerb', '4'),"
       "('ThermalScalerB', '2'), ('ThermalScaler', '1'), ('GUID', 'abc');");
   Open();
-  EXPECT_THAT(Told(), ElementsAre(Pair("ThermalScaler", "1"), Pair("ThermalScalerB", "2"),
-                                  Pair("ThermalScaler_", "3"), Pair("ThermalScalerb", "4")));
+  EXPECT_THAT(Dispatched(), ElementsAre(Pair("ThermalScaler", "1"), Pair("ThermalScalerB", "2"),
+                                        Pair("ThermalScaler_", "3"), Pair("ThermalScalerb", "4")));
   EXPECT_EQ(m_Status.GUID, "abc");
 }
 
 TEST_F(DispatchTest, SeesWhatAnotherProcessWroteBetweenTwoCycles) {
   Open();
-  EXPECT_THAT(Told(), IsEmpty());
+  EXPECT_THAT(Dispatched(), IsEmpty());
   SetRow("ThermalScaler", "1");
-  EXPECT_THAT(Told(), ElementsAre(Pair("ThermalScaler", "1")));
+  EXPECT_THAT(Dispatched(), ElementsAre(Pair("ThermalScaler", "1")));
   SetRow("ThermalScaler", "2");
-  EXPECT_THAT(Told(), ElementsAre(Pair("ThermalScaler", "2")));
+  EXPECT_THAT(Dispatched(), ElementsAre(Pair("ThermalScaler", "2")));
   RemoveRow("ThermalScaler");
-  EXPECT_THAT(Told(), IsEmpty());
+  EXPECT_THAT(Dispatched(), IsEmpty());
 }
 
 }  // namespace

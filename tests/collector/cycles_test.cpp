@@ -217,7 +217,7 @@ TEST_F(CyclesTest, OfAWholeControllerWriteToStandardOutputAtMost) {
   EXPECT_GT(m_Status.DCIO.Devices.Count(), 0U);
 }
 
-TEST_F(CyclesTest, AreOneProcesssWhicheverInterfaceRunsThem) {
+TEST_F(CyclesTest, ShareTheStateOfTheProcessWhicheverInterfaceRunsThem) {
   SetRow("DCIO_05_Address", "77");
   Open();
   EXPECT_EQ(Cycle(), kDone);

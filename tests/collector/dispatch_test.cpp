@@ -52,7 +52,7 @@ TEST_F(DispatcherTest, HandsManyRowsToTheHandlerOfOneKey) {
   EXPECT_EQ(u32_Bus, 2U);
 }
 
-TEST_F(DispatcherTest, CutsTextsToWhatTheTableLetsInAndPassesShorterOnesWhole) {
+TEST_F(DispatcherTest, CutsTextsToWhatTheTableAllowsAndPassesShorterOnesWhole) {
   const std::string fits(CSQLdatabase::kMaxValueBytes, 'v');
   m_Dispatcher.Dispatch("GUID", (fits + "w").c_str());
   EXPECT_EQ(m_Status.GUID, fits);

@@ -1,4 +1,4 @@
-// The four places at which a cycle catches a failure of the database, and what each leaves.
+// The four places at which a cycle catches a failure of the database, and what follows from each.
 
 #include <sqlite3.h>
 
@@ -25,7 +25,7 @@ class FailureTest : public CycleTest {
  protected:
   ~FailureTest() override { interposed::FailNone(); }
 
-  // Lets nothing interfere any more.
+  // Removes what makes cycles fail, and expects a normal one.
   void ExpectNormalCycle() {
     g_on_thermal_scaler = nullptr;
     SetRows({{"GUID", "normal"}});
@@ -87,7 +87,7 @@ TEST_F(FailureTest, AfterCloseDatabaseIsTheSame) {
 constexpr const char* kTooBig =
     "18:string or blob too big: a value or row has more than 1048576 bytes\n";
 
-// The second value may be read, but not twice as much.
+// The second value is small enough to be read, but not its double.
 void MakeItems() {
   RunSql(
       "CREATE TABLE items(address TEXT PRIMARY KEY, value TEXT) WITHOUT ROWID;"
@@ -241,7 +241,7 @@ class Writer {
 };
 
 TEST_F(FailureTest, OfARowLeavesNoLockOnTheFile) {
-  RunSql("PRAGMA journal_mode=DELETE;");  // here a reader keeps writers out
+  RunSql("PRAGMA journal_mode=DELETE;");  // in this mode a reader locks writers out
   MakeItems();
   RunSql("INSERT INTO items VALUES('ThermalScaler', '1');");
   MakeView("SELECT * FROM items;");

@@ -20,8 +20,7 @@ void Note(const char* call) {
 
 }  // namespace
 
-// These stand in front of the library's own: the dynamic linker takes the program's definitions
-// first.
+// These replace the library's own: the dynamic linker takes the program's definitions first.
 
 int Status_ThermalScaler(QtSts::CStatus* status, char* value, char* key) {
   if (g_on_thermal_scaler) {

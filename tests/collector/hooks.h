@@ -1,5 +1,5 @@
-// How a test looks into the middle of a cycle: some calls of the library come through this program
-// on their way.
+// How a test acts in the middle of a cycle: some calls of the library go through functions of this
+// program.
 #pragma once
 
 #include <functional>

@@ -88,7 +88,7 @@ TEST_F(InitTest, MakesTablesWhoseFirstColumnsAreAddressAndValue) {
   }
 }
 
-// It is publicly of the database class.
+// It is publicly derived from the database class.
 static_assert(std::is_convertible_v<CStatusInterface*, CSQLdatabase*>);
 static_assert(std::has_virtual_destructor_v<CSQLdatabase>);
 
@@ -138,7 +138,7 @@ TEST_F(InitTest, LetsTheDatabaseBeClosedTwiceAndWithoutOpening) {
   EXPECT_EQ(m_Collector.CloseDatabase(), 0);
 }
 
-TEST_F(InitTest, LetsTheResultOfClosingThrough) {
+TEST_F(InitTest, ReturnsTheResultOfClosing) {
   Init(true);
   interposed::FailNext(interposed::Call::kSqlClose);
   EXPECT_EQ(ErrorsOf([&] { EXPECT_EQ(m_Collector.CloseDatabase(), SQLITE_IOERR); }),

@@ -9,7 +9,7 @@
 
 namespace {
 
-// The C library is the judge: in the C locale, which tests start in, both must agree.
+// The C library is the reference: in the C locale, which tests start in, both must agree.
 void ExpectLikeTheCLibrary(const std::string& text) {
   SCOPED_TRACE("text: '" + text + "'");
   const char* end = nullptr;
@@ -61,9 +61,9 @@ TEST(Numbers, ReadRandomTextsAsTheCLibraryDoes) {
   }
 }
 
-TEST(Numbers, ReadNothingBehindTheEndOfTheText) {
+TEST(Numbers, ReadNothingBeyondTheEndOfTheText) {
   for (std::size_t digits = 1; digits <= 24; ++digits) {
-    // An exactly sized buffer, so that AddressSanitizer sees a byte too many.
+    // A buffer of exactly this size, so that AddressSanitizer finds a byte too many.
     char* const text = static_cast<char*>(std::malloc(digits + 1));
     ASSERT_NE(text, nullptr);
     std::string(digits, '1').copy(text, digits);

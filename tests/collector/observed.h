@@ -7,7 +7,7 @@
 
 #include "collector/observer.h"
 
-// Sees everything as long as it lives, then leaves the place to the observer before it.
+// Sees everything as long as it lives; afterwards the observer before it is in place again.
 class Observed : public observe::Observer {
  public:
   Observed();
@@ -17,7 +17,7 @@ class Observed : public observe::Observer {
 
   void See(const observe::Event& event) override;
 
-  // The lines of the kinds of events that `wanted` names by how their lines begin.
+  // The lines that begin with one of the `wanted` texts.
   std::vector<std::string> Lines(const std::vector<std::string>& wanted) const;
 
   // A line for each event.

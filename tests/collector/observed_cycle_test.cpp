@@ -1,4 +1,4 @@
-// What an observer is told of a cycle's sources and of its database.
+// What is reported to an observer about a cycle's sources and its database.
 #include <sqlite3.h>
 
 #include <algorithm>
@@ -33,7 +33,7 @@ class ObservedCycle : public CycleTest {
     g_on_call = nullptr;
   }
 
-  // The lines of a cycle on this controller that begin so.
+  // The lines of a cycle on this controller that begin with one of the `wanted` texts.
   std::vector<std::string> LinesOf(const Scenario& scenario,
                                    const std::vector<std::string>& wanted) {
     scenario.Apply();
@@ -108,7 +108,7 @@ TEST_F(ObservedCycle, NamesItsDocument) {
   EXPECT_EQ(status, &m_Status);
 }
 
-TEST_F(ObservedCycle, AsksAFileAndIsAnsweredItsBytes) {
+TEST_F(ObservedCycle, ReportsTheQuestionsAboutAFileAndItsBytes) {
   EXPECT_THAT(LinesOf(Bare().File("/home/Zet/.settings/uuid", "abc\n"), "GUID"),
               ElementsAre("probe GUID", StartsWith("asks open /home/Zet/, 0x"),
                           MatchesRegex("answers open /home/Zet/: [0-9]+"),
@@ -122,7 +122,7 @@ TEST_F(ObservedCycle, AsksAFileAndIsAnsweredItsBytes) {
                           "answers read /home/Zet/.settings/uuid: 4, \"abc\n\""));
 }
 
-TEST_F(ObservedCycle, IsToldWhyAFileIsMissing) {
+TEST_F(ObservedCycle, ReportsWhyAFileIsMissing) {
   EXPECT_THAT(LinesOf(Bare().Folder("/home/Zet/.settings"), "GUID").back(),
               "answers open /home/Zet/.settings/uuid: -1, No such file or directory");
   EXPECT_THAT(LinesOf(Bare(), "GUID"),
@@ -147,7 +147,7 @@ TEST_F(ObservedCycle, FollowsALinkWithEachNameInItsFolder) {
                                  StartsWith("answers read " + folder + "uuid: 3, ")));
 }
 
-TEST_F(ObservedCycle, IsToldWhatIsNoFile) {
+TEST_F(ObservedCycle, ReportsWhatIsNoFile) {
   EXPECT_THAT(LinesOf(Bare().Folder("/home/Zet/.settings/uuid"), "GUID"),
               Contains(MatchesRegex("answers file status .*uuid: 0, other [0-7]+ of 0")));
 }
@@ -160,7 +160,7 @@ TEST_F(ObservedCycle, MarksAReadThatMayGoOn) {
               Contains("answers read " + path + ": 128, \"" + std::string(128, 'x') + "\"..."));
 }
 
-TEST_F(ObservedCycle, PutsRequestsToADeviceAndIsAnswered) {
+TEST_F(ObservedCycle, ReportsTheRequestsToADeviceAndItsAnswers) {
   SANDBOX_NEEDS_DEVICES();
   EXPECT_THAT(LinesOf(Bare().Answer("travex", 0x8004DA63, 7).Answer("travex", 0x8004DA65, -1),
                       "ContentLimit"),
@@ -189,7 +189,7 @@ TEST_F(ObservedCycle, AsksForTheWatchdogsMark) {
               ElementsAre("answers path status /var/run/wd_event: 0, regular 644 of 0"));
 }
 
-TEST_F(ObservedCycle, IsToldTheSystemAndItsStorage) {
+TEST_F(ObservedCycle, ReportsTheSystemAndItsStorage) {
   EXPECT_THAT(LinesOf(Bare().Uptime(std::chrono::seconds(59)), "SystemMemoryKB"),
               Contains(StartsWith("answers system : 0, up ")));
   EXPECT_THAT(LinesOf(Bare(), "SystemStorageKB"),
@@ -197,14 +197,14 @@ TEST_F(ObservedCycle, IsToldTheSystemAndItsStorage) {
                           MatchesRegex("answers storage /: 0, [0-9]+ blocks")));
 }
 
-TEST_F(ObservedCycle, IsToldTheTimeInItsZone) {
+TEST_F(ObservedCycle, ReportsTheTimeInItsZone) {
   const std::vector<std::string> lines = LinesOf(Bare(), "GetTime");
   EXPECT_THAT(lines, Contains(MatchesRegex("answers time : [0-9]+")));
   EXPECT_THAT(lines, Contains(MatchesRegex("answers local time : 0, [0-9]+ at -?[0-9]+")));
   EXPECT_THAT(lines, Contains(MatchesRegex("answers UTC : 0, [0-9]+ at 0")));
 }
 
-TEST_F(ObservedCycle, IsToldTheWholeInterfaceListAndWhatItAsksOfEach) {
+TEST_F(ObservedCycle, ReportsTheWholeInterfaceListAndTheQuestionsAboutEach) {
   const std::vector<std::string> lines =
       LinesOf(Bare()
                   .Interface({"eth0",
@@ -224,7 +224,7 @@ TEST_F(ObservedCycle, IsToldTheWholeInterfaceListAndWhatItAsksOfEach) {
                               std::string("\x00\x1A\x2B\x3C\x4D\x5E", 6) + '"'));
 }
 
-TEST_F(ObservedCycle, IsToldWhichLabelsAreMissing) {
+TEST_F(ObservedCycle, ReportsWhichLabelsAreMissing) {
   const Scenario scenario = Bare()
                                 .File("/proc/meminfo", "MemTotal: 100 kB\nCached: 7 kB\n")
                                 .File("/proc/driver/frame_control/registers",
@@ -245,7 +245,7 @@ TEST_F(ObservedCycle, IsToldWhichLabelsAreMissing) {
   EXPECT_THAT(labels("DNS"), ElementsAre("label nameserver ", "label nameserver  missing"));
 }
 
-TEST_F(ObservedCycle, IsToldAgainOfADatabaseThatCouldNotBeOpened) {
+TEST_F(ObservedCycle, ReportsAgainADatabaseThatCouldNotBeOpened) {
   sandbox::RemoveDatabase();
   Observed observer;
   ErrorsOf([&] { m_Collector.InitDatabase(false); });
@@ -317,7 +317,7 @@ TEST_F(ObservedCycle, InitDatabaseReportsNoFailureOfADatabaseThatItMakes) {
   EXPECT_EQ(m_Errors, "");
 }
 
-TEST_F(ObservedCycle, IsToldAtWhichStageTheDatabaseFails) {
+TEST_F(ObservedCycle, ReportsAtWhichStageTheDatabaseFails) {
   sandbox::SetRows({{"ThermalScaler", "1"}, {"TtableTitle", "title"}});
   Open();
   g_on_thermal_scaler = [](const DispatchedRow&) { FailNext(Call::kSqlFinalize); };
@@ -343,7 +343,7 @@ TEST_F(ObservedCycle, IsToldAtWhichStageTheDatabaseFails) {
               "database fails prepare: 1, 1, no error, no such table: status");
 }
 
-TEST_F(ObservedCycle, IsToldThatAnExceptionEndsIt) {
+TEST_F(ObservedCycle, ReportsThatAnExceptionEndsIt) {
   Open();
   g_on_call = [](const char* call) {
     if (call == std::string("Reset_Globals")) {

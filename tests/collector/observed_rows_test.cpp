@@ -1,4 +1,4 @@
-// What an observer is told of the rows of a cycle and of what they make.
+// What is reported to an observer about the rows of a cycle and what they make.
 #include "collector/key_table.h"
 #include "collector/state/scratch.h"
 #include "model/can_sensors.h"
@@ -11,7 +11,7 @@ using testing::ElementsAre;
 
 class ObservedRows : public CycleTest {
  protected:
-  // The lines of a cycle with these rows that begin so.
+  // The lines of a cycle with these rows that begin with one of the `wanted` texts.
   std::vector<std::string> LinesOf(const sandbox::Rows& rows,
                                    const std::vector<std::string>& wanted) {
     sandbox::SetRows(rows);
@@ -38,7 +38,7 @@ TEST_F(ObservedRows, HaveTheirKeyTheirValueAndTheirEntryOfTheKeyTable) {
                           "row -1 Zzz=7", "ends row 0"));
 }
 
-TEST_F(ObservedRows, AreToldNullFromEmpty) {
+TEST_F(ObservedRows, DistinguishNullFromEmpty) {
   EXPECT_THAT(LinesOf({{"GUID", nullptr}}, {"row "}), ElementsAre("row 10 GUID=NULL"));
 }
 
@@ -60,7 +60,7 @@ TEST_F(ObservedRows, AreWholeAndAsTheyAreCut) {
   EXPECT_THAT(lengths, ElementsAre(204, 600, 127, 511));
 }
 
-TEST_F(ObservedRows, HaveTheBytesThatAreStoredBehindAZeroByte) {
+TEST_F(ObservedRows, HaveTheBytesThatAreStoredAfterAZeroByte) {
   std::vector<std::size_t> bytes;
   m_Then = [&](const observe::Event& event) {
     if (const auto* row = event.As<observe::RowBegins>()) {
@@ -72,8 +72,8 @@ TEST_F(ObservedRows, HaveTheBytesThatAreStoredBehindAZeroByte) {
   EXPECT_THAT(bytes, ElementsAre(4, 4));
 }
 
-// What does not come in byte order is looked for behind its entry.
-TEST_F(ObservedRows, TellWhereTheSearchForTheirKeyBegan) {
+// A row that does not come in byte order is searched for after its entry.
+TEST_F(ObservedRows, ReportWhereTheSearchForTheirKeyBegan) {
   std::vector<std::pair<int, int>> searches;
   m_Then = [&](const observe::Event& event) {
     if (const auto* row = event.As<observe::RowBegins>()) {
@@ -84,7 +84,7 @@ TEST_F(ObservedRows, TellWhereTheSearchForTheirKeyBegan) {
   EXPECT_THAT(searches, ElementsAre(std::pair(0, 10), std::pair(10, 21), std::pair(21, -1)));
 }
 
-TEST_F(ObservedRows, TellWhichSensorTheyComplete) {
+TEST_F(ObservedRows, ReportWhichSensorTheyComplete) {
   const QtSts::CBaseStatus* element = nullptr;
   m_Then = [&](const observe::Event& event) {
     if (const auto* record = event.As<observe::Record>()) {
@@ -97,7 +97,7 @@ TEST_F(ObservedRows, TellWhichSensorTheyComplete) {
   EXPECT_EQ(element, m_Status.Sensors[0]);
 }
 
-TEST_F(ObservedRows, TellWhyASensorIsRefused) {
+TEST_F(ObservedRows, ReportWhyASensorIsRefused) {
   EXPECT_THAT(
       LinesOf({{"Sensor_0_Type", "CANDoor"},
                {"Sensor_00_Type", "CANTemp"},
@@ -115,7 +115,7 @@ TEST_F(ObservedRows, TellWhyASensorIsRefused) {
                   testing::StartsWith("record interface sensor 3, type 0: completed at 0 of 0")));
 }
 
-TEST_F(ObservedRows, TellWhichDcioDeviceTheyComplete) {
+TEST_F(ObservedRows, ReportWhichDcioDeviceTheyComplete) {
   EXPECT_THAT(LinesOf({{"DCIO_0_Type", "RunLED"},
                        {"DCIO_00_Type", "DoorSwitch"},
                        {"DCIO_1_Type", "PowerMonitor"}},
@@ -125,7 +125,7 @@ TEST_F(ObservedRows, TellWhichDcioDeviceTheyComplete) {
                           "record DCIO device 1, type 1: completed at 1, took 4"));
 }
 
-TEST_F(ObservedRows, TellWhatBecomesOfTheirPoints) {
+TEST_F(ObservedRows, ReportWhatBecomesOfTheirPoints) {
   EXPECT_THAT(LinesOf({{"Sensor_0_Input_1_Index", "2"},
                        {"Sensor_0_Input_1_Type", "3"},
                        {"Sensor_0_Input_2_Index", "3"},
@@ -143,14 +143,14 @@ TEST_F(ObservedRows, TellWhatBecomesOfTheirPoints) {
                           "point output 0, type 4, index 1: no class"));
 }
 
-TEST_F(ObservedRows, TellWhichFansABoardTakes) {
+TEST_F(ObservedRows, ReportWhichFansABoardTakes) {
   EXPECT_THAT(LinesOf({{"Sensor_0_Fan_7_Rpm", "1200"}, {"Sensor_0_Type", "CANDcioAndFanRpm"}},
                       {"point", "record"}),
               ElementsAre("point fan 7, type 0, index 0: taken",
                           testing::StartsWith("record sensor 0, type 8: completed at 0, took ")));
 }
 
-TEST_F(ObservedRows, TellWhichScratchVariablesARecordTakes) {
+TEST_F(ObservedRows, ReportWhichScratchVariablesARecordTakes) {
   std::vector<const void*> taken;
   m_Then = [&](const observe::Event& event) {
     if (const auto* record = event.As<observe::Record>()) {
@@ -162,7 +162,7 @@ TEST_F(ObservedRows, TellWhichScratchVariablesARecordTakes) {
                                                    &b_Connected, &f_celsius));
 }
 
-TEST_F(ObservedRows, TellOfEachDeviceNodeOfTheTtable) {
+TEST_F(ObservedRows, ReportEachDeviceNodeOfTheTtable) {
   EXPECT_THAT(LinesOf({{"TtableDeviceNode_7", "1"}}, {"record"}),
               ElementsAre("record T-table device 7, type 0: completed at 0, took 0"));
 }

@@ -1,4 +1,5 @@
-// What an observer is told of each value: where it goes, how it was read, and why it goes nowhere.
+// What is reported to an observer about each value: where it goes, how it was read, or why it goes
+// nowhere.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
@@ -20,7 +21,7 @@ class ObservedStores : public testing::Test {
 
   using Handler = int (*)(QtSts::CStatus*, char*, char*);
 
-  // What is told of the row, but for the number in its key.
+  // What is reported about the row, except the number in its key.
   std::vector<std::string> Send(Handler handler, std::string key, std::string value) {
     Observed observer;
     observer.Then = [this](const observe::Event& event) {
@@ -62,7 +63,7 @@ TEST_F(ObservedStores, NameTheFieldByItsAddress) {
   EXPECT_EQ(m_Destination, &m_Status.GUID);
 }
 
-TEST_F(ObservedStores, TellZeroFromNoNumberAndAnInheritedValueFromANewOne) {
+TEST_F(ObservedStores, DistinguishZeroFromNoNumberAndAnInheritedValueFromANewOne) {
   f_celsius = 20;
   EXPECT_THAT(Sensor("Celsius", "0"),
               ElementsAre("stores Celsius \"0\": stored, number of 1, 0 as 0"));
@@ -72,7 +73,7 @@ TEST_F(ObservedStores, TellZeroFromNoNumberAndAnInheritedValueFromANewOne) {
               ElementsAre("stores Celsius \"20 C\": stored, number of 2, 20 as 20"));
 }
 
-TEST_F(ObservedStores, TellWhatIsCutToTheWidthOfItsPlace) {
+TEST_F(ObservedStores, ReportWhatIsCutToTheWidthOfItsPlace) {
   EXPECT_THAT(Sensor("OneMin", "65541"),
               ElementsAre("stores OneMin \"65541\": stored, integer of 5, 65541 as 5"));
   EXPECT_THAT(Sensor("Rev", "-1"),
@@ -84,7 +85,7 @@ TEST_F(ObservedStores, TellWhatIsCutToTheWidthOfItsPlace) {
                           "4294967296 as 0"));
 }
 
-TEST_F(ObservedStores, TellWhichWordsAreUnknownAndWhatStays) {
+TEST_F(ObservedStores, ReportWhichWordsAreUnknownAndWhatStays) {
   at_Type = kRouterCan;
   EXPECT_THAT(Sensor("Location", "Local"),
               ElementsAre("stores Location \"Local\": unknown word, word of 0, none as 1"));
@@ -98,7 +99,7 @@ TEST_F(ObservedStores, TellWhichWordsAreUnknownAndWhatStays) {
               ElementsAre("stores MdlsAmbientFailure \"0\": unknown word, word of 0, none as 0"));
 }
 
-TEST_F(ObservedStores, TellTheNumberInTheKey) {
+TEST_F(ObservedStores, ReportTheNumberInTheKey) {
   Observed observer;
   for (const char* key : {"Sensor_07_Bus", "Sensor_A_Bus", "Sensor_-1_Bus"}) {
     std::string text = key;
@@ -111,7 +112,7 @@ TEST_F(ObservedStores, TellTheNumberInTheKey) {
                           "stores  \"-1_Bus\": refused number"));
 }
 
-TEST_F(ObservedStores, TellWhichAttributesAreMissingOrUnknown) {
+TEST_F(ObservedStores, ReportWhichAttributesAreMissingOrUnknown) {
   EXPECT_THAT(Sensor("Zone", "1"), ElementsAre("stores Zone \"1\": unknown attribute"));
   Observed observer;
   std::string key = "Sensor_3";
@@ -126,7 +127,7 @@ TEST_F(ObservedStores, TellWhichAttributesAreMissingOrUnknown) {
               ElementsAre("stores CalculatedSunset \"1\": other key"));
 }
 
-TEST_F(ObservedStores, TellWhereAPointGoesAndWhyItDoesNot) {
+TEST_F(ObservedStores, ReportWhereAPointGoesOrWhyItGoesNowhere) {
   EXPECT_THAT(Sensor("Input_2_Index", "1"),
               ElementsAre("stores Index \"1\": stored, integer of 1, 1 as 1, index 2"));
   EXPECT_EQ(m_Destination, &dcioInputs[2].Index);
@@ -142,7 +143,7 @@ TEST_F(ObservedStores, TellWhereAPointGoesAndWhyItDoesNot) {
               ElementsAre("stores Output \"Output_2\": no attribute, index 2"));
 }
 
-TEST_F(ObservedStores, TellThatTheFirstSpeedOfAFanStays) {
+TEST_F(ObservedStores, ReportThatTheFirstSpeedOfAFanStays) {
   EXPECT_THAT(Sensor("Fan_1_Rpm", "1200"),
               ElementsAre("stores Fan_ \"1200\": stored, integer of 4, 1200 as 1200, index 1"));
   EXPECT_EQ(m_Container, &FanRpms);
@@ -152,7 +153,7 @@ TEST_F(ObservedStores, TellThatTheFirstSpeedOfAFanStays) {
               ElementsAre("stores Speed \"1300\": unknown attribute, index 1"));
 }
 
-TEST_F(ObservedStores, TellThePositionOfAVoltage) {
+TEST_F(ObservedStores, ReportThePositionOfAVoltage) {
   EXPECT_THAT(Sensor("PsrbVin_9_Volts", "5"),
               ElementsAre("stores PsrbVin_ \"5\": stored, number of 1, 5 as 5, index 0"));
   EXPECT_EQ(m_Container, &f_Psrb_InputVoltages);
@@ -160,7 +161,7 @@ TEST_F(ObservedStores, TellThePositionOfAVoltage) {
               ElementsAre("stores PsrbVin_ \"PsrbVin_9\": not volts, index 1"));
 }
 
-TEST_F(ObservedStores, TellThatAnAmbientReadingIsReplaced) {
+TEST_F(ObservedStores, ReportThatAnAmbientReadingIsReplaced) {
   Send(Status_DimmingMode, "DimmingMode", "manual");
   Send(Status_MdlsAmbientOverride, "MdlsAmbientOverride", "1");
   EXPECT_THAT(Sensor("Ambient", "80"),
@@ -169,7 +170,7 @@ TEST_F(ObservedStores, TellThatAnAmbientReadingIsReplaced) {
   EXPECT_EQ(m_Destination, &u16_Ambient);
 }
 
-TEST_F(ObservedStores, TellBothPlacesOfAColumnCount) {
+TEST_F(ObservedStores, ReportBothPlacesOfAColumnCount) {
   EXPECT_THAT(Send(Status_TtableColumns, "TtableColumns", "15"),
               ElementsAre("stores TtableColumns \"15\": stored, integer of 2, 15 as 15",
                           "stores TtableColumns \"15\": stored, integer plus one of 2, 16 as 16"));

@@ -22,11 +22,11 @@ observe::CycleEnds EndWith(int result) {
   return end;
 }
 
-void TellEnd(int result) {
+void ReportEnd(int result) {
   observe::Report([&] { return EndWith(result); });
 }
 
-// Asks for nothing: the call fails with EBADF, as reading from no file does.
+// Asks, and fails with EBADF, as reading from no file does.
 int AskInVain() {
   observe::Asks question;
   question.What = observe::Call::kRead;
@@ -55,16 +55,16 @@ class Throwing : public observe::Observer {
 
 TEST_F(ObserverTest, IsNobodyAtFirst) {
   EXPECT_EQ(CurrentObserver(), nullptr);
-  TellEnd(0);
+  ReportEnd(0);
 }
 
-TEST_F(ObserverTest, SeesWhatIsToldUntilItIsReplaced) {
+TEST_F(ObserverTest, SeesWhatIsReportedUntilItIsReplaced) {
   Observed first;
-  TellEnd(1);
+  ReportEnd(1);
   Throwing second;
   EXPECT_EQ(SetObserver(&second), &first);
   EXPECT_EQ(CurrentObserver(), &second);
-  TellEnd(2);
+  ReportEnd(2);
   EXPECT_THAT(first.All, ElementsAre("cycle ends 1"));
   EXPECT_EQ(second.Calls, 1);
 }
@@ -80,9 +80,9 @@ TEST_F(ObserverTest, FindsEventsByTheirType) {
 TEST_F(ObserverTest, ThatThrowsEndsTheObservation) {
   Throwing throwing;
   SetObserver(&throwing);
-  EXPECT_NO_THROW(TellEnd(0));
+  EXPECT_NO_THROW(ReportEnd(0));
   EXPECT_EQ(CurrentObserver(), nullptr);
-  TellEnd(0);
+  ReportEnd(0);
   EXPECT_EQ(throwing.Calls, 1);
 }
 
@@ -93,7 +93,7 @@ TEST_F(ObserverTest, MayRemoveItselfOrNameAnother) {
   first.Then = [&](const observe::Event&) { SetObserver(&second); };
   second.Then = [&](const observe::Event&) { SetObserver(nullptr); };
   for (int result = 1; result <= 3; ++result) {
-    TellEnd(result);
+    ReportEnd(result);
   }
   EXPECT_THAT(first.All, ElementsAre("cycle ends 1"));
   EXPECT_THAT(second.All, ElementsAre("cycle ends 2"));
@@ -107,17 +107,17 @@ TEST_F(ObserverTest, ThatThrowsAfterItNamedAnotherLeavesThatOneInPlace) {
     SetObserver(&second);
     throw std::runtime_error("afterwards");
   };
-  TellEnd(1);
-  TellEnd(2);
+  ReportEnd(1);
+  ReportEnd(2);
   EXPECT_THAT(second.All, ElementsAre("cycle ends 2"));
 }
 
 // An observer that ran a cycle of its own would otherwise see that one's events, and run another.
 TEST_F(ObserverTest, DoesNotSeeWhatItCallsItself) {
   Observed observer;
-  observer.Then = [](const observe::Event&) { TellEnd(2); };
-  TellEnd(1);
-  TellEnd(3);
+  observer.Then = [](const observe::Event&) { ReportEnd(2); };
+  ReportEnd(1);
+  ReportEnd(3);
   EXPECT_THAT(observer.All, ElementsAre("cycle ends 1", "cycle ends 3"));
 }
 
@@ -141,11 +141,11 @@ TEST_F(ObserverTest, DoesNotHoldUpTheEndOfItsThread) {
   observer.Then = [](const observe::Event&) { pthread_exit(nullptr); };
   bool went_on = false;
   std::thread([&] {
-    TellEnd(1);
+    ReportEnd(1);
     went_on = true;
   }).join();
   EXPECT_FALSE(went_on);
   observer.Then = nullptr;
-  TellEnd(2);
+  ReportEnd(2);
   EXPECT_THAT(observer.All, ElementsAre("cycle ends 1", "cycle ends 2"));
 }

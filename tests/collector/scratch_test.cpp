@@ -60,7 +60,7 @@ TEST_F(ScratchState, MakesNoPointsInAFreshProcess) {
   EXPECT_TRUE(board.Points.Outputs->Points.empty());
 }
 
-// Every comparison of scratch states in the tests rests on this.
+// Every comparison of scratch states in the tests relies on this.
 TEST_F(ScratchState, IsSavedComparedAndRestoredWhole) {
   EXPECT_GT(ScratchVariables().size(), 40U);
   for (const ScratchVariable& variable : ScratchVariables()) {

@@ -10,7 +10,7 @@ namespace {
 template <class T>
 requires std::is_arithmetic_v<T> || std::is_enum_v<T>
 void Append(std::ostream& out, const T& value) {
-  out << +value << ' ';  // the sign makes a number of an enumeration or a byte
+  out << +value << ' ';  // the plus prints an enumeration or a byte as a number
 }
 
 void Append(std::ostream& out, const BeaconRoundel& value) {
@@ -43,7 +43,7 @@ void Append(std::ostream& out, const T& list) {
   out << "] ";
 }
 
-// A value that none of them has at load.
+// A value that no variable has at load.
 template <class T>
 requires std::is_arithmetic_v<T> || std::is_enum_v<T>
 void FillValue(T* value) { *value = static_cast<T>(1); }

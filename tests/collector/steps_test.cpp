@@ -42,7 +42,7 @@ class StepsTest : public CycleTest {
   }
 };
 
-// The clock is read once: two readings could tell two times.
+// The clock is read once: two readings could differ.
 TEST_F(StepsTest, OfACycleAreProbeResetTimeStatementRows) {
   sandbox::SetRows({{"ThermalScaler", "1"}, {"ThermalScalerX", "2"}});
   Open();

@@ -23,7 +23,7 @@ T Stored(const rows::Parser& parser, const char* text, T before) {
   return before;
 }
 
-TEST(Readings, TellWhatWasReadBeforeItIsCut) {
+TEST(Readings, HoldWhatWasReadBeforeItIsCut) {
   const Reading integer = Read(rows::kInteger, " -70000x");
   EXPECT_EQ(integer.Is, Kind::kSigned);
   EXPECT_EQ(integer.Signed, -70000);

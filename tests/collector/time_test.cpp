@@ -1,4 +1,4 @@
-// The time fields, and the file that tells when the configuration was last changed.
+// The time fields, and the file with the time at which the configuration was last changed.
 
 #include <sys/stat.h>
 #include <unistd.h>
@@ -49,7 +49,7 @@ std::string Utc(std::time_t time) {
 
 TEST_F(TimeTest, IsLocalWithItsOffsetAndUtcWithout) {
   constexpr struct {
-    const char* Zone;  // its sign is the other way round
+    const char* Zone;  // its sign is the opposite
     int Seconds;
     const char* Offset;
   } kRows[] = {
@@ -68,7 +68,7 @@ TEST_F(TimeTest, IsLocalWithItsOffsetAndUtcWithout) {
   for (const auto& row : kRows) {
     SCOPED_TRACE(row.Zone);
     std::time_t before = 0;
-    do {  // until the second did not change in between
+    do {  // again when the second changed in between
       before = std::time(nullptr);
       GetTime(row.Zone);
     } while (std::time(nullptr) != before);
@@ -85,7 +85,7 @@ TEST_F(TimeTest, FollowsAChangedTimeZone) {
 }
 
 // The C library has one broken-down time for all callers of localtime and gmtime. What a host had
-// looked up there used to change under its hands.
+// looked up there used to change.
 TEST_F(TimeTest, LeavesTheBrokenDownTimeOfTheHostAlone) {
   for (auto* const look_up : {&std::localtime, &std::gmtime}) {
     constexpr std::time_t kLongAgo = 40000000;
@@ -95,7 +95,7 @@ TEST_F(TimeTest, LeavesTheBrokenDownTimeOfTheHostAlone) {
   }
 }
 
-TEST_F(TimeTest, TellsDaylightSaving) {
+TEST_F(TimeTest, ReportsDaylightSaving) {
   GetTime("WINTER0SUMMER,0/0,J365/25");  // summer all the year
   EXPECT_TRUE(m_Status.DaylightSaving);
   EXPECT_THAT(m_Status.LocalTime, testing::EndsWith("+01:00"));
@@ -157,7 +157,7 @@ TEST_F(TimeTest, OfTheConfigurationEndsAtAZeroByte) {
   EXPECT_EQ(Timestamp(), "");
 }
 
-// A file that a pipe stands for used to stop the cycle until somebody wrote.
+// A pipe in place of the file used to stop the cycle until somebody wrote.
 TEST_F(TimeTest, OfTheConfigurationDoesNotWaitForAPipe) {
   sandbox::WriteFile(kTimestamp, "");
   sandbox::RemoveFile(kTimestamp);
@@ -165,9 +165,9 @@ TEST_F(TimeTest, OfTheConfigurationDoesNotWaitForAPipe) {
   EXPECT_EQ(Timestamp(), "");
 }
 
-// Who may write the folder of the configuration, as a web server may, used to see every file that
-// the host may read in the document.
-TEST_F(TimeTest, OfTheConfigurationIsNotBehindALinkOfAnotherUser) {
+// Whoever could write the folder of the configuration, such as a web server, could read in the
+// document every file that the host may read.
+TEST_F(TimeTest, OfTheConfigurationIsNotReadThroughALinkOfAnotherUser) {
   sandbox::WriteFile("/secret", "secret");
   sandbox::WriteFile(kTimestamp, "");
   sandbox::RemoveFile(kTimestamp);

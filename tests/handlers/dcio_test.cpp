@@ -106,7 +106,7 @@ TEST_F(DcioHandler, StoresTheNumberOfARowWithoutAnAttribute) {
   EXPECT_EQ(Count(), 0U);
 }
 
-TEST_F(DcioHandler, TakesTheAttributeBehindTheFirstUnderscore) {
+TEST_F(DcioHandler, TakesTheAttributeAfterTheFirstUnderscore) {
   EXPECT_EQ(Dcio("DCIO__State", "6"), 0);
   EXPECT_EQ(u32_DCIO_State, 6U);
   EXPECT_EQ(Dcio("DCIO_1_2_State", "7"), 0);

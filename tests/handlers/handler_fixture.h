@@ -10,7 +10,7 @@
 #include "model/document.h"
 #include "tests/collector/scratch_variables.h"
 
-// A writable text in a buffer of exactly its size, so that reading beyond it is found out.
+// A writable text in a buffer of exactly its size, so that sanitizers find a read beyond it.
 class Text {
  public:
   Text(const char* text) {  // NOLINT(google-explicit-constructor): null stays null

@@ -202,7 +202,7 @@ TEST_F(ScalarHandler, ConsumesContentLevelAndThermalScalerWithoutATrace) {
   EXPECT_EQ(QtSts::WriteDocument(m_Status), before);
 }
 
-// The handlers that write to output 0, with a value that leaves a trace.
+// The handlers that write to output 0, with a value that changes it.
 constexpr struct {
   int (*Handler)(QtSts::CStatus*, char*, char*);
   const char* Key;

@@ -237,7 +237,7 @@ TEST_F(TtableHandler, LooksAtTheFirstCharacterOfANodeOnly) {
   EXPECT_EQ(Node("TtableDeviceNode_x9", "2"), 0);
   EXPECT_EQ(Node("TtableDeviceNode_ -2", "3"), 0);
   EXPECT_EQ(Node("TtableDeviceNode_'", "4"), 0);  // the character before '('
-  EXPECT_EQ(Node("TtableDeviceNode_:", "5"), 0);  // two behind '/'
+  EXPECT_EQ(Node("TtableDeviceNode_:", "5"), 0);  // the character after '/' and '0' to '9'
   EXPECT_EQ(Node("TtableDeviceNode_12-3", "6"), 0);
   EXPECT_THAT(Nodes(), ElementsAre("0/0/1", "1/0/2", "2/-2/3", "3/0/4", "4/0/5", "5/12/6"));
 }

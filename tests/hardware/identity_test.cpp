@@ -81,7 +81,7 @@ TEST_F(Guid, IsNotWaitedForWhenTheFileIsAPipe) {
   EXPECT_EQ(m_Status.GUID, "");
 }
 
-// What somebody writes into a pipe used to be the identity.
+// Whatever somebody wrote into a pipe used to become the identity.
 TEST_F(Guid, IsNotTakenFromAPipe) {
   Scenario().Folder("/home/Zet/.settings").Apply();
   ASSERT_EQ(mkfifo(kUuid, 0600), 0);
@@ -92,7 +92,7 @@ TEST_F(Guid, IsNotTakenFromAPipe) {
   EXPECT_EQ(m_Status.GUID, "");
 }
 
-// A terminal, which a sandbox has none of: "/pts/0".
+// A terminal, "/pts/0"; a sandbox has none.
 class Terminal {
  public:
   Terminal() {
@@ -122,8 +122,8 @@ int ControllingTerminal() {
   return terminal;
 }
 
-// A host that leads its session used to get the terminal behind such a link as its controlling one,
-// and to die when that was hung up.
+// A host that leads its session used to get the terminal that such a link leads to as its
+// controlling terminal, and to end when that was hung up.
 TEST_F(Guid, GivesTheHostNoControllingTerminal) {
   const Terminal terminal;
   ASSERT_TRUE(terminal.IsThere());
@@ -166,7 +166,7 @@ TEST_F(Ids, AreTheDriversAnswersTwoOfThemCrossed) {
                                                 "zetdisplay ioctl 0x8004DA5D", "zetdisplay close"));
 }
 
-TEST_F(Ids, FirstOneTellsTheProductFamily) {
+TEST_F(Ids, FirstOneDeterminesTheProductFamily) {
   SANDBOX_NEEDS_DEVICES();
   struct {
     int Id;
@@ -221,7 +221,7 @@ TEST_F(Ids, SerialIsHexadecimalText) {
   } const kRows[] = {
       {"0x00012AF0", 0x12AF0},          {"12AF0", 0x12AF0},         {"12af0\n", 0x12AF0}, {"", 0},
       {"123456789ABCDEF0", 0x9ABCDEF0},  // the low 32 bits
-      {"0x000000000000123", 0x12},       // what lies behind 16 characters is not read
+      {"0x000000000000123", 0x12},       // what follows 16 characters is not read
       {"00000000000000123", 0x12},      {"00000000000000000x1", 0}, {"1g", 119},
   };
   Identified().Apply();

@@ -259,7 +259,7 @@ TEST_F(Inputs, DviHasASignalUnlessTheDriverAnswersZero) {
   }
 }
 
-TEST_F(Inputs, RegistersBehindTheReadLimitAreNotSeen) {
+TEST_F(Inputs, RegistersBeyondTheReadLimitAreNotSeen) {
   SANDBOX_NEEDS_DEVICES();
   constexpr std::size_t kLimit = 2662;
   const std::string rows = "dss_detected_rows: 0x438";

@@ -66,7 +66,7 @@ TEST_F(Lease, OnTheIdentityIsWaitedFor) {
   EXPECT_EQ(m_Status.GUID, "abc");
 }
 
-TEST_F(Lease, OnAFileBehindALinkIsWaitedFor) {
+TEST_F(Lease, OnAFileThatALinkLeadsToIsWaitedFor) {
   Scenario().File("/data/uuid", "abc").Link(kUuid, "/data/uuid").Apply();
   const LeaseHolder holder("/data/uuid");
   EXPECT_EQ(m_Probe.GUID(), 0);

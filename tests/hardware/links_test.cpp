@@ -32,7 +32,7 @@ class EffectiveUser {
 
 class Links : public ProbeTest {
  protected:
-  // In a sandbox of an ordinary user nothing can belong to anybody else.
+  // An ordinary user's sandbox can hold no files of other users.
   void SetUp() override {
     Scenario().File("/secret", "secret").Folder(kSettings).Apply();
     if (!GiveTo(kOwner, "/home/Zet")) {
@@ -59,7 +59,7 @@ class Links : public ProbeTest {
   bool HasGuid() { return m_Probe.GUID() == 0; }
 };
 
-// The owner of the settings folder used to see every file that the host may read in the document.
+// The owner of the settings folder could read in the document every file that the host may read.
 TEST_F(Links, OfTheSettingsOwnerAreNotFollowed) {
   MakeLinkOf(kOwner, kUuid, "/secret");
   EXPECT_FALSE(HasGuid());
@@ -117,7 +117,7 @@ TEST_F(Links, OfRootThatLeadNowhereAreMissingFiles) {
   }
 }
 
-TEST_F(Links, OfOthersBehindThoseOfRootAreNotFollowed) {
+TEST_F(Links, OfOthersThatThoseOfRootLeadToAreNotFollowed) {
   MakeLink(kUuid, "current/uuid");
   WriteFile("/data/uuid", "secret");
   MakeLinkOf(kOwner, "/home/Zet/.settings/current", "/data");
@@ -160,7 +160,7 @@ TEST_F(Links, ToTheSerialNumberObeyTheSameRule) {
   EXPECT_EQ(m_Status.SerialNumber, 0x12AF0U);
 }
 
-// Everyone may write where the counters of link transitions stand.
+// Everyone may write to the folder of the counters of link transitions.
 TEST_F(Links, ToTheTransitionsObeyTheSameRule) {
   WriteFile("/secret", "17");
   MakeLinkOf(kOwner, kTransitions, "/secret");

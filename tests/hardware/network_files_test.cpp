@@ -14,7 +14,7 @@ constexpr char kEth0Carrier[] = "/sys/class/net/eth0/carrier";
 
 class Link : public ProbeTest {};
 
-TEST_F(Link, IsToldByTheCarrierFile) {
+TEST_F(Link, IsReadFromTheCarrierFile) {
   EXPECT_EQ(m_Probe.CheckHardwareLink("eth0"), 0) << "no file";
   WriteFile(kEth0Carrier, "1\n");
   EXPECT_EQ(m_Probe.CheckHardwareLink("eth0"), 0);
@@ -79,7 +79,7 @@ TEST_F(Link, ErrorsAreThoseOfTheFirstPlaceThatHoldsTheName) {
   EXPECT_EQ(m_Probe.NetworkLinkErrorCount("eth3"), -2147483647 - 1) << "the low 32 bits";
 }
 
-TEST_F(Link, ErrorsBehindTheReadLimitAreNotSeen) {
+TEST_F(Link, ErrorsBeyondTheReadLimitAreNotSeen) {
   constexpr std::size_t kLimit = 2048;
   const std::string counters = "eth0: 0 0 12";
   WriteFile(kLinkCounters, Padded(kLimit - counters.size(), counters + "3 0 0 0 0 0 0 0 5\n"));
@@ -188,7 +188,7 @@ TEST_F(NameServers, GoWhenTheResolverFileCannotBeRead) {
   EXPECT_THAT(Servers(), IsEmpty());
 }
 
-TEST_F(NameServers, BehindTheReadLimitOrAZeroByteAreNotSeen) {
+TEST_F(NameServers, BeyondTheReadLimitOrAZeroByteAreNotSeen) {
   constexpr std::size_t kLimit = 2662;
   const std::string server = "nameserver 8.8.8.8\n";
   WriteFile(kResolver, Padded(kLimit - server.size(), server + server));

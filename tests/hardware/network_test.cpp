@@ -98,7 +98,7 @@ TEST_F(Network, InterfaceWithoutRouteKeepsNoGateway) {
   EXPECT_EQ(Device(0)->Gateway, kNoAddress);
 }
 
-TEST_F(Network, ListsInterfacesInOrderOfFirstSight) {
+TEST_F(Network, ListsInterfacesInTheOrderOfTheirFirstEntries) {
   Scenario().Interface(Plain("zeta")).Interface(Plain("alpha")).Interface(Eth0()).Apply();
   EXPECT_EQ(Walk(0), "Dev Name zeta\r\nDev Name alpha\r\nDev Name eth0\r\n");
   EXPECT_THAT(Names(), ElementsAre("zeta", "alpha", "eth0"));
@@ -178,7 +178,7 @@ TEST_F(Network, LeavesOutInterfacesWhoseCarrierReadsZero) {
   }
 }
 
-TEST_F(Network, ListsInterfacesWhoseCarrierCannotBeTold) {
+TEST_F(Network, ListsInterfacesWhoseCarrierCannotBeRead) {
   Scenario().Interface(Plain("eth0")).Unopenable(kEth0Carrier).Apply();
   Walk(0);
   EXPECT_THAT(Names(), ElementsAre("eth0"));
@@ -347,7 +347,7 @@ TEST_F(Network, WalkEndsAtTheFirstAddressThatHasNoText) {
   }
 }
 
-TEST_F(Network, ListIsGivenBackUnlessTheWalkIsAbandoned) {
+TEST_F(Network, ListIsFreedUnlessTheWalkEndsEarly) {
   Scenario().Interface(Eth0()).Apply();
   const int held = InterfaceListsHeld();
   Walk(0);

@@ -1,4 +1,4 @@
-// An output port and the devices that tell of it.
+// An output port and the devices that report its state.
 #pragma once
 
 #include <cstdint>

@@ -76,7 +76,7 @@ TEST_F(OutputPort, WhoseRouterCannotBeOpenedIsAsIfThereWereNone) {
   EXPECT_EQ(m_Status.Outputs.Count(), 0U);
 }
 
-TEST_F(OutputPort, FrameRateIsToldInThousandths) {
+TEST_F(OutputPort, FrameRateIsAnsweredInThousandths) {
   SANDBOX_NEEDS_DEVICES();
   struct {
     int Answer;
@@ -130,8 +130,8 @@ TEST_F(OutputPort, SingleAnswerOfAllIsNotLost) {
   EXPECT_EQ(Output()->Statistics[0]->Second, 7);
 }
 
-// Each value asks for position 1 of its own: the first finds only what it appended at position 0
-// itself, and is dropped; the second appends at position 1.
+// Each value asks for position 1 separately: the first one appends at position 0, finds nothing at
+// position 1 and is dropped; the second one appends at position 1.
 TEST_F(OutputPort, SecondStatisticWithoutTheFirstLosesItsFirstValue) {
   SANDBOX_NEEDS_DEVICES();
   Scenario().Answer("travex", kStatistics[1][0], 5).Apply();
@@ -169,7 +169,7 @@ TEST_F(OutputPort, WithoutAnyAnswerAppearsOnlyForItsFlags) {
   EXPECT_EQ(Output()->Statistics.Count(), 0U);
 }
 
-TEST_F(OutputPort, WithoutRegisterDumpKeepsWhatTheRouterTold) {
+TEST_F(OutputPort, WithoutRegisterDumpKeepsWhatTheRouterAnswered) {
   SANDBOX_NEEDS_DEVICES();
   Healthy().Answer("zetdisplay", kLevel, 3).NoFile(kFrameControl).Apply();
   const Opens opens;
@@ -253,7 +253,7 @@ TEST_F(OutputPort, WatchdogMarkerOfAnyKindIsAnEvent) {
   EXPECT_EQ(Output()->StatusFlags, 0U);
 }
 
-TEST_F(OutputPort, RegistersBehindTheReadLimitAreNotSeen) {
+TEST_F(OutputPort, RegistersBeyondTheReadLimitAreNotSeen) {
   SANDBOX_NEEDS_DEVICES();
   const std::string scaler = "scale_output_width: 0x180";
   const std::size_t kLimit = 2662;
@@ -293,7 +293,7 @@ TEST_F(OutputPort, DumpIsReadAgainAfterASignal) {
   EXPECT_EQ(Output()->ScalerOutputArea.Width, 0x180U);
 }
 
-// What lies behind the first read, be it short, is not seen.
+// What follows the first read is not seen, even when that was short.
 TEST_F(OutputPort, DumpIsReadOnce) {
   SANDBOX_NEEDS_DEVICES();
   Healthy().File(kFrameControl, "scale_output_width: 0x180").Apply();
@@ -354,7 +354,7 @@ TEST_F(ContentLimit, WithoutRouterMakesNoOutput) {
   EXPECT_EQ(m_Status.Outputs.Count(), 0U);
 }
 
-TEST_F(ContentLimit, IsReadAlsoWhenTheOutputPortBrokeOff) {
+TEST_F(ContentLimit, IsReadAlsoWhenTheOutputPortFailed) {
   SANDBOX_NEEDS_DEVICES();
   Healthy().Answer("travex", 0x8004DA63, 11).NoDevice("zetdisplay").Apply();
   EXPECT_EQ(m_Probe.UpdateStatus(&m_Status), 0);

@@ -1,4 +1,4 @@
-// What the versions of a package database are, told on its whole text by plain searches.
+// The versions of a package database, found in its whole text by plain searches.
 #pragma once
 
 #include <algorithm>
@@ -6,7 +6,7 @@
 #include <string>
 #include <string_view>
 
-inline std::optional<std::string> VersionBehind(std::string_view packages, std::size_t position) {
+inline std::optional<std::string> VersionAfter(std::string_view packages, std::size_t position) {
   constexpr std::string_view kVersion = "Version: ";
   const std::size_t version = packages.find(kVersion, position);
   if (position == packages.npos || version == packages.npos) {
@@ -19,7 +19,7 @@ inline std::optional<std::string> ReferenceDistribution(std::string_view package
   const std::size_t package = packages.find("Package: qtm-distro");
   const std::size_t line_end =
       package == packages.npos ? packages.npos : packages.find('\n', package);
-  auto version = VersionBehind(packages, line_end);
+  auto version = VersionAfter(packages, line_end);
   if (version) {
     version->erase(std::min(version->find('\n'), version->size()));
   }
@@ -31,7 +31,7 @@ inline std::optional<std::string> ReferenceDisplayFirmware(std::string_view pack
   if (package == packages.npos) {
     package = packages.find("Package: display-firmware");
   }
-  auto version = VersionBehind(packages, package);
+  auto version = VersionAfter(packages, package);
   if (version) {
     version->erase(std::min(version->find_first_not_of("0123456789abcdef.-"), version->size()));
   }

@@ -34,7 +34,7 @@ constexpr HexRow kHexRows[] = {
     {"12\nnext: 0X1F", 31},
     {"12\nnext register: 0x1F\n", 31},
     {"00x1F", 31},
-    // Other bytes neither end the number nor are refused: they are folded in as they are.
+    // Other bytes neither end the number nor are refused: they are added as they are.
     {"1g", 119},
     {"8\t", 8 * 16 + 9},
     {"8,", 8 * 16 + ','},

@@ -100,14 +100,14 @@ constexpr ErrorRow kErrorRows[] = {
     {"", "eth0", 0},
     // The first occurrence wins, here "eth10:" of veth10.
     {kCounters, "eth1", 300},
-    // A glued first counter shifts the columns by one.
+    // A first counter without a blank before it shifts the columns by one.
     {"eth0:100 2 3 4 5 6 7 8 200 10 11 12 13 14 15 16\n", "eth0", 4 + 12},
     // Beyond the int range the low 32 bits count, and they are added as such.
     {"eth0: 0 0 2147483648 0 0 0 0 0 0 0 1 0 0 0 0 0\n", "eth0", -2147483647},
     {"eth0: 0 0 4294967297 0 0 0 0 0 0 0 18446744073709551615 0 0 0 0 0\n", "eth0", 0},
     {"eth0: 0 0 2147483647 0 0 0 0 0 0 0 1 0 0 0 0 0\n", "eth0", -2147483647 - 1},
     {"eth0: 0 0 -5 0 0 0 0 0 0 0 +3 0 0 0 0 0\n", "eth0", -2},
-    // Counters that are missing count 0, and the first that is no number ends the line.
+    // Missing counters are 0, and the first that is no number ends the line.
     {"eth0: 1 2 3 4", "eth0", 3},
     {"eth0: 1 2", "eth0", 0},
     {"eth0:", "eth0", 0},
@@ -132,7 +132,7 @@ std::vector<std::string> Servers(std::string_view resolver) {
   return hardware::ParseNameServers(ExactView(resolver));
 }
 
-TEST(NameServers, StandBehindTheirLabels) {
+TEST(NameServers, FollowTheirLabels) {
   EXPECT_THAT(Servers("nameserver 8.8.8.8\nnameserver 8.8.4.4\n"),
               ElementsAre("8.8.8.8", "8.8.4.4"));
   EXPECT_THAT(Servers("search example.com\n"), IsEmpty());

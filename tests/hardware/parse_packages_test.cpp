@@ -26,7 +26,7 @@ hardware::PackageVersions Search(const std::string& packages, std::size_t size) 
   return search.TakeVersions();
 }
 
-// The same whole and in small pieces, which no label fits into.
+// The same whole and in pieces that are smaller than any label.
 hardware::PackageVersions Search(const std::string& packages) {
   const auto whole = Search(packages, packages.size() + 1);
   for (const std::size_t size : {1, 2, 7, 24, 25}) {
@@ -58,7 +58,7 @@ TEST(FirmwareVersion, MatchesALongerPackageNameToo) {
   EXPECT_EQ(Firmware(Stanza("qtm-distro-extra", "1.0") + Stanza("qtm-distro", "2.0")), "1.0");
 }
 
-TEST(FirmwareVersion, IsSearchedFromTheLineBehindThePackage) {
+TEST(FirmwareVersion, IsSearchedFromTheLineAfterThePackage) {
   EXPECT_EQ(Firmware("Package: qtm-distro Version: 1\nVersion: 2\n"), "2");
   EXPECT_EQ(Firmware("Version: 1\nPackage: qtm-distro\nConfig-Version: 3\n"), "3");
 }
@@ -136,7 +136,7 @@ TEST(DisplayFirmwareVersion, OfDisplayFirmwareIsNotTakenWhenDispfwHasNone) {
             std::nullopt);
 }
 
-TEST(PackageVersions, MayHoldZeroBytesOrStandBehindThem) {
+TEST(PackageVersions, MayContainOrFollowZeroBytes) {
   using namespace std::string_literals;
   EXPECT_EQ(Firmware("\0Package: qtm-distro\0\nVersion: 4\0.1\n"s), "4\0.1"s);
   EXPECT_EQ(DisplayFirmware("\0Package: dispfw\0Version: 1.2\0003\n"s), "1.2");

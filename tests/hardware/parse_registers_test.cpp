@@ -15,7 +15,7 @@ using testing::IsEmpty;
 
 constexpr float kInfinity = std::numeric_limits<float>::infinity();
 
-// What the player's input becomes by the dump.
+// The player's input after the dump was parsed.
 QtSts::CPlayerInput* Parse(QtSts::CPlayerInput* input, const char* dump) {
   hardware::ParsePlayerInput(ExactText(dump), input);
   return input;
@@ -26,7 +26,7 @@ QtSts::CDigitalInput* Parse(QtSts::CDigitalInput* input, const char* dump) {
   return input;
 }
 
-TEST(Register, IsFoundAnywhereAndReadFromBehindItsLabel) {
+TEST(Register, IsFoundAnywhereAndReadFromTheEndOfItsLabel) {
   EXPECT_EQ(FindRegister("a: 0x1\nb: 0x2\n", "b: "), 2U);
   EXPECT_EQ(FindRegister("xb: 0x2 b: 0x3", "b: "), 2U);
   EXPECT_EQ(FindRegister("a: 0x1", "a: "), 1U);
@@ -182,7 +182,7 @@ TEST(VideoMux, RoutesTheDviSourceWhileBit2IsSet) {
   EXPECT_EQ(hardware::ParseRoutesDvi(""), std::nullopt);
 }
 
-TEST(VideoMux, ValueWithoutPrefixBehindABlankReadsAsZero) {
+TEST(VideoMux, ValueWithoutPrefixAfterABlankReadsAsZero) {
   EXPECT_EQ(hardware::ParseRoutesDvi("video mux status register: 4\n"), false);
 }
 

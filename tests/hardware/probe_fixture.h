@@ -18,13 +18,13 @@ inline constexpr char kRoutes[] = "/proc/net/route";
 inline constexpr char kLinkCounters[] = "/proc/net/dev";
 inline constexpr char kResolver[] = "/etc/resolv.conf";
 
-// `text` behind `size` bytes of padding.
+// `text` after `size` bytes of padding.
 std::string Padded(std::size_t size, const std::string& text);
 
 class ProbeTest : public testing::Test {
  protected:
   ProbeTest();
-  ~ProbeTest() override;  // leaves the limiter of the process to the next test as if never asked
+  ~ProbeTest() override;  // resets the limiter of the process for the next test
 
   // Standard output of the call.
   template <class Function>

@@ -38,7 +38,7 @@ TEST_F(Memory, FirstCachedIsAddedEvenTheTailOfAnotherLabelAndWithoutFree) {
   EXPECT_EQ(m_Status.MemoryFree, 1012) << "the last cycle's value is there still";
 }
 
-TEST_F(Memory, LabelsBehindTheReadLimitAreNotSeen) {
+TEST_F(Memory, LabelsBeyondTheReadLimitAreNotSeen) {
   const std::string total = "MemTotal: 123";
   constexpr std::size_t kLimit = 2048;
   Scenario().File(kMemory, Padded(kLimit - total.size(), total + "4 kB\nMemFree: 7 kB\n")).Apply();
@@ -55,8 +55,8 @@ TEST_F(Memory, WithoutAListStays) {
 
 class Uptime : public ProbeTest {
  protected:
-  // What the probe says in the `second` of the machine's life. The system counts the one that has
-  // begun; should it be over before the probe has asked, the attempt is repeated.
+  // What the probe reports in this second of the machine's uptime. The system counts the second
+  // that has begun; when it is over before the probe has asked, the attempt is repeated.
   std::string TextAt(long second) {
     struct sysinfo system;
     do {
@@ -75,7 +75,7 @@ TEST_F(Uptime, IsADurationWithOrWithoutAMemoryList) {
   EXPECT_EQ(TextAt(59), "P0DT0H0M59S");
 }
 
-TEST_F(Uptime, StaysWhenTheSystemDoesNotTell) {
+TEST_F(Uptime, StaysWhenTheSystemDoesNotAnswer) {
   WriteFile(kMemory, "MemTotal: 5 kB\n");
   const Failure failure(Call::kSysinfo);
   EXPECT_EQ(m_Probe.SystemMemoryKB(), 0);
@@ -97,7 +97,7 @@ TEST_F(Storage, IsThatOfTheRootFileSystem) {
 
 TEST_F(Storage, CountsBlocksInFoursIn32BitsAndThoseReservedAsFree) {
   const StorageEdit edit([](struct statfs* storage) {
-    storage->f_bsize = 512;  // not looked at
+    storage->f_bsize = 512;  // ignored
     storage->f_blocks = 0x40000001;
     storage->f_bfree = 1000;
     storage->f_bavail = 900;
@@ -107,7 +107,7 @@ TEST_F(Storage, CountsBlocksInFoursIn32BitsAndThoseReservedAsFree) {
   EXPECT_EQ(m_Status.StorageFree, 4000U);
 }
 
-TEST_F(Storage, StaysWhenTheSystemDoesNotTell) {
+TEST_F(Storage, StaysWhenTheSystemDoesNotAnswer) {
   const Failure failure(Call::kStatfs);
   EXPECT_EQ(m_Probe.SystemStorageKB(), 0);
   EXPECT_EQ(m_Status.StorageTotal, 100000U);

@@ -131,7 +131,7 @@ TEST_F(Tracker, ReportIsOneLineWhenTheDumpCannotBeOpenedAgain) {
   EXPECT_THAT(Logged(&log), ElementsAre(kBlankedLine));
 }
 
-TEST_F(Tracker, ReportHasLinesOfAnyLengthAndThoseBehindTheReadLimit) {
+TEST_F(Tracker, ReportHasLinesOfAnyLengthAndThoseBeyondTheReadLimit) {
   SANDBOX_NEEDS_DEVICES();
   const std::string long_line = "pixel_tracker " + std::string(9000, 'x') + " %s%n";
   Blanked()

@@ -129,8 +129,8 @@ TEST_F(Versions, StayWhenTheDatabaseCannotBeRead) {
 }
 
 // The two probes share one reading of the database only when it reaches the end. A read
-// that failed used to hide the version of the display as well.
-TEST_F(Versions, OfTheDisplayAreReadAgainWhenTheReadingBreaksOff) {
+// that failed used to lose the version of the display as well.
+TEST_F(Versions, OfTheDisplayAreReadAgainWhenReadingFails) {
   const std::string filler(150000, '\n');
   Scenario()
       .File(kPackages, filler + "Package: qtm-distro\nVersion: 4.1\n\n" + filler +
@@ -196,7 +196,7 @@ TEST_F(Versions, AreSearchedInLittleMemoryAndOnlyInTheFirstGiB) {
   WritePackagesAt(0, kFirst);
   WritePackagesAt(kCeiling - static_cast<off_t>(kLast.size()), kLast);
   WritePackagesAt(kCeiling, "34\nPackage: dispfw\nVersion: 5.6\n");
-  const pid_t child = fork();  // whose peak is its own
+  const pid_t child = fork();  // which has a peak of its own
   if (child == 0) {
     const long before = PeakMemoryKB();
     m_Probe.UpdateStatus(&m_Status);

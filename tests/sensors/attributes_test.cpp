@@ -245,7 +245,7 @@ TEST_F(SensorAttributes, TryExactNamesBeforeFamilies) {
 }
 
 TEST_F(SensorAttributes, TryPointsBeforeAnythingElse) {
-  // Whatever begins like a point is taken for one, and consumed when it is none.
+  // Whatever begins like a point is taken for one, and ignored when it is none.
   for (const char* const name : {"InputVoltage", "Inputs", "OutputVoltage", "input_Type"}) {
     EXPECT_EQ(Send(1, name, "5"), 0) << name;
   }
@@ -284,7 +284,7 @@ TEST_F(SensorAttributes, TakeInputAndOutputInAnyCaseButTheirAttributesOnlyAsThey
   }
 }
 
-TEST_F(SensorAttributes, FindTheNumberOfAPointBehindItsFirstUnderscore) {
+TEST_F(SensorAttributes, FindTheNumberOfAPointAfterItsFirstUnderscore) {
   Send(1, "Inputs on board_2_Label", "found");
   EXPECT_EQ(dcioInputs[2].Label, "found");
   Send(1, "Input_ 3_Label", "padded");
@@ -357,7 +357,7 @@ TEST_F(SensorAttributes, AppendNoVoltageWithoutVoltsInTheAttribute) {
   }
 }
 
-TEST_F(SensorAttributes, SortTheTypeOfASensorBehindItsOtherExactAttributes) {
+TEST_F(SensorAttributes, SortTheTypeOfASensorAfterItsOtherExactAttributes) {
   for (const rows::Attribute& attribute : sensors::ExactAttributes()) {
     EXPECT_LE(attribute.Name, "Type");
   }

@@ -164,7 +164,7 @@ TEST_F(Property, NoRowsLeaveALeakASharedElementABrokenListOrAStagedPointOfABuilt
     }
     ASSERT_FALSE(HasFailure());
   }
-  // The rows are worth something: they have built every kind, many times over.
+  // The rows are a real test: they have built every kind, many times over.
   EXPECT_EQ(classes.size(), sensors::SensorKinds().size());
   EXPECT_GT(m_Built, 1500U);
   EXPECT_GT(taken, 500U);

@@ -59,7 +59,7 @@ TEST_F(Records, OfEveryCanKindHaveTheCommonHeaderInBothPlacements) {
   }
 }
 
-TEST_F(Records, TellTheirFaceBehindAnInterfaceAndThreeKindsOnTheOwnBusesToo) {
+TEST_F(Records, ReportTheirFaceBehindAnInterfaceAndThreeKindsOnTheOwnBusesToo) {
   for (const sensors::SensorKind& kind : CanKinds()) {
     SCOPED_TRACE(kind.Text);
     const bool everywhere = kind.Code == kCanDcioAndFanRpm || kind.Code == kCanAirFlow ||
@@ -73,7 +73,7 @@ TEST_F(Records, TellTheirFaceBehindAnInterfaceAndThreeKindsOnTheOwnBusesToo) {
   }
 }
 
-TEST_F(Records, TellFaceZeroWhenNoFaceRowEverCame) {
+TEST_F(Records, ReportFaceZeroWhenNoFaceRowEverCame) {
   ClearScratch();
   EXPECT_THAT(BuildBehindRouter<CCANSensor>(kCanTemp).Face, Pointee(0U));
   EXPECT_THAT(BuildOwn<CCANSensor>(kCanAirFlow).Face, Pointee(0U));
@@ -109,7 +109,7 @@ TEST_F(Records, OfAnyOtherRevisionHaveIt) {
   }
 }
 
-TEST_F(Records, TellThatTheyAreDisconnectedOnEveryKind) {
+TEST_F(Records, ReportThatTheyAreDisconnectedOnEveryKind) {
   b_Connected = false;
   for (const sensors::SensorKind& kind : sensors::SensorKinds()) {
     SCOPED_TRACE(kind.Text);
@@ -241,7 +241,7 @@ TEST_F(Records, OfBeaconsLeaveOutTheReadingsThatAreAllOnes) {
   }
 }
 
-TEST_F(Records, OfBeaconsTellTheirReadingsOfZeroInAFreshProcess) {
+TEST_F(Records, OfBeaconsReportTheirReadingsOfZeroInAFreshProcess) {
   ClearScratch();
   const auto& beacon = BuildOwn<QtSts::CCANBeacon>(kCanBeacon);
   EXPECT_THAT(beacon.TemperatureKelvin, Pointee(0));

@@ -12,7 +12,7 @@ namespace {
 constexpr std::size_t kLongestKey = CSQLdatabase::kMaxAddressBytes;
 constexpr std::size_t kLongestValue = CSQLdatabase::kMaxValueBytes;
 
-// In braces the parts are made from left to right, which keeps the seed's promise.
+// In braces the parts are made from left to right, so that a seed always gives the same rows.
 std::string Join(std::initializer_list<std::string> parts) {
   std::string joined;
   for (const std::string& part : parts) {
@@ -56,7 +56,7 @@ std::string RowMaker::Any(std::span<const rows::Attribute> attributes) {
   return std::string(attributes[Below(attributes.size())].Name);
 }
 
-// As it is, in small or capital letters, cut short or with something behind it.
+// As it is, in small or capital letters, cut short or with something appended.
 std::string RowMaker::Spelt(std::string name) {
   switch (Below(8)) {
     case 0:

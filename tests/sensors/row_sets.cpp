@@ -12,8 +12,8 @@ using QtSts::CStatus;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-// A: unpadded numbers: "10" sorts before "1_", and a list that reaches as far as a number has that
-// sensor already, so 1, 2 and 3 are lost.
+// A: unpadded numbers: "10" sorts before "1_", and a list with an element at a number's position
+// has that sensor already, so 1, 2 and 3 are lost.
 Rows UnpaddedNumbers() {
   Rows rows;
   for (int n = 0; n <= 12; ++n) {
@@ -30,7 +30,7 @@ void ExpectTheFirstThreeLost(const CStatus& status, int /*cycle*/) {
 }
 
 // B: interfaces are found by their attribute count alone and their address is never updated; a
-// refused sensor leaves its interface behind.
+// refused sensor leaves an empty interface.
 Rows SensorsBehindInterfaces() {
   Rows rows;
   AddSensor(&rows, "0", {{"Address", "5"}, {"Location", "Local_CAN"}, {"Type", "CANTemp"}});
@@ -140,7 +140,7 @@ void ExpectItsPointsOnTheNextBoard(const CStatus& status, int /*cycle*/) {
   EXPECT_EQ(dcioInputs, decltype(dcioInputs)());
 }
 
-// D: fans spelt in lower case sort behind their board's type and feed the next board.
+// D: fans spelt in lower case sort after their board's type and go to the next board.
 Rows LateFans() {
   Rows rows;
   AddSensor(&rows, "0", {{"Type", "CANDcioAndFanRpm"}, {"fan_1_Rpm", "1000"}});

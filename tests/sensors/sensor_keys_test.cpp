@@ -1,4 +1,4 @@
-// How a "Sensor_" row is cut up, and what completes a sensor.
+// How a "Sensor_" row is split, and what completes a sensor.
 #include "sensors/sensor_keys.h"
 
 #include <gmock/gmock.h>
@@ -160,7 +160,7 @@ TEST_F(SensorKeys, WithoutASecondUnderscoreStoreTheNumberAlone) {
   EXPECT_EQ(m_Status.Sensors.Count(), 0U);
 }
 
-TEST_F(SensorKeys, HaveTheirAttributeBehindTheUnderscoreWhateverEndsTheNumber) {
+TEST_F(SensorKeys, HaveTheirAttributeAfterTheUnderscoreWhateverEndsTheNumber) {
   for (const char* const number : {"5", "5x", "5`", "5.5", "5 ", "x", ""}) {
     SCOPED_TRACE(number);
     u32_Address = 0;
@@ -213,7 +213,7 @@ TEST_F(SensorKeys, ClearNothingWhenTheSensorIsComplete) {
   const Scratch before = SaveScratch();
   Send(0, "Type", "CANTemp");
   EXPECT_EQ(SaveScratch(), before);
-  // So the next sensor inherits what its own rows do not tell.
+  // So the next sensor inherits what its own rows do not say.
   Send(1, {{"Address", "18"}, {"Type", "CANTemp"}});
   const auto& second = At<QtSts::CCANTempSensor>(m_Status.Sensors, 1);
   EXPECT_EQ(second.Address, 18U);
@@ -244,7 +244,7 @@ TEST(Strnicmp, ComparesTheFirstBytesWithoutRegardToCase) {
       {"Inpus", "Input", 5, -1},
       {"Inpuu", "Input", 5, 1},
       {"INPUS", "inputx", 4, 0},
-      // Folded to lower case: '_' stands before 'a', not behind 'A'.
+      // Compared in lower case: '_' comes before 'a', not after 'A'.
       {"_", "A", 1, -1},
       {"[", "a", 1, -1},
       // Bytes, not characters: beyond ASCII they are larger than any letter and have no case.
@@ -258,7 +258,7 @@ TEST(Strnicmp, ComparesTheFirstBytesWithoutRegardToCase) {
   }
 }
 
-TEST(Strnicmp, WalksOnBeyondATerminatingNul) {
+TEST(Strnicmp, DoesNotStopAtATerminatingNul) {
   EXPECT_EQ(Strnicmp("ab\0c", "AB\0C", 4), 0);
   EXPECT_EQ(Strnicmp("ab\0c", "ab\0d", 4), -1);
   EXPECT_EQ(Strnicmp("ab\0d", "ab\0c", 4), 1);

@@ -1,4 +1,4 @@
-// What the tables of attributes and kinds answer when they are asked.
+// What programs find when they look into the tables of attributes and kinds.
 #include <gmock/gmock.h>
 
 #include <set>

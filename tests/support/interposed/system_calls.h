@@ -1,7 +1,7 @@
-// Calls of the C library that this program puts itself in front of, because no fixture can bring
-// about what they then return: they fail (tests/support/interposed/failure.h), opens are recorded
-// and refused, and what others find is changed. Without an object of these classes and of Failure
-// every call goes through untouched.
+// Calls of the C library that this program replaces, because no fixture can make them answer so:
+// they fail (tests/support/interposed/failure.h), opens are recorded and refused, and the results of
+// others are changed. Without an object of these classes and of Failure every call does what it
+// always does.
 #pragma once
 
 #include <ifaddrs.h>
@@ -35,7 +35,7 @@ class Opens {
   std::vector<std::string> Paths() const;
   const std::vector<File>& Files() const { return files_; }
 
-  // Records the file; false when it is to be refused.
+  // Records the file; false when the open is to be refused.
   bool Admit(const std::string& path, int flags);
 
  private:
@@ -62,7 +62,7 @@ class InterfaceEdit {
   ~InterfaceEdit();
 };
 
-// How many lists of getifaddrs() have not been given back to freeifaddrs().
+// How many lists of getifaddrs() have not been freed with freeifaddrs().
 int InterfaceListsHeld();
 
 // Changes what statfs() finds, while it lives.
