@@ -280,6 +280,30 @@ TEST_F(Reading, SchemaThatChangesBetweenCyclesIsFollowed) {
   }
 }
 
+// docs/rows.md says what that does to the document.
+TEST_F(Reading, RowsComeInTheOrderThatTheColumnOfTheKeysHas) {
+  constexpr const char* kRows =
+      "INSERT INTO status VALUES('S_Type',1),('S_fan',2),(CAST('GUID' AS BLOB),3),('Title',4)";
+  Make(std::string("CREATE TABLE status(address TEXT PRIMARY KEY, value TEXT);") + kRows);
+  EXPECT_THAT(ReadRows(database_), ElementsAre(Pair("S_Type", "1"), Pair("S_fan", "2"),
+                                               Pair("Title", "4"), Pair("GUID", "3")));
+  Make(std::string("CREATE TABLE status(address TEXT COLLATE NOCASE, value TEXT);") + kRows);
+  EXPECT_THAT(ReadRows(database_), ElementsAre(Pair("S_fan", "2"), Pair("S_Type", "1"),
+                                               Pair("Title", "4"), Pair("GUID", "3")));
+}
+
+TEST_F(Reading, CollationOfTheWritersOwnFails) {
+  const auto compare = [](void*, int, const void*, int, const void*) { return 0; };
+  sqlite3* writer = nullptr;
+  ASSERT_EQ(sqlite3_open(file_.c_str(), &writer), SQLITE_OK);
+  sqlite3_create_collation(writer, "own", SQLITE_UTF8, nullptr, compare);
+  sqlite3_exec(writer, "CREATE TABLE status(address TEXT COLLATE own, value TEXT)", nullptr,
+               nullptr, nullptr);
+  sqlite3_close(writer);
+  ASSERT_EQ(database_.OpenDatabaseReadOnly(file_.c_str(), kNoMutex), 0);
+  EXPECT_EQ(Refusal(), "1:no such collation sequence: own");
+}
+
 TEST_F(Reading, StatementThatIsKeptHoldsNoLock) {
   Make(kTable);
   CppSQLite3Statement const kept = database_.m_DB.compileStatement(kSelect);
