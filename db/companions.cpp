@@ -14,6 +14,7 @@
 #include "db/file_lock.h"
 #include "db/file_system.h"
 #include "db/group_member.h"
+#include "db/guarded_files.h"
 
 namespace sqlitedb {
 
@@ -170,7 +171,7 @@ bool RemoveLitter(std::string const& file, FileStatus const& database) {
   Connection writer;
   if (sqlite3_open_v2(file.c_str(), &writer.file,
                       SQLITE_OPEN_READWRITE | SQLITE_OPEN_NOFOLLOW | SQLITE_OPEN_NOMUTEX,
-                      nullptr) != SQLITE_OK) {
+                      GuardedFiles()) != SQLITE_OK) {
     return false;
   }
   FileLock lock(writer.file);

@@ -288,3 +288,32 @@ TEST_F(Companions, EmptyLogOfAStrangerIsRefusedWhileTheDatabaseIsInUse) {
   ASSERT_EQ(other.Do("COMMIT"), "");
   EXPECT_THAT(ReadAll(file_), StartsWith("27:removed "));
 }
+
+namespace {
+
+// While it lives, the process opens databases without locks, unless it names the files to use.
+class DefaultFilesWithoutLocks {
+ public:
+  DefaultFilesWithoutLocks() { sqlite3_vfs_register(sqlite3_vfs_find("unix-none"), 1); }
+  DefaultFilesWithoutLocks(const DefaultFilesWithoutLocks&) = delete;
+  DefaultFilesWithoutLocks& operator=(const DefaultFilesWithoutLocks&) = delete;
+  ~DefaultFilesWithoutLocks() { sqlite3_vfs_register(before_, 1); }
+
+ private:
+  sqlite3_vfs* before_ = sqlite3_vfs_find(nullptr);
+};
+
+}  // namespace
+
+// Whether the database is in use used to be asked through what the host has made its default.
+TEST_F(Companions, HostWithOtherDefaultFilesLeavesWhatIsInUse) {
+  MakeRollback();
+  Put("-wal", kStranger, 0666);
+  Foreign other(file_);
+  ASSERT_EQ(other.Do("BEGIN; SELECT * FROM status"), "");
+  const DefaultFilesWithoutLocks files;
+  EXPECT_EQ(ReadAll(file_),
+            Refused(Path("-wal"), "belongs to user 65534, who may not write the database") + "\n");
+  ASSERT_EQ(other.Do("COMMIT"), "");
+  EXPECT_THAT(ReadAll(file_), StartsWith("27:removed "));
+}
