@@ -134,15 +134,15 @@ int CSQLdatabase::CreateTrigger(char const* name) {
 int CSQLdatabase::CreateTrigger(char const* name, Failure* failure) {
   return ReportFailure(failure, [&] {
     RequireName(name);
-    if (std::none_of(table_names_.begin(), table_names_.end(),
-                     [&](auto const& known) { return known.second == name; })) {
-      Run("SELECT 1 FROM sqlite_schema");  // a lock may be why the table could not be made
-      throw CppSQLite3Exception(SQLITE_ERROR, std::string("no such table: ") + name);
-    }
     std::string const table = Quoted(name);
     // SQLite looks for the columns of a trigger only when a writer comes, who must not suffer for
     // a table that was there before and has other columns.
     m_DB.compileStatement(("SELECT address, value FROM " + table).c_str());
+    if (std::none_of(table_names_.begin(), table_names_.end(),
+                     [&](auto const& known) { return known.second == name; })) {
+      throw CppSQLite3Exception(SQLITE_ERROR,
+                                std::string("CreateTable did not find or make table ") + name);
+    }
     for (char const* event : {"insert", "update"}) {
       Run("CREATE TRIGGER IF NOT EXISTS " + Quoted(std::string(name) + '_' + event + "_length") +
           " BEFORE " + event + " ON " + table + " BEGIN " +

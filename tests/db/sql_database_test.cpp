@@ -281,16 +281,18 @@ TEST_F(Database, OpeningAndCreatingReturnTheFailureThatTheyReport) {
 }
 
 TEST_F(Database, CreateTriggerNeedsATableOfCreateTable) {
-  MakeForeign(file_, kRowTable);
   ASSERT_EQ(OpenWrite(), 0);
   Expect(1, "1:no such table: status\n", [&] { return database_.CreateTrigger("status"); });
+  ASSERT_EQ(Foreign(file_).Do(kRowTable), "");
+  Expect(1, "1:CreateTable did not find or make table status\n",
+         [&] { return database_.CreateTrigger("status"); });
   ASSERT_EQ(database_.CreateTable("status", 100), 0);
   Expect(0, "", [&] { return database_.CreateTrigger("status"); });
   Expect(0, "", [&] { return database_.CreateTrigger("status"); });
   EXPECT_EQ(Foreign(file_).Get("SELECT count(*) FROM sqlite_schema WHERE type='trigger'"), "2");
 }
 
-// "no such table" used to be told of a table that was there.
+// "no such table" used to be reported of a table that was there.
 TEST_F(Database, CreateTriggerOfATableThatIsLockedReportsTheLock) {
   MakeForeign(file_, kRowTable);
   ASSERT_EQ(OpenWrite(), 0);
@@ -300,6 +302,9 @@ TEST_F(Database, CreateTriggerOfATableThatIsLockedReportsTheLock) {
   constexpr char const* kLocked = "5:database is locked\n";
   Expect(5, kLocked, [&] { return database_.CreateTable("status", 100); });
   Expect(5, kLocked, [&] { return database_.CreateTrigger("status"); });
+  ASSERT_EQ(writer.Do("COMMIT; PRAGMA locking_mode=NORMAL; SELECT * FROM status"), "");
+  Expect(1, "1:CreateTable did not find or make table status\n",
+         [&] { return database_.CreateTrigger("status"); });
 }
 
 TEST_F(Database, TriggersRefuseWhatIsTooLongAndSaySo) {
