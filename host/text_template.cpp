@@ -103,7 +103,7 @@ std::string Commas(const TreeValue& value) {
 }
 
 std::string Plain(const TreeValue& value, const std::string& written) {
-  if (value.Listed().Codes.Count > 0) {
+  if (!value.Listed().Codes.empty()) {
     return CodeName(value);
   }
   if (value.Kind() == ValueKind::kFlag) {

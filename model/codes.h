@@ -1,8 +1,8 @@
 // Codes of the document and the system's own names for them, each once.
 #pragma once
 
-#include <cstddef>
 #include <cstdint>
+#include <span>
 
 namespace QtSts {
 
@@ -12,17 +12,7 @@ struct Code {
 };
 
 // A table of codes; empty for a field that holds a plain value.
-struct CodeTable {
-  const Code* Begin = nullptr;
-  std::size_t Count = 0;
-
-  constexpr CodeTable() = default;
-  template <std::size_t kCount>
-  constexpr CodeTable(const Code (&codes)[kCount]) : Begin(codes), Count(kCount) {}  // NOLINT
-
-  constexpr const Code* begin() const { return Begin; }
-  constexpr const Code* end() const { return Begin + Count; }
-};
+using CodeTable = std::span<const Code>;
 
 // What an input element is; see CInput::GetType.
 enum InputType : std::uint32_t {

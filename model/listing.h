@@ -56,8 +56,8 @@ struct ClassInfo {
   CBaseStatus* (*Create)();  // null for a class that no list makes on its own
   const ClassInfo* Base;
   void* (*ToBase)(void* object);
-  const Field* Fields;
-  std::size_t FieldCount;
+  const Field* Fields;     // asked for through OwnFields
+  std::size_t FieldCount;  // likewise
 
   // Without those of its bases.
   constexpr std::span<const Field> OwnFields() const { return {Fields, FieldCount}; }
@@ -98,7 +98,7 @@ STATUS_API const Field* FieldNamed(const ClassInfo& info, std::string_view name)
 // Every listed class.
 STATUS_API std::span<const ClassInfo* const> Classes();
 
-// The same, ending with a null pointer.
+// The same, ending with a null pointer, for programs that were built for it.
 STATUS_API const ClassInfo* const* AllClasses();
 
 // True when `derived` is `base` or has it among its bases.

@@ -69,7 +69,7 @@ std::string Documentation(const Field& field) {
     text.append(separator).append(std::to_string(code.Value)).append(" ").append(code.Text);
     separator = ", ";
   }
-  if (field.Codes.Count > 0) {
+  if (!field.Codes.empty()) {
     text += ".";
   }
   return field.Optional ? text + " Absent when it is not reported." : text;

@@ -117,7 +117,7 @@ class TreeBuilder {
   void AddValue(const ListedField& field) {
     TreeValue& value = m_Tree.m_Values.emplace_back();
     value.m_Field = &field.Listed();
-    for (const auto& taker : kTakers) {
+    for (const Taker& taker : Takers()) {
       if (const void* const source = field.ValueIf(*taker.Type)) {
         value.m_Kind = taker.Kind;
         (this->*taker.Take)(source, &value);
@@ -157,7 +157,7 @@ class TreeBuilder {
     ValueKind Kind;
     void (TreeBuilder::*Take)(const void* source, TreeValue* value);
   };
-  static const Taker kTakers[11];
+  static std::span<const Taker> Takers();
 
   void SetPointers() {
     const TreeValue* values = m_Tree.m_Values.data();
@@ -182,19 +182,23 @@ class TreeBuilder {
   std::string m_Clean;  // room for one text
 };
 
-constinit const TreeBuilder::Taker TreeBuilder::kTakers[11] = {
-    {&listing::kUInt32, ValueKind::kUnsigned, &TreeBuilder::TakeUnsigned<std::uint32_t>},
-    {&listing::kBool, ValueKind::kFlag, &TreeBuilder::TakeUnsigned<bool>},
-    {&listing::kFloat, ValueKind::kFloat, &TreeBuilder::TakeFloat},
-    {&listing::kText, ValueKind::kText, &TreeBuilder::TakeText},
-    {&listing::kUInt16, ValueKind::kUnsigned, &TreeBuilder::TakeUnsigned<std::uint16_t>},
-    {&listing::kUInt64, ValueKind::kUnsigned, &TreeBuilder::TakeUnsigned<std::uint64_t>},
-    {&listing::kInt32, ValueKind::kSigned, &TreeBuilder::TakeSigned<std::int32_t>},
-    {&listing::kUInt8, ValueKind::kUnsigned, &TreeBuilder::TakeUnsigned<std::uint8_t>},
-    {&listing::kInt64, ValueKind::kSigned, &TreeBuilder::TakeSigned<std::int64_t>},
-    {&listing::kDouble, ValueKind::kDouble, &TreeBuilder::TakeDouble},
-    {&listing::kFloats, ValueKind::kReals, &TreeBuilder::TakeReals},
-};
+// One for each type of scalar, the frequent ones first.
+std::span<const TreeBuilder::Taker> TreeBuilder::Takers() {
+  static constexpr Taker kTakers[] = {
+      {&listing::kUInt32, ValueKind::kUnsigned, &TreeBuilder::TakeUnsigned<std::uint32_t>},
+      {&listing::kBool, ValueKind::kFlag, &TreeBuilder::TakeUnsigned<bool>},
+      {&listing::kFloat, ValueKind::kFloat, &TreeBuilder::TakeFloat},
+      {&listing::kText, ValueKind::kText, &TreeBuilder::TakeText},
+      {&listing::kUInt16, ValueKind::kUnsigned, &TreeBuilder::TakeUnsigned<std::uint16_t>},
+      {&listing::kUInt64, ValueKind::kUnsigned, &TreeBuilder::TakeUnsigned<std::uint64_t>},
+      {&listing::kInt32, ValueKind::kSigned, &TreeBuilder::TakeSigned<std::int32_t>},
+      {&listing::kUInt8, ValueKind::kUnsigned, &TreeBuilder::TakeUnsigned<std::uint8_t>},
+      {&listing::kInt64, ValueKind::kSigned, &TreeBuilder::TakeSigned<std::int64_t>},
+      {&listing::kDouble, ValueKind::kDouble, &TreeBuilder::TakeDouble},
+      {&listing::kFloats, ValueKind::kReals, &TreeBuilder::TakeReals},
+  };
+  return kTakers;
+}
 
 namespace {
 

@@ -269,7 +269,7 @@ TEST(Listing, HoldsExactlyOneKindOfThingInAField) {
       SCOPED_TRACE(std::string(info->Name) + "/" + field->Name);
       EXPECT_NE(field->Scalar != nullptr, field->Record != nullptr);
       EXPECT_TRUE(field->Elements == nullptr || field->Record != nullptr);
-      EXPECT_TRUE(field->Codes.Count == 0 || field->Scalar != nullptr);
+      EXPECT_TRUE(field->Codes.empty() || field->Scalar != nullptr);
     }
   }
 }
