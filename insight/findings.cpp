@@ -1,9 +1,248 @@
 #include "insight/findings.h"
 
-namespace insight {
+#include <algorithm>
+#include <cmath>
+#include <utility>
 
-std::vector<Finding> FindFindings(const Snapshot& /*snapshot*/, const Limits& /*limits*/) {
-  return {};
+#include "insight/finding_rules.h"
+#include "insight/finding_texts.h"
+#include "insight/origins.h"
+#include "insight/places.h"
+#include "insight/reading_rules.h"
+#include "model/document.h"
+
+namespace insight {
+namespace {
+
+using QtSts::TreeElement;
+using QtSts::TreeValue;
+
+constexpr const char* kDatabaseFile = "/dev/shm/status.db";
+
+Finding Make(const char* id, Severity level, std::string message, const char* hint) {
+  Finding finding;
+  finding.Id = id;
+  finding.Level = level;
+  finding.Message = std::move(message);
+  finding.Hint = hint;
+  return finding;
+}
+
+class Finder {
+ public:
+  Finder(const Snapshot& snapshot, const Limits& limits)
+      : m_Snapshot(snapshot), m_Limits(limits), m_Origins(snapshot) {}
+
+  std::vector<Finding> Run() {
+    FindInSources();
+    FindInDatabase();
+    for (const TreeElement& element : m_Snapshot.Document.Elements()) {
+      FindInValues(element);
+      FindImpossible(element);
+      FindInReadings(element);
+    }
+    FindInRows();
+    std::ranges::stable_sort(m_Findings, {}, &Finding::Level);
+    return std::move(m_Findings);
+  }
+
+ private:
+  static bool NeedsAttention(const Source& source) {
+    return source.Required && source.State != SourceState::kOk;
+  }
+
+  // The required source that stopped the probe before `source`, so that its finding says it; null
+  // when there is none.
+  const Source* StopperOf(const Source& source) const {
+    if (source.State != SourceState::kNotAsked || source.StoppedBy == source.Id) {
+      return nullptr;
+    }
+    const auto stopper = std::ranges::find(m_Snapshot.Sources, source.StoppedBy, &Source::Id);
+    if (stopper == m_Snapshot.Sources.end() || !NeedsAttention(*stopper)) {
+      return nullptr;
+    }
+    const Source* const first = StopperOf(*stopper);
+    return first != nullptr ? first : &*stopper;
+  }
+
+  void FindInSources() {
+    for (const Source& source : m_Snapshot.Sources) {
+      if (NeedsAttention(source) && StopperOf(source) == nullptr) {
+        const auto rule = std::ranges::find(SourceRules(), source.State, &SourceRule::State);
+        std::string message = source.Name + " " + rule->Message;
+        message += source.Reason.empty() ? "" : ": " + source.Reason;
+        message += NotAskedAfter(source);
+        m_Findings.push_back(Make(rule->Id, Severity::kUnknown, message, rule->Hint));
+        m_Findings.back().Source = source.Id;
+      }
+    }
+  }
+
+  // "; therefore not asked: statistics, registers".
+  std::string NotAskedAfter(const Source& stopper) const {
+    std::string names;
+    for (const Source& source : m_Snapshot.Sources) {
+      if (StopperOf(source) == &stopper) {
+        names += (names.empty() ? "; therefore not asked: " : ", ") + source.Name;
+      }
+    }
+    return names;
+  }
+
+  void FindInDatabase() {
+    const bool told = std::ranges::any_of(m_Snapshot.Sources, [](const Source& source) {
+      return source.Id == kDatabaseSource && NeedsAttention(source);
+    });
+    if (m_Snapshot.Result != 0 && !told) {
+      AddOfDatabase("cycle-failed", Severity::kUnknown, "not all rows of the database were read",
+                    "the reason on standard error");
+    }
+    if (m_Snapshot.Result == 0 && m_Snapshot.Rows.empty()) {
+      AddOfDatabase("no-rows", Severity::kUnknown, "the database has no rows",
+                    "whether the programs that write rows run");
+    }
+    if (m_Snapshot.Database.EveryoneMayWrite) {
+      AddOfDatabase("database-writable", Severity::kWarning, "every user may write the database",
+                    "its mode: no user but those who write rows may write it");
+    }
+    if (const auto unchanged = m_Snapshot.Database.Unchanged) {
+      FindInAge(*unchanged);
+    }
+  }
+
+  // Rows of a database that nobody writes say nothing about now.
+  void FindInAge(std::chrono::seconds unchanged) {
+    constexpr const char* kName = "database-age";
+    const auto seconds = static_cast<double>(unchanged.count());
+    const Limit& limit = m_Limits.Of(kName);
+    if (!limit.Critical.Holds(seconds) || !limit.Warning.Holds(seconds)) {
+      AddOfDatabase(kName, limit.Critical.Holds(seconds) ? Severity::kUnknown : Severity::kCritical,
+                    "the database has not changed for " + Duration(unchanged),
+                    "whether the programs that write rows run");
+      m_Findings.back().Value = seconds;
+    }
+  }
+
+  void AddOfDatabase(const char* id, Severity level, std::string message, const char* hint) {
+    m_Findings.push_back(Make(id, level, std::move(message), hint));
+    m_Findings.back().Where = kDatabaseFile;
+    m_Findings.back().Source = kDatabaseSource;
+  }
+
+  // Adds `finding` with what is known of its value; not when that is not reported.
+  void Add(Finding finding, const TreeElement& element, const FoundValue& found,
+           const char* key = nullptr, std::optional<double> number = {}) {
+    finding.Value = number;
+    finding.Path = found.Holder->PathOf(*found.Value);
+    if (!m_Snapshot.IsReported(finding.Path)) {
+      return;
+    }
+    finding.Where = PlaceOf(element);
+    m_Origins.Name(&finding, element, key);
+    m_Findings.push_back(std::move(finding));
+  }
+
+  void FindInValues(const TreeElement& element) {
+    for (const ValueRule& rule : ValueRules()) {
+      const FoundValue found = FindIn(element, rule.Class, rule.Field);
+      if (found.Value != nullptr && rule.NeedsAttention(element, *found.Value) &&
+          (!rule.OnlyWhileConnected || IsOfConnected(element))) {
+        Add(Make(rule.Id, rule.Level, Told(rule.Message, *found.Value), rule.Hint), element, found,
+            rule.Key);
+      }
+    }
+  }
+
+  void AddImpossible(const TreeElement& element, const FoundValue& found, std::string message,
+                     const char* hint) {
+    Add(Make("reading-impossible", Severity::kUnknown, std::move(message), hint), element, found);
+  }
+
+  // Not a number, or infinite, in any field.
+  void FindImpossible(const TreeElement& element) {
+    for (const TreeValue& value : element.Values()) {
+      if (IsInfinite(value) && !IsOfStandingClock(element) && IsOfConnected(element)) {
+        AddImpossible(
+            element, {&element, &value},
+            std::string(value.Listed().Name) + " is not a finite number: " + value.Written(),
+            "the source of this value, or the program that writes its row");
+      }
+    }
+  }
+
+  static bool IsInfinite(const TreeValue& value) {
+    const auto infinite = [](double number) { return !std::isfinite(number); };
+    return infinite(NumberOf(value)) || (value.Kind() == QtSts::ValueKind::kReals &&
+                                         std::ranges::any_of(value.Reals(), infinite));
+  }
+
+  // The clock of an input without a signal stands, as it should.
+  static bool IsOfStandingClock(const TreeElement& element) {
+    const TreeElement* const input = element.Parent();
+    return input != nullptr && input->IsA(QtSts::CInput::Class) &&
+           !input->FindValue("SignalPresent")->Flag();
+  }
+
+  void FindInReadings(const TreeElement& element) {
+    for (const ReadingRule& rule : ReadingRules()) {
+      const FoundValue found = FindIn(element, rule.Class, rule.Field);
+      if (found.Value == nullptr || !std::isfinite(NumberOf(*found.Value))) {
+        continue;
+      }
+      const double number = NumberOf(*found.Value);
+      const std::string_view unit = found.Value->Listed().Unit;
+      if (!rule.Possible.Holds(number)) {
+        if (IsOfConnected(element)) {
+          AddImpossible(element, found,
+                        std::string(rule.What) + " " + WithUnit(Rounded(number), unit) +
+                            " is not possible: outside of " + Rounded(rule.Possible.Least) +
+                            " to " + WithUnit(Rounded(rule.Possible.Most), unit),
+                        rule.Hint);
+        }
+      } else if (rule.Limit != nullptr) {
+        FindOutside(element, rule, found);
+      }
+    }
+  }
+
+  void FindOutside(const TreeElement& element, const ReadingRule& rule, const FoundValue& found) {
+    const std::optional<double> number = rule.Read(element, *found.Value);
+    const Limit& limit = m_Limits.Of(rule.Limit);
+    if (!number || (limit.Warning.Holds(*number) && limit.Critical.Holds(*number)) ||
+        !IsOfConnected(element)) {
+      return;
+    }
+    const bool critical = !limit.Critical.Holds(*number);
+    const Range& range = critical ? limit.Critical : limit.Warning;
+    Add(Make(rule.Limit, critical ? Severity::kCritical : Severity::kWarning,
+             OutsideOf(range, rule.What, *number, UnitOf(rule.Limit)), rule.Hint),
+        element, found, nullptr, *number);
+  }
+
+  void FindInRows() {
+    const auto is_error = [](const Row& row) { return row.Class() == OutcomeClass::kError; };
+    const auto first = std::ranges::find_if(m_Snapshot.Rows, is_error);
+    if (first == m_Snapshot.Rows.end()) {
+      return;
+    }
+    const auto errors = std::count_if(first, m_Snapshot.Rows.end(), is_error);
+    AddOfDatabase("row-errors", Severity::kWarning,
+                  errors == 1 ? "a row has an error" : std::to_string(errors) + " rows have errors",
+                  "`statuscollector explain --problems` names them and the cure");
+    m_Findings.back().Key = first->Key;
+    m_Findings.back().Value = static_cast<double>(errors);
+  }
+
+  const Snapshot& m_Snapshot;
+  const Limits& m_Limits;
+  Origins m_Origins;
+  std::vector<Finding> m_Findings;
+};
+
+}  // namespace
+
+std::vector<Finding> FindFindings(const Snapshot& snapshot, const Limits& limits) {
+  return Finder(snapshot, limits).Run();
 }
 
 }  // namespace insight

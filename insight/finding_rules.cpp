@@ -1,0 +1,144 @@
+#include "insight/finding_rules.h"
+
+#include <algorithm>
+#include <cmath>
+#include <cstdint>
+#include <string_view>
+
+#include "model/beacons.h"
+#include "model/can_sensors.h"
+#include "model/codes.h"
+#include "model/dcio_boards.h"
+#include "model/document.h"
+
+namespace insight {
+namespace {
+
+using QtSts::TreeElement;
+using QtSts::TreeValue;
+
+bool IsFalse(const TreeElement&, const TreeValue& value) { return !value.Flag(); }
+bool IsZero(const TreeElement&, const TreeValue& value) { return value.Written() == "0"; }
+bool IsNotZero(const TreeElement&, const TreeValue& value) { return value.Written() != "0"; }
+
+template <std::uint32_t kFlag>
+bool HasFlag(const TreeElement&, const TreeValue& value) {
+  return (value.Unsigned() & kFlag) != 0;
+}
+
+bool IsOverridden(const TreeElement&, const TreeValue& value) {
+  return value.CodeName() != nullptr && std::string_view(value.CodeName()) == "override";
+}
+
+// A schedule may darken a display on purpose.
+bool IsZeroUnscheduled(const TreeElement& element, const TreeValue& value) {
+  const TreeValue* const mode = element.FindValue("DimmingMode");
+  return value.Real() == 0 &&
+         (mode->CodeName() == nullptr || std::string_view(mode->CodeName()) != "schedule");
+}
+
+// "0x0000000000000000" has no error.
+bool HasDigitAboveZero(const TreeElement&, const TreeValue& value) {
+  return value.Text().find_first_of("123456789abcdefABCDEF") != std::string_view::npos;
+}
+
+bool HoldsZero(const TreeElement&, const TreeValue& value) {
+  return std::ranges::any_of(value.Reals(),
+                             [](float real) { return real == 0 && !std::signbit(real); });
+}
+
+bool IsFalseWhileSelected(const TreeElement& element, const TreeValue& value) {
+  const TreeValue* const selected = element.FindValue("MultiplexerSelected");
+  return !value.Flag() && selected != nullptr && selected->Flag();
+}
+
+constexpr Severity kCritical = Severity::kCritical;
+constexpr Severity kWarning = Severity::kWarning;
+constexpr const char* kNoRow = "";
+
+// Critical is what darkens the display or a part of it, or soon harms it.
+constexpr ValueRule kValueRules[] = {
+    {"error-flags", kWarning, QtSts::CStatus::Class, "ErrorFlags", &HasDigitAboveZero,
+     "error flags {} are set", "the program that writes row ErrorFlags says what they mean"},
+    {"power-off", kCritical, QtSts::COutput::Class, "StatusFlags", &HasFlag<QtSts::kFlagPowerOff>,
+     "display power is off", "switch, breaker and contactor of the display's power", false, kNoRow},
+    {"output-blanked", kCritical, QtSts::COutput::Class, "StatusFlags",
+     &HasFlag<QtSts::kFlagTrackerBlanked>, "output blanked by the pixel tracker",
+     "the content: it drove too many pixels too brightly; then the tracker's registers", false,
+     kNoRow},
+    {"watchdog-event", kWarning, QtSts::COutput::Class, "StatusFlags",
+     &HasFlag<QtSts::kFlagWatchdogEvent>, "watchdog event recorded since the start",
+     "the system log of that time: what hung", false, kNoRow},
+    {"ambient-failed", kWarning, QtSts::COutput::Class, "StatusFlags",
+     &HasFlag<QtSts::kFlagAmbientFailure>, "ambient light sensor failed",
+     "the light sensor and its cable; the brightness does not follow the daylight", false,
+     "MdlsAmbientFailure"},
+    {"ambient-override", kWarning, QtSts::COutput::Class, "StatusFlags",
+     &HasFlag<QtSts::kFlagAmbientOverride>, "ambient light is overridden",
+     "who has overridden it; the brightness does not follow the daylight", false,
+     "MdlsAmbientOverride"},
+    {"dimming-override", kWarning, QtSts::CDimming::Class, "DimmingMode", &IsOverridden,
+     "brightness is overridden", "who has overridden it, and whether it is still wanted"},
+    {"display-dark", kWarning, QtSts::CDimming::Class, "ActualDimmingLevel", &IsZeroUnscheduled,
+     "brightness in force is 0 %", "dimming mode, light sensors, and who asks for the level"},
+    {"fans-override", kWarning, QtSts::CFans::Class, "Override", &IsNotZero,
+     "fans are overridden: {}", "who has overridden them, and whether it is still wanted"},
+    {"input-without-signal", kCritical, QtSts::CInput::Class, "SignalPresent",
+     &IsFalseWhileSelected, "selected input has no signal",
+     "the player or the cable at this input, then the choice of the input"},
+    {"door-open", kWarning, QtSts::CDoorSwitch::Class, "State", &IsNotZero, "door open",
+     "close the door, or see whether its switch is right"},
+    {"door-open", kWarning, QtSts::CDoorSensorInputType::Class, "State", &IsNotZero, "door open",
+     "close the door, or see whether its contact is right"},
+    {"power-monitor-inactive", kWarning, QtSts::CPowerMonitor::Class, "State", &IsZero,
+     "power monitor reports no power", "the supply or breaker that it monitors"},
+    {"sensor-disconnected", kWarning, QtSts::CSensor::Class, "Connected", &IsFalse,
+     "sensor is not connected", "its plug, cable and address; its readings are old, if any"},
+    {"fan-stopped", kWarning, QtSts::CCANFanRpmSensor::Class, "CurrentRpm", &IsZero,
+     "fan stands still", "the fan: blocked, unplugged or worn out", true},
+    {"fan-stopped", kWarning, QtSts::FanRpm::Class, "Rpm", &IsZero, "fan stands still",
+     "the fan: blocked, unplugged or worn out", true},
+    {"power-supply-relay", kWarning, QtSts::CPowerSupplyStatusRelayInputType::Class, "State",
+     &IsZero, "power supply is not active by its status relay",
+     "the power supply at this input: its lamps, its input, its fuse", true},
+    {"power-supply-errors", kWarning, QtSts::CCANPsrbSensor::Class, "HardwareErrors", &IsNotZero,
+     "power supply hardware errors 0x{0x}", "the power supplies of this board"},
+    {"power-supply-input", kWarning, QtSts::CCANPsrbSensor::Class, "InputVoltages", &HoldsZero,
+     "power supply input at 0 V: {}", "fuse and wiring of that input", true},
+    {"power-supply-output", kCritical, QtSts::CCANPsrbSensor::Class, "OutputVoltages", &HoldsZero,
+     "power supply output at 0 V: {}", "the power supply of that output, and its load", true},
+    {"isolation-input", kWarning, QtSts::CCANIsolationBoardSensor::Class, "InputVoltage", &IsZero,
+     "isolation board input at 0 V", "the supply of the board", true},
+    {"isolation-output", kCritical, QtSts::CCANIsolationBoardSensor::Class, "OutputVoltage",
+     &IsZero, "isolation board output at 0 V", "the board and what it feeds", true},
+    {"lamp-errors", kWarning, QtSts::CBeaconRecord::Class, "ErrorFlags", &IsNotZero,
+     "lamp reports errors 0x{0x}", "the lamp and its cable"},
+    {"red-leds-failed", kWarning, QtSts::CBeaconRecord::Class, "RedLedErrorCount", &IsNotZero,
+     "{} red LEDs failed", "the lamp"},
+    {"amber-leds-failed", kWarning, QtSts::CBeaconRecord::Class, "AmberLedErrorCount", &IsNotZero,
+     "{} amber LEDs failed", "the lamp"},
+};
+
+constexpr SourceRule kSourceRules[] = {
+    {SourceState::kMissing, "source-missing", "is missing",
+     "for a device node or a file of /proc: whether its driver is loaded; for the database: "
+     "whether "
+     "its host runs"},
+    {SourceState::kDenied, "source-denied", "may not be read by this user",
+     "its owner, group and mode"},
+    {SourceState::kNoAnswer, "source-silent", "does not answer", "its driver and its device"},
+    {SourceState::kEmpty, "source-empty", "is empty", "its driver, or the program that writes it"},
+    {SourceState::kMalformed, "source-malformed", "does not hold what is looked for",
+     "its driver, or the program that writes it"},
+    {SourceState::kLocked, "source-locked", "is locked by another program",
+     "which program holds it, and for how long"},
+    {SourceState::kFailed, "source-failed", "cannot be read", "the reason, and the system log"},
+    {SourceState::kNotAsked, "source-not-asked", "was not asked", "the source that came before it"},
+};
+
+}  // namespace
+
+std::span<const ValueRule> ValueRules() { return kValueRules; }
+std::span<const SourceRule> SourceRules() { return kSourceRules; }
+
+}  // namespace insight

@@ -1,0 +1,66 @@
+#include "insight/findings.h"
+
+namespace insight {
+namespace {
+
+constexpr Severity kCritical = Severity::kCritical;
+constexpr Severity kUnknown = Severity::kUnknown;
+constexpr Severity kWarning = Severity::kWarning;
+
+constexpr FindingInfo kFindings[] = {
+    {"amber-leds-failed", kWarning, "A beacon or roundel counts failed amber LEDs"},
+    {"ambient-failed", kWarning, "A row says that the ambient light sensor failed"},
+    {"ambient-override", kWarning, "A row says that the ambient light is overridden"},
+    {"cycle-failed", kUnknown,
+     "The rows were not all read, though the database itself could be opened and read"},
+    {"database-age", kUnknown, "The database has not changed for longer than its limit"},
+    {"database-writable", kWarning, "Every user may write the database"},
+    {"device-errors", kWarning, "A DCIO device counts errors beyond the limit"},
+    {"dimming-override", kWarning, "The dimming mode is `override`"},
+    {"display-dark", kWarning, "The dimming level in force is 0, and no schedule asks for it"},
+    {"door-open", kWarning, "A door switch, or a door contact of a board, is active"},
+    {"error-flags", kWarning, "The error flags text has a digit above zero"},
+    {"fan-stopped", kWarning, "A fan, or a fan sensor, that is connected reads 0 rpm"},
+    {"fans-override", kWarning, "The fans override is not `none`"},
+    {"input-without-signal", kCritical, "The multiplexer routes an input that has no signal"},
+    {"isolation-input", kWarning, "An isolation board is connected and has 0 V at its input"},
+    {"isolation-output", kCritical, "The same at its output"},
+    {"lamp-errors", kWarning, "The error flags of a beacon or roundel are not 0"},
+    {"link-errors", kWarning, "A network device counts errors beyond the limit"},
+    {"link-transitions", kWarning, "The link of a network device came and went beyond the limit"},
+    {"memory-free", kWarning, "Free memory is below the limit"},
+    {"no-rows", kUnknown, "The database was read and has no rows"},
+    {"output-blanked", kCritical, "Status flag 0x1000: the pixel tracker has blanked the output"},
+    {"power-monitor-inactive", kWarning, "The state of a power monitor is 0"},
+    {"power-off", kCritical, "Status flag 0x4: the display has no power"},
+    {"power-supply-errors", kWarning, "A power-supply redundancy board reports hardware errors"},
+    {"power-supply-input", kWarning, "It is connected and one of its inputs has 0 V"},
+    {"power-supply-output", kCritical, "The same at one of its outputs"},
+    {"power-supply-relay", kWarning,
+     "The status relay of a power supply is inactive, on a board that is connected"},
+    {"reading-impossible", kUnknown,
+     "A reading is not a number, infinite, or outside of what its kind can hold"},
+    {"red-leds-failed", kWarning, "A beacon or roundel counts failed red LEDs"},
+    {"row-errors", kWarning, "Rows have errors; one finding with their number"},
+    {"sensor-disconnected", kWarning, "A sensor is not connected"},
+    {"source-denied", kUnknown, "This user may not read a required source"},
+    {"source-empty", kUnknown, "A required source is empty"},
+    {"source-failed", kUnknown, "A required source cannot be read for another reason"},
+    {"source-locked", kUnknown, "Another program has locked the database"},
+    {"source-malformed", kUnknown, "A required source does not hold what is looked for"},
+    {"source-missing", kUnknown, "A required source is missing"},
+    {"source-not-asked", kUnknown,
+     "A required source was not asked, and no finding names the source that stopped the probe"},
+    {"source-silent", kUnknown, "A required source does not answer to some or all requests"},
+    {"storage-free", kWarning, "Free storage is below the limit"},
+    {"sync-losses", kWarning,
+     "A connected sensor counts losses of synchronisation beyond the limit"},
+    {"temperature", kWarning, "A temperature of a connected sensor is outside of the limit"},
+    {"watchdog-event", kWarning, "Status flag 0x400: a watchdog event since the start"},
+};
+
+}  // namespace
+
+std::span<const FindingInfo> FindingTable() { return kFindings; }
+
+}  // namespace insight

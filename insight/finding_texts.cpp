@@ -1,0 +1,83 @@
+#include "insight/finding_texts.h"
+
+#include <algorithm>
+#include <charconv>
+#include <cstdint>
+#include <iterator>
+#include <utility>
+
+namespace insight {
+namespace {
+
+std::string Hexadecimal(std::uint64_t number) {
+  char buffer[16];
+  return {buffer, std::to_chars(std::begin(buffer), std::end(buffer), number, 16).ptr};
+}
+
+std::string Replaced(std::string text, std::string_view place, const std::string& by) {
+  const std::size_t at = text.find(place);
+  return at == std::string::npos ? text : text.replace(at, place.size(), by);
+}
+
+}  // namespace
+
+std::string Rounded(double number) {
+  char buffer[400];
+  std::string text(
+      std::begin(buffer),
+      std::to_chars(std::begin(buffer), std::end(buffer), number, std::chars_format::fixed, 2).ptr);
+  text.erase(text.find_last_not_of('0') + 1);
+  text.erase(text.find_last_not_of('.') + 1);
+  return text;
+}
+
+std::string WithUnit(const std::string& number, std::string_view unit) {
+  return unit.empty() ? number : number + " " + std::string(unit);
+}
+
+std::string Duration(std::chrono::seconds seconds) {
+  constexpr std::pair<const char*, std::int64_t> kUnits[] = {
+      {" d", 86400}, {" h", 3600}, {" min", 60}, {" s", 1}};
+  std::string text;
+  std::int64_t rest = seconds.count();
+  for (const auto& [unit, size] : kUnits) {
+    if (rest >= size || (size == 1 && text.empty())) {
+      const bool second = !text.empty();
+      text += (second ? " " : "") + std::to_string(rest / size) + unit;
+      rest %= size;
+      if (second) {
+        break;
+      }
+    }
+  }
+  return text;
+}
+
+std::string Told(const char* message, const QtSts::TreeValue& value) {
+  if (std::string_view(message).find("{0x}") != std::string_view::npos) {
+    return Replaced(message, "{0x}", Hexadecimal(value.Unsigned()));
+  }
+  const char* const code = value.CodeName();
+  return Replaced(message, "{}",
+                  code != nullptr ? code : WithUnit(value.Written(), value.Listed().Unit));
+}
+
+std::string OutsideOf(const Range& range, const std::string& what, double number,
+                      std::string_view unit) {
+  const std::string told = what + " " + WithUnit(Rounded(number), unit);
+  if (range.Excluded) {
+    return told + ", between " + Rounded(range.Least) + " and " +
+           WithUnit(Rounded(range.Most), unit);
+  }
+  const bool above = number > range.Most;
+  return told + (above ? ", above" : ", below") + " the limit of " +
+         WithUnit(Rounded(above ? range.Most : range.Least), unit);
+}
+
+std::string_view UnitOf(std::string_view limit) {
+  const auto table = LimitTable();
+  const std::string_view unit = std::ranges::find(table, limit, &LimitInfo::Name)->Unit;
+  return unit == "C" ? "°C" : unit == "c" ? "" : unit;
+}
+
+}  // namespace insight

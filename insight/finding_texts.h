@@ -1,0 +1,32 @@
+// The words and numbers of what findings say. Private to this library.
+#pragma once
+
+#include <chrono>
+#include <string>
+#include <string_view>
+
+#include "insight/limits.h"
+#include "model/tree.h"
+
+namespace insight {
+
+// At most two digits after the point, and no zeros at the end.
+std::string Rounded(double number);
+
+std::string WithUnit(const std::string& number, std::string_view unit);
+
+// The unit of a limit as people write it: "°C".
+std::string_view UnitOf(std::string_view limit);
+
+// "3 d 4 h", "5 h 2 min", "40 s".
+std::string Duration(std::chrono::seconds seconds);
+
+// `message` with `value` in place of "{}": with its unit, or the name of its code. In place of
+// "{0x}" stand its hexadecimal digits.
+std::string Told(const char* message, const QtSts::TreeValue& value);
+
+// "temperature 81 °C, above the limit of 65 °C".
+std::string OutsideOf(const Range& range, const std::string& what, double number,
+                      std::string_view unit);
+
+}  // namespace insight

@@ -1,0 +1,36 @@
+// The row or source that a value of the document comes from. Private to this library.
+#pragma once
+
+#include <string>
+#include <string_view>
+#include <unordered_map>
+#include <unordered_set>
+
+#include "insight/snapshot.h"
+#include "model/tree.h"
+
+namespace insight {
+
+// By path; collected when the first finding asks. Points into the snapshot.
+class Origins {
+ public:
+  explicit Origins(const Snapshot& snapshot) : m_Snapshot(snapshot) {}
+
+  // Sets Key and Source of `finding`, whose Path is that of a value of `holder` or of a record in
+  // it. `key` as ValueRule::Key.
+  void Name(Finding* finding, const QtSts::TreeElement& holder, const char* key);
+
+ private:
+  using Texts = std::unordered_map<std::string_view, std::string_view>;
+
+  void Collect();
+  std::string KeyOf(const std::string& path, const QtSts::TreeElement& holder) const;
+
+  const Snapshot& m_Snapshot;
+  bool m_Collected = false;
+  Texts m_Rows;                                 // path to key
+  std::unordered_set<std::string_view> m_Keys;  // of rows that stand in the document
+  Texts m_Sources;                              // path to id
+};
+
+}  // namespace insight

@@ -1,0 +1,43 @@
+// Where in a document readings stand: those with a limit, and what they can hold. Private to this
+// library.
+#pragma once
+
+#include <optional>
+#include <span>
+#include <string_view>
+
+#include "insight/limits.h"
+#include "model/tree.h"
+
+namespace insight {
+
+struct ReadingRule {
+  const QtSts::ClassInfo& Class;  // the classes derived from it included
+  const char* Field;
+  const char* Limit;  // its name; null: there is none
+  Range Possible;     // what its kind can hold, in the unit of the field
+  const char* What;   // "temperature"
+  const char* Hint;   // what to look at when it is outside of its limit
+  // The reading in the unit of the limit; nothing when the value stands for none.
+  std::optional<double> (*Read)(const QtSts::TreeElement& element, const QtSts::TreeValue& value);
+};
+
+std::span<const ReadingRule> ReadingRules();
+
+// A value, and the element or record of which it is one.
+struct FoundValue {
+  const QtSts::TreeElement* Holder = nullptr;
+  const QtSts::TreeValue* Value = nullptr;  // null: there is none
+};
+
+// As TreeElement::FindValue, only in elements of `info`.
+FoundValue FindIn(const QtSts::TreeElement& element, const QtSts::ClassInfo& info,
+                  std::string_view path);
+
+// The value of a number of any kind; 0 for a text, a flag or a row of numbers.
+double NumberOf(const QtSts::TreeValue& value);
+
+// False for an element of a sensor that is not connected, which reports nothing.
+bool IsOfConnected(const QtSts::TreeElement& element);
+
+}  // namespace insight

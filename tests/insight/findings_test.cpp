@@ -1,0 +1,670 @@
+// Each rule of the findings: a controller that makes it, and one that just misses it.
+#include "insight/findings.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <functional>
+#include <limits>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "model/beacons.h"
+#include "model/can_sensors.h"
+#include "model/codes.h"
+#include "model/dcio_boards.h"
+#include "model/document.h"
+#include "model/onboard_sensors.h"
+
+namespace {
+
+using insight::FindFindings;
+using insight::Finding;
+using insight::Outcome;
+using insight::Row;
+using insight::Severity;
+using insight::Snapshot;
+using insight::Source;
+using insight::SourceState;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using namespace QtSts;
+
+Row MakeRow(const std::string& key, const std::string& path = "",
+            Outcome outcome = Outcome::kStored) {
+  Row row;
+  row.Key = key;
+  row.Path = path;
+  row.Remarks.emplace_back().What = outcome;
+  return row;
+}
+
+// A cycle of `status` with one row, all of whose sources answered.
+Snapshot Healthy(const CStatus& status) {
+  Snapshot snapshot{.Document = DocumentTree(status), .Began = {}, .BeganSteady = {}};
+  snapshot.Rows.push_back(MakeRow("GUID"));
+  return snapshot;
+}
+
+std::vector<Finding> Findings(const CStatus& status) { return FindFindings(Healthy(status), {}); }
+
+std::vector<std::string> Ids(const std::vector<Finding>& findings) {
+  std::vector<std::string> ids;
+  for (const Finding& finding : findings) {
+    ids.push_back(finding.Id);
+  }
+  return ids;
+}
+
+template <class T, class List>
+T& Add(List& list) {
+  auto* const element = new T;
+  list.Add(element);
+  return *element;
+}
+
+template <class T>
+T& AddSensor(CStatus& status) {
+  T& sensor = Add<T>(status.Sensors);
+  sensor.SetConnected(true);
+  return sensor;
+}
+
+template <>
+COnboardTempSensor& AddSensor(CStatus& status) {
+  auto& sensor = Add<COnboardTempSensor>(status.Sensors);
+  sensor.Connected = true;
+  return sensor;
+}
+
+COutput& AddOutput(CStatus& status) { return Add<CTravex6Output>(status.Outputs); }
+
+void AddInput(CStatus& status, bool selected) {
+  auto& input = Add<CDigitalInput>(status.Inputs);
+  input.MultiplexerSelected = selected;
+  input.SignalPresent = false;
+}
+
+CCANDcioAndFanRpm& AddBoard(CStatus& status) {
+  auto& board = AddSensor<CCANDcioAndFanRpm>(status);
+  board.Points.Inputs = std::make_unique<InputListType>(16);
+  board.Points.Outputs = std::make_unique<OutputListType>(12);
+  return board;
+}
+
+template <class Point>
+void AddPoint(CStatus& status, bool active) {
+  auto* const point = new Point;
+  point->Index = 1;
+  point->Set(active);
+  AddBoard(status).Points.Add(point);
+}
+
+CCANPsrbSensor& AddSupply(CStatus& status) {
+  auto& supply = AddSensor<CCANPsrbSensor>(status);
+  supply.InputVoltages = {230, 229};
+  supply.OutputVoltages = {24, 24};
+  supply.HardwareErrors = std::make_unique<std::uint8_t>(std::uint8_t{0});
+  return supply;
+}
+
+CCANIsolationBoardSensor& AddIsolation(CStatus& status) {
+  auto& board = AddSensor<CCANIsolationBoardSensor>(status);
+  board.InputVoltage = 24;
+  board.OutputVoltage = 24;
+  return board;
+}
+
+template <class Device>
+Device& AddDevice(CStatus& status, std::uint32_t state) {
+  auto& device = Add<Device>(status.DCIO.Devices);
+  device.State = std::make_unique<std::uint32_t>(state);
+  return device;
+}
+
+CNetworkDevice& AddNetworkDevice(CStatus& status) {
+  auto& device = Add<CNetworkDevice>(status.Network.Devices);
+  device.Name = "eth0";
+  return device;
+}
+
+using Change = void (*)(CStatus& status);
+
+struct DocumentCase {
+  const char* Name;
+  const char* Id;
+  Severity Level;
+  const char* Message;
+  Change Makes;
+  Change JustMisses;
+};
+
+std::ostream& operator<<(std::ostream& out, const DocumentCase& row) { return out << row.Name; }
+
+constexpr Severity kCritical = Severity::kCritical;
+constexpr Severity kUnknown = Severity::kUnknown;
+constexpr Severity kWarning = Severity::kWarning;
+constexpr float kInfinite = std::numeric_limits<float>::infinity();
+
+const DocumentCase kCases[] = {
+    {"ErrorFlags", "error-flags", kWarning, "error flags 0x0000000000000010 are set",
+     [](CStatus& status) { status.ErrorFlags = "0x0000000000000010"; },
+     [](CStatus& status) { status.ErrorFlags = "0x0000000000000000"; }},
+    {"PowerOff", "power-off", kCritical, "display power is off",
+     [](CStatus& status) { AddOutput(status).StatusFlags = kFlagPowerOff; },
+     [](CStatus& status) { AddOutput(status).StatusFlags = kFlagTrackerActive | 1; }},
+    {"OutputBlanked", "output-blanked", kCritical, "output blanked by the pixel tracker",
+     [](CStatus& status) { AddOutput(status).StatusFlags = kFlagTrackerBlanked; },
+     [](CStatus& status) { AddOutput(status).StatusFlags = kFlagTrackerActive; }},
+    {"WatchdogEvent", "watchdog-event", kWarning, "watchdog event recorded since the start",
+     [](CStatus& status) { AddOutput(status).StatusFlags = kFlagWatchdogEvent; },
+     [](CStatus& status) { AddOutput(status).StatusFlags = kFlagTrackerActive; }},
+    {"AmbientFailed", "ambient-failed", kWarning, "ambient light sensor failed",
+     [](CStatus& status) { AddOutput(status).StatusFlags = kFlagAmbientFailure; },
+     [](CStatus& status) { AddOutput(status).StatusFlags = kFlagTrackerActive; }},
+    {"AmbientOverride", "ambient-override", kWarning, "ambient light is overridden",
+     [](CStatus& status) { AddOutput(status).StatusFlags = kFlagAmbientOverride; },
+     [](CStatus& status) { AddOutput(status).StatusFlags = kFlagTrackerActive; }},
+    {"DimmingOverride", "dimming-override", kWarning, "brightness is overridden",
+     [](CStatus& status) { AddOutput(status).Dimming.DimmingMode = 6; },
+     [](CStatus& status) { AddOutput(status).Dimming.DimmingMode = kDimmingManual; }},
+    {"DisplayDark", "display-dark", kWarning, "brightness in force is 0 %",
+     [](CStatus& status) { AddOutput(status).Dimming.ActualDimmingLevel = 0; },
+     [](CStatus& status) {
+       CDimming& dimming = AddOutput(status).Dimming;
+       dimming.ActualDimmingLevel = 0;
+       dimming.DimmingMode = 2;  // schedule
+     }},
+    {"DisplayNearlyDark", "display-dark", kWarning, "brightness in force is 0 %",
+     [](CStatus& status) { AddOutput(status).Dimming.ActualDimmingLevel = 0; },
+     [](CStatus& status) { AddOutput(status).Dimming.ActualDimmingLevel = 0.5F; }},
+    {"FansOverride", "fans-override", kWarning, "fans are overridden: thermal",
+     [](CStatus& status) { AddOutput(status).Fans.Override = 2; },
+     [](CStatus& status) { AddOutput(status).Fans.Override = 0; }},
+    {"InputWithoutSignal", "input-without-signal", kCritical, "selected input has no signal",
+     [](CStatus& status) { AddInput(status, true); },
+     [](CStatus& status) { AddInput(status, false); }},
+    {"DoorSwitch", "door-open", kWarning, "door open",
+     [](CStatus& status) { AddDevice<CDoorSwitch>(status, 1); },
+     [](CStatus& status) { AddDevice<CDoorSwitch>(status, 0); }},
+    {"OtherSwitch", "door-open", kWarning, "door open",
+     [](CStatus& status) { AddDevice<CDoorSwitch>(status, 1); },
+     [](CStatus& status) { AddDevice<CGenericInput>(status, 1); }},
+    {"DoorContact", "door-open", kWarning, "door open",
+     [](CStatus& status) { AddPoint<CDoorSensorInputType>(status, true); },
+     [](CStatus& status) { AddPoint<CDoorSensorInputType>(status, false); }},
+    {"PowerMonitor", "power-monitor-inactive", kWarning, "power monitor reports no power",
+     [](CStatus& status) { AddDevice<CPowerMonitor>(status, 0); },
+     [](CStatus& status) { AddDevice<CPowerMonitor>(status, 1); }},
+    {"Disconnected", "sensor-disconnected", kWarning, "sensor is not connected",
+     [](CStatus& status) { AddSensor<CCANTempSensor>(status).Connected = false; },
+     [](CStatus& status) { AddSensor<CCANTempSensor>(status).Connected = true; }},
+    {"FanSensor", "fan-stopped", kWarning, "fan stands still",
+     [](CStatus& status) { AddSensor<CCANFanRpmSensor>(status).CurrentRpm = 0; },
+     [](CStatus& status) { AddSensor<CCANFanRpmSensor>(status).CurrentRpm = 1; }},
+    {"FanOfBoard", "fan-stopped", kWarning, "fan stands still",
+     [](CStatus& status) { AddBoard(status).FanRpms.Add(new FanRpm(0, 3, 0)); },
+     [](CStatus& status) { AddBoard(status).FanRpms.Add(new FanRpm(0, 3, 1)); }},
+    {"PowerRelay", "power-supply-relay", kWarning, "power supply is not active by its status relay",
+     [](CStatus& status) { AddPoint<CPowerSupplyStatusRelayInputType>(status, false); },
+     [](CStatus& status) { AddPoint<CPowerSupplyStatusRelayInputType>(status, true); }},
+    {"OtherRelay", "power-supply-relay", kWarning, "power supply is not active by its status relay",
+     [](CStatus& status) { AddPoint<CPowerSupplyStatusRelayInputType>(status, false); },
+     [](CStatus& status) { AddPoint<CHeaterStatusRelayInputType>(status, false); }},
+    {"SupplyErrors", "power-supply-errors", kWarning, "power supply hardware errors 0x1f",
+     [](CStatus& status) { *AddSupply(status).HardwareErrors = 0x1F; },
+     [](CStatus& status) { AddSupply(status); }},
+    {"SupplyInput", "power-supply-input", kWarning, "power supply input at 0 V: 230 0 V",
+     [](CStatus& status) {
+       AddSupply(status).InputVoltages = {230, 0};
+     },
+     [](CStatus& status) {
+       AddSupply(status).InputVoltages = {230, 0.5F};
+     }},
+    {"SupplyOutput", "power-supply-output", kCritical, "power supply output at 0 V: 0 24 V",
+     [](CStatus& status) {
+       AddSupply(status).OutputVoltages = {0, 24};
+     },
+     [](CStatus& status) { AddSupply(status).OutputVoltages = {}; }},
+    {"IsolationInput", "isolation-input", kWarning, "isolation board input at 0 V",
+     [](CStatus& status) { AddIsolation(status).InputVoltage = 0; },
+     [](CStatus& status) { AddIsolation(status).InputVoltage = 0.25F; }},
+    {"IsolationOutput", "isolation-output", kCritical, "isolation board output at 0 V",
+     [](CStatus& status) { AddIsolation(status).OutputVoltage = 0; },
+     [](CStatus& status) { AddIsolation(status).OutputVoltage = 0.25F; }},
+    {"LampErrors", "lamp-errors", kWarning, "lamp reports errors 0x80",
+     [](CStatus& status) { AddSensor<CCANBeacon>(status).ErrorFlags = 0x80; },
+     [](CStatus& status) { AddSensor<CCANBeacon>(status).StatusFlags = 0x80; }},
+    {"RedLeds", "red-leds-failed", kWarning, "1 red LEDs failed",
+     [](CStatus& status) { AddSensor<CCANRoundel>(status).RedLedErrorCount = 1; },
+     [](CStatus& status) { AddSensor<CCANRoundel>(status).RedLedErrorCount = 0; }},
+    {"AmberLeds", "amber-leds-failed", kWarning, "12 amber LEDs failed",
+     [](CStatus& status) { AddSensor<CCANRoundel>(status).AmberLedErrorCount = 12; },
+     [](CStatus& status) { AddSensor<CCANRoundel>(status).PerColorLedCount = 12; }},
+
+    {"Hot", "temperature", kWarning, "temperature 65.5 °C, above the limit of 65 °C",
+     [](CStatus& status) { AddSensor<CCANTempSensor>(status).Celsius = 65.5F; },
+     [](CStatus& status) { AddSensor<CCANTempSensor>(status).Celsius = 65; }},
+    {"TooHot", "temperature", kCritical, "temperature 80.25 °C, above the limit of 80 °C",
+     [](CStatus& status) { AddSensor<COnboardTempSensor>(status).Celsius = 80.25F; },
+     [](CStatus& status) { AddSensor<COnboardTempSensor>(status).Celsius = 65; }},
+    {"Cold", "temperature", kWarning, "temperature -30.5 °C, below the limit of -30 °C",
+     [](CStatus& status) { AddIsolation(status).Celsius = -30.5F; },
+     [](CStatus& status) { AddIsolation(status).Celsius = -30; }},
+    {"HotLamp", "temperature", kWarning, "temperature 65.85 °C, above the limit of 65 °C",
+     [](CStatus& status) {
+       AddSensor<CCANBeacon>(status).TemperatureKelvin = std::make_unique<std::uint16_t>(339);
+     },
+     [](CStatus& status) {
+       AddSensor<CCANBeacon>(status).TemperatureKelvin = std::make_unique<std::uint16_t>(338);
+     }},
+    {"MemoryLow", "memory-free", kWarning, "free memory 9.99 %, below the limit of 10 %",
+     [](CStatus& status) { status.MemoryFree = 9990; },
+     [](CStatus& status) { status.MemoryFree = 10000; }},
+    {"MemoryGone", "memory-free", kCritical, "free memory 4.99 %, below the limit of 5 %",
+     [](CStatus& status) { status.MemoryFree = 4990; },
+     [](CStatus& status) { status.MemoryTotal = 0; }},
+    {"StorageLow", "storage-free", kWarning, "free storage 9 %, below the limit of 10 %",
+     [](CStatus& status) { status.StorageFree = 9000; },
+     [](CStatus& status) { status.StorageFree = 10000; }},
+    {"LinkErrors", "link-errors", kWarning, "link errors 1001, above the limit of 1000",
+     [](CStatus& status) { AddNetworkDevice(status).Statistics.Second = 1001; },
+     [](CStatus& status) { AddNetworkDevice(status).Statistics.Second = 1000; }},
+    {"LinkTransitions", "link-transitions", kWarning,
+     "link transitions 101, above the limit of 100",
+     [](CStatus& status) { AddNetworkDevice(status).Statistics.First = 101; },
+     [](CStatus& status) { AddNetworkDevice(status).Statistics.First = 100; }},
+    {"NoLinkCounter", "link-transitions", kWarning, "link transitions 101, above the limit of 100",
+     [](CStatus& status) { AddNetworkDevice(status).Statistics.First = 101; },
+     [](CStatus& status) { AddNetworkDevice(status).Statistics.First = -1; }},
+    {"SyncLosses", "sync-losses", kWarning, "synchronisation losses 101, above the limit of 100",
+     [](CStatus& status) { AddSensor<CCANDoorSensor>(status).SyncLossCounter = 101; },
+     [](CStatus& status) { AddSensor<CCANDoorSensor>(status).SyncLossCounter = 100; }},
+    {"DeviceErrors", "device-errors", kWarning, "device errors 101, above the limit of 100",
+     [](CStatus& status) {
+       AddDevice<CGenericInput>(status, 1).ErrorCounter = std::make_unique<std::uint32_t>(101);
+     },
+     [](CStatus& status) {
+       AddDevice<CGenericInput>(status, 1).ErrorCounter = std::make_unique<std::uint32_t>(100);
+     }},
+
+    {"ImpossiblyHot", "reading-impossible", kUnknown,
+     "temperature 150.5 °C is not possible: outside of -60 to 150 °C",
+     [](CStatus& status) { AddSensor<CCANTempSensor>(status).Celsius = 150.5F; },
+     [](CStatus& status) { AddSensor<CCANTempSensor>(status).Celsius = 60; }},
+    {"ImpossiblyCold", "reading-impossible", kUnknown,
+     "temperature -60.5 °C is not possible: outside of -60 to 150 °C",
+     [](CStatus& status) { AddSensor<COnboardTempSensor>(status).Celsius = -60.5F; },
+     [](CStatus& status) { AddSensor<COnboardTempSensor>(status).Celsius = -20; }},
+    {"ImpossiblyColdLamp", "reading-impossible", kUnknown,
+     "temperature 0 K is not possible: outside of 213 to 423 K",
+     [](CStatus& status) {
+       AddSensor<CCANBeacon>(status).TemperatureKelvin = std::make_unique<std::uint16_t>(0);
+     },
+     [](CStatus& status) { AddSensor<CCANBeacon>(status).TemperatureKelvin = nullptr; }},
+    {"ImpossiblyWet", "reading-impossible", kUnknown,
+     "humidity 100.5 % is not possible: outside of 0 to 100 %",
+     [](CStatus& status) { AddSensor<CCANHumiditySensor>(status).Humidity = 100.5F; },
+     [](CStatus& status) { AddSensor<CCANHumiditySensor>(status).Humidity = 100; }},
+    {"ImpossiblyWetLamp", "reading-impossible", kUnknown,
+     "humidity 101 % is not possible: outside of 0 to 100 %",
+     [](CStatus& status) {
+       AddSensor<CCANRoundel>(status).Humidity = std::make_unique<std::uint8_t>(101);
+     },
+     [](CStatus& status) {
+       AddSensor<CCANRoundel>(status).Humidity = std::make_unique<std::uint8_t>(100);
+     }},
+    {"ImpossiblyBright", "reading-impossible", kUnknown,
+     "brightness 101 % is not possible: outside of 0 to 100 %",
+     [](CStatus& status) { AddOutput(status).Dimming.ActualDimmingLevel = 101; },
+     [](CStatus& status) { AddOutput(status).Dimming.ActualDimmingLevel = 100; }},
+    {"ImpossiblyBrightWanted", "reading-impossible", kUnknown,
+     "brightness that is asked for -1 % is not possible: outside of 0 to 100 %",
+     [](CStatus& status) { AddOutput(status).Dimming.DimmingLevel = -1; },
+     [](CStatus& status) { AddOutput(status).Dimming.DimmingLevel = 0; }},
+    {"NoSuchLatitude", "reading-impossible", kUnknown,
+     "latitude -91 ° is not possible: outside of -90 to 90 °",
+     [](CStatus& status) { AddSensor<CCANMultiDirectionalSensor>(status).Latitude = -91; },
+     [](CStatus& status) { AddSensor<CCANMultiDirectionalSensor>(status).Latitude = -90; }},
+    {"NoSuchLongitude", "reading-impossible", kUnknown,
+     "longitude 181 ° is not possible: outside of -180 to 180 °",
+     [](CStatus& status) { AddSensor<CCANMultiDirectionalSensor>(status).Longitude = 181; },
+     [](CStatus& status) { AddSensor<CCANMultiDirectionalSensor>(status).Longitude = 180; }},
+    {"NoNumber", "reading-impossible", kUnknown, "Celsius is not a finite number: NaN",
+     [](CStatus& status) { AddSensor<CCANTempSensor>(status).Celsius = std::nanf(""); },
+     [](CStatus& status) { AddSensor<CCANTempSensor>(status).Celsius = -0.0F; }},
+    {"Infinite", "reading-impossible", kUnknown, "OneMinAverage is not a finite number: INF",
+     [](CStatus& status) { AddSensor<CCANLightSensor>(status).OneMinAverage = kInfinite; },
+     [](CStatus& status) { AddSensor<CCANLightSensor>(status).OneMinAverage = 1e30F; }},
+    {"InfiniteVoltage", "reading-impossible", kUnknown,
+     "OutputVoltages is not a finite number: 24 INF",
+     [](CStatus& status) {
+       AddSupply(status).OutputVoltages = {24, kInfinite};
+     },
+     [](CStatus& status) {
+       AddSupply(status).OutputVoltages = {24, 1e30F};
+     }},
+    {"StandingClock", "reading-impossible", kUnknown, "Vertical is not a finite number: INF",
+     [](CStatus& status) { AddOutput(status).Frequency.Vertical = kInfinite; },
+     [](CStatus& status) {
+       AddInput(status, false);
+       status.Inputs[0]->Frequency.Vertical = kInfinite;  // it has no signal
+     }},
+};
+
+class FindingsOfDocuments : public testing::TestWithParam<DocumentCase> {};
+
+TEST_P(FindingsOfDocuments, AreThereForTheOneAndNotForTheOther) {
+  CStatus makes;
+  GetParam().Makes(makes);
+  const std::vector<Finding> findings = Findings(makes);
+  ASSERT_THAT(Ids(findings), ElementsAre(GetParam().Id));
+  EXPECT_EQ(findings.front().Message, GetParam().Message);
+  EXPECT_EQ(findings.front().Level, GetParam().Level);
+  EXPECT_NE(findings.front().Hint, "");
+  EXPECT_NE(Healthy(makes).Document.Root().FindValue(findings.front().Path), nullptr)
+      << findings.front().Path;
+
+  CStatus misses;
+  GetParam().JustMisses(misses);
+  EXPECT_THAT(Ids(Findings(misses)), IsEmpty());
+}
+
+INSTANTIATE_TEST_SUITE_P(EachRule, FindingsOfDocuments, testing::ValuesIn(kCases),
+                         [](const auto& tested) { return std::string(tested.param.Name); });
+
+// What the cycle itself, its sources, its database and its rows say.
+struct CycleCase {
+  const char* Name;
+  const char* Id;
+  Severity Level;
+  const char* Message;
+  void (*Makes)(Snapshot& snapshot);
+  void (*JustMisses)(Snapshot& snapshot);
+};
+
+std::ostream& operator<<(std::ostream& out, const CycleCase& row) { return out << row.Name; }
+
+void AddSource(Snapshot& snapshot, SourceState state, bool required = true) {
+  Source source;
+  source.Id = "travex";
+  source.Name = "/dev/travex";
+  source.State = state;
+  source.Required = required;
+  source.Reason = "because";
+  snapshot.Sources.push_back(source);
+}
+
+template <SourceState kState>
+void Required(Snapshot& snapshot) {
+  AddSource(snapshot, kState);
+}
+
+template <SourceState kState>
+void Optional(Snapshot& snapshot) {
+  AddSource(snapshot, kState, false);
+}
+
+const CycleCase kCycleCases[] = {
+    {"Missing", "source-missing", kUnknown, "/dev/travex is missing: because",
+     &Required<SourceState::kMissing>, &Optional<SourceState::kMissing>},
+    {"Denied", "source-denied", kUnknown, "/dev/travex may not be read by this user: because",
+     &Required<SourceState::kDenied>, &Optional<SourceState::kDenied>},
+    {"Silent", "source-silent", kUnknown, "/dev/travex does not answer: because",
+     &Required<SourceState::kNoAnswer>, &Optional<SourceState::kNoAnswer>},
+    {"Empty", "source-empty", kUnknown, "/dev/travex is empty: because",
+     &Required<SourceState::kEmpty>, &Optional<SourceState::kEmpty>},
+    {"Malformed", "source-malformed", kUnknown,
+     "/dev/travex does not hold what is looked for: because", &Required<SourceState::kMalformed>,
+     &Optional<SourceState::kMalformed>},
+    {"Locked", "source-locked", kUnknown, "/dev/travex is locked by another program: because",
+     &Required<SourceState::kLocked>, &Optional<SourceState::kLocked>},
+    {"Failed", "source-failed", kUnknown, "/dev/travex cannot be read: because",
+     &Required<SourceState::kFailed>, &Required<SourceState::kOk>},
+    {"NotAsked", "source-not-asked", kUnknown, "/dev/travex was not asked: because",
+     &Required<SourceState::kNotAsked>, &Optional<SourceState::kNotAsked>},
+
+    {"NoRows", "no-rows", kUnknown, "the database has no rows",
+     [](Snapshot& snapshot) { snapshot.Rows.clear(); }, [](Snapshot&) {}},
+    {"FailedCycle", "cycle-failed", kUnknown, "not all rows of the database were read",
+     [](Snapshot& snapshot) {
+       snapshot.Result = 1;
+       snapshot.Rows.clear();
+     },
+     [](Snapshot& snapshot) { snapshot.Result = 0; }},
+    {"OldRows", "database-age", kUnknown, "the database has not changed for 3 d 1 h",
+     [](Snapshot& snapshot) {
+       snapshot.Database.Unchanged = std::chrono::hours(73) + std::chrono::seconds(59);
+     },
+     [](Snapshot& snapshot) { snapshot.Database.Unchanged = std::chrono::hours(24); }},
+    {"RowsOfYesterday", "database-age", kUnknown, "the database has not changed for 1 d 1 s",
+     [](Snapshot& snapshot) { snapshot.Database.Unchanged = std::chrono::seconds(86401); },
+     [](Snapshot& snapshot) { snapshot.Database.Unchanged = std::nullopt; }},
+    {"Writable", "database-writable", kWarning, "every user may write the database",
+     [](Snapshot& snapshot) { snapshot.Database.EveryoneMayWrite = true; },
+     [](Snapshot& snapshot) { snapshot.Database.EveryoneMayWrite = false; }},
+    {"RowError", "row-errors", kWarning, "a row has an error",
+     [](Snapshot& snapshot) { snapshot.Rows.push_back(MakeRow("GUIX", "", Outcome::kUnknownKey)); },
+     [](Snapshot& snapshot) {
+       snapshot.Rows.push_back(MakeRow("GUIDX", "GUID", Outcome::kLongerName));
+     }},
+    {"RowErrors", "row-errors", kWarning, "2 rows have errors",
+     [](Snapshot& snapshot) {
+       snapshot.Rows.push_back(MakeRow("GUIX", "", Outcome::kUnknownKey));
+       snapshot.Rows.push_back(MakeRow("Sensor_", "", Outcome::kNoAttribute));
+     },
+     [](Snapshot& snapshot) { snapshot.Rows.push_back(MakeRow("ThermalScaler")); }},
+};
+
+class FindingsOfCycles : public testing::TestWithParam<CycleCase> {};
+
+TEST_P(FindingsOfCycles, AreThereForTheOneAndNotForTheOther) {
+  const CStatus status;
+  Snapshot makes = Healthy(status);
+  GetParam().Makes(makes);
+  const std::vector<Finding> findings = FindFindings(makes, {});
+  ASSERT_THAT(Ids(findings), ElementsAre(GetParam().Id));
+  EXPECT_EQ(findings.front().Message, GetParam().Message);
+  EXPECT_EQ(findings.front().Level, GetParam().Level);
+  EXPECT_NE(findings.front().Hint, "");
+  EXPECT_NE(findings.front().Source, "");
+
+  Snapshot misses = Healthy(status);
+  GetParam().JustMisses(misses);
+  EXPECT_THAT(Ids(FindFindings(misses, {})), IsEmpty());
+}
+
+INSTANTIATE_TEST_SUITE_P(EachRule, FindingsOfCycles, testing::ValuesIn(kCycleCases),
+                         [](const auto& tested) { return std::string(tested.param.Name); });
+
+TEST(FindingTable, NamesEveryFindingThatTheRulesMakeAndNoOther) {
+  std::set<std::string> made;
+  for (const DocumentCase& row : kCases) {
+    made.insert(row.Id);
+  }
+  for (const CycleCase& row : kCycleCases) {
+    made.insert(row.Id);
+  }
+  std::set<std::string> listed;
+  for (const insight::FindingInfo& info : insight::FindingTable()) {
+    EXPECT_TRUE(listed.empty() || *listed.rbegin() < info.Id) << info.Id << " is out of order";
+    listed.insert(info.Id);
+  }
+  EXPECT_EQ(made, listed);
+}
+
+TEST(Findings, AreNoneOfAFreshController) {
+  CStatus status;
+  AddOutput(status);
+  AddBoard(status);
+  EXPECT_THAT(Ids(Findings(status)), IsEmpty());
+}
+
+TEST(Findings, StandInOrderOfSeverityThenOfTheDocument) {
+  CStatus status;
+  status.ErrorFlags = "0x1";
+  AddSensor<CCANTempSensor>(status).Celsius = 300;
+  AddSensor<CCANTempSensor>(status).Celsius = 90;
+  AddSensor<CCANTempSensor>(status).Celsius = 70;
+  AddOutput(status).StatusFlags = kFlagPowerOff;
+  Snapshot snapshot = Healthy(status);
+  AddSource(snapshot, SourceState::kDenied);
+  snapshot.Rows.push_back(MakeRow("GUIX", "", Outcome::kUnknownKey));
+  EXPECT_THAT(Ids(FindFindings(snapshot, {})),
+              ElementsAre("temperature", "power-off", "source-denied", "reading-impossible",
+                          "error-flags", "temperature", "row-errors"));
+}
+
+// A sensor that is not connected reports zeros: one finding says it all.
+TEST(Findings, TakeTheReadingsOfADisconnectedSensorForNothing) {
+  CStatus status;
+  AddSensor<CCANFanRpmSensor>(status).Connected = false;
+  AddSensor<CCANIsolationBoardSensor>(status).Connected = false;
+  auto& supply = AddSensor<CCANPsrbSensor>(status);
+  supply.Connected = false;
+  supply.InputVoltages = {0};
+  supply.OutputVoltages = {24, 0};
+  AddPoint<CPowerSupplyStatusRelayInputType>(status, false);
+  static_cast<CCANDcioAndFanRpm*>(status.Sensors[3])->SetConnected(false);
+  static_cast<CCANDcioAndFanRpm*>(status.Sensors[3])->FanRpms.Add(new FanRpm);
+  auto& sensor = AddSensor<CCANTempSensor>(status);
+  sensor.Connected = false;
+  sensor.Celsius = 70;
+  sensor.SyncLossCounter = 1000;
+  auto& humid = AddSensor<CCANHumiditySensor>(status);
+  humid.Connected = false;
+  humid.Humidity = kInfinite;
+  EXPECT_THAT(Ids(Findings(status)),
+              testing::AllOf(testing::SizeIs(6), testing::Each("sensor-disconnected")));
+}
+
+TEST(Findings, SayNothingOfWhatIsNotReported) {
+  CStatus status;
+  status.MemoryFree = 1;
+  Snapshot snapshot = Healthy(status);
+  EXPECT_THAT(Ids(FindFindings(snapshot, {})), ElementsAre("memory-free"));
+  snapshot.NotReported = {"MemoryFree"};
+  EXPECT_THAT(Ids(FindFindings(snapshot, {})), IsEmpty());
+}
+
+TEST(Findings, SayWhereAFanIs) {
+  CStatus status;
+  COutput& output = AddOutput(status);
+  auto& router = Add<CTravexRouterDisplayInterface>(output.DisplayInterfaces);
+  router.Address = std::make_unique<std::uint16_t>(std::uint16_t{12});
+  auto& board = Add<CCANDcioAndFanRpm>(router.Sensors);
+  board.SetConnected(true);
+  board.Address = 33;
+  board.Face = std::make_unique<std::uint32_t>(2);
+  board.FanRpms.Add(new FanRpm(0, 3, 0));
+  const auto findings = Findings(status);
+  ASSERT_THAT(Ids(findings), ElementsAre("fan-stopped"));
+  EXPECT_EQ(findings[0].Where,
+            "fan 3 of the I/O board 0 at address 33 on face 2 behind the router at address 12");
+  EXPECT_EQ(findings[0].Path, "Outputs[0]/DisplayInterfaces[0]/Sensors[0]/FanRpms[0]/Rpm");
+}
+
+TEST(Findings, SayWhereOtherThingsAre) {
+  CStatus status;
+  AddSensor<CCANTempSensor>(status).Connected = false;
+  AddPoint<CDoorSensorInputType>(status, true);
+  static_cast<CCANDcioAndFanRpm*>(status.Sensors[1])->Points.Inputs->Points[0]->Label = "Hatch";
+  AddNetworkDevice(status).Statistics.Second = 5000;
+  AddDevice<CDoorSwitch>(status, 1).Address = std::make_unique<std::uint32_t>(64);
+  AddInput(status, true);
+  auto& interface = Add<CDisplayInterface>(AddOutput(status).DisplayInterfaces);
+  Add<CCANBeacon>(interface.Sensors).RedLedErrorCount = 3;
+  interface.Sensors[0]->Connected = true;
+  std::vector<std::string> places;
+  for (const Finding& finding : Findings(status)) {
+    places.push_back(finding.Id + ": " + finding.Where);
+  }
+  EXPECT_THAT(
+      places,
+      ElementsAre("input-without-signal: DVI input",
+                  "sensor-disconnected: temperature sensor 0 on the controller",
+                  "door-open: input 1 \"Hatch\" of the I/O board 1 on the controller",
+                  "link-errors: network device eth0", "door-open: door switch 0 at address 64",
+                  "red-leds-failed: beacon 0 behind the display interface 0"));
+}
+
+TEST(Findings, NameTheRowThatTheValueCameFrom) {
+  CStatus status;
+  AddSensor<CCANFanRpmSensor>(status);
+  Snapshot snapshot = Healthy(status);
+  snapshot.Rows.push_back(MakeRow("Sensor_13_Address", "Sensors[0]/Address"));
+  snapshot.Rows.push_back(MakeRow("Sensor_13_Type", "Sensors[0]"));
+  EXPECT_EQ(FindFindings(snapshot, {}).front().Key, "Sensor_13_Type") << "completed its element";
+  snapshot.Rows.push_back(MakeRow("Sensor_13_CurrentRpm", "Sensors[0]/CurrentRpm"));
+  EXPECT_EQ(FindFindings(snapshot, {}).front().Key, "Sensor_13_CurrentRpm");
+  EXPECT_EQ(FindFindings(snapshot, {}).front().Source, "database");
+}
+
+// Rows and drivers set bits of the same field.
+TEST(Findings, NameNoRowForAFlagThatADriverHasSet) {
+  CStatus status;
+  AddOutput(status).StatusFlags = kFlagPowerOff | kFlagAmbientFailure;
+  Snapshot snapshot = Healthy(status);
+  snapshot.Rows.push_back(MakeRow("MdlsAmbientFailure", "Outputs[0]/StatusFlags"));
+  const auto findings = FindFindings(snapshot, {});
+  ASSERT_THAT(Ids(findings), ElementsAre("power-off", "ambient-failed"));
+  EXPECT_EQ(findings[0].Key, "");
+  EXPECT_EQ(findings[1].Key, "MdlsAmbientFailure");
+}
+
+TEST(Findings, NameTheSourceThatAloneFeedsTheField) {
+  CStatus status;
+  status.MemoryFree = 1;
+  Snapshot snapshot = Healthy(status);
+  AddSource(snapshot, SourceState::kOk);
+  snapshot.Sources[0].Fields = {"MemoryFree"};
+  EXPECT_EQ(FindFindings(snapshot, {}).front().Source, "travex");
+  snapshot.Sources.push_back(snapshot.Sources[0]);
+  EXPECT_EQ(FindFindings(snapshot, {}).front().Source, "");
+}
+
+TEST(Findings, AreOneForASourceAndAllThatItKeptFromBeingAsked) {
+  Snapshot snapshot = Healthy(CStatus());
+  AddSource(snapshot, SourceState::kDenied);
+  for (const char* name : {"registers", "counters"}) {
+    AddSource(snapshot, SourceState::kNotAsked);
+    snapshot.Sources.back().Id = name;
+    snapshot.Sources.back().Name = name;
+    snapshot.Sources.back().StoppedBy = snapshot.Sources[snapshot.Sources.size() - 2].Id;
+  }
+  auto findings = FindFindings(snapshot, {});
+  ASSERT_THAT(Ids(findings), ElementsAre("source-denied"));
+  EXPECT_THAT(findings[0].Message, testing::EndsWith("; therefore not asked: registers, counters"));
+  snapshot.Sources[0].Required = false;
+  findings = FindFindings(snapshot, {});
+  EXPECT_THAT(Ids(findings), ElementsAre("source-not-asked")) << "nothing else says it";
+}
+
+TEST(Findings, AreOneForADatabaseThatFailed) {
+  Snapshot snapshot = Healthy(CStatus());
+  snapshot.Result = 1;
+  AddSource(snapshot, SourceState::kMissing);
+  snapshot.Sources[0].Id = "database";
+  EXPECT_THAT(Ids(FindFindings(snapshot, {})), ElementsAre("source-missing"));
+}
+
+TEST(Findings, FollowTheLimitsThatAreGiven) {
+  CStatus status;
+  AddSensor<CCANTempSensor>(status).Celsius = 20;
+  Snapshot snapshot = Healthy(status);
+  snapshot.Database.Unchanged = std::chrono::seconds(3);
+  insight::Limits limits;
+  limits.Of("temperature").Warning = {.Least = 10, .Most = 30, .Excluded = true};
+  limits.Of("database-age").Critical = {.Least = 0, .Most = 2};
+  const auto findings = FindFindings(snapshot, limits);
+  ASSERT_THAT(Ids(findings), ElementsAre("database-age", "temperature"));
+  EXPECT_EQ(findings[0].Level, kCritical);
+  EXPECT_EQ(findings[0].Value, 3);
+  EXPECT_EQ(findings[1].Message, "temperature 20 °C, between 10 and 30 °C");
+  EXPECT_EQ(findings[1].Value, 20);
+}
+
+}  // namespace
