@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <fstream>
 #include <iterator>
 #include <stdexcept>
 
@@ -64,6 +65,11 @@ std::string Foreign::Get(std::string const& sql) {
 
 void MakeForeign(std::string const& file, std::string const& sql) {
   ASSERT_EQ(Foreign(file).Do(sql), "");
+}
+
+std::string Bytes(const std::string& file) {
+  std::ifstream in(file, std::ios::binary);
+  return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
 }
 
 Rows ReadRows(CSQLdatabase& database, char const* sql) {

@@ -53,6 +53,9 @@ class Foreign {
 /// Makes `file` a database with `sql`, in rollback mode.
 void MakeForeign(std::string const& file, std::string const& sql);
 
+/// What stands in a file.
+std::string Bytes(const std::string& file);
+
 /// All rows of `sql` through the layer. Throws as the layer does.
 Rows ReadRows(CSQLdatabase& database, char const* sql = kSelect);
 

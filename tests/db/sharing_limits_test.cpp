@@ -4,8 +4,6 @@
 #include <unistd.h>
 
 #include <cstdlib>
-#include <fstream>
-#include <iterator>
 #include <string_view>
 
 #include "db/sql_database.h"
@@ -32,11 +30,6 @@ class SharingLimits : public DatabaseTest {
 
   CSQLdatabase reader_;
 };
-
-std::string Bytes(std::string const& file) {
-  std::ifstream in(file, std::ios::binary);
-  return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
-}
 
 bool Thorough() {
   char const* const wanted = std::getenv("STATUS_LONG");

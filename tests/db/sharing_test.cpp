@@ -250,18 +250,21 @@ TEST_F(Sharing, WriterKilledInMidTransactionNeedsNoRepair) {
   MakeOwn();
   ASSERT_EQ(OpenReader(), 0);
   for (int round = 0; round < 25; ++round) {
+    std::string const mark = "<round " + std::to_string(round) + ">";
     Signal ready;
     Child writer([&] {
       Foreign foreign(file_);
       std::string const failure = foreign.Do(
           "PRAGMA cache_spill=1; PRAGMA cache_size=2; BEGIN IMMEDIATE;"
           "WITH RECURSIVE c(x) AS (SELECT 1 UNION ALL SELECT x+1 FROM c LIMIT 2000) "
-          "INSERT INTO status SELECT 'k'||x, hex(zeroblob(100)) FROM c");
+          "INSERT INTO status SELECT 'k'||x, '" +
+          mark + "' || hex(zeroblob(100)) FROM c");
       ready.Send();
       pause();
       return failure.empty() ? 0 : 1;
     });
     ready.Await();
+    ASSERT_NE(Bytes(file_ + "-wal").find(mark), std::string::npos) << "the writer did not write";
     EXPECT_THAT(ReadRows(reader_), ElementsAre(Pair("a", "1"))) << "round " << round;
     writer.Kill();
     writer.Wait();
