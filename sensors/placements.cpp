@@ -1,7 +1,6 @@
 #include "sensors/placements.h"
 
 #include <algorithm>
-#include <array>
 #include <memory>
 #include <span>
 #include <utility>
@@ -27,24 +26,18 @@ struct Target {
 constexpr Target kOwnBus = {observe::Place::kSensors, -1};
 
 // The variables that the record of the present type takes where it goes, in `room`.
-std::span<const void* const> TakenVariables(const Target& target,
-                                            std::array<const void*, sensors::kMostTaken>& room) {
+std::span<const void* const> TakenVariables(const Target& target, elements::Variables& room) {
   const auto kinds = sensors::SensorKinds();
   const auto kind = std::ranges::find(kinds, st_Type, &sensors::SensorKind::Code);
-  std::size_t count = 0;
-  for (const sensors::Taken& taken : kind == kinds.end() ? decltype(kind->Takes)() : kind->Takes) {
-    if (!taken.OnlyBehindInterface || target.Interface >= 0) {
-      room[count++] = taken.From->Address;
-    }
-  }
-  return std::span(room).first(count);
+  return kind == kinds.end() ? std::span<const void* const>()
+                             : elements::VariablesOf(kind->Takes, target.Interface >= 0, room);
 }
 
 // Reports what became of the sensor that the scratch state describes; `record` is null when it was
 // refused, `list` when there is none.
 void ReportSensor(const Target& target, Ending ending, const CSensorList* list,
                   const QtSts::CSensor* record = nullptr) {
-  std::array<const void*, sensors::kMostTaken> taken;  // not initialised, since it is seldom used
+  elements::Variables taken;  // not initialised: it is seldom used
   observe::ReportRecord(target.Where, ending, [&](observe::Record& event) {
     if (record != nullptr) {
       event.Taken = TakenVariables(target, taken);

@@ -22,6 +22,13 @@ constexpr std::int32_t kNoRevision = -1;
 constexpr std::uint16_t kNoKelvin = 65535;
 constexpr std::uint8_t kNoHumidity = 255;
 
+using elements::From;
+using elements::Joined;
+using elements::kTakenOnce;
+using elements::Rows;
+using elements::Taken;
+using elements::Unless;
+using elements::UsedUp;
 using QtSts::CBeaconRecord;
 using QtSts::CCANAirflowSensor;
 using QtSts::CCANDcio;
@@ -52,8 +59,8 @@ using OnboardHeader = Rows<From<&CSensor::Connected, &b_Connected>>;
 // Deliberate: behind an interface every record reports its face; on the own buses only the kinds
 // that have this row do.
 using Face = From<&CCANSensor::Face, &u32_Face>;
-constexpr Taken kFaceBehindInterface = {&rows::kPlace<&u32_Face>, &MemberIn<&CCANSensor::Face>,
-                                        true};
+constexpr Taken kFaceBehindInterface = {&rows::kPlace<&u32_Face>,
+                                        &elements::MemberIn<&CCANSensor::Face>, true};
 
 // The staged points, on lists for so many inputs and outputs.
 template <std::uint32_t kInputs, std::uint32_t kOutputs>
@@ -235,7 +242,7 @@ consteval bool EveryTextIsDistinct() {
 static_assert(EveryTextIsDistinct());
 
 static_assert(std::ranges::all_of(kKinds, [](const SensorKind& kind) {
-  return kind.Takes.size() <= kMostTaken;
+  return kind.Takes.size() <= elements::kMostTaken;
 }));
 
 // The texts as words of a parser.
@@ -254,8 +261,7 @@ constinit const rows::Parser kSensorTypeParser = rows::WordsOr(kTypeWords, kUnkn
 std::span<const SensorKind> SensorKinds() { return kKinds; }
 
 bool Takes(const SensorKind& kind, const rows::Place& place) {
-  return std::ranges::any_of(
-      kind.Takes, [&](const Taken& taken) { return taken.From->Address == place.Address; });
+  return elements::Takes(kind.Takes, place);
 }
 
 std::unique_ptr<CSensor> BuildRecord(Placement placement) {

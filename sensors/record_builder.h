@@ -6,6 +6,7 @@
 #include <span>
 
 #include "collector/state/codes.h"
+#include "collector/state/elements.h"
 #include "collector/state/export.h"
 #include "collector/state/row_tables.h"
 #include "model/sensors.h"
@@ -18,26 +19,15 @@ enum class Placement {
   kBehindInterface,  // the list of a display interface
 };
 
-// One variable of the scratch state that a record takes.
-struct Taken {
-  const rows::Place* From;
-  // What it becomes in a record of the kind; null when the record leaves it out.
-  const void* (*Member)(const QtSts::CSensor& record);
-  bool OnlyBehindInterface;
-};
-
 // One kind of sensor. To add one: its class, its code, its row in the kind table.
 struct SensorKind {
   SensorType Code;
-  bool IsCan;                     // may stand behind an interface, too
-  const char* Text;               // value of the "Type" row
-  const QtSts::ClassInfo* Class;  // of its records
-  std::span<const Taken> Takes;   // in the order of taking
+  bool IsCan;                              // may stand behind an interface, too
+  const char* Text;                        // value of the "Type" row
+  const QtSts::ClassInfo* Class;           // of its records
+  std::span<const elements::Taken> Takes;  // in the order of taking
   std::unique_ptr<QtSts::CSensor> (*Make)(Placement placement);  // filled from the scratch state
 };
-
-// A record of any kind takes at most so many variables.
-inline constexpr std::size_t kMostTaken = 64;
 
 // Every kind in ascending order of code.
 COLLECTOR_API std::span<const SensorKind> SensorKinds();

@@ -1,23 +1,22 @@
-// The rows of the kind table: each says which member of a record is taken from which variable of
+// The rows of tables of kinds: each says which member of an element is taken from which variable of
 // the scratch state. A row has
-//   Fill(record)  takes the value
-//   Release()     empties a variable that a record uses up; runs after every Fill
-//   kTaken        what can be asked about it
+//   Fill(element)  takes the value
+//   Release()      empties a variable that an element uses up; runs after every Fill
+//   kTaken         what can be asked about it
 #pragma once
 
 #include <array>
 #include <memory>
 #include <type_traits>
 
+#include "collector/state/elements.h"
 #include "collector/state/numbers.h"
-#include "collector/state/row_tables.h"
 #include "model/listing_rows.h"
-#include "sensors/record_builder.h"
 
-namespace sensors {
+namespace elements {
 
 template <auto kMember>
-using ClassOf = typename QtSts::listing::Member<decltype(kMember)>::Class;
+using OwnerOf = typename QtSts::listing::Member<decltype(kMember)>::Class;
 
 // The value of a variable, or of a field of beaconRoundel.
 template <auto kFrom>
@@ -30,8 +29,8 @@ const auto& ValueOf() {
 }
 
 template <auto kMember>
-const void* MemberIn(const QtSts::CSensor& record) {
-  return QtSts::listing::Read<kMember>(&static_cast<const ClassOf<kMember>&>(record));
+const void* MemberIn(const QtSts::CBaseStatus& element) {
+  return QtSts::listing::Read<kMember>(&static_cast<const OwnerOf<kMember>&>(element));
 }
 
 template <auto kMember, auto kFrom>
@@ -61,7 +60,7 @@ void Assign(Member& member, const Value& value) {
 // The member is the value.
 template <auto kMember, auto kFrom>
 struct From {
-  static void Fill(ClassOf<kMember>& record) { Assign(record.*kMember, ValueOf<kFrom>()); }
+  static void Fill(OwnerOf<kMember>& element) { Assign(element.*kMember, ValueOf<kFrom>()); }
   static void Release() {}
   static constexpr auto kTaken = kTakenOnce<kMember, kFrom>;
 };
@@ -69,9 +68,9 @@ struct From {
 // The same unless the value is kAbsent, which stands for one that is not reported.
 template <auto kMember, auto kFrom, auto kAbsent>
 struct Unless {
-  static void Fill(ClassOf<kMember>& record) {
+  static void Fill(OwnerOf<kMember>& element) {
     if (ValueOf<kFrom>() != kAbsent) {
-      Assign(record.*kMember, ValueOf<kFrom>());
+      Assign(element.*kMember, ValueOf<kFrom>());
     }
   }
   static void Release() {}
@@ -81,7 +80,7 @@ struct Unless {
 // The member is a copy of the list, which is then emptied but keeps its room.
 template <auto kMember, auto kFrom>
 struct UsedUp {
-  static void Fill(ClassOf<kMember>& record) { Assign(record.*kMember, *kFrom); }
+  static void Fill(OwnerOf<kMember>& element) { Assign(element.*kMember, *kFrom); }
   static void Release() { kFrom->clear(); }
   static constexpr auto kTaken = kTakenOnce<kMember, kFrom>;
 };
@@ -103,18 +102,18 @@ consteval auto Joined(const std::array<Taken, kSizes>&... parts) {
 // Several rows in their order.
 template <class... Row>
 struct Rows {
-  template <class Record>
-  static void Fill(Record& record) {
-    (Row::Fill(record), ...);
+  template <class Element>
+  static void Fill(Element& element) {
+    (Row::Fill(element), ...);
   }
   static void Release() { (Row::Release(), ...); }
   static constexpr auto kTaken = Joined(Row::kTaken...);
 };
 template <>
 struct Rows<> {
-  static void Fill(QtSts::CSensor& /*record*/) {}
+  static void Fill(QtSts::CBaseStatus& /*element*/) {}
   static void Release() {}
   static constexpr std::array<Taken, 0> kTaken = {};
 };
 
-}  // namespace sensors
+}  // namespace elements

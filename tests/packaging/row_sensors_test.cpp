@@ -318,7 +318,7 @@ std::set<std::string> Asked(const std::string& text) {
   std::set<std::string> attributes;
   for (const Sample& sample : Samples()) {
     const rows::Attribute& attribute = Known(sample.Attribute);
-    for (const sensors::Taken& taken : kind->Takes) {
+    for (const elements::Taken& taken : kind->Takes) {
       if (taken.From == attribute.Where && !taken.OnlyBehindInterface) {
         attributes.insert(sample.Family);
       }

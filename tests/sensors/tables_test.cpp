@@ -43,7 +43,7 @@ std::string FieldAt(const QtSts::CSensor& record, const void* address) {
 std::vector<std::string> TakenBy(const sensors::SensorKind& kind) {
   const auto record = kind.Make(sensors::Placement::kBehindInterface);
   std::vector<std::string> taken;
-  for (const sensors::Taken& row : kind.Takes) {
+  for (const elements::Taken& row : kind.Takes) {
     taken.push_back(std::string(row.From->Name) + " > " + FieldAt(*record, row.Member(*record)));
   }
   return taken;
