@@ -6,13 +6,13 @@
 #include <string_view>
 #include <type_traits>
 
+#include "collector/state/element_rows.h"
 #include "collector/state/report.h"
 #include "model/beacons.h"
 #include "model/can_sensors.h"
 #include "model/dcio_boards.h"
 #include "model/onboard_sensors.h"
 #include "sensors/points.h"
-#include "sensors/record_rows.h"
 
 namespace sensors {
 namespace {
