@@ -9,10 +9,12 @@
 #include <fstream>
 #include <iterator>
 #include <random>
+#include <string_view>
 
 #include "db/sql_database.h"
 #include "tests/db/database_fixture.h"
 #include "tests/support/interposed/clocks.h"
+#include "tests/support/interposed/sqlite_calls.h"
 
 namespace {
 
