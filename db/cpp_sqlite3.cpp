@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "db/connection.h"
+#include "db/plain_text.h"
 #include "db/reading.h"
 
 using sqlitedb::Connect;
@@ -36,8 +37,9 @@ CppSQLite3Exception::CppSQLite3Exception(int code, std::string message)
 CppSQLite3Exception::CppSQLite3Exception(int code, std::string message, int extended_code,
                                          int system_error)
     : code_(code != SQLITE_OK ? code : SQLITE_ERROR),
-      message_(std::make_shared<Details const>(
-          std::move(message), extended_code != SQLITE_OK ? extended_code : code_, system_error)) {}
+      message_(std::make_shared<Details const>(sqlitedb::PlainText(std::move(message)),
+                                               extended_code != SQLITE_OK ? extended_code : code_,
+                                               system_error)) {}
 
 int CppSQLite3Exception::extendedCode() const noexcept { return DetailsOf(message_).extended_code; }
 

@@ -25,7 +25,8 @@ class SQLITEDB_API CppSQLite3Exception {
   /// Never 0.
   SQLITEDB_API int errorCode() const noexcept { return code_; }
 
-  /// Zero-terminated; lives as long as the exception.
+  /// Zero-terminated; lives as long as the exception. UTF-8; in place of what could steer a
+  /// terminal in the names that a writer gave there is U+FFFD.
   SQLITEDB_API char const* errorMessage() const noexcept { return message_->c_str(); }
 
   /// SQLite's extended result code, of which errorCode() is the low byte; the same as errorCode()

@@ -292,6 +292,42 @@ TEST_F(Reading, RowsComeInTheOrderThatTheColumnOfTheKeysHas) {
                                                Pair("Title", "4"), Pair("GUID", "3")));
 }
 
+// Messages go to the terminal of whoever runs a host, and into logs.
+TEST_F(Reading, NamesInMessagesSteerNoTerminal) {
+  const struct {
+    std::string name;
+    std::string in_message;
+  } cases[] = {
+      {"gr\xc3\xb6\xc3\x9f"
+       "e \xe2\x82\xac \xf0\x9f\x92\xa1",
+       "gr\xc3\xb6\xc3\x9f"
+       "e \xe2\x82\xac \xf0\x9f\x92\xa1"},
+      {"\x1b[2J\x07", "\xef\xbf\xbd[2J\xef\xbf\xbd"},
+      {"a\n0:all well\r",
+       "a\xef\xbf\xbd"
+       "0:all well\xef\xbf\xbd"},
+      {"\x7f", "\xef\xbf\xbd"},
+      {"\xc2\x9b"
+       "2J",
+       "\xef\xbf\xbd\xef\xbf\xbd"
+       "2J"},
+      {"\x9b"
+       "2J",
+       "\xef\xbf\xbd"
+       "2J"},
+      {"\xe2\x80\xae"
+       "x",
+       "\xef\xbf\xbd\xef\xbf\xbd\xef\xbf\xbd"
+       "x"},
+      {"cut \xe2\x82", "cut \xef\xbf\xbd\xef\xbf\xbd"},
+  };
+  for (const auto& one : cases) {
+    SCOPED_TRACE(one.in_message);
+    Make(kOther + View("SELECT t.[" + one.name + "] AS address, y AS value FROM t"));
+    EXPECT_EQ(Refusal(), "1:no such column: t." + one.in_message);
+  }
+}
+
 TEST_F(Reading, CollationOfTheWritersOwnFails) {
   const auto compare = [](void*, int, const void*, int, const void*) { return 0; };
   sqlite3* writer = nullptr;
