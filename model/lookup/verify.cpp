@@ -1,10 +1,11 @@
 #include "model/lookup/verify.h"
 
-#include <cstring>
 #include <memory>
+#include <span>
 
 #include "collector/state/report.h"
 #include "collector/state/scratch.h"
+#include "model/lookup/kinds.h"
 
 namespace {
 
@@ -56,67 +57,36 @@ constexpr std::unique_ptr<CInput> (*kInputs[])() = {
     &Make<CInput, QtSts::CDigitalInput>,
 };
 
-// The device class of each DcioType, and whether it reports its state and error counter.
-struct DcioKind {
-  std::unique_ptr<CDCIODevice> (*Create)();
-  bool ReportsState;
-};
-constexpr DcioKind kDcioKinds[] = {
-    {&Make<CDCIODevice, QtSts::CDoorSwitch>, true},
-    {&Make<CDCIODevice, QtSts::CPowerMonitor>, true},
-    {&Make<CDCIODevice, QtSts::CRunLED>, false},
-    {&Make<CDCIODevice, QtSts::CGenericInput>, true},
-    {&Make<CDCIODevice, QtSts::CGenericOutput>, false},
-};
-
-// A router's address that stands for none.
-constexpr std::uint16_t kNoRouterAddress = 0x4000;
-
-std::unique_ptr<CDisplayInterface> MakeDisplayInterface(AttachmentType type) {
-  std::unique_ptr<CDisplayInterface> made;
-  if (type == kRouterCan) {
-    made = std::make_unique<QtSts::CTravexRouterDisplayInterface>();
-  } else if (type == kControlBoardCan) {
-    made = std::make_unique<QtSts::CSentrelControlBoardDisplayInterface>();
-  } else {
-    return nullptr;
-  }
-  made->NumberOfAttributes = u32_DispInterfaceNumAttribute;
-  if (type == kControlBoardCan || u16_DispInterfaceAddress != kNoRouterAddress) {
-    made->Address = std::make_unique<std::uint16_t>(u16_DispInterfaceAddress);
-  }
-  return made;
-}
-
-// Tells what became of the DCIO device that the scratch state describes; `device` is null when it
-// was refused.
+// Reports what became of the DCIO device that the scratch state describes; `device` and `kind` are
+// null when it was refused.
 void ReportDcio(const CStatus& status, Ending ending, const CDCIODevice* device = nullptr,
-                bool took_state = false) {
+                const elements::DcioKind* kind = nullptr) {
+  elements::Variables taken;  // not initialised: it is seldom used
   observe::ReportRecord(observe::Place::kDcioDevices, ending, [&](observe::Record& event) {
-    // Those of the state are the last.
-    static constexpr const void* kTaken[] = {&u32_DCIO_NumAttr, &u32_DCIO_Address, &u32_DCIO_State,
-                                             &u32_DCIO_ErrCntr};
     event.Number = u32_DCIO_SensorNumber;
     event.Type = st_DCIO_Type;
     event.Element = device;
     event.Position = status.DCIO.Devices.Count() - (device == nullptr ? 0 : 1);
-    if (device != nullptr) {
-      event.Taken = std::span(kTaken).first(took_state ? 4 : 2);
+    if (kind != nullptr) {
+      event.Taken = elements::VariablesOf(kind->Takes, false, taken);
     }
   });
 }
 
+// `kind` is null when no interface was made.
 void ReportDisplayInterface(Ending ending, AttachmentType type, unsigned int position,
-                            const CDisplayInterface* element) {
+                            const CDisplayInterface* element,
+                            const elements::InterfaceKind* kind = nullptr) {
+  elements::Variables taken;  // not initialised: it is seldom used
   observe::ReportRecord(observe::Place::kDisplayInterfaces, ending, [&](observe::Record& event) {
-    static constexpr const void* kTaken[] = {&u32_DispInterfaceNumAttribute,
-                                             &u16_DispInterfaceAddress};
+    // The number alone finds an interface.
+    static constexpr const void* kKey[] = {&u32_DispInterfaceNumAttribute};
     event.Number = u32_DispInterfaceNumAttribute;
     event.Type = type;
     event.Position = position;
     event.Element = element;
-    // The number alone finds an interface.
-    event.Taken = std::span(kTaken).first(ending == Ending::kCompleted ? 2 : 1);
+    event.Taken = kind == nullptr ? std::span<const void* const>(kKey)
+                                  : elements::VariablesOf(kind->Takes, false, taken);
   });
 }
 
@@ -172,22 +142,15 @@ int Status_VerifyDCIO(CStatus* status) {
     ReportDcio(*status, Ending::kPositionTaken);
     return 0;
   }
-  if (st_DCIO_Type >= std::size(kDcioKinds)) {
+  const elements::DcioKind* const kind = elements::KindOf(st_DCIO_Type);
+  if (kind == nullptr) {
     ReportDcio(*status, Ending::kNoKind);
     return 0;
   }
-  const DcioKind& kind = kDcioKinds[st_DCIO_Type];
-  std::unique_ptr<CDCIODevice> device = kind.Create();
-  device->NumberOfAttributes = u32_DCIO_NumAttr;
-  if (kind.ReportsState) {
-    // The state is deliberately reduced to a flag.
-    device->State = std::make_unique<std::uint32_t>(u32_DCIO_State != 0 ? 1 : 0);
-    device->ErrorCounter = std::make_unique<std::uint32_t>(u32_DCIO_ErrCntr);
-  }
-  device->Address = std::make_unique<std::uint32_t>(u32_DCIO_Address);
+  std::unique_ptr<CDCIODevice> device = kind->Make();
   const CDCIODevice* const added = device.get();
   status->DCIO.Devices.Add(device.release());
-  ReportDcio(*status, Ending::kCompleted, added, kind.ReportsState);
+  ReportDcio(*status, Ending::kCompleted, added, kind);
   return 0;
 }
 
@@ -203,10 +166,11 @@ int Status_VerifyDisplayInterface(CStatus* status, int output, AttachmentType ty
       });
   if (const CDisplayInterface* const found = owner->DisplayInterfaces[position]) {
     ReportDisplayInterface(Ending::kFound, type, position, found);
-  } else if (std::unique_ptr<CDisplayInterface> made = MakeDisplayInterface(type)) {
+  } else if (const elements::InterfaceKind* const kind = elements::KindOf(type)) {
+    std::unique_ptr<CDisplayInterface> made = kind->Make();
     const CDisplayInterface* const added = made.get();
     owner->DisplayInterfaces.Add(made.release());
-    ReportDisplayInterface(Ending::kCompleted, type, position, added);
+    ReportDisplayInterface(Ending::kCompleted, type, position, added, kind);
   } else {
     ReportDisplayInterface(Ending::kNoKind, type, position, nullptr);
   }

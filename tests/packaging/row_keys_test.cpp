@@ -14,6 +14,7 @@
 #include "handlers/fields.h"
 #include "handlers/handlers.h"
 #include "model/document.h"
+#include "model/lookup/kinds.h"
 #include "tests/packaging/markdown.h"
 #include "tests/support/golden.h"
 
@@ -272,9 +273,14 @@ TEST(DcioRows, OfEveryTypeMakeTheElementWithItsFields) {
     Handle("DCIO_00_Type", markdown::Name(row[0]), &status);
     const QtSts::CDCIODevice* const device = status.DCIO.Devices[0];
     ASSERT_NE(device, nullptr);
-    EXPECT_EQ(QtSts::ClassOf(*device)->Name, markdown::Name(row[2]));
+    const ClassInfo* const device_class = QtSts::ClassOf(*device);
+    EXPECT_EQ(device_class->Name, markdown::Name(row[2]));
     EXPECT_EQ(device->State != nullptr, row[3] == "all");
     EXPECT_EQ(device->ErrorCounter != nullptr, row[3] == "all");
+    const auto kind =
+        std::ranges::find(elements::DcioKinds(), device_class, &elements::DcioKind::Class);
+    EXPECT_EQ(kind->Takes.size() + 1, row[3] == "all" ? handlers::DcioAttributes().size() : 3)
+        << "every attribute but the type";
   }
 }
 

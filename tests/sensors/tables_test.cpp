@@ -1,8 +1,11 @@
 // What programs find when they look into the tables of attributes and kinds.
 #include <gmock/gmock.h>
 
+#include <memory>
 #include <set>
 
+#include "handlers/fields.h"
+#include "model/lookup/kinds.h"
 #include "sensors/attributes.h"
 #include "sensors/record_builder.h"
 #include "tests/sensors/records_fixture.h"
@@ -27,11 +30,11 @@ std::string PlaceOf(const char* attribute) {
   return found == nullptr ? "nowhere" : found->Where->Name;
 }
 
-// The name of the field of `record` whose value stands at `address`.
-std::string FieldAt(const QtSts::CSensor& record, const void* address) {
+// The name of the field of `element` whose value stands at `address`.
+std::string FieldAt(const QtSts::CBaseStatus& element, const void* address) {
   std::string name;
-  void* const object = const_cast<void*>(dynamic_cast<const void*>(&record));
-  QtSts::VisitEveryField(*QtSts::ClassOf(record), object,
+  void* const object = const_cast<void*>(dynamic_cast<const void*>(&element));
+  QtSts::VisitEveryField(*QtSts::ClassOf(element), object,
                          [&](const QtSts::Field& field, const void* part) {
                            name = field.Read(part) == address ? field.Name : "";
                            return name.empty();
@@ -39,14 +42,37 @@ std::string FieldAt(const QtSts::CSensor& record, const void* address) {
   return name;
 }
 
-// "variable > field" of everything that a record of this kind takes behind an interface.
-std::vector<std::string> TakenBy(const sensors::SensorKind& kind) {
-  const auto record = kind.Make(sensors::Placement::kBehindInterface);
+// "variable > field" of everything that `element`, which is of this kind, takes.
+std::vector<std::string> TakenBy(std::span<const elements::Taken> takes,
+                                 const QtSts::CBaseStatus& element) {
   std::vector<std::string> taken;
-  for (const elements::Taken& row : kind.Takes) {
-    taken.push_back(std::string(row.From->Name) + " > " + FieldAt(*record, row.Member(*record)));
+  for (const elements::Taken& row : takes) {
+    taken.push_back(std::string(row.From->Name) + " > " + FieldAt(element, row.Member(element)));
   }
   return taken;
+}
+
+std::vector<std::string> TakenBy(const sensors::SensorKind& kind) {
+  return TakenBy(kind.Takes, *kind.Make(sensors::Placement::kBehindInterface));
+}
+
+template <class Code, class Element>
+std::vector<std::string> TakenBy(const elements::Kind<Code, Element>& kind) {
+  return TakenBy(kind.Takes, *kind.Make());
+}
+
+// What the kinds of all elements take.
+std::vector<std::span<const elements::Taken>> AllKinds() {
+  std::vector<std::span<const elements::Taken>> all;
+  const auto add = [&all](const auto& kinds) {
+    for (const auto& kind : kinds) {
+      all.push_back(kind.Takes);
+    }
+  };
+  add(sensors::SensorKinds());
+  add(elements::DcioKinds());
+  add(elements::InterfaceKinds());
+  return all;
 }
 
 // Names of all attributes, as rows may spell them.
@@ -105,21 +131,63 @@ TEST_F(Tables, NameAFieldOfTheRecordForEverythingThatIsTaken) {
   }
 }
 
-TEST_F(Tables, KnowTheAttributesThatNoKindTakes) {
+TEST_F(Tables, SayWhatADcioDeviceTakes) {
+  const std::vector<std::string> without_state = {"u32_DCIO_NumAttr > NumberOfAttributes",
+                                                  "u32_DCIO_Address > Address"};
+  std::vector<std::string> with_state = without_state;
+  with_state.insert(with_state.end(),
+                    {"u32_DCIO_State > State", "u32_DCIO_ErrCntr > ErrorCounter"});
+  std::vector<std::string> names;
+  for (const elements::DcioKind& kind : elements::DcioKinds()) {
+    names.emplace_back(kind.Class->Name);
+    const bool has_state = kind.Is != kRunLed && kind.Is != kGenericOutput;
+    EXPECT_EQ(TakenBy(kind), has_state ? with_state : without_state) << kind.Class->Name;
+    EXPECT_EQ(QtSts::ClassOf(*kind.Make()), kind.Class);
+  }
+  EXPECT_THAT(names,
+              ElementsAre("DoorSwitch", "PowerMonitor", "RunLED", "GenericInput", "GenericOutput"));
+}
+
+TEST_F(Tables, SayWhatADisplayInterfaceTakes) {
+  u16_DispInterfaceAddress = 7;
+  std::vector<std::string> names;
+  for (const elements::InterfaceKind& kind : elements::InterfaceKinds()) {
+    names.emplace_back(kind.Class->Name);
+    EXPECT_THAT(TakenBy(kind), ElementsAre("u32_DispInterfaceNumAttribute > NumberOfAttributes",
+                                           "u16_DispInterfaceAddress > Address"));
+    EXPECT_EQ(QtSts::ClassOf(*kind.Make()), kind.Class);
+  }
+  EXPECT_THAT(names,
+              ElementsAre("TravexRouterDisplayInterface", "SentrelControlBoardDisplayInterface"));
+}
+
+TEST_F(Tables, KnowTheAttributesThatNoElementTakes) {
   std::set<std::string> for_nobody;
-  for (const std::string& name : AllAttributes()) {
-    const rows::Place& place = *sensors::FindAttribute(name.c_str())->Where;
+  const auto look_for = [&for_nobody](const std::string& name, const rows::Place& place) {
     bool taken = false;
-    for (const sensors::SensorKind& kind : sensors::SensorKinds()) {
-      taken = taken || sensors::Takes(kind, place);
+    for (const auto& takes : AllKinds()) {
+      taken = taken || elements::Takes(takes, place);
     }
     if (!taken) {
       for_nobody.insert(name);
     }
+  };
+  for (const std::string& name : AllAttributes()) {
+    look_for(name, *sensors::FindAttribute(name.c_str())->Where);
   }
-  // No record uses HumidityTenMin; the others say where a record goes and what it is.
-  EXPECT_THAT(for_nobody, ElementsAre("DispInterfaceAddress", "DispInterfaceNumber",
-                                      "HumidityTenMin", "Location", "Type"));
+  for (const rows::Attribute& attribute : handlers::DcioAttributes()) {
+    look_for("DCIO " + std::string(attribute.Name), *attribute.Where);
+  }
+  // No element uses HumidityTenMin; the others say where an element goes and what it is.
+  EXPECT_THAT(for_nobody, ElementsAre("DCIO Type", "HumidityTenMin", "Location", "Type"));
+}
+
+TEST_F(Tables, SayThatNoSensorTakesTheAddressOfItsInterface) {
+  const rows::Place& address = *sensors::FindAttribute("DispInterfaceAddress")->Where;
+  for (const sensors::SensorKind& kind : sensors::SensorKinds()) {
+    EXPECT_FALSE(sensors::Takes(kind, address)) << kind.Text;
+  }
+  EXPECT_TRUE(sensors::Takes(KindOf("OnboardTemp"), *sensors::FindAttribute("Celsius")->Where));
 }
 
 TEST_F(Tables, PutCanSensorsAloneBehindInterfaces) {
