@@ -35,7 +35,7 @@ class Folder {
   Folder& operator=(const Folder&) = delete;
   ~Folder() { fs::remove_all(path_); }
 
-  /// A file of these bytes and nothing beside it.
+  // A file of these bytes and nothing beside it.
   std::string Put(std::string_view bytes) const {
     for (const auto& entry : fs::directory_iterator(path_)) {
       fs::remove_all(entry.path());

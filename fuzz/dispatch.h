@@ -13,7 +13,7 @@ namespace fuzz {
 
 using Rows = std::map<std::string, std::string, std::less<>>;
 
-/// Calls the handler of every row that has one.
+// Calls the handler of every row that has one.
 inline void Dispatch(const Rows& rows, QtSts::CStatus* status) {
   rows::Dispatcher dispatcher(status);
   for (const auto& [key, value] : rows) {
@@ -21,7 +21,7 @@ inline void Dispatch(const Rows& rows, QtSts::CStatus* status) {
   }
 }
 
-/// The same with texts that AddressSanitizer watches: each in a block of exactly its size.
+// The same with texts that AddressSanitizer watches: each in a block of exactly its size.
 inline void DispatchExact(const Rows& rows, QtSts::CStatus* status) {
   rows::Dispatcher dispatcher(status);
   for (const auto& [full_key, full_value] : rows) {

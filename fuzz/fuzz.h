@@ -10,7 +10,7 @@
 #include <memory>
 #include <string_view>
 
-/// Ends the program when a property does not hold; works with and without a fuzzer around it.
+// Ends the program when a property does not hold; works with and without a fuzzer around it.
 #define FUZZ_CHECK(property)                                                             \
   do {                                                                                   \
     if (!(property)) {                                                                   \
@@ -25,8 +25,8 @@ inline std::string_view Text(const std::uint8_t* data, std::size_t size) {
   return {reinterpret_cast<const char*>(data), size};
 }
 
-/// A zero-terminated copy in a heap block of exactly its size, so that AddressSanitizer sees the
-/// first byte read beyond it.
+// A zero-terminated copy in a heap block of exactly its size, so that AddressSanitizer sees the
+// first byte read beyond it.
 class Exact {
  public:
   explicit Exact(std::string_view text) : bytes_(new char[text.size() + 1]) {

@@ -113,7 +113,7 @@ int Status_VerifyInput(CStatus* status, QtSts::InputType type) {
   return static_cast<int>(position);
 }
 
-int Status_VerifyNetwork(CStatus* status, char const* name) {
+int Status_VerifyNetwork(CStatus* status, const char* name) {
   QtSts::CNetworkDeviceList& devices = status->Network.Devices;
   const char* const wanted = name == nullptr ? "" : name;
   const unsigned int position = FindPosition(

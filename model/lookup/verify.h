@@ -23,7 +23,7 @@ COLLECTOR_API int Status_VerifyOutput(QtSts::CStatus* status, int position);
 COLLECTOR_API int Status_VerifyInput(QtSts::CStatus* status, QtSts::InputType type);
 
 // The position of the device with exactly this name; a null name makes an unnamed device.
-COLLECTOR_API int Status_VerifyNetwork(QtSts::CStatus* status, char const* name);
+COLLECTOR_API int Status_VerifyNetwork(QtSts::CStatus* status, const char* name);
 
 // Always 0. The output must exist already; without it nothing is made.
 COLLECTOR_API int Status_VerifyOutputStats(QtSts::CStatus* status, int output, int stat);
