@@ -1,4 +1,4 @@
-// Prints a fuzz dictionary from the tables of the libraries, so that none can fall behind them.
+// Prints a fuzz dictionary from the tables of the libraries, so that it is complete.
 // usage: fuzz_dictionary rows|xml
 #include <cstdio>
 #include <cstring>
@@ -42,7 +42,7 @@ void AddRows() {
         QtSts::CodeTable(QtSts::kProductFamilies), QtSts::CodeTable(QtSts::kLockStates)}) {
     AddCodes(codes);
   }
-  // Not in any table that the library shows.
+  // Not in any table that the library exports.
   for (const char* word : {"Local_CAN", "TXR_CAN",      "SCBII_CAN",
                            "Local_I2C", "DoorSwitch",   "PowerMonitor",
                            "RunLED",    "GenericInput", "GenericOutput",

@@ -26,7 +26,7 @@ class STATUS_API CFrequency : public CListedStatus {
   static const ClassInfo Class;
 };
 
-// A numbered pair of counters; what they count is told where one is held.
+// A numbered pair of counters. The member that holds one says what they count.
 class STATUS_API CStat : public CListedStatus {
  public:
   std::int32_t Number = 0;

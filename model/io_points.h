@@ -13,7 +13,7 @@
 
 namespace QtSts {
 
-// An input point. Its subclasses tell what is wired to it.
+// An input point. Its class says what is wired to it.
 class STATUS_API BaseInputType : public CListedStatus {
  public:
   std::uint32_t State = 0;  // 1: active; written through Set
@@ -26,7 +26,7 @@ class STATUS_API BaseInputType : public CListedStatus {
   static const ClassInfo Class;
 };
 
-// An output point. Its subclasses tell what it drives.
+// An output point. Its class says what it drives.
 class STATUS_API BaseOutputType : public CListedStatus {
  public:
   std::uint32_t SpareWord = 0;

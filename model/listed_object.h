@@ -25,8 +25,8 @@ class ListedObject {
   // Null when it is not listed; then it has no fields.
   const ClassInfo* Class() const { return m_Class; }
 
-  // Calls `visit` with the ListedField of each field, those of bases first, until it returns false;
-  // whether it never did. The object must outlive what it is called with.
+  // Calls `visit` with the ListedField of each field, those of bases first, until it returns false.
+  // Returns whether it never did. The object must outlive what `visit` is called with.
   template <class Visit>
   bool VisitFields(const Visit& visit) const;
 
@@ -59,7 +59,8 @@ class ListedField {
   ListedObject Record() const { return {m_Field->Record, m_Value}; }
 
   // Of a list: calls `visit` with the ListedObject of each element of a listed class, in order,
-  // until it returns false; whether it never did. Other elements do not belong to the document.
+  // until it returns false. Returns whether it never did. Other elements do not belong to the
+  // document.
   template <class Visit>
   bool VisitElements(const Visit& visit) const;
 

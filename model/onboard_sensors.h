@@ -1,4 +1,4 @@
-// Sensors on the controller board itself. They hang on no CAN bus, so they tell neither address,
+// Sensors on the controller board itself. They hang on no CAN bus, so they report neither address,
 // bus nor revision.
 #pragma once
 

@@ -11,7 +11,7 @@
 namespace QtSts::owning {
 namespace {
 
-// False when every pointer stands once; true also when there is no memory to tell.
+// False when every pointer stands once; true also when there is no memory to find out.
 template <class Pointer>
 bool MayRepeat(const std::vector<Pointer>& elements) {
   constexpr std::size_t kFew = 64;
@@ -48,8 +48,8 @@ bool IsAmong(const Pointer* elements, std::size_t count, Pointer element) {
 
 }  // namespace
 
-// A list may be long, and there may be no memory: the elements that are done with then make room
-// for the search.
+// A list may be long, and there may be no memory for a copy: the part of the list whose elements
+// are deleted is then sorted in place and searched.
 template <class Pointer>
 void DestroyEachOnce(std::vector<Pointer>& elements, void (*destroy)(Pointer)) {
   if (!MayRepeat(elements)) {

@@ -76,7 +76,7 @@ bool ParseText(std::string_view text, void* value) {
   return true;
 }
 
-// Numbers in order, parted by one blank.
+// Numbers in order, separated by one blank.
 void FormatFloats(const void* value, std::string* text) {
   const char* separator = "";
   for (const float number : *static_cast<const std::vector<float>*>(value)) {

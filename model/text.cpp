@@ -82,7 +82,7 @@ std::string FourDigits(std::uint32_t code) {
 void CleanText(std::string* text) {
   const std::string_view source = *text;
   std::string cleaned;
-  std::size_t copied = 0;  // bytes of the source that `cleaned` already tells
+  std::size_t copied = 0;  // bytes of the source that `cleaned` already stands for
   std::size_t position = 0;
   while (position < source.size()) {
     if (IsPlain(static_cast<unsigned char>(source[position]))) {
@@ -104,7 +104,7 @@ void CleanText(std::string* text) {
 void EscapeSteering(std::string* text, std::string_view before, std::string_view after) {
   const std::string_view source = *text;
   std::string escaped;
-  std::size_t copied = 0;  // bytes of the source that `escaped` already tells
+  std::size_t copied = 0;  // bytes of the source that `escaped` already stands for
   std::size_t position = 0;
   while (position < source.size()) {
     const auto c = static_cast<unsigned char>(source[position]);

@@ -211,7 +211,7 @@ void AppendReals(std::span<const float> reals, std::string* text) {
   }
 }
 
-// "[12]" as 12; null when it is nothing of the kind.
+// "[12]" as 12; nothing for any other text.
 std::optional<std::size_t> ParsePosition(std::string_view text) {
   std::size_t position = 0;
   if (!text.starts_with('[') || !text.ends_with(']')) {

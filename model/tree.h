@@ -109,8 +109,7 @@ class STATUS_API TreeElement {
 
   // What a path of names leads to, positions in lists between brackets:
   // "Outputs[0]/Dimming/DimmingLevel", from a list "[0]/Dimming". The empty path leads to this
-  // element. Null when there is
-  // nothing: not reported, no such position, or no such field.
+  // element. Null when there is nothing: not reported, no such position, or no such field.
   const TreeElement* Find(std::string_view path) const;
   const TreeValue* FindValue(std::string_view path) const;
 

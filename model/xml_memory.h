@@ -5,8 +5,8 @@
 
 namespace QtSts {
 
-// libxml2 goes on without memory and leaves out what it had none for, be it the name of an element:
-// only its last error tells. Watches from its construction on, on this thread.
+// When memory runs out, libxml2 goes on and leaves out what did not fit, even the name of an
+// element. Only its last error says so. Watches from its construction on, on this thread.
 class XmlMemoryWatch {
  public:
   XmlMemoryWatch() { xmlResetLastError(); }

@@ -31,8 +31,8 @@ struct FreeText {
 };
 using OwnText = std::unique_ptr<xmlChar, FreeText>;
 
-// Tells the reader about a node of a tree and what it holds; false when memory runs out.
-bool TellNode(XmlReader& reader, xmlNode* node) {
+// Gives the reader a node of a tree and what it holds; false when memory runs out.
+bool ReadNode(XmlReader& reader, xmlNode* node) {
   std::vector<OwnText> texts;
   std::vector<XmlAttribute> attributes;
   for (const xmlAttr* attribute = node->properties; attribute; attribute = attribute->next) {
@@ -48,7 +48,7 @@ bool TellNode(XmlReader& reader, xmlNode* node) {
     if (child->type != XML_ELEMENT_NODE) {
       const bool ignored = child->type == XML_COMMENT_NODE || xmlIsBlankNode(child) == 1;
       reader.Text(ignored ? "" : "text");
-    } else if (!TellNode(reader, child)) {
+    } else if (!ReadNode(reader, child)) {
       return false;
     }
   }
@@ -133,8 +133,8 @@ void Instruction(void* parser, const xmlChar*, const xmlChar*) {
   Guarded(parser, [](Parsing& parsing) { parsing.Reader.Text("<?"); });
 }
 
-// The parser keeps no tree: it tells the reader what it meets.
-void TellReader(xmlParserCtxt* parser, Parsing* parsing) {
+// The parser keeps no tree: it gives the reader what it meets.
+void SetHandlers(xmlParserCtxt* parser, Parsing* parsing) {
   parser->_private = parsing;
   xmlSAXHandler& sax = *parser->sax;
   sax.internalSubset = &RefuseDocumentType;
@@ -215,7 +215,7 @@ void ParseText(std::string_view text, Parsing* parsing) {
   if (parser == nullptr) {
     throw std::bad_alloc();
   }
-  TellReader(parser.get(), parsing);
+  SetHandlers(parser.get(), parsing);
   // The values of attributes come with their references replaced; no entity can be declared.
   constexpr int kOptions = XML_PARSE_NONET | XML_PARSE_NOERROR | XML_PARSE_NOWARNING |
                            XML_PARSE_BIG_LINES | XML_PARSE_IGNORE_ENC | XML_PARSE_NOENT;
@@ -256,7 +256,7 @@ bool CListedStatus::Parse(_xmlNode* node) {
   }
   XmlError error;
   XmlReader reader(*info, dynamic_cast<void*>(this), &error);
-  return TellNode(reader, node) && !reader.Failed();
+  return ReadNode(reader, node) && !reader.Failed();
 }
 
 std::string XmlError::Text() const {

@@ -18,7 +18,7 @@ struct XmlAttribute {
   std::string_view Value;
 };
 
-// Told about elements in order of their text. The first fault stands in the error and ends the
+// Is given elements in order of their text. The first fault stands in the error and ends the
 // reading: what follows is passed over.
 class XmlReader {
  public:
