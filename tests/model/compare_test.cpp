@@ -99,7 +99,7 @@ TEST(Compare, PutsTextsBetweenQuotes) {
   EXPECT_THAT(Texts(before, after), ElementsAre(R"(GUID: "absent" -> "a \"b\\c\"\n\t\r")"));
 }
 
-TEST(Compare, TellsAbsentFromPresent) {
+TEST(Compare, SeparatesAbsentFromPresent) {
   CStatus before;
   CStatus after;
   AddSensorBehindInterface(before);
@@ -110,14 +110,14 @@ TEST(Compare, TellsAbsentFromPresent) {
               ElementsAre("Outputs[0]/DisplayInterfaces[1]/Sensors[3]/Face: 0 -> absent"));
 }
 
-TEST(Compare, TellsAnAbsentRecordByItsClass) {
+TEST(Compare, NamesAnAbsentRecordByItsClass) {
   QtSts::CCANDcio before;
   QtSts::CCANDcio after;
   after.Points.Inputs = std::make_unique<QtSts::InputListType>(2);
   EXPECT_THAT(Texts(before, after), ElementsAre("Points/Inputs: absent -> InputListType"));
 }
 
-TEST(Compare, TellsExtraElementsByTheirClass) {
+TEST(Compare, NamesExtraElementsByTheirClass) {
   CStatus before;
   CStatus after;
   after.Sensors.Add(new QtSts::CCANTempSensor);
@@ -128,7 +128,7 @@ TEST(Compare, TellsExtraElementsByTheirClass) {
                                                 "Sensors[1]: CANDoorSensor -> absent"));
 }
 
-TEST(Compare, TellsElementsOfAnotherClassByBothClasses) {
+TEST(Compare, NamesElementsOfAnotherClassByBothClasses) {
   CStatus before;
   CStatus after;
   auto* const sensor = new QtSts::CCANTempSensor;
@@ -148,7 +148,7 @@ TEST(Compare, TakesNotANumberForEqualToItself) {
   EXPECT_THAT(Texts(before, after), ElementsAre("Vertical: NaN -> INF"));
 }
 
-TEST(Compare, TakesTextsForEqualThatTheDocumentCannotTellApart) {
+TEST(Compare, TakesTextsForEqualThatAreTheSameInTheDocument) {
   CStatus before;
   CStatus after;
   before.GUID = "\xff";
@@ -156,7 +156,7 @@ TEST(Compare, TakesTextsForEqualThatTheDocumentCannotTellApart) {
   EXPECT_THAT(Texts(before, after), IsEmpty());
 }
 
-TEST(Compare, TellsTwoClassesApartAtTheTop) {
+TEST(Compare, NamesTwoClassesAtTheTop) {
   EXPECT_THAT(Texts(QtSts::CArea(), QtSts::CStat()), ElementsAre(".: Area -> Stat"));
 }
 

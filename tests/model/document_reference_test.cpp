@@ -76,7 +76,7 @@ std::string Classes() {
   return text + "\n";
 }
 
-TEST(DocumentReference, TellsEveryFieldAsTheListingsDo) {
+TEST(DocumentReference, DescribesEveryFieldAsTheListingsDo) {
   const std::string page = test_support::ReadSource(kPage);
   const std::size_t begin = page.find(kBegin);
   const std::size_t end = page.find(kEnd);
@@ -86,7 +86,7 @@ TEST(DocumentReference, TellsEveryFieldAsTheListingsDo) {
       page.substr(0, begin + kBegin.size()) + Classes() + page.substr(end), kPage));
 }
 
-TEST(DocumentReference, TellsTheBoundsOfReading) {
+TEST(DocumentReference, NamesTheBoundsOfReading) {
   EXPECT_THAT(test_support::ReadSource(kPage),
               testing::HasSubstr("at most " + std::to_string(QtSts::kMaximumDocumentSize >> 20U) +
                                  " MiB, 1000 attributes in an element"));

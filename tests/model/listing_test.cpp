@@ -96,7 +96,7 @@ Headers ModelHeaders() {
   return headers;
 }
 
-// What the listing of `info` has to tell: the class's own members and those of its bases without a
+// What the listing of `info` must have: the class's own members and those of its bases without a
 // listing; a second listed base counts by its class name.
 std::vector<std::string> Members(const ClassInfo& info, const std::vector<Line>& layout) {
   std::vector<std::string> members;
@@ -120,7 +120,7 @@ std::vector<std::string> Members(const ClassInfo& info, const std::vector<Line>&
   return members;
 }
 
-// The names that the listing tells, in the same terms.
+// The names in the listing, in the same terms.
 std::vector<std::string> ListedMembers(const ClassInfo& info, const std::vector<Line>& layout) {
   std::set<std::string> bases;
   for (const Line& line : layout) {
@@ -250,7 +250,7 @@ TEST(Listing, FindsAFieldOfTheClassOrOfABaseByItsName) {
   EXPECT_EQ(QtSts::FieldNamed(info, ""), nullptr);
 }
 
-TEST(Listing, TellsEachMeaningInOneSentenceWithoutTheStop) {
+TEST(Listing, GivesEachMeaningInOneSentenceWithoutTheStop) {
   const auto is_sentence = [](const std::string& text) {
     return std::regex_match(text, std::regex("[A-Z0-9].*[^.\\s]"));
   };
@@ -274,7 +274,7 @@ TEST(Listing, HoldsExactlyOneKindOfThingInAField) {
   }
 }
 
-TEST(IsA, GoesFromHeirToAncestorOnly) {
+TEST(IsA, GoesFromTheDerivedClassToTheBaseOnly) {
   const ClassInfo& sensor = QtSts::CSensor::Class;
   const ClassInfo& can = QtSts::CCANSensor::Class;
   EXPECT_TRUE(QtSts::IsA(can, sensor));

@@ -24,7 +24,7 @@ std::string Source(const std::vector<std::string>& headers,
   return source;
 }
 
-// The text behind "  8 |   " is, by example, "std::uint32_t Width", "class X (primary base)" or
+// The text after "  8 |   " is, for example, "std::uint32_t Width", "class X (primary base)" or
 // "(X vtable pointer)".
 Line ParseLine(int depth, std::string text) {
   static const std::regex marks(R"(( \((primary |virtual )*base\))|( \(empty\)))");

@@ -17,7 +17,7 @@ struct Line {
 using Layouts = std::map<std::string, std::vector<Line>>;
 
 // The layouts of `classes` ("QtSts::CArea"), defined in `headers` (relative to the source tree), as
-// clang++ tells them. Throws std::runtime_error with the reason when it does not.
+// clang++ prints them. Throws std::runtime_error with the reason when it does not.
 Layouts Dump(const std::vector<std::string>& headers, const std::vector<std::string>& classes);
 
 }  // namespace record_layouts

@@ -89,7 +89,7 @@ TEST(BrokenPromises, AllowsAdditions) {
   EXPECT_THAT(BrokenPromises(added, Schema()), ElementsAre("/Status/@New is gone"));
 }
 
-TEST(Schema, TellsUnitCodesAndAbsenceOfAField) {
+TEST(Schema, GivesUnitCodesAndAbsenceOfAField) {
   EXPECT_THAT(Schema(), HasSubstr("<xs:documentation>Memory. Unit: kB.</xs:documentation>"));
   EXPECT_THAT(Schema(), HasSubstr("Values: 0 none, 1 player, 2 thermal, 3 sensor, 4 brightness."));
   EXPECT_THAT(Schema(), HasSubstr("Hardware revision. Absent when it is not reported."));

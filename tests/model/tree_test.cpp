@@ -145,7 +145,7 @@ TEST(DocumentTree, FindsNothingWhereAPathLeadsNowhere) {
   EXPECT_EQ(tree.Root().FindValue("Outputs"), nullptr) << "an element is no value";
 }
 
-TEST(DocumentTree, TellsThePathOfEveryElementAndValue) {
+TEST(DocumentTree, GivesThePathOfEveryElementAndValue) {
   for (std::uint64_t seed = 0; seed < 20; ++seed) {
     SCOPED_TRACE(seed);
     const auto document = test_support::RandomDocument(test_support::SeededChoices(seed));

@@ -93,7 +93,7 @@ TEST_F(Verify, AppendsNoInputOfAnUnknownTypeAndReturnsTheCount) {
   EXPECT_EQ(m_Status.Inputs[1], nullptr);
 }
 
-// The search used to go on behind a null pointer, which only a host can have put there.
+// The search used to go on after a null pointer, which only a host can have put there.
 TEST_F(Verify, EndsItsSearchAtAMissingElementAndAppends) {
   m_Status.Inputs.Add(new QtSts::CDigitalInput);
   m_Status.Inputs.Add(nullptr);

@@ -73,7 +73,7 @@ TEST(Parse, GivesBackWhatWriteLeftForEveryClass) {
   int classes = 0;
   for (const QtSts::ClassInfo* const info : QtSts::Classes()) {
     if (info->Create == nullptr) {
-      continue;  // held by value or abstract: read and written with its holder or its heirs
+      continue;  // held by value or abstract: read and written with its holder or a derived class
     }
     ++classes;
     SCOPED_TRACE(info->Name);
@@ -151,7 +151,7 @@ TEST(ReadDocument, RefusesAListOfNumbersWithSomethingElseInIt) {
   EXPECT_THAT(Refusal(document), HasSubstr("<CANPsrbSensor> attribute InputVoltages: not a value"));
 }
 
-TEST(ReadDocument, TellsTheLineOfAnElementFarDown) {
+TEST(ReadDocument, GivesTheLineOfAnElementFarDown) {
   const std::string lines(70000, '\n');
   EXPECT_THAT(Refusal(With("<Compositors/>", "<Compositors/>" + lines + "<Surprise/>")),
               HasSubstr("line 7"));
