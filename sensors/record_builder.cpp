@@ -213,12 +213,14 @@ constexpr SensorKind kKinds[] = {
         kOnboardCabinetFanControl, "OnboardCabinetFanControl"),
 };
 
-// Codes below kUnknownSensor that are deliberately no kind.
-constexpr bool IsFree(std::uint32_t code) { return code == 12 || code == 16 || code == 18; }
+constexpr bool IsFree(std::uint32_t code) {
+  return code == kUnknownSensor ||
+         std::ranges::find(kFreeSensorTypes, code) != std::end(kFreeSensorTypes);
+}
 
 consteval bool EveryCodeHasItsRowInOrder() {
   const SensorKind* kind = std::begin(kKinds);
-  for (std::uint32_t code = 0; code < kUnknownSensor; ++code) {
+  for (std::uint32_t code = 0; code < kUnknownSensor || kind != std::end(kKinds); ++code) {
     if (IsFree(code)) {
       continue;
     }
@@ -227,7 +229,7 @@ consteval bool EveryCodeHasItsRowInOrder() {
     }
     ++kind;
   }
-  return kind == std::end(kKinds);
+  return true;
 }
 static_assert(EveryCodeHasItsRowInOrder());
 

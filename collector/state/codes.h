@@ -20,7 +20,7 @@ inline constexpr QtSts::Code kAttachments[] = {
     {kLocalI2c, "Local_I2C"},
 };
 
-// Kind of a sensor, from its "Type" row; 12, 16 and 18 are never produced.
+// Kind of a sensor, from its "Type" row.
 enum SensorType : std::uint32_t {
   kCanTemp = 0,
   kCanLight = 1,
@@ -41,6 +41,8 @@ enum SensorType : std::uint32_t {
   kOnboardCabinetFanControl = 19,
   kUnknownSensor = 20,
 };
+// Between those codes there are these, which deliberately are no kind.
+inline constexpr std::uint32_t kFreeSensorTypes[] = {12, 16, 18};
 
 // Kind of a DCIO device, from its "Type" row.
 enum DcioType : std::uint32_t {
