@@ -37,4 +37,11 @@ class STATUS_API CCANRoundel : public CBeaconRecord {
   static const ClassInfo Class;
 };
 
+// Every class of this header that has a listing.
+inline constexpr const ClassInfo* kBeaconClasses[] = {
+    &CBeaconRecord::Class,
+    &CCANBeacon::Class,
+    &CCANRoundel::Class,
+};
+
 }  // namespace QtSts

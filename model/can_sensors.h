@@ -100,4 +100,13 @@ class STATUS_API CCANPsrbSensor : public CCANSensor {
   static const ClassInfo Class;
 };
 
+// Every class of this header that has a listing.
+inline constexpr const ClassInfo* kCanSensorClasses[] = {
+    &CCANTempSensor::Class,           &CCANLightSensor::Class,
+    &CCANLightLuxSensor::Class,       &CCANMultiDirectionalSensor::Class,
+    &CCANDoorSensor::Class,           &CCANHumiditySensor::Class,
+    &CCANFanRpmSensor::Class,         &CCANAirflowSensor::Class,
+    &CCANIsolationBoardSensor::Class, &CCANPsrbSensor::Class,
+};
+
 }  // namespace QtSts

@@ -93,4 +93,11 @@ class STATUS_API CCANDcioAndFanRpm : public CCANDcio {
   static const ClassInfo Class;
 };
 
+// Every class of this header that has a listing.
+inline constexpr const ClassInfo* kDcioBoardClasses[] = {
+    &CCANDcio::Class,        &CCANDcio16in3out8cfg::Class,
+    &CCANDcio2in1out::Class, &CCANDcioAndFanRpm::Class,
+    &FanRpm::Class,
+};
+
 }  // namespace QtSts

@@ -22,4 +22,10 @@ class STATUS_API COnboardCabinetFanControlSensor : public CSensor {
   static const ClassInfo Class;
 };
 
+// Every class of this header that has a listing.
+inline constexpr const ClassInfo* kOnboardSensorClasses[] = {
+    &COnboardTempSensor::Class,
+    &COnboardCabinetFanControlSensor::Class,
+};
+
 }  // namespace QtSts

@@ -1,5 +1,8 @@
 // The table of all listed classes, and look-up in it.
-#include <iterator>
+#include <algorithm>
+#include <array>
+#include <cstddef>
+#include <span>
 #include <string_view>
 #include <typeindex>
 #include <unordered_map>
@@ -14,7 +17,8 @@
 namespace QtSts {
 namespace {
 
-constexpr const ClassInfo* kClasses[] = {
+// All that are no family of sensors.
+constexpr const ClassInfo* kPartClasses[] = {
     // document
     &CStatus::Class,
     &CSolarInfo::Class,
@@ -81,28 +85,20 @@ constexpr const ClassInfo* kClasses[] = {
     // sensors
     &CSensor::Class,
     &CCANSensor::Class,
-    &CCANTempSensor::Class,
-    &CCANLightSensor::Class,
-    &CCANLightLuxSensor::Class,
-    &CCANMultiDirectionalSensor::Class,
-    &CCANDoorSensor::Class,
-    &CCANHumiditySensor::Class,
-    &CCANFanRpmSensor::Class,
-    &CCANAirflowSensor::Class,
-    &CCANIsolationBoardSensor::Class,
-    &CCANPsrbSensor::Class,
-    &CCANDcio::Class,
-    &CCANDcio16in3out8cfg::Class,
-    &CCANDcio2in1out::Class,
-    &CCANDcioAndFanRpm::Class,
-    &FanRpm::Class,
-    &CBeaconRecord::Class,
-    &CCANBeacon::Class,
-    &CCANRoundel::Class,
-    &COnboardTempSensor::Class,
-    &COnboardCabinetFanControlSensor::Class,
-    nullptr,
 };
+
+// The classes of all these, and a null pointer at the end.
+template <std::size_t... kSizes>
+consteval auto Joined(const ClassInfo* const (&... families)[kSizes]) {
+  std::array<const ClassInfo*, (kSizes + ... + 1)> classes = {};
+  auto place = classes.begin();
+  ((place = std::ranges::copy(families, place).out), ...);
+  return classes;
+}
+
+// Families of sensors list their classes in their headers.
+constexpr auto kClasses = Joined(kPartClasses, kCanSensorClasses, kDcioBoardClasses, kBeaconClasses,
+                                 kOnboardSensorClasses);
 
 template <class Key, class KeyOf>
 std::unordered_map<Key, const ClassInfo*> Index(KeyOf key_of) {
@@ -143,10 +139,10 @@ const Field* FieldNamed(const ClassInfo& info, std::string_view name) {
 }
 
 std::span<const ClassInfo* const> Classes() {
-  return std::span(kClasses).first(std::size(kClasses) - 1);
+  return std::span(kClasses).first(kClasses.size() - 1);
 }
 
-const ClassInfo* const* AllClasses() { return kClasses; }
+const ClassInfo* const* AllClasses() { return kClasses.data(); }
 
 bool IsA(const ClassInfo& derived, const ClassInfo& base) {
   const ClassInfo* info = &derived;
