@@ -57,7 +57,7 @@ class SQLITEDB_API CSQLdatabase {
 
   CppSQLite3DB m_DB;
   CppSQLite3Statement m_Statement;
-  std::int32_t m_LastError = 0;  ///< 0 when there is none; never written here.
+  std::int32_t m_LastError = 0;  ///< 0 when there is none. Set by derived classes and hosts only.
 
  private:
   void Run(std::string const& sql);
