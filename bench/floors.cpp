@@ -157,17 +157,17 @@ const xmlChar* Xml(const std::string& text) {
 }  // namespace
 
 RowsFloor::RowsFloor() {
-  if (sqlite3_open_v2(paths::kStatusDatabase, &m_Database,
+  if (sqlite3_open_v2(paths::kStatusDatabase, &database_,
                       SQLITE_OPEN_READONLY | SQLITE_OPEN_NOMUTEX, nullptr) != SQLITE_OK) {
-    throw std::runtime_error(sqlite3_errmsg(m_Database));
+    throw std::runtime_error(sqlite3_errmsg(database_));
   }
 }
 
-RowsFloor::~RowsFloor() { sqlite3_close(m_Database); }
+RowsFloor::~RowsFloor() { sqlite3_close(database_); }
 
 unsigned RowsFloor::Run() {
   sqlite3_stmt* statement = nullptr;
-  sqlite3_prepare_v2(m_Database, rows::kSelect, -1, &statement, nullptr);
+  sqlite3_prepare_v2(database_, rows::kSelect, -1, &statement, nullptr);
   char key[CSQLdatabase::kMaxAddressBytes + 1];
   char value[CSQLdatabase::kMaxValueBytes + 1];
   unsigned sum = 0;

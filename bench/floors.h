@@ -21,7 +21,7 @@ class RowsFloor {
   unsigned Run();
 
  private:
-  sqlite3* m_Database = nullptr;
+  sqlite3* database_ = nullptr;
 };
 
 // Every open, read, ioctl, stat, socket and interface look-up of the probe, without parsing.

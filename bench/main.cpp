@@ -116,51 +116,51 @@ void SetUp(const Arguments& arguments) {
 class Bodies {
  public:
   Bodies() {
-    m_Collector.InitDatabase(false);
-    if (m_Collector.QueryDatabase() != 0) {
+    collector_.InitDatabase(false);
+    if (collector_.QueryDatabase() != 0) {
       throw std::runtime_error("the cycle fails");
     }
-    m_Xml = QtSts::WriteDocument(m_Collector.m_Status);
-    m_Steps = bench::TreeSteps(m_Xml);
+    xml_ = QtSts::WriteDocument(collector_.m_Status);
+    steps_ = bench::TreeSteps(xml_);
   }
 
-  void Cycle() { benchmark::DoNotOptimize(m_Collector.QueryDatabase()); }
+  void Cycle() { benchmark::DoNotOptimize(collector_.QueryDatabase()); }
   void Watched() {
-    observe::Observer* const before = observe::SetObserver(&m_Counter);
+    observe::Observer* const before = observe::SetObserver(&counter_);
     Cycle();
     observe::SetObserver(before);
   }
-  void Probe() { benchmark::DoNotOptimize(m_Probe.UpdateStatus(&m_Status)); }
-  void RowsFloor() { benchmark::DoNotOptimize(m_RowsFloor.Run()); }
+  void Probe() { benchmark::DoNotOptimize(probe_.UpdateStatus(&status_)); }
+  void RowsFloor() { benchmark::DoNotOptimize(rows_floor_.Run()); }
   void ProbeFloor() { benchmark::DoNotOptimize(bench::ProbeFloor()); }
-  void Xml() { benchmark::DoNotOptimize(QtSts::WriteDocument(m_Collector.m_Status)); }
-  void XmlFloor() { benchmark::DoNotOptimize(bench::XmlFloor(m_Steps)); }
+  void Xml() { benchmark::DoNotOptimize(QtSts::WriteDocument(collector_.m_Status)); }
+  void XmlFloor() { benchmark::DoNotOptimize(bench::XmlFloor(steps_)); }
   void Json() {
-    benchmark::DoNotOptimize(host::RenderJson(QtSts::DocumentTree(m_Collector.m_Status)));
+    benchmark::DoNotOptimize(host::RenderJson(QtSts::DocumentTree(collector_.m_Status)));
   }
   void Parse() {
     QtSts::XmlError error;
-    benchmark::DoNotOptimize(QtSts::ReadDocument(m_Xml, &error));
+    benchmark::DoNotOptimize(QtSts::ReadDocument(xml_, &error));
   }
 
  private:
   class Counter : public observe::Observer {
    public:
     void See(const observe::Event& event) override {
-      benchmark::DoNotOptimize(++m_Events[static_cast<std::size_t>(event.Tag)]);
+      benchmark::DoNotOptimize(++events_[static_cast<std::size_t>(event.Tag)]);
     }
 
    private:
-    std::array<std::uint64_t, 32> m_Events{};
+    std::array<std::uint64_t, 32> events_{};
   };
 
-  Counter m_Counter;
-  CStatusInterface m_Collector;
-  CTolmarHardware m_Probe;
-  QtSts::CStatus m_Status;
-  bench::RowsFloor m_RowsFloor;
-  std::string m_Xml;
-  std::vector<bench::TreeStep> m_Steps;
+  Counter counter_;
+  CStatusInterface collector_;
+  CTolmarHardware probe_;
+  QtSts::CStatus status_;
+  bench::RowsFloor rows_floor_;
+  std::string xml_;
+  std::vector<bench::TreeStep> steps_;
 };
 
 constexpr struct {
