@@ -1,6 +1,7 @@
 // docs/rows.md against the key table, the listing of the document and the handlers themselves.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <map>
 #include <optional>
 #include <set>

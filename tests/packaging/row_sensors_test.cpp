@@ -1,6 +1,7 @@
 // docs/rows.md against the tables of sensors/ and what the sensor rows do.
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstring>
 #include <map>
 #include <set>

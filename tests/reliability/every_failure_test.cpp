@@ -37,7 +37,7 @@ struct Laboratory {
       const Scratch before = SaveScratch();
       CStatusInterface collector;
       collector.InitDatabase(false);
-      const Outcome outcome = Run(&quiet, [&] { return collector.QueryDatabase(); });
+      const Outcome outcome = Run(&Output, [&] { return collector.QueryDatabase(); });
       EXPECT_EQ(outcome.Result, 0) << outcome.Report;
       RestoreScratch(before);
       state_ = std::move(state);
@@ -46,8 +46,8 @@ struct Laboratory {
     return untouched_;
   }
 
-  sandbox::SystemLog log;
-  reliability::Quiet quiet;
+  sandbox::SystemLog Log;
+  reliability::Quiet Output;
 
  private:
   std::string state_;
@@ -92,12 +92,12 @@ class WarmCycle {
     reliability::ForgetTrackerReports();
     // The reader's pages are stale by this, so that it reads the file.
     EXPECT_EQ(other_.Do(kTouch), "");
-    const Outcome outcome = Run(&laboratory_.quiet, [&] {
+    const Outcome outcome = Run(&laboratory_.Output, [&] {
       const Failure failure(call, nth, extent);
       return collector_.QueryDatabase();
     });
     const bool struck = interposed::Struck();
-    laboratory_.log.Read();
+    laboratory_.Log.Read();
     EXPECT_EQ(reliability::OpenDescriptors(), descriptors_);
     CheckLocks();
     CheckPromise(outcome, call);
@@ -107,7 +107,7 @@ class WarmCycle {
 
  private:
   Outcome Cycle() {
-    return Run(&laboratory_.quiet, [this] { return collector_.QueryDatabase(); });
+    return Run(&laboratory_.Output, [this] { return collector_.QueryDatabase(); });
   }
 
   void CheckLocks() {
@@ -181,14 +181,14 @@ class WholeLife {
     EXPECT_TRUE(!outcome.Threw || call == Call::kMemory);
     EXPECT_GE(ReportLines(outcome.Report), 0) << outcome.Report;
     EXPECT_EQ(reliability::OpenDescriptors(), descriptors_);
-    laboratory_.log.Read();
+    laboratory_.Log.Read();
     CheckNext();
     return struck;
   }
 
  private:
   Outcome Live(Call call, unsigned long nth, Extent extent) {
-    return Run(&laboratory_.quiet, [&] {
+    return Run(&laboratory_.Output, [&] {
       const Failure failure(call, nth, extent);
       CStatusInterface collector;
       collector.InitDatabase(write_);
@@ -205,7 +205,7 @@ class WholeLife {
     const std::string& untouched = laboratory_.Untouched();
     CStatusInterface collector;
     collector.InitDatabase(false);
-    const Outcome next = Run(&laboratory_.quiet, [&] { return collector.QueryDatabase(); });
+    const Outcome next = Run(&laboratory_.Output, [&] { return collector.QueryDatabase(); });
     EXPECT_EQ(next.Result, 0);
     EXPECT_EQ(next.Report, "");
     EXPECT_EQ(FirstDifference(Document(&collector.m_Status), untouched), "");
@@ -215,7 +215,8 @@ class WholeLife {
   void CheckCreation() {
     {
       CStatusInterface collector;
-      const Outcome outcome = Run(&laboratory_.quiet, [&] { return collector.InitDatabase(true); });
+      const Outcome outcome =
+          Run(&laboratory_.Output, [&] { return collector.InitDatabase(true); });
       EXPECT_EQ(outcome.Report, "");
     }
     Foreign other;

@@ -140,8 +140,8 @@ TEST_F(HostileDatabase, EndlessOrHugeViewEndsInABoundedTimeWithAReport) {
 TEST_F(HostileDatabase, SymbolicLinkPipeAndFolderAreRefusedWithAReport) {
   const std::string good = Bytes(std::string(kTable) + kRows);
   const struct {
-    const char* name;
-    void (*make)();
+    const char* Name;
+    void (*Make)();
   } odd[] = {
       {"symbolic link", [] { sandbox::MakeLink(sandbox::kDatabase, "/dev/shm/made.db"); }},
       {"pipe", [] { mkfifo(sandbox::kDatabase, 0666); }},
@@ -149,9 +149,9 @@ TEST_F(HostileDatabase, SymbolicLinkPipeAndFolderAreRefusedWithAReport) {
       {"socket", [] { sandbox::MakeUnopenable(sandbox::kDatabase); }},
   };
   for (const auto& row : odd) {
-    SCOPED_TRACE(row.name);
+    SCOPED_TRACE(row.Name);
     sandbox::RemoveDatabase();
-    row.make();
+    row.Make();
     const Outcome cycle = Start();
     EXPECT_EQ(cycle.Result, 1);
     EXPECT_THAT(cycle.Report, StartsWith("14:unable to open database file\n"));

@@ -40,9 +40,9 @@ class LongRun : public testing::Test {
 };
 
 struct Usage {
-  std::size_t heap;  // bytes in use
-  long resident;     // pages
-  int descriptors;
+  std::size_t Heap;  // bytes in use
+  long Resident;     // pages
+  int Descriptors;
 };
 
 Usage Measure() {
@@ -115,14 +115,14 @@ TEST_F(LongRun, IsFlatInMemoryAndDescriptorsAndEndsWithTheDocumentOfAFreshProces
   ASSERT_EQ(repair(), "");
   const std::string last = Settle();
   const Usage late = Measure();
-  EXPECT_EQ(late.descriptors, early.descriptors);
-  std::printf("heap %zu to %zu bytes, resident %ld to %ld pages, %d descriptors\n", early.heap,
-              late.heap, early.resident, late.resident, late.descriptors);
+  EXPECT_EQ(late.Descriptors, early.Descriptors);
+  std::printf("heap %zu to %zu bytes, resident %ld to %ld pages, %d descriptors\n", early.Heap,
+              late.Heap, early.Resident, late.Resident, late.Descriptors);
 #ifndef __SANITIZE_ADDRESS__
   // What may still come after a hundred cycles are pages in the caches of SQLite, as rows are
   // added.
-  EXPECT_LT(late.heap, early.heap + (std::size_t{256} << 10));
-  EXPECT_LT(late.resident, early.resident + 256) << "pages";
+  EXPECT_LT(late.Heap, early.Heap + (std::size_t{256} << 10));
+  EXPECT_LT(late.Resident, early.Resident + 256) << "pages";
 #endif
   EXPECT_EQ(reliability::FirstDifference(last, sandbox::ReadFile(kFreshDocument)), "");
 }

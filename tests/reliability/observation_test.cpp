@@ -27,9 +27,9 @@ class Looking : public observe::Observer {
 
   void See(const observe::Event& event) override {
     ++Events;
-    m_Held = std::string(Events % 1000, 'x');
+    held_ = std::string(Events % 1000, 'x');
     if (const auto* row = event.As<observe::RowBegins>()) {
-      m_Held += std::to_string(row->StoredBytes(0) + row->StoredBytes(1));
+      held_ += std::to_string(row->StoredBytes(0) + row->StoredBytes(1));
     }
     errno = EINTR;
     if (Events == ThrowsAt) {
@@ -41,7 +41,7 @@ class Looking : public observe::Observer {
   std::size_t ThrowsAt = 0;
 
  private:
-  std::string m_Held;
+  std::string held_;
 };
 
 // All that a cycle leaves and tells.
@@ -75,7 +75,7 @@ class Observation : public testing::Test {
         });
         traces.Document = Document(&collector.m_Status);
         traces.Scratch = ScratchText();
-        for (const auto& message : m_Log.Read()) {
+        for (const auto& message : log_.Read()) {
           traces.Log.push_back(message.Text);
         }
         all.push_back(std::move(traces));
@@ -126,7 +126,7 @@ class Observation : public testing::Test {
     return text;
   }
 
-  sandbox::SystemLog m_Log;
+  sandbox::SystemLog log_;
 };
 
 // One of each: a source that is there and one that is not, rows that are stored, completed, refused

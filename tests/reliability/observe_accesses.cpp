@@ -22,7 +22,7 @@ std::string NameOpened(const observe::Asks& question) {
 
 class AccessLog : public observe::Observer {
  public:
-  explicit AccessLog(const char* file) : m_File(file) {}
+  explicit AccessLog(const char* file) : file_(file) {}
 
   void See(const observe::Event& event) override {
     if (const auto* answer = event.As<observe::Answers>()) {
@@ -34,45 +34,45 @@ class AccessLog : public observe::Observer {
   void Write(const observe::Asks& question, long long result) {
     switch (question.What) {
       case Call::kOpen:
-        m_Lines += "open " + NameOpened(question);
+        lines_ += "open " + NameOpened(question);
         break;
       case Call::kRead:
-        m_Lines += "read " + std::to_string(question.Descriptor);
+        lines_ += "read " + std::to_string(question.Descriptor);
         break;
       case Call::kFileStatus:
-        m_Lines += "status " + std::to_string(question.Descriptor);
+        lines_ += "status " + std::to_string(question.Descriptor);
         break;
       case Call::kPathStatus:
-        m_Lines += "status " + std::string(question.Source);
+        lines_ += "status " + std::string(question.Source);
         break;
       case Call::kRequest:
       case Call::kHardwareAddress:
-        m_Lines += "request " + std::to_string(question.Descriptor);
+        lines_ += "request " + std::to_string(question.Descriptor);
         break;
       case Call::kLinkTarget:
-        m_Lines += "link " + std::to_string(question.Descriptor);
+        lines_ += "link " + std::to_string(question.Descriptor);
         break;
       case Call::kStorage:
-        m_Lines += "storage " + std::string(question.Source);
+        lines_ += "storage " + std::string(question.Source);
         break;
       case Call::kSystem:
-        m_Lines += "system";
+        lines_ += "system";
         break;
       case Call::kSocket:
-        m_Lines += "socket";
+        lines_ += "socket";
         break;
       default:
         return;  // the C library's own, if they are system calls at all
     }
-    m_Lines += " = " + std::to_string(result) + '\n';
+    lines_ += " = " + std::to_string(result) + '\n';
   }
 
  public:
-  void Finish() { m_File << m_Lines << std::flush; }
+  void Finish() { file_ << lines_ << std::flush; }
 
  private:
-  std::ofstream m_File;
-  std::string m_Lines;
+  std::ofstream file_;
+  std::string lines_;
 };
 
 }  // namespace

@@ -97,7 +97,7 @@ constexpr const char* kValues[] = {"",       "1",    "0",          "62.5",
 
 class Maker {
  public:
-  explicit Maker(unsigned seed) : m_Random(seed) {}
+  explicit Maker(unsigned seed) : random_(seed) {}
 
   Scenario Make(unsigned seed) {
     Scenario controller;
@@ -117,7 +117,7 @@ class Maker {
   }
 
  private:
-  std::size_t Below(std::size_t limit) { return m_Random() % limit; }
+  std::size_t Below(std::size_t limit) { return random_() % limit; }
 
   template <class T, std::size_t kCount>
   T Pick(const T (&choice)[kCount]) {
@@ -197,7 +197,7 @@ class Maker {
     }
   }
 
-  std::mt19937 m_Random;
+  std::mt19937 random_;
 };
 
 }  // namespace

@@ -52,17 +52,17 @@ TEST_F(Devices, EveryKindOfRequestNumberIsAnsweredWithoutAnArgument) {
 
 TEST_F(Devices, AnswersOfEverySizeAndSignArrive) {
   struct Row {
-    std::int32_t answer;
-    int result;
+    std::int32_t Answer;
+    int Result;
   };
   constexpr Row kRows[] = {{0, 0},         {1, 1},         {0x7FFFFFFF, 0x7FFFFFFF},
                            {-1, -1},       {-25, -1},      {-511, -1},
                            {-512, -1},     {-1000, -1},    {-4095, -1},
                            {-4096, -4096}, {-5000, -5000}, {INT32_MIN, INT32_MIN}};
   for (const Row& row : kRows) {
-    SetAnswer("travex", kRate, row.answer);
+    SetAnswer("travex", kRate, row.Answer);
     const Descriptor device = Open("/dev/travex");
-    EXPECT_EQ(row.result, ioctl(device.Number(), kRate)) << row.answer;
+    EXPECT_EQ(row.Result, ioctl(device.Number(), kRate)) << row.Answer;
   }
 }
 

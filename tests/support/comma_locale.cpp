@@ -11,7 +11,7 @@ namespace test_support {
 
 std::string CommaLocale::Path() { return TEST_LOCALES; }
 
-CommaLocale::CommaLocale() : m_Before(std::setlocale(LC_ALL, nullptr)) {
+CommaLocale::CommaLocale() : before_(std::setlocale(LC_ALL, nullptr)) {
   setenv("LOCPATH", Path().c_str(), 1);
   if (!EnterLocale(kName) || std::strcmp(std::localeconv()->decimal_point, ",") != 0) {
     throw std::runtime_error("the decimal point of the comma locale is not a comma");
@@ -19,8 +19,8 @@ CommaLocale::CommaLocale() : m_Before(std::setlocale(LC_ALL, nullptr)) {
 }
 
 CommaLocale::~CommaLocale() {
-  std::locale::global(m_LocaleBefore);
-  std::setlocale(LC_ALL, m_Before.c_str());
+  std::locale::global(locale_before_);
+  std::setlocale(LC_ALL, before_.c_str());
   unsetenv("LOCPATH");
 }
 

@@ -19,8 +19,8 @@ class CommaLocale {
   static constexpr const char* kName = "de_DE.UTF-8";
 
  private:
-  std::string m_Before;
-  std::locale m_LocaleBefore;
+  std::string before_;
+  std::locale locale_before_;
 };
 
 }  // namespace test_support

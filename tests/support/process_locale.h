@@ -12,18 +12,18 @@ namespace test_support {
 class PunctuationOfC : public std::numpunct<char> {
  public:
   PunctuationOfC()
-      : m_Point(*std::localeconv()->decimal_point),
-        m_Separator(*std::localeconv()->thousands_sep),
-        m_Grouping(std::localeconv()->grouping) {}
+      : point_(*std::localeconv()->decimal_point),
+        separator_(*std::localeconv()->thousands_sep),
+        grouping_(std::localeconv()->grouping) {}
 
  private:
-  char do_decimal_point() const override { return m_Point; }
-  char do_thousands_sep() const override { return m_Separator; }
-  std::string do_grouping() const override { return m_Grouping; }
+  char do_decimal_point() const override { return point_; }
+  char do_thousands_sep() const override { return separator_; }
+  std::string do_grouping() const override { return grouping_; }
 
-  char m_Point;
-  char m_Separator;
-  std::string m_Grouping;
+  char point_;
+  char separator_;
+  std::string grouping_;
 };
 
 // False, and nothing changed, where there is no such locale; "" is that of the environment.

@@ -13,30 +13,29 @@ namespace {
 // A stream of the program, caught in memory.
 class Catcher {
  public:
-  Catcher() : m_Descriptor(memfd_create("caught", MFD_CLOEXEC)) {
-    if (m_Descriptor == -1) {
+  Catcher() : descriptor_(memfd_create("caught", MFD_CLOEXEC)) {
+    if (descriptor_ == -1) {
       throw std::runtime_error("memfd_create");
     }
   }
-  ~Catcher() { close(m_Descriptor); }
+  ~Catcher() { close(descriptor_); }
   Catcher(const Catcher&) = delete;
   Catcher& operator=(const Catcher&) = delete;
 
-  void Become(int descriptor) const { dup2(m_Descriptor, descriptor); }
+  void Become(int descriptor) const { dup2(descriptor_, descriptor); }
 
   std::string Text() const {
     std::string text;
     char block[65536];
     ssize_t count = 0;
-    while ((count = pread(m_Descriptor, block, sizeof block, static_cast<off_t>(text.size()))) >
-           0) {
+    while ((count = pread(descriptor_, block, sizeof block, static_cast<off_t>(text.size()))) > 0) {
       text.append(block, static_cast<std::size_t>(count));
     }
     return text;
   }
 
  private:
-  int m_Descriptor;
+  int descriptor_;
 };
 
 }  // namespace

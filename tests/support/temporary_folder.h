@@ -15,23 +15,23 @@ namespace test_support {
 // all that it holds. Throws std::system_error when it cannot be made.
 class TemporaryFolder {
  public:
-  TemporaryFolder() : m_Path(testing::TempDir() + "status_test_XXXXXX") {
-    if (mkdtemp(m_Path.data()) == nullptr) {
-      throw std::system_error(errno, std::generic_category(), m_Path);
+  TemporaryFolder() : path_(testing::TempDir() + "status_test_XXXXXX") {
+    if (mkdtemp(path_.data()) == nullptr) {
+      throw std::system_error(errno, std::generic_category(), path_);
     }
   }
   TemporaryFolder(const TemporaryFolder&) = delete;
   TemporaryFolder& operator=(const TemporaryFolder&) = delete;
   ~TemporaryFolder() {
     std::error_code ignored;
-    std::filesystem::remove_all(m_Path, ignored);
+    std::filesystem::remove_all(path_, ignored);
   }
 
   // Without a slash at its end.
-  const std::string& Path() const { return m_Path; }
+  const std::string& Path() const { return path_; }
 
  private:
-  std::string m_Path;
+  std::string path_;
 };
 
 }  // namespace test_support
