@@ -16,6 +16,8 @@
 #include "sandbox/check.h"
 #include "sandbox/descriptor.h"
 #include "sandbox/enter.h"
+#include "sandbox/rows.h"
+#include "sandbox/system_log.h"
 
 namespace sandbox {
 namespace {
@@ -172,16 +174,14 @@ void LinkProcesses() {
   }
 }
 
-// Entries that belong to an object of the running program: an open database, a bound socket.
-constexpr std::array kInUse = {"/dev/log", "/dev/shm/status.db", "/dev/shm/status.db-journal",
-                               "/dev/shm/status.db-shm", "/dev/shm/status.db-wal"};
-
 // Whether this entry of the root file system or of /dev is no fixture.
 bool Stays(const std::string& path) {
   static const std::set<std::string_view> kept = [] {
     std::set<std::string_view> paths(kFolders.begin(), kFolders.end());
     paths.insert(kBesideUsr.begin(), kBesideUsr.end());
-    paths.insert(kInUse.begin(), kInUse.end());
+    // These belong to an object of the running program: an open database, a bound socket.
+    paths.insert(kDatabaseFiles.begin(), kDatabaseFiles.end());
+    paths.insert(kSystemLog);
     for (const Link& link : kLinks) {
       paths.insert(link.Path);
     }

@@ -173,8 +173,8 @@ void RemoveRow(const std::string& key) { Connection().Run(kDelete, key, nullptr)
 void RunSql(const std::string& statements) { Connection().Run(statements); }
 
 void RemoveDatabase() {
-  for (const char* suffix : {"", "-journal", "-wal", "-shm"}) {
-    RemoveFile(std::string(kDatabase) + suffix);
+  for (const char* const file : kDatabaseFiles) {
+    RemoveFile(file);
   }
 }
 

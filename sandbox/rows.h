@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <cstddef>
 #include <map>
 #include <string>
@@ -9,7 +10,10 @@
 
 namespace sandbox {
 
-inline constexpr const char* kDatabase = "/dev/shm/status.db";
+// The status database, first, and what SQLite keeps beside it.
+inline constexpr std::array kDatabaseFiles = {"/dev/shm/status.db", "/dev/shm/status.db-journal",
+                                              "/dev/shm/status.db-wal", "/dev/shm/status.db-shm"};
+inline constexpr const char* kDatabase = kDatabaseFiles[0];
 
 struct Blob {
   explicit Blob(std::string contents) : Bytes(std::move(contents)) {}

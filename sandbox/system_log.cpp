@@ -15,8 +15,6 @@
 namespace sandbox {
 namespace {
 
-constexpr const char* kPath = "/dev/log";
-
 // "<14>Nov 20 18:09:00 program[pid]: text"
 SystemLog::Message Parse(const std::string& datagram) {
   constexpr std::size_t kTime = 16;  // with its blank
@@ -31,7 +29,7 @@ SystemLog::Message Parse(const std::string& datagram) {
 }
 
 Descriptor Listen() {
-  RemoveFile(kPath);
+  RemoveFile(kSystemLog);
   // A queue of ten, the kernel's default, would soon stop a program that logs and reads in turn.
   // Only the machine's own root may change it, for the sockets made from now on.
   // A text, since a number would get the marks of the locale.
@@ -40,9 +38,9 @@ Descriptor Listen() {
       Check(socket(AF_UNIX, SOCK_DGRAM | SOCK_CLOEXEC | SOCK_NONBLOCK, 0), "open the log socket"));
   sockaddr_un address = {};
   address.sun_family = AF_UNIX;
-  std::string_view(kPath).copy(address.sun_path, sizeof address.sun_path - 1);
+  std::string_view(kSystemLog).copy(address.sun_path, sizeof address.sun_path - 1);
   Check(bind(listening.Number(), reinterpret_cast<const sockaddr*>(&address), sizeof address),
-        "bind", kPath);
+        "bind", kSystemLog);
   return listening;
 }
 
@@ -50,7 +48,7 @@ Descriptor Listen() {
 
 SystemLog::SystemLog() : socket_(Listen()) {}
 
-SystemLog::~SystemLog() { unlink(kPath); }
+SystemLog::~SystemLog() { unlink(kSystemLog); }
 
 std::vector<SystemLog::Message> SystemLog::Read() {
   std::vector<Message> messages;

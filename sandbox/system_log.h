@@ -7,6 +7,8 @@
 
 namespace sandbox {
 
+inline constexpr const char* kSystemLog = "/dev/log";
+
 // The system log of the sandbox: while it lives, syslog() of every process is received here. Some
 // hundred messages are kept for Read(); beyond, syslog() waits.
 class SystemLog {
