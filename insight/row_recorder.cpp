@@ -1,23 +1,352 @@
 #include "insight/row_recorder.h"
 
-#include <utility>
+#include <algorithm>
+#include <string>
+
+#include "collector/state/numbered_key.h"
+#include "collector/state/scratch.h"
+#include "insight/row_element.h"
+#include "insight/row_remarks.h"
+#include "insight/row_values.h"
 
 namespace insight {
+namespace {
 
-void RowRecorder::BeginCycle(const QtSts::CStatus& /*status*/) { m_Rows.clear(); }
+using observe::Ending;
+using observe::Fate;
+
+std::string Numbered(const char* list, unsigned int position) {
+  return std::string(list) + "[" + std::to_string(position) + "]";
+}
+
+std::string PathOf(const observe::Record& record) {
+  const auto interface = static_cast<unsigned int>(record.Interface);
+  switch (record.Where) {
+    case observe::Place::kSensors:
+      return Numbered("Sensors", record.Position);
+    case observe::Place::kInterfaceSensors:
+      return Numbered("Outputs[0]/DisplayInterfaces", interface) + "/" +
+             Numbered("Sensors", record.Position);
+    case observe::Place::kDisplayInterfaces:
+      return Numbered("Outputs[0]/DisplayInterfaces", record.Position);
+    case observe::Place::kDcioDevices:
+      return Numbered("DCIO/Devices", record.Position);
+    case observe::Place::kTtableDevices:
+      return Numbered("Outputs[0]/Devices", record.Position);
+  }
+  return {};
+}
+
+// The number with zeros in front of it.
+std::string Padded(std::uint32_t number, std::size_t width) {
+  std::string digits = std::to_string(number);
+  return digits.size() < width ? std::string(width - digits.size(), '0') + digits : digits;
+}
+
+}  // namespace
+
+RowRecorder::RowRecorder() : m_Parking(&m_Rows) {}
+
+void RowRecorder::BeginCycle(const QtSts::CStatus& status) {
+  m_Status = &status;
+  m_Rows.clear();
+  m_Widths.Clear();
+  m_FieldRows.clear();
+  m_Owners.clear();
+  m_Parking.BeginCycle();
+}
 
 void RowRecorder::See(const observe::Event& event) {
   if (const auto* const begins = event.As<observe::RowBegins>()) {
-    Row row;
-    row.Key = begins->CutKey;
-    row.Value = begins->CutValue;
-    row.IsNull = begins->Value == nullptr;
-    row.Remarks.emplace_back();
-    m_Rows.push_back(std::move(row));
+    Begin(*begins);
+  } else if (m_Rows.empty()) {
+    return;  // of a probe
+  } else if (const auto* const stores = event.As<observe::Stores>()) {
+    See(*stores);
+  } else if (const auto* const point = event.As<observe::Point>()) {
+    m_Parking.Take(*point);
+  } else if (const auto* const record = event.As<observe::Record>()) {
+    See(*record);
+  } else if (event.As<observe::RowEnds>() != nullptr) {
+    End();
   }
 }
 
+void RowRecorder::Begin(const observe::RowBegins& begins) {
+  if (m_Rows.empty()) {
+    m_Shadow.Begin(*m_Status);
+  }
+  Row& row = m_Rows.emplace_back();
+  row.Key = begins.CutKey;
+  row.Value = begins.CutValue;
+  row.IsNull = begins.Value == nullptr;
+  m_Handled = {};
+  m_Handled.Entry = EntryAt(begins.Entry);
+  m_Handled.EntryAt = begins.Entry;
+  m_Handled.Key = begins.CutKey;
+  JudgeCells(begins, &row);
+}
+
+// ---- Values
+
+void RowRecorder::See(const observe::Stores& store) {
+  m_Handled.HasEvents = true;
+  switch (store.What) {
+    case Fate::kStored:
+    case Fate::kOtherWord:
+    case Fate::kUnknownWord:
+      if (store.Attribute.empty()) {
+        SeeKeyNumber(store);
+      } else {
+        SeeStored(store);
+      }
+      break;
+    default:
+      SeeKept(store);
+  }
+}
+
+void RowRecorder::SeeKeyNumber(const observe::Stores& store) {
+  Row& row = Current();
+  const bool is_element = m_Handled.Entry != rows::kDevicePrefix;
+  const auto begin = static_cast<std::size_t>(store.Text - m_Handled.Key);
+  JudgeKeyNumber(store, begin, is_element ? '_' : '\0', &row);
+  const char* const rest = rows::AfterUnderscore(store.Text);
+  m_Handled.Attribute =
+      rest == nullptr ? row.Key.size() : static_cast<std::size_t>(rest - m_Handled.Key);
+  m_Handled.Width = store.Consumed;
+  m_Handled.IsFirstWidth = m_Widths.Add(m_Handled.Entry, store.Consumed);
+  m_Parking.BeginRow(is_element && rest != nullptr
+                         ? std::string_view(row.Key).substr(0, m_Handled.Attribute)
+                         : std::string_view());
+}
+
+// What does not reach its destination.
+void RowRecorder::SeeKept(const observe::Stores& store) {
+  Row& row = Current();
+  const std::size_t attribute = m_Handled.Attribute;
+  const bool is_part = store.Container != nullptr;
+  switch (store.What) {
+    case Fate::kRefusedNumber:
+      AddRemark(&row, Outcome::kBadNumber,
+                "the number begins with " + Quoted(std::string_view(store.Text).substr(0, 1)) +
+                    ": the row is ignored",
+                KeyFrom(row, m_Handled.Entry.size()));
+      break;
+    case Fate::kNoAttribute:
+      AddRemark(
+          &row, Outcome::kNoAttribute,
+          is_part ? "the key ends before what comes after the number of " + Quoted(store.Attribute)
+                  : "the key ends before its attribute",
+          WholeKey(row));
+      break;
+    case Fate::kUnknownAttribute:
+      AddRemark(&row, Outcome::kUnknownAttribute,
+                Quoted(store.Attribute) + " is no attribute" +
+                    NearestIs(NearestAttribute(m_Handled.Entry, is_part, store.Attribute)),
+                KeyFrom(row, row.Key.size() - std::min(row.Key.size(), store.Attribute.size())));
+      break;
+    case Fate::kOutsideTable:
+      AddRemark(&row, Outcome::kPointOutsideTable,
+                "there is no entry " + std::to_string(store.Index) + " for a point",
+                KeyFrom(row, attribute));
+      break;
+    case Fate::kNotVolts:
+      AddRemark(&row, Outcome::kNotVolts,
+                Quoted(row.Key.substr(attribute)) + " lacks \"Volts\": the voltage is ignored",
+                KeyFrom(row, attribute));
+      break;
+    case Fate::kOtherKey:
+      AddRemark(&row, Outcome::kIgnoredKey,
+                "the key goes on after " + Quoted(store.Attribute) + ": the row is ignored",
+                KeyFrom(row, store.Attribute.size()));
+      break;
+    case Fate::kFirstStays:
+      AddRemark(&row, Outcome::kSecondSpeed,
+                "fan " + std::to_string(store.Index) + " has a speed already, which stays",
+                KeyFrom(row, attribute));
+      JudgeAttribute(m_Handled.Entry, store, attribute, &row);
+      break;
+    default:
+      break;
+  }
+}
+
+void RowRecorder::SeeStored(const observe::Stores& store) {
+  Row& row = Current();
+  const bool is_element =
+      m_Handled.Entry == rows::kSensorPrefix || m_Handled.Entry == rows::kDcioPrefix;
+  if (!is_element) {
+    if (m_Handled.Destination == nullptr) {
+      m_Handled.Destination = store.Destination;
+      JudgeValue(store, ReadingOfKey(m_Handled.EntryAt), &row);
+      if (store.What != Fate::kUnknownWord) {
+        StoreInField(store);
+      }
+    }
+    return;
+  }
+  if (store.Destination == m_Handled.Destination) {
+    AddRemark(&row, Outcome::kReplaced,
+              std::to_string(store.Stored.Unsigned) +
+                  " is stored instead, since the ambient "
+                  "light is overridden");
+    return;
+  }
+  m_Handled.Destination = store.Destination;
+  const std::string attribute = row.Key.substr(m_Handled.Attribute);
+  if (!HasRemark(row, Outcome::kParked)) {
+    JudgeAttribute(m_Handled.Entry, store, m_Handled.Attribute, &row);
+  }
+  JudgeValue(store, ReadingOfAttribute(m_Handled.Entry, attribute, store.Attribute), &row);
+  if (store.Destination == &st_Type || store.Destination == &st_DCIO_Type) {
+    m_Parking.StoreType(store.Destination == &st_Type);
+  } else if (store.What != Fate::kUnknownWord) {
+    m_Parking.Store(store);
+  }
+}
+
+// Bits are added, so that one row does not overwrite another.
+void RowRecorder::StoreInField(const observe::Stores& store) {
+  if (ReadingOfKey(m_Handled.EntryAt).Is == rows::Type::kBits) {
+    return;
+  }
+  const std::size_t row = m_Rows.size() - 1;
+  const auto [before, is_first] = m_FieldRows.try_emplace(store.Destination, row);
+  if (!is_first) {
+    AddRemark(&m_Rows[before->second], Outcome::kOverwritten, "overwritten by " + Current().Key);
+    before->second = row;
+  }
+}
+
+// ---- Elements
+
+void RowRecorder::See(const observe::Record& record) {
+  m_Handled.HasEvents = true;
+  if (record.Where == observe::Place::kInterfaceSensors) {
+    m_Handled.Interface = record.Interface;
+  }
+  if (record.Element == nullptr) {
+    m_Parking.Take(record, nullptr);
+    SeeRefused(record);
+  } else {
+    const Element element(*record.Element, PathOf(record));
+    SeeElement(record, element);
+  }
+}
+
+void RowRecorder::SeeElement(const observe::Record& record, const Element& element) {
+  Row& row = Current();
+  if (record.Where == observe::Place::kTtableDevices) {
+    Change value;
+    element.Find(m_Handled.Destination, &value);
+    row.Path = value.Path;
+    row.After = value.After;
+    AddRemark(&row, Outcome::kStored, "makes " + element.Path());
+  } else {
+    m_Parking.Take(record, &element);
+  }
+  if (record.Where == observe::Place::kDisplayInterfaces) {
+    return;
+  }
+  if (!m_Handled.IsFirstWidth) {
+    AddRemark(&row, Outcome::kMixedWidths,
+              "numbers of " + std::to_string(m_Widths.Least(m_Handled.Entry)) + " to " +
+                  std::to_string(m_Widths.Most(m_Handled.Entry)) + " digits are mixed after " +
+                  Quoted(m_Handled.Entry),
+              KeyFrom(row, m_Handled.Entry.size()));
+  }
+  if (record.Where == observe::Place::kTtableDevices) {
+    return;
+  }
+  row.Path = element.Path();
+  row.After = element.ClassName();
+  AddRemark(&row, Outcome::kCompleted, "completes " + element.Path());
+  if (record.Number != record.Position) {
+    AddRemark(&row, Outcome::kNotThePosition,
+              "number " + std::to_string(record.Number) + " becomes position " +
+                  std::to_string(record.Position),
+              KeyFrom(row, m_Handled.Entry.size()));
+  }
+  m_Owners[{record.Where, record.Interface}].push_back(m_Rows.size() - 1);
+}
+
+void RowRecorder::SeeRefused(const observe::Record& record) {
+  Row& row = Current();
+  switch (record.What) {
+    case Ending::kPositionTaken:
+      RemarkTaken(record);
+      break;
+    case Ending::kNotHere:
+    case Ending::kNoPlace:
+      AddRemark(
+          &row, Outcome::kRefusedKind,
+          "the element is lost: a " + row.Value + " does not stand behind a display interface",
+          WholeValue(row));
+      break;
+    case Ending::kNoKind:  // the word of the kind is unknown, and remarked upon
+    case Ending::kCompleted:
+    case Ending::kFound:
+      break;
+  }
+}
+
+void RowRecorder::RemarkTaken(const observe::Record& record) {
+  Row& row = Current();
+  const std::vector<std::size_t>& owners = m_Owners[{record.Where, record.Interface}];
+  std::string text = "the element is lost: position " + std::to_string(record.Number) + " is taken";
+  if (record.Number < owners.size()) {
+    text += " by " + m_Rows[owners[record.Number]].Key;
+  }
+  const std::size_t least = m_Widths.Least(m_Handled.Entry);
+  const std::size_t most = m_Widths.Most(m_Handled.Entry);
+  const std::string would_do = Padded(record.Position, most);
+  if (least != most) {
+    text += ", since numbers of " + std::to_string(least) + " to " + std::to_string(most) +
+            " digits are mixed and do not come in their order";
+  }
+  text += "; number " + would_do + " would do here";
+  AddRemark(&row, Outcome::kPositionTaken, std::move(text), KeyFrom(row, m_Handled.Entry.size()));
+}
+
+// ---- Ends
+
+void RowRecorder::End() {
+  Row& row = Current();
+  m_Parking.EndRow();
+  if (row.Path.empty() && m_Handled.Destination != nullptr) {
+    Change field;
+    if (m_Shadow.Find(m_Handled.Destination, &field)) {
+      row.Path = field.Path;
+      row.Before = field.Before;
+      row.After = field.After;
+      if (!HasRemark(row, Outcome::kMarkUnset)) {
+        AddRemark(&row, Outcome::kStored, "stored in " + row.Path);
+      }
+    }
+  }
+  const bool is_exact = !m_Handled.Entry.ends_with('_');
+  if (m_Handled.EntryAt >= 0 && is_exact && row.Key.size() > m_Handled.Entry.size() &&
+      !HasRemark(row, Outcome::kIgnoredKey)) {
+    AddRemark(&row, Outcome::kLongerName, "taken for " + Quoted(m_Handled.Entry),
+              KeyFrom(row, m_Handled.Entry.size()));
+  }
+  if (m_Handled.EntryAt >= 0 && !m_Handled.HasEvents) {
+    AddRemark(&row, Outcome::kUnused, "known, and not used by the collector");
+  }
+  m_Shadow.Compare(m_Handled.Interface, &row.Changes, &row.Carried);
+}
+
 std::vector<Row> RowRecorder::EndCycle(const QtSts::DocumentTree& /*document*/) {
+  m_Parking.EndCycle();
+  for (Row& row : m_Rows) {
+    if (row.Remarks.empty()) {
+      row.Remarks.emplace_back();
+    }
+    std::ranges::stable_sort(row.Remarks, [](const Remark& left, const Remark& right) {
+      return InfoOf(left.What).Class > InfoOf(right.What).Class;
+    });
+  }
   return std::move(m_Rows);
 }
 

@@ -1,0 +1,79 @@
+#include "insight/nearest.h"
+
+#include <algorithm>
+#include <array>
+#include <cstddef>
+
+#include "collector/state/numbers.h"
+
+namespace insight {
+namespace {
+
+// Longer texts are no misspelt names.
+constexpr std::size_t kLongest = 64;
+
+// What goes on from fewer letters is not near to them.
+constexpr std::size_t kShortestBeginning = 3;
+
+// The distances of candidates are weighed in tenths, so that lengths can decide between equals.
+constexpr std::size_t kTenths = 10;
+
+char Lower(char c) { return static_cast<char>(numbers::ToLower(static_cast<unsigned char>(c))); }
+
+bool BeginsWith(std::string_view text, std::string_view beginning) {
+  return beginning.size() >= kShortestBeginning && beginning.size() <= text.size() &&
+         std::equal(beginning.begin(), beginning.end(), text.begin(),
+                    [](char left, char right) { return Lower(left) == Lower(right); });
+}
+
+std::size_t Difference(std::size_t left, std::size_t right) {
+  return left < right ? right - left : left - right;
+}
+
+}  // namespace
+
+std::size_t Distance(std::string_view left, std::string_view right, std::size_t limit) {
+  if (left.size() > kLongest || right.size() > kLongest ||
+      Difference(left.size(), right.size()) >= limit) {
+    return limit;
+  }
+  std::array<std::size_t, kLongest + 1> row;  // of the letters of `left` so far to those of `right`
+  for (std::size_t at = 0; at <= right.size(); ++at) {
+    row[at] = at;
+  }
+  for (std::size_t i = 0; i < left.size(); ++i) {
+    std::size_t diagonal = row[0];
+    std::size_t least = row[0] = i + 1;
+    for (std::size_t j = 0; j < right.size(); ++j) {
+      const std::size_t replaced = diagonal + (Lower(left[i]) == Lower(right[j]) ? 0 : 1);
+      diagonal = row[j + 1];
+      row[j + 1] = std::min({replaced, diagonal + 1, row[j] + 1});
+      least = std::min(least, row[j + 1]);
+    }
+    if (least >= limit) {
+      return limit;
+    }
+  }
+  return std::min(row[right.size()], limit);
+}
+
+std::string_view Nearest(std::string_view text, std::span<const std::string_view> candidates) {
+  std::string_view nearest;
+  std::size_t least = std::max<std::size_t>(text.size() / 3, 1) * kTenths + kTenths;
+  for (const std::string_view candidate : candidates) {
+    const std::size_t lengths = Difference(text.size(), candidate.size());
+    std::size_t weight = 0;
+    if (BeginsWith(text, candidate) || BeginsWith(candidate, text)) {
+      weight = kTenths / 2 + std::min(lengths, kTenths - 1);
+    } else {
+      weight = Distance(text, candidate, least / kTenths + 1) * kTenths;
+    }
+    if (weight < least) {
+      least = weight;
+      nearest = candidate;
+    }
+  }
+  return nearest;
+}
+
+}  // namespace insight

@@ -1,0 +1,17 @@
+// The known name that an unknown one was perhaps meant to be. Private to this library.
+#pragma once
+
+#include <span>
+#include <string_view>
+
+namespace insight {
+
+// How many letters have to be inserted, removed or replaced to make one text of the other, whatever
+// their case; `limit` for that many and more.
+std::size_t Distance(std::string_view left, std::string_view right, std::size_t limit);
+
+// The candidate that `text` differs least from; "" when it differs from each in more than a third
+// of its letters. One that `text` goes on from, or that goes on from `text`, is near.
+std::string_view Nearest(std::string_view text, std::span<const std::string_view> candidates);
+
+}  // namespace insight

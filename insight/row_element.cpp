@@ -1,0 +1,91 @@
+#include "insight/row_element.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "insight/row_shadow.h"
+#include "model/outputs.h"
+
+namespace insight {
+
+Element::Element(const QtSts::CBaseStatus& element, std::string path) {
+  if (const QtSts::ClassInfo* const info = QtSts::ClassOf(element)) {
+    Walk(*info, dynamic_cast<const void*>(&element), path, &element);
+  } else {
+    m_Holders.push_back({std::move(path), &element, nullptr});
+  }
+}
+
+// NOLINTNEXTLINE(misc-no-recursion): as deep as elements are in elements
+void Element::Walk(const QtSts::ClassInfo& info, const void* object, const std::string& path,
+                   const QtSts::CBaseStatus* element) {
+  const std::size_t holder = m_Holders.size();
+  m_Holders.push_back({path, element, &info});
+  const bool is_interface = QtSts::IsA(info, QtSts::CDisplayInterface::Class);
+  QtSts::VisitEveryField(
+      info, const_cast<void*>(object), [&](const QtSts::Field& field, const void* part) {
+        const void* const value = field.Read(part);
+        if (value == nullptr) {
+          return true;
+        }
+        if (field.Scalar != nullptr) {
+          m_Values.push_back({value, &field, holder});
+          return true;
+        }
+        const std::string here = path + "/" + field.Name;
+        if (field.Elements == nullptr) {
+          Walk(*field.Record, value, here, nullptr);
+          return true;
+        }
+        const std::size_t count = is_interface ? 0 : field.Elements->Count(value);
+        for (std::size_t at = 0; at < count; ++at) {
+          const QtSts::CBaseStatus* const held = field.Elements->At(value, at);
+          const QtSts::ClassInfo* const own = held == nullptr ? nullptr : QtSts::ClassOf(*held);
+          if (own != nullptr) {
+            Walk(*own, dynamic_cast<const void*>(held), here + "[" + std::to_string(at) + "]",
+                 held);
+          }
+        }
+        return true;
+      });
+}
+
+const char* Element::ClassName() const {
+  const QtSts::ClassInfo* const info = m_Holders.front().Class;
+  return info == nullptr ? "" : info->Name;
+}
+
+void Element::Get(const Value& value, Change* found) const {
+  *found = {m_Holders[value.Holder].Path + "/" + value.Listed->Name, "",
+            Written(*value.Listed->Scalar, value.Address)};
+}
+
+bool Element::Find(const void* address, Change* found) const {
+  if (address == nullptr) {
+    return false;
+  }
+  const auto value = std::ranges::find(m_Values, address, &Value::Address);
+  if (value != m_Values.end()) {
+    Get(*value, found);
+    return true;
+  }
+  const auto holder = std::ranges::find(m_Holders, address, &Holder::Address);
+  if (holder == m_Holders.end()) {
+    return false;
+  }
+  *found = {holder->Path, "", holder->Class == nullptr ? "" : holder->Class->Name};
+  return true;
+}
+
+bool Element::FindNamed(std::string_view name, Change* found) const {
+  const auto value = std::ranges::find_if(m_Values, [name](const Value& candidate) {
+    return candidate.Holder == 0 && candidate.Listed->Name == name;
+  });
+  if (value == m_Values.end()) {
+    return false;
+  }
+  Get(*value, found);
+  return true;
+}
+
+}  // namespace insight

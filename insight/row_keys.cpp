@@ -1,0 +1,249 @@
+#include "insight/row_keys.h"
+
+#include <algorithm>
+#include <charconv>
+#include <cstring>
+#include <vector>
+
+#include "collector/key_table.h"
+#include "collector/state/numbered_key.h"
+#include "handlers/fields.h"
+#include "insight/nearest.h"
+#include "insight/row_remarks.h"
+#include "sensors/attributes.h"
+
+namespace insight {
+namespace {
+
+constexpr std::string_view kDigits = "0123456789";
+
+std::string_view TextOf(const char* text) { return text == nullptr ? "" : text; }
+
+// What stands in front of the number, with which keys of a family begin.
+std::string_view HeadOf(std::string_view key) {
+  const std::size_t digit = key.find_first_of(kDigits);
+  const std::size_t underscore = key.find('_');
+  return key.substr(
+      0, std::min(digit, underscore == std::string_view::npos ? key.size() : underscore + 1));
+}
+
+std::string_view NearestKey(std::string_view key) {
+  std::vector<std::string_view> families;
+  std::vector<std::string_view> keys;
+  for (const StatusKey& known : status_primary_keys) {
+    (known.Key.ends_with('_') ? families : keys).push_back(known.Key);
+  }
+  const std::string_view family = Nearest(HeadOf(key), families);
+  return family.empty() ? Nearest(key, keys) : family;
+}
+
+void JudgeUnknownKey(const observe::RowBegins& begins, Row* row) {
+  const auto* const known = std::ranges::find_if(
+      status_primary_keys, [row](const StatusKey& key) { return row->Key.starts_with(key.Key); });
+  if (known != status_primary_keys.end()) {
+    AddRemark(row, Outcome::kOutOfOrder,
+              "comes after a key that begins with " + Quoted(EntryAt(begins.SearchedFrom)) +
+                  ", which is behind " + Quoted(known->Key) + " in byte order: it is ignored",
+              WholeKey(*row));
+  } else if (row->Key.empty()) {
+    AddRemark(row, Outcome::kUnknownKey, "the key is empty: the row is ignored");
+  } else {
+    AddRemark(row, Outcome::kUnknownKey,
+              "no key begins like this: the row is ignored" + NearestIs(NearestKey(row->Key)),
+              WholeKey(*row));
+  }
+}
+
+// One of the two columns.
+void JudgeCell(const observe::RowBegins& begins, int column, Row* row) {
+  const bool is_key = column == 0;
+  const std::string_view whole = TextOf(is_key ? begins.Key : begins.Value);
+  const std::string_view cut = is_key ? row->Key : row->Value;
+  const Excerpt end = {is_key ? RowPart::kKey : RowPart::kValue, cut.size(), cut.size()};
+  const std::string name = is_key ? "the key" : "the value";
+  const std::size_t stored = begins.StoredBytes(column);
+  if (stored > whole.size()) {
+    AddRemark(row, Outcome::kZeroByte,
+              name + " has " + std::to_string(stored) + " bytes, but ends at a zero byte after " +
+                  std::to_string(whole.size()),
+              end);
+  }
+  if (whole.size() > cut.size()) {
+    AddRemark(row, Outcome::kTooLong,
+              name + " has " + std::to_string(whole.size()) + " bytes and is cut to " +
+                  std::to_string(cut.size()),
+              end);
+  }
+}
+
+const rows::Attribute* FindAttribute(std::string_view entry, const std::string& attribute) {
+  if (entry == rows::kSensorPrefix) {
+    return sensors::FindAttribute(attribute.c_str());
+  }
+  const auto known = handlers::DcioAttributes();
+  const auto found = std::ranges::find(known, attribute, &rows::Attribute::Name);
+  return found == known.end() ? nullptr : &*found;
+}
+
+template <class Owner>
+void AddReadings(std::span<const rows::Field<Owner>> fields, std::vector<Reading>* readings) {
+  for (const rows::Field<Owner>& field : fields) {
+    const auto* const key = std::ranges::find(status_primary_keys, field.Name, &StatusKey::Key);
+    if (key != status_primary_keys.end()) {
+      Reading& reading = (*readings)[static_cast<std::size_t>(key - status_primary_keys.begin())];
+      // The first of several: what is stored one larger says the same of the value.
+      reading = reading.Parser == nullptr ? Reading{field.Reader, field.Is} : reading;
+    }
+  }
+}
+
+std::vector<Reading> ReadingsOfKeys() {
+  std::vector<Reading> readings(status_primary_keys.size());
+  AddReadings(handlers::RootFields(), &readings);
+  AddReadings(handlers::OutputFields(), &readings);
+  AddReadings(handlers::TtableFields(), &readings);
+  return readings;
+}
+
+}  // namespace
+
+std::string_view EntryAt(int position) {
+  return position < 0 ? std::string_view()
+                      : status_primary_keys[static_cast<std::size_t>(position)].Key;
+}
+
+void JudgeCells(const observe::RowBegins& begins, Row* row) {
+  JudgeCell(begins, 0, row);
+  JudgeCell(begins, 1, row);
+  if (begins.Value == nullptr) {
+    AddRemark(row, Outcome::kNull, "the value is NULL, which is read as the empty text");
+  }
+  if (begins.Entry < 0) {
+    JudgeUnknownKey(begins, row);
+  }
+}
+
+Reading ReadingOfKey(int entry) {
+  static const std::vector<Reading> kReadings = ReadingsOfKeys();
+  return entry < 0 ? Reading() : kReadings[static_cast<std::size_t>(entry)];
+}
+
+void JudgeKeyNumber(const observe::Stores& store, std::size_t begin, char end, Row* row) {
+  const std::string_view key = row->Key;
+  const std::string_view number = key.substr(begin, store.Consumed);
+  const std::size_t after = begin + store.Consumed;
+  const char next = after < key.size() ? key[after] : '\0';
+  const Excerpt where = {RowPart::kKey, begin, std::min(key.find('_', begin), key.size())};
+  const std::string counts = "counts as " + std::to_string(store.Stored.Signed);
+  if (number.empty()) {
+    AddRemark(row, Outcome::kBadNumber,
+              next == '_' || next == '\0'
+                  ? "the number is missing and " + counts
+                  : Quoted(key.substr(begin, where.End - begin)) + " is no number and " + counts,
+              where);
+  } else if (number.find_first_not_of(kDigits) != std::string_view::npos ||
+             (next != end && next != '\0')) {
+    AddRemark(row, Outcome::kBadNumber,
+              Quoted(key.substr(begin, where.End - begin)) + " is not digits alone and " + counts,
+              where);
+  } else if (store.Read.Signed != store.Stored.Signed) {
+    AddRemark(row, Outcome::kWrapped,
+              "number " + std::string(number) + " does not fit and " + counts, where);
+  }
+}
+
+Reading ReadingOfAttribute(std::string_view entry, const std::string& attribute,
+                           std::string_view part) {
+  const rows::Attribute* const known = FindAttribute(entry, attribute);
+  if (known == nullptr) {
+    return {};
+  }
+  if (known->Where->Is != rows::Type::kPoint) {
+    return {known->Reader, known->Where->Is};
+  }
+  Reading reading;
+  for (const rows::Field<DcioPoint>& field : sensors::PointParts()) {
+    if (field.Name == part) {
+      reading = {field.Reader, field.Is};  // the last: the mark of a point comes first
+    }
+  }
+  return reading;
+}
+
+void JudgeAttribute(std::string_view entry, const observe::Stores& store, std::size_t begin,
+                    Row* row) {
+  const std::string attribute = row->Key.substr(begin);
+  const rows::Attribute* const known = FindAttribute(entry, attribute);
+  if (known == nullptr || known->Name == attribute) {
+    return;
+  }
+  const bool is_point = known->Where->Is == rows::Type::kPoint;
+  const std::size_t length = known->Name.size();
+  const bool goes_on = is_point ? attribute[length] != '_' : !known->Name.ends_with('_');
+  const bool is_longer = goes_on && attribute.size() > length;
+  const bool is_voltage = known->Where->IsContainer && known->Where->Is == rows::Type::kFloat;
+  if (is_longer || (is_voltage && !attribute.ends_with("Volts"))) {
+    AddRemark(row, Outcome::kLongerName,
+              Quoted(attribute) + " is taken for " +
+                  (is_voltage ? Quoted(attribute.substr(0, attribute.rfind("Volts") + 5))
+                              : Quoted(known->Name)),
+              KeyFrom(*row, begin));
+  }
+  if (!known->Where->IsContainer || is_voltage) {
+    return;
+  }
+  const char* const text = rows::AfterUnderscore(attribute.c_str());
+  if (text == nullptr) {
+    return;
+  }
+  // The number was read by the handler; what it became is the index.
+  observe::Stores number = store;
+  const char* const end = text + std::strspn(text, kDigits.data());
+  number.Consumed = static_cast<std::size_t>(end - text);
+  number.Read.Signed = store.Index;
+  std::from_chars(text, end, number.Read.Signed);
+  number.Stored.Signed = store.Index;
+  JudgeKeyNumber(number, begin + static_cast<std::size_t>(text - attribute.c_str()), '_', row);
+}
+
+std::string_view NearestAttribute(std::string_view entry, bool is_part, std::string_view unknown) {
+  std::vector<std::string_view> names;
+  const auto add = [&names](const auto& entries) {
+    for (const rows::Entry& known : entries) {
+      names.push_back(known.Name);
+    }
+  };
+  if (is_part) {
+    add(sensors::PointParts());
+  } else if (entry == rows::kSensorPrefix) {
+    add(sensors::ExactAttributes());
+    add(sensors::PointFamilies());
+    add(sensors::AttributeFamilies());
+  } else {
+    add(handlers::DcioAttributes());
+  }
+  return Nearest(unknown, names);
+}
+
+bool Widths::Add(std::string_view entry, std::size_t width) {
+  const auto seen = m_Seen.find(entry);
+  if (seen == m_Seen.end()) {
+    m_Seen.emplace(entry, Seen{width, width, width});
+    return true;
+  }
+  seen->second.Least = std::min(seen->second.Least, width);
+  seen->second.Most = std::max(seen->second.Most, width);
+  return seen->second.First == width;
+}
+
+std::size_t Widths::Least(std::string_view entry) const {
+  const auto seen = m_Seen.find(entry);
+  return seen == m_Seen.end() ? 0 : seen->second.Least;
+}
+
+std::size_t Widths::Most(std::string_view entry) const {
+  const auto seen = m_Seen.find(entry);
+  return seen == m_Seen.end() ? 0 : seen->second.Most;
+}
+
+}  // namespace insight

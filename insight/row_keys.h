@@ -1,0 +1,57 @@
+// What is remarkable about the key of a row. Private to this library.
+#pragma once
+
+#include <cstddef>
+#include <map>
+#include <string>
+#include <string_view>
+
+#include "collector/observer.h"
+#include "insight/row_values.h"
+#include "insight/snapshot.h"
+
+namespace insight {
+
+// Of the texts as the database holds them, and of the entry of the key table.
+void JudgeCells(const observe::RowBegins& begins, Row* row);
+
+// The entry of the key table at `position`, "" for -1.
+std::string_view EntryAt(int position);
+
+// How the value of a key without a number is read.
+Reading ReadingOfKey(int entry);
+
+// Of a number in a key, which begins at `begin` and is read as `store` says; `end` is the byte that
+// has to follow it: '_', or 0 for the end of the key.
+void JudgeKeyNumber(const observe::Stores& store, std::size_t begin, char end, Row* row);
+
+// How the value of an attribute of a sensor or DCIO device is read; `part` is that of a point.
+Reading ReadingOfAttribute(std::string_view entry, const std::string& attribute,
+                           std::string_view part);
+
+// Of an attribute that is known; it begins at `begin` of the key.
+void JudgeAttribute(std::string_view entry, const observe::Stores& store, std::size_t begin,
+                    Row* row);
+
+// The attribute, or the part of a point, that an unknown one is nearest to.
+std::string_view NearestAttribute(std::string_view entry, bool is_part, std::string_view unknown);
+
+// How many digits the numbers of a family of keys have.
+class Widths {
+ public:
+  // Notes the number of a key. False when the one that came first has another width.
+  bool Add(std::string_view entry, std::size_t width);
+  std::size_t Least(std::string_view entry) const;
+  std::size_t Most(std::string_view entry) const;
+  void Clear() { m_Seen.clear(); }
+
+ private:
+  struct Seen {
+    std::size_t First;
+    std::size_t Least;
+    std::size_t Most;
+  };
+  std::map<std::string, Seen, std::less<>> m_Seen;
+};
+
+}  // namespace insight

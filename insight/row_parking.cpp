@@ -1,0 +1,308 @@
+#include "insight/row_parking.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "collector/state/scratch.h"
+#include "handlers/fields.h"
+#include "insight/row_remarks.h"
+
+namespace insight {
+namespace {
+
+using observe::Ending;
+using observe::Place;
+
+bool HoldsPoints(const void* container) {
+  return container == &dcioInputs || container == &dcioOutputs;
+}
+
+}  // namespace
+
+Parking::Parking(std::vector<Row>* rows) : m_Rows(rows) {
+  for (const auto& attributes : {sensors::ExactAttributes(), sensors::PointFamilies(),
+                                 sensors::AttributeFamilies(), handlers::DcioAttributes()}) {
+    for (const rows::Attribute& attribute : attributes) {
+      m_Variables.try_emplace(attribute.Where->Address, Variable{&attribute, {}});
+    }
+  }
+}
+
+void Parking::BeginCycle() {
+  const auto forget = [](Writer* writer) {
+    writer->Row = kNone;
+    writer->Group = kNone;
+  };
+  for (auto& [address, variable] : m_Variables) {
+    forget(&variable.Last);
+  }
+  for (auto& [key, writer] : m_Staged) {
+    forget(&writer);
+  }
+  m_Group = {};
+  m_Points.clear();
+}
+
+void Parking::EndCycle() {
+  EndGroup();
+  const auto keep = [this](Writer* writer) {
+    if (writer->Row != kNone) {
+      writer->Key = At(writer->Row).Key;
+    }
+  };
+  for (auto& [address, variable] : m_Variables) {
+    keep(&variable.Last);
+  }
+  for (auto& [key, writer] : m_Staged) {
+    keep(&writer);
+  }
+}
+
+void Parking::BeginRow(std::string_view prefix) {
+  if (prefix != m_Group.Prefix) {
+    EndGroup();
+    m_Group = {};
+    m_Group.Number = ++m_Groups;
+    m_Group.Prefix = prefix;
+  }
+}
+
+// ---- Storing
+
+bool Parking::Store(const observe::Stores& store) {
+  if (store.Container != nullptr) {
+    const StagedKey key = {store.Container, store.Index,
+                           HoldsPoints(store.Container) ? store.Attribute : std::string_view()};
+    Park(&m_Staged[key], nullptr, key);
+    return true;
+  }
+  const auto variable = m_Variables.find(store.Destination);
+  if (variable == m_Variables.end()) {
+    return false;
+  }
+  Park(&variable->second.Last, store.Destination, {});
+  return true;
+}
+
+void Parking::Park(Writer* last, const void* variable, const StagedKey& staged) {
+  const std::size_t row = Current();
+  if (last->Row == row) {
+    return;  // the number of a point and the mark that it is there, or what replaces a value
+  }
+  if (last->Row != kNone && !IsComplete() &&
+      (variable == nullptr || last->Group == m_Group.Number)) {
+    AddRemark(&At(last->Row),
+              HoldsPoints(staged.Container) ? Outcome::kPointOverwritten : Outcome::kOverwritten,
+              "overwritten by " + At(row).Key + " before anything took it");
+  }
+  *last = {row, m_Group.Number, {}};
+  if (IsComplete()) {
+    last->Group = kNone;
+    AddRemark(&At(row), Outcome::kAfterType,
+              "sorts after " + At(m_Group.TypeRow).Key +
+                  ", which completes its element: it is kept for the next one",
+              KeyFrom(At(row), m_Group.Prefix.size()));
+  } else {
+    m_Group.Rows.push_back({row, variable, staged, false});
+  }
+}
+
+void Parking::StoreType(bool is_sensor) {
+  m_Group.TypeRow = Current();
+  if (is_sensor) {
+    TakeVariable(&at_Type, nullptr);  // it says which list the sensor goes into
+  }
+}
+
+// ---- Taking
+
+void Parking::Resolve(std::size_t row, const Change* where) {
+  const auto parked = std::ranges::lower_bound(m_Group.Rows, row, {}, &Parked::Row);
+  if (parked == m_Group.Rows.end() || parked->Row != row) {
+    return;
+  }
+  parked->Resolved = true;
+  Row& resolved = At(row);
+  if (where != nullptr) {
+    resolved.Path = where->Path;
+    resolved.After = where->After;
+  }
+}
+
+void Parking::Inherit(std::string name, const Writer& writer) {
+  std::string from = "what stood there before the first observed cycle";
+  if (writer.Row != kNone) {
+    from = At(writer.Row).Key;
+  } else if (!writer.Key.empty()) {
+    from = writer.Key + " of an earlier cycle";
+  }
+  m_Group.Inherited.emplace_back(std::move(name), std::move(from));
+}
+
+void Parking::TakeVariable(const void* variable, const Change* where) {
+  const auto found = m_Variables.find(variable);
+  if (found == m_Variables.end()) {
+    return;
+  }
+  const Writer& last = found->second.Last;
+  if (last.Row != kNone && last.Group == m_Group.Number) {
+    Resolve(last.Row, where);
+  } else {
+    Inherit(std::string(found->second.Written->Name), last);
+  }
+}
+
+void Parking::Take(const observe::Record& record, const Element* element) {
+  if (record.Where == Place::kDisplayInterfaces) {
+    if (element != nullptr) {
+      TakeByName(record, *element);
+      if (record.What == Ending::kFound) {
+        TakeFoundAddress(*element);
+      }
+    }
+    return;
+  }
+  if (element != nullptr) {
+    m_Group.Path = element->Path();
+    m_Group.OnOwnBus = record.Where == Place::kSensors;
+    if (record.Where == Place::kDcioDevices) {
+      TakeByName(record, *element);
+    } else {
+      TakeMembers(record, *element);
+    }
+  }
+  m_Points.clear();
+}
+
+void Parking::TakeMembers(const observe::Record& record, const Element& element) {
+  const auto* const sensor = dynamic_cast<const QtSts::CSensor*>(record.Element);
+  const auto kinds = sensors::SensorKinds();
+  const auto kind = std::ranges::find(kinds, record.Type, &sensors::SensorKind::Code);
+  if (sensor == nullptr || kind == kinds.end()) {
+    return;
+  }
+  m_Group.Kind = &*kind;
+  for (const observe::Point& point : m_Points) {
+    TakePoint(point, element);
+  }
+  for (const sensors::Taken& taken : kind->Takes) {
+    const void* const variable = taken.From->Address;
+    Change where;
+    const bool reported = element.Find(taken.Member(*sensor), &where);
+    if (variable == &f_Psrb_InputVoltages || variable == &f_Psrb_OutputVoltages) {
+      TakeVoltages(variable, where);
+    } else if (!taken.From->IsContainer && std::ranges::count(record.Taken, variable) != 0) {
+      TakeVariable(variable, reported ? &where : nullptr);
+    }
+  }
+}
+
+// What a DCIO device or a display interface takes, by the names of its fields.
+void Parking::TakeByName(const observe::Record& record, const Element& element) {
+  static constexpr std::pair<const void*, const char*> kFields[] = {
+      {&u32_DCIO_NumAttr, "NumberOfAttributes"},
+      {&u32_DCIO_Address, "Address"},
+      {&u32_DCIO_State, "State"},
+      {&u32_DCIO_ErrCntr, "ErrorCounter"},
+      {&u32_DispInterfaceNumAttribute, "NumberOfAttributes"},
+      {&u16_DispInterfaceAddress, "Address"},
+  };
+  for (const void* const variable : record.Taken) {
+    for (const auto& [address, name] : kFields) {
+      Change where;
+      if (address == variable) {
+        TakeVariable(variable, element.FindNamed(name, &where) ? &where : nullptr);
+      }
+    }
+  }
+}
+
+// The address of an interface that is there already is not taken, but it may be the same.
+void Parking::TakeFoundAddress(const Element& element) {
+  const Writer& last = m_Variables.at(&u16_DispInterfaceAddress).Last;
+  if (last.Row == kNone || last.Group != m_Group.Number) {
+    return;
+  }
+  Change where;
+  if (!element.FindNamed("Address", &where)) {
+    Resolve(last.Row, nullptr);
+  } else if (where.After == std::to_string(u16_DispInterfaceAddress)) {
+    Resolve(last.Row, &where);
+  }
+}
+
+// ---- Ends
+
+void Parking::EndRow() {
+  if (m_Group.Inherited.empty()) {
+    return;
+  }
+  // Names that come from one place stand together.
+  std::string text = "inherits ";
+  for (std::size_t i = 0; i < m_Group.Inherited.size(); ++i) {
+    const auto& [name, from] = m_Group.Inherited[i];
+    const bool is_last = i + 1 == m_Group.Inherited.size();
+    text += name;
+    text += is_last || m_Group.Inherited[i + 1].second != from ? " from " + from : "";
+    text += is_last ? "" : ", ";
+  }
+  AddRemark(&At(Current()), Outcome::kInherited, std::move(text));
+  m_Group.Inherited.clear();
+}
+
+void Parking::EndGroup() {
+  for (const Parked& parked : m_Group.Rows) {
+    EndParked(parked);
+  }
+  m_Group.Rows.clear();
+}
+
+bool Parking::IsLast(const Parked& parked) const {
+  if (parked.Variable != nullptr) {
+    return m_Variables.at(parked.Variable).Last.Row == parked.Row;
+  }
+  const auto staged = m_Staged.find(parked.Staged);
+  return staged != m_Staged.end() && staged->second.Row == parked.Row;
+}
+
+void Parking::EndParked(const Parked& parked) {
+  Row& row = At(parked.Row);
+  if (!IsComplete()) {
+    AddRemark(&row, Outcome::kNoType, "no row " + m_Group.Prefix + "Type completes its element",
+              WholeKey(row));
+    AddRemark(&row, Outcome::kParked, "kept for the next element that takes it");
+    return;
+  }
+  const std::string& completes = At(m_Group.TypeRow).Key;
+  if (!parked.Resolved && IsLast(parked)) {
+    if (parked.Variable == nullptr) {
+      AddRemark(&row, Outcome::kWaits, "waits for the next board that takes it",
+                KeyFrom(row, m_Group.Prefix.size()));
+    } else if (!m_Group.Path.empty()) {
+      AddRemark(&row, Outcome::kUntakenAttribute, WhyUntaken(m_Variables.at(parked.Variable)),
+                KeyFrom(row, m_Group.Prefix.size()));
+    }
+  }
+  AddRemark(
+      &row, Outcome::kParked,
+      "kept for " + completes + ", " +
+          (m_Group.Path.empty() ? "whose element is lost" : "which completes " + m_Group.Path));
+}
+
+std::string Parking::WhyUntaken(const Variable& variable) {
+  const void* const address = variable.Written->Where->Address;
+  const std::string kind = "a " + At(m_Group.TypeRow).Value;
+  const std::string name(variable.Written->Name);
+  if (address == &u16_DispInterfaceAddress && !m_Group.OnOwnBus) {
+    return "its display interface is there already, with another address";
+  }
+  const bool is_of_interface =
+      address == &u16_DispInterfaceAddress || address == &u32_DispInterfaceNumAttribute;
+  if (m_Group.OnOwnBus && m_Group.Kind != nullptr &&
+      (is_of_interface || sensors::Takes(*m_Group.Kind, *variable.Written->Where))) {
+    return kind + " takes " + name + " behind a display interface only";
+  }
+  return kind + " does not take " + name;
+}
+
+}  // namespace insight

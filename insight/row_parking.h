@@ -1,0 +1,120 @@
+// Which row wrote each variable of the scratch state, and what became of it when an element was
+// completed. Private to this library.
+#pragma once
+
+#include <cstddef>
+#include <map>
+#include <string>
+#include <string_view>
+#include <tuple>
+#include <unordered_map>
+#include <utility>
+#include <vector>
+
+#include "collector/observer.h"
+#include "insight/row_element.h"
+#include "insight/snapshot.h"
+#include "sensors/attributes.h"
+#include "sensors/record_builder.h"
+
+namespace insight {
+
+class Parking {
+ public:
+  // `rows` are those of the cycle so far; the last one is being handled.
+  explicit Parking(std::vector<Row>* rows);
+
+  void BeginCycle();
+  // Once the last row has been handled.
+  void EndCycle();
+
+  // The row belongs to the element whose keys begin with `prefix`; "" for one of no element.
+  void BeginRow(std::string_view prefix);
+
+  // The row has stored in a variable; false when it is none that elements take.
+  bool Store(const observe::Stores& store);
+  // The row is the "Type" of its element, of a sensor or of a DCIO device.
+  void StoreType(bool is_sensor);
+
+  void Take(const observe::Point& point);
+  // Of sensors, display interfaces and DCIO devices; `element` is null when it is refused.
+  void Take(const observe::Record& record, const Element* element);
+
+  // Tells what the element of the row has inherited.
+  void EndRow();
+
+  // The rows of the element that the row belongs to, so far.
+  std::string_view Prefix() const { return m_Group.Prefix; }
+
+ private:
+  static constexpr std::size_t kNone = static_cast<std::size_t>(-1);
+
+  // The last row that wrote a variable.
+  struct Writer {
+    std::size_t Row = kNone;    // of this cycle
+    std::size_t Group = kNone;  // of its element
+    std::string Key;            // of a row of an earlier cycle; "" when none was observed
+  };
+  struct Variable {
+    const rows::Attribute* Written;
+    Writer Last;
+  };
+  // A fan, a voltage, or one part of a point.
+  struct StagedKey {
+    const void* Container = nullptr;
+    long Index = 0;
+    std::string_view Part;
+    bool operator<(const StagedKey& other) const {
+      return std::tie(Container, Index, Part) < std::tie(other.Container, other.Index, other.Part);
+    }
+  };
+  struct Parked {
+    std::size_t Row;
+    const void* Variable;  // null: it is staged
+    StagedKey Staged;
+    bool Resolved;
+  };
+  // Rows of one element, which follow one another.
+  struct Group {
+    std::size_t Number = 0;
+    std::string Prefix;
+    std::size_t TypeRow = kNone;
+    const sensors::SensorKind* Kind = nullptr;  // of a sensor that is there
+    std::string Path;                           // of the element; "" while it is not there
+    bool OnOwnBus = false;
+    std::vector<Parked> Rows;                                    // in order
+    std::vector<std::pair<std::string, std::string>> Inherited;  // what, and from where
+  };
+
+  Row& At(std::size_t row) { return (*m_Rows)[row]; }
+  std::size_t Current() const { return m_Rows->size() - 1; }
+  bool IsComplete() const { return m_Group.TypeRow != kNone; }
+  Row* RowOf(StagedKey key, std::string_view part);
+  std::string NameOf(const StagedKey& key) const;
+  bool IsLast(const Parked& parked) const;
+
+  void Park(Writer* last, const void* variable, const StagedKey& staged);
+  void EndGroup();
+  void EndParked(const Parked& parked);
+  std::string WhyUntaken(const Variable& variable);
+
+  void Resolve(std::size_t row, const Change* where);
+  void Inherit(std::string name, const Writer& writer);
+  void TakeVariable(const void* variable, const Change* where);
+  bool TakeStaged(const StagedKey& key, const Change* where);
+  void TakeMembers(const observe::Record& record, const Element& element);
+  void TakeByName(const observe::Record& record, const Element& element);
+  void TakeFoundAddress(const Element& element);
+  void TakeVoltages(const void* container, const Change& where);
+  void TakePoint(const observe::Point& point, const Element& element);
+  void RefusePoint(const observe::Point& point);
+
+  std::vector<Row>* m_Rows;
+  std::unordered_map<const void*, Variable> m_Variables;
+  std::map<StagedKey, Writer> m_Staged;
+  std::size_t m_Groups = 0;
+  Group m_Group;
+  std::vector<observe::Point> m_Points;  // that the board takes that is being made
+};
+
+}  // namespace insight

@@ -1,0 +1,19 @@
+// What is remarkable about the value of a row. Private to this library.
+#pragma once
+
+#include "collector/observer.h"
+#include "collector/state/store.h"
+#include "insight/snapshot.h"
+
+namespace insight {
+
+// How a value is read and stored, as the tables of the collector have it.
+struct Reading {
+  const rows::Parser* Parser = nullptr;  // null: unknown
+  rows::Type Is = rows::Type::kString;
+};
+
+// Of the value that `store` has read by `reading`.
+void JudgeValue(const observe::Stores& store, const Reading& reading, Row* row);
+
+}  // namespace insight
