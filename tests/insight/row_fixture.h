@@ -20,6 +20,7 @@ class ExplainedRows : public testing::Test {
   // A controller without devices, interfaces and files; the scratch state is that of a fresh
   // process.
   ExplainedRows() {
+    sandbox::RemoveDatabase();  // a test before may have left another table
     sandbox::Scenario().Database().Apply();
     ClearScratch();
     m_Collector.InitDatabase(false);
