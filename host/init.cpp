@@ -6,6 +6,7 @@
 #include "host/commands.h"
 #include "host/output.h"
 #include "host/printable.h"
+#include "host/trouble.h"
 
 namespace host {
 namespace {
@@ -36,13 +37,15 @@ std::string Fault(CStatusInterface& collector) {
 }
 
 int Init() {
+  const DatabaseTrouble trouble(Opened::kForWriting);
   CStatusInterface collector;
   collector.InitDatabase(true);
   const std::string fault = Fault(collector);
   collector.CloseDatabase();
   if (!fault.empty()) {
+    const std::string words = trouble.InWords();
     std::fprintf(stderr, "statuscollector: the status database is not ready: %s\n",
-                 Printable(fault).c_str());
+                 Printable(words.empty() ? fault : words).c_str());
     return kFailed;
   }
   StandardOutput().Write("The status database is ready.\n");

@@ -11,6 +11,7 @@
 #include "host/output.h"
 #include "host/terminal.h"
 #include "host/text.h"
+#include "host/trouble.h"
 #include "model/tree.h"
 #include "model/xml.h"
 
@@ -54,6 +55,7 @@ int Show(const Options& options) {
   CStatusInterface collector;
   // The limiter of the reports is as old as the process, and syslog() waits for a full log.
   collector.m_Hardware.m_bLogTrackerPixel = false;
+  const DatabaseTrouble trouble(Opened::kForReading);
   collector.InitDatabase(false);
   int result = 0;
   for (int cycle = 0; cycle < options.Cycles; ++cycle) {
@@ -64,6 +66,7 @@ int Show(const Options& options) {
       .AllRowsRead = result == 0};
   const std::string document = Render(options, collector.m_Status, look);
   collector.CloseDatabase();
+  trouble.Report();
   if (options.Output.empty()) {
     output.Write(document);
   } else {

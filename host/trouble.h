@@ -1,0 +1,47 @@
+// What went wrong with the status database, in words: which file, what is wrong, what to do. The
+// library reports code and message of each step on standard error; this is one line beside them.
+#pragma once
+
+#include <string>
+
+#include "collector/observer.h"
+
+namespace host {
+
+// The database, as it is called in messages.
+inline constexpr const char* kDatabaseFile = "/dev/shm/status.db";
+
+enum class Opened { kForReading, kForWriting };
+
+// Observes the collector as long as it lives, from before InitDatabase on; the observer before it
+// sees the same.
+class DatabaseTrouble : public observe::Observer {
+ public:
+  explicit DatabaseTrouble(Opened opened);
+  ~DatabaseTrouble() override;
+  DatabaseTrouble(const DatabaseTrouble&) = delete;
+  DatabaseTrouble& operator=(const DatabaseTrouble&) = delete;
+
+  void See(const observe::Event& event) override;
+
+  // What failed first in the last cycle, or, before the first one, in InitDatabase:
+  //
+  //   /dev/shm/status.db does not exist; a host or `statuscollector init` creates it
+  //
+  // "" when nothing failed. The text is not printable as it is.
+  std::string InWords() const;
+
+  // Writes it as a line of this program to standard error; nothing when nothing failed.
+  void Report() const;
+
+ private:
+  std::string WhyNotOpened() const;
+
+  Opened m_Opened;
+  observe::Observer* m_Before;
+  bool m_Failed = false;
+  int m_Code = 0;
+  std::string m_Message;
+};
+
+}  // namespace host
