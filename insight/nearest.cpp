@@ -2,7 +2,9 @@
 
 #include <algorithm>
 #include <array>
+#include <bit>
 #include <cstddef>
+#include <cstdint>
 
 #include "collector/state/numbers.h"
 
@@ -28,6 +30,23 @@ bool BeginsWith(std::string_view text, std::string_view beginning) {
 
 std::size_t Difference(std::size_t left, std::size_t right) {
   return left < right ? right - left : left - right;
+}
+
+// Which letters a text has, whatever their case; one bit for all other bytes.
+std::uint32_t LettersOf(std::string_view text) {
+  std::uint32_t letters = 0;
+  for (const char c : text) {
+    const auto at = static_cast<unsigned char>(Lower(c) - 'a');
+    letters |= std::uint32_t{1} << (at < 26 ? at : 26U);
+  }
+  return letters;
+}
+
+// A difference removes one letter from a text that the other one lacks, so that there are this many
+// differences at least.
+std::size_t LeastDistance(std::uint32_t left, std::uint32_t right) {
+  return static_cast<std::size_t>(
+      std::max(std::popcount(left & ~right), std::popcount(right & ~left)));
 }
 
 }  // namespace
@@ -58,6 +77,7 @@ std::size_t Distance(std::string_view left, std::string_view right, std::size_t 
 }
 
 std::string_view Nearest(std::string_view text, std::span<const std::string_view> candidates) {
+  const std::uint32_t letters = LettersOf(text);
   std::string_view nearest;
   std::size_t least = std::max<std::size_t>(text.size() / 3, 1) * kTenths + kTenths;
   for (const std::string_view candidate : candidates) {
@@ -65,6 +85,8 @@ std::string_view Nearest(std::string_view text, std::span<const std::string_view
     std::size_t weight = 0;
     if (BeginsWith(text, candidate) || BeginsWith(candidate, text)) {
       weight = kTenths / 2 + std::min(lengths, kTenths - 1);
+    } else if (LeastDistance(letters, LettersOf(candidate)) * kTenths >= least) {
+      continue;
     } else {
       weight = Distance(text, candidate, least / kTenths + 1) * kTenths;
     }

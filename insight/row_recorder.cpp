@@ -343,9 +343,12 @@ std::vector<Row> RowRecorder::EndCycle(const QtSts::DocumentTree& /*document*/) 
     if (row.Remarks.empty()) {
       row.Remarks.emplace_back();
     }
-    std::ranges::stable_sort(row.Remarks, [](const Remark& left, const Remark& right) {
+    const auto is_worse = [](const Remark& left, const Remark& right) {
       return InfoOf(left.What).Class > InfoOf(right.What).Class;
-    });
+    };
+    if (!std::ranges::is_sorted(row.Remarks, is_worse)) {
+      std::ranges::stable_sort(row.Remarks, is_worse);
+    }
   }
   return std::move(m_Rows);
 }

@@ -125,6 +125,8 @@ std::string Written(const ScalarType& type, const void* value) {
 
 void Shadow::Group::Clear() {
   Watches.clear();
+  Runs.clear();
+  TextWatches.clear();
   Bytes.clear();
   Texts.clear();
 }
@@ -138,9 +140,18 @@ void Shadow::Group::Add(const void* address, const ScalarType* type, std::string
   if (watch.Size == 0) {
     watch.Offset = Texts.size();
     Texts.emplace_back();
+    TextWatches.push_back(Watches.size());
   } else {
     watch.Offset = Bytes.size();
     Bytes.resize(Bytes.size() + watch.Size);
+    const bool goes_on =
+        !Runs.empty() && Runs.back().First + Runs.back().Count == Watches.size() &&
+        static_cast<const unsigned char*>(Runs.back().Address) + Runs.back().Size == address;
+    if (!goes_on) {
+      Runs.push_back({address, 0, watch.Offset, Watches.size(), 0});
+    }
+    Runs.back().Size += watch.Size;
+    ++Runs.back().Count;
   }
   Watches.push_back(std::move(watch));
   Keep(Watches.back());
@@ -168,12 +179,23 @@ std::string Shadow::Group::KeptText(const Watch& watch) const {
   return Written(*watch.Type, copy);
 }
 
+void Shadow::Group::CompareOne(const Watch& watch, std::vector<Change>* changes) {
+  if (!IsSame(watch)) {
+    Note(watch.Path, KeptText(watch), Written(*watch.Type, watch.Address), changes);
+    Keep(watch);
+  }
+}
+
 void Shadow::Group::Compare(std::vector<Change>* changes) {
-  for (const Watch& watch : Watches) {
-    if (!IsSame(watch)) {
-      Note(watch.Path, KeptText(watch), Written(*watch.Type, watch.Address), changes);
-      Keep(watch);
+  for (const Run& run : Runs) {
+    if (std::memcmp(&Bytes[run.Offset], run.Address, run.Size) != 0) {
+      for (std::size_t at = run.First; at < run.First + run.Count; ++at) {
+        CompareOne(Watches[at], changes);
+      }
     }
+  }
+  for (const std::size_t at : TextWatches) {
+    CompareOne(Watches[at], changes);
   }
 }
 

@@ -36,17 +36,28 @@ class Shadow {
     const void* Address;
     const QtSts::ScalarType* Type;
     std::size_t Size;    // 0 for a text
-    std::size_t Offset;  // of the copy in m_Bytes; of a text, its position in m_Texts
+    std::size_t Offset;  // of the copy in Bytes; of a text, its position in Texts
     std::string Path;
+  };
+  // Neighbours in memory, which are compared at once.
+  struct Run {
+    const void* Address;
+    std::size_t Size;
+    std::size_t Offset;  // in Bytes
+    std::size_t First;   // among the watches
+    std::size_t Count;
   };
   struct Group {
     std::vector<Watch> Watches;
+    std::vector<Run> Runs;
+    std::vector<std::size_t> TextWatches;
     std::vector<unsigned char> Bytes;
     std::vector<std::string> Texts;
 
     void Clear();
     void Add(const void* address, const QtSts::ScalarType* type, std::string path);
     void Compare(std::vector<Change>* changes);
+    void CompareOne(const Watch& watch, std::vector<Change>* changes);
     const Watch* Find(const void* address) const;
     bool IsSame(const Watch& watch) const;
     void Keep(const Watch& watch);
