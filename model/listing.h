@@ -32,7 +32,7 @@ struct ListAccess {
   void (*Add)(void* list, CBaseStatus* element);  // takes ownership
 };
 
-// One field of a class: exactly one of Scalar, Record and Elements says what it holds.
+// One field of a class: a scalar, a record, or a list, which has both Record and Elements.
 struct Field {
   const char* Name;   // the member's name; attribute or child element in XML
   const char* Unit;   // "" when it has none
@@ -41,7 +41,7 @@ struct Field {
   bool Optional;      // may be absent (null)
 
   const ScalarType* Scalar = nullptr;
-  const ClassInfo* Record = nullptr;     // a record, or a list's element class
+  const ClassInfo* Record = nullptr;     // the class of a record, or of what a list holds
   const ListAccess* Elements = nullptr;  // a list
 
   const void* (*Read)(const void* object) = nullptr;  // the value in `object`; null when absent
