@@ -185,7 +185,7 @@ void Parking::TakeMembers(const observe::Record& record, const Element& element)
   for (const observe::Point& point : m_Points) {
     TakePoint(point, element);
   }
-  for (const sensors::Taken& taken : kind->Takes) {
+  for (const elements::Taken& taken : kind->Takes) {
     const void* const variable = taken.From->Address;
     Change where;
     const bool reported = element.Find(taken.Member(*sensor), &where);

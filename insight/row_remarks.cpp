@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <utility>
 
-#include "model/xml.h"
+#include "model/text.h"
 
 namespace insight {
 

@@ -5,7 +5,7 @@
 #include <utility>
 
 #include "collector/state/row_tables.h"
-#include "model/xml.h"
+#include "model/text.h"
 
 namespace insight {
 namespace {

@@ -10,7 +10,7 @@
 #include "insight/nearest.h"
 #include "insight/row_remarks.h"
 #include "insight/row_shadow.h"
-#include "model/xml.h"
+#include "model/text.h"
 
 namespace insight {
 namespace {

@@ -6,6 +6,7 @@
 #include "collector/key_table.h"
 #include "collector/observer.h"
 #include "model/compare.h"
+#include "model/text.h"
 #include "model/xml.h"
 #include "tests/insight/row_fixture.h"
 #include "tests/sensors/row_maker.h"
