@@ -6,6 +6,8 @@
 
 #include "collector/state/export.h"
 
+// NOLINTBEGIN(readability-identifier-naming): prescribed names
+
 // How often an event may be emitted, and how often it was in the current period.
 struct ratelimit_state {
   std::mutex lock;            // guards the members from `printed` on
@@ -23,3 +25,5 @@ COLLECTOR_API extern ratelimit_state rs;
 // period with suppressed events has ended, writes their number to the system log (LOG_INFO) after
 // `func`, the caller's name. Throws std::system_error when the lock fails. Any thread.
 COLLECTOR_API int ___ratelimit(ratelimit_state* state, const char* func);
+
+// NOLINTEND(readability-identifier-naming)
