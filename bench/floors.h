@@ -1,5 +1,5 @@
 // The floors: the same system calls, SQLite steps and libxml2 calls that the work cannot avoid, and
-// nothing else. Every figure is told as a ratio to one of them.
+// nothing else. Every figure is given as a ratio to one of them.
 #pragma once
 
 #include <string>

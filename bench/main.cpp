@@ -196,7 +196,7 @@ int Run(int count, char** values, const Arguments& arguments) {
     std::perror(arguments.Command[0]);
     return 126;
   }
-  // The probe tells the names of the interfaces on standard output: the figures go elsewhere.
+  // The probe prints the names of the interfaces on standard output: the figures go elsewhere.
   if (std::freopen("/dev/null", "w", stdout) == nullptr) {
     return 2;
   }

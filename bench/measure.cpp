@@ -1,4 +1,4 @@
-// bench_measure COUNT COMMAND...: runs the command COUNT times, its output thrown away, and tells
+// bench_measure COUNT COMMAND...: runs the command COUNT times, its output thrown away, and prints
 // for each run the processor time in microseconds and the peak memory in kB, on standard output.
 //
 // A program of its own, and a small one, because a process begins with the peak of the one that

@@ -22,12 +22,12 @@ function(status_fast_sources target)
                               PROPERTIES COMPILE_OPTIONS $<$<CONFIG:Release>:-O2>)
 endfunction()
 
-# Instantiations of the standard library's templates are visible whatever the compiler is told; this
+# Instantiations of the standard library's templates are visible whatever the compiler's options; this
 # keeps them in.
 set(status_hidden_symbols _ZSt* _ZNSt* _ZNKSt* _ZZNSt* _ZTISt* _ZTSSt* _ZTVSt*)
 
 # status_shared_library(NAME SOURCES file... [HIDE symbol...]) makes one of the shipped libraries. It
-# shows what its sources export by name, less the mangled symbols (globs) under HIDE.
+# exports what its sources export by name, less the mangled symbols (globs) under HIDE.
 function(status_shared_library name)
   cmake_parse_arguments(arg "" "" "SOURCES;HIDE" ${ARGN})
   add_library(${name} SHARED ${arg_SOURCES})

@@ -159,7 +159,7 @@ void Flush(fuse_req_t request, fuse_ino_t inode, fuse_file_info* /*file*/) {
   fuse_reply_err(request, 0);
 }
 
-// A malformed answer file, which a test or a scenario got wrong, is told on standard error; the
+// A malformed answer file, which a test or a scenario got wrong, is reported on standard error; the
 // request fails with EIO.
 template <auto kOperation, class... Arguments>
 void Guarded(fuse_req_t request, Arguments... arguments) {

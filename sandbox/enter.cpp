@@ -108,7 +108,7 @@ void MapToRoot(const Identity& caller) {
 }
 
 // The end of the caller is the end of the sandbox. The caller holds the only reading end of
-// `report`: a poll error on the writing end tells that it went before it could be watched.
+// `report`: a poll error on the writing end means that it went before it could be watched.
 void EndWithCaller(const Descriptor& report) {
   Check(prctl(PR_SET_PDEATHSIG, SIGKILL), "ask for the signal of the caller's death");
   pollfd probe = {report.Number(), 0, 0};

@@ -180,8 +180,8 @@ void AddAddress(NetlinkSocket& socket, const std::string& name, const InterfaceA
   socket.Send(message, "add the address", address.Prefix);
 }
 
-// The kernel tells carrier changes on its own time, up to a second late; asking for the link state
-// brings the flags up to date.
+// The kernel reports carrier changes on its own time, up to a second late; asking for the link
+// state brings the flags up to date.
 bool IsRunning(const std::string& name) {
   const Descriptor socket(Check(::socket(AF_INET, SOCK_DGRAM | SOCK_CLOEXEC, 0), "open a socket"));
   ethtool_value link = {ETHTOOL_GLINK, 0};

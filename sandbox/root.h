@@ -14,8 +14,8 @@ struct Bind {
 };
 
 // What a sandbox sees of the outside: programs and libraries, the build tree of the running
-// program, the source tree, and `writable`. Parents come first, and what a parent shows already is
-// left out.
+// program, the source tree, and `writable`. Parents come first, and what a parent contains already
+// is left out.
 std::vector<Bind> PlanBinds(const std::vector<std::filesystem::path>& writable);
 
 // Makes a tmpfs of `bytes` the root of this process, which must be process 1 of fresh mount and

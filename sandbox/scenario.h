@@ -25,7 +25,7 @@ namespace sandbox {
 //         .Row("GUID", "abc")
 //         .Apply();
 //
-// What changes afterwards, between two cycles, is told with the functions of the included headers.
+// What changes afterwards, between two cycles, is set with the functions of the included headers.
 class Scenario {
  public:
   // Reads a scenario folder; scenarios/README.md describes it. Throws std::runtime_error that

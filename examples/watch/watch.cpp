@@ -4,7 +4,7 @@
 #include <cstring>
 #include <iostream>
 
-// Names the sources that do not answer, the rows that nobody knows and the sensors that are
+// Names the sources that do not answer, the unknown rows and the sensors that are
 // refused.
 class Watcher : public observe::Observer {
  public:

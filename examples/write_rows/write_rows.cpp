@@ -5,7 +5,7 @@
 
 // Numbers are padded to one width: they are positions, and '0' sorts before '_', so that sensor 10
 // would be read before sensor 1. Rows are read by key in byte order, whatever order they were
-// written in; a sensor's "Type" sorts behind its other attributes and completes it.
+// written in; a sensor's "Type" sorts after its other attributes and completes it.
 constexpr char kRows[] =
     "BEGIN IMMEDIATE;"
     "REPLACE INTO status VALUES ('DimmingMode', 'manual'), ('DimmingLevel', '62.5'),"

@@ -62,7 +62,7 @@ TEST(LoadedLibrary, RunsAHandlerOfItsTable) {
   EXPECT_EQ(status.GUID, "abc");
 }
 
-// What the staged points hold is given back, or the leak check of the sanitizers tells.
+// What the staged points hold is given back, or the leak check of the sanitizers fails.
 TEST(LoadedLibrary, StartsAnewWhenItIsLoadedAgain) {
   {
     const Library library = Load();

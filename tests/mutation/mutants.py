@@ -45,7 +45,7 @@ class Mutant:
 
 
 def mutants_of(path):
-    """All mutants of a file; the second of the same key has " #2" behind it, and so on."""
+    """All mutants of a file; the second of the same key has " #2" after it, and so on."""
     counts = collections.Counter()
     for mutant in sorted(_mutants_of(path), key=lambda mutant: (mutant.number, mutant.column)):
         counts[mutant.key] += 1

@@ -10,7 +10,7 @@
 
 namespace {
 
-TEST(LibraryReference, ShowsTheExamplesThatAreBuilt) {
+TEST(LibraryReference, HasTheExamplesThatAreBuilt) {
   std::vector<std::string> shown;
   for (const auto& block : markdown::Blocks(test_support::ReadSource("docs/library.md"))) {
     if (block.Language == "cpp") {

@@ -163,7 +163,7 @@ const std::map<std::string, std::vector<std::string>> kFormats = {
     {"flag", {"false", "true", "false"}},
 };
 
-TEST(RowKeys, AreReadInTheFormatThatThePageTells) {
+TEST(RowKeys, AreReadInTheFormatOfThePage) {
   int checked = 0;
   for (const Cells& row : markdown::Table(Page(), "Keys")) {
     const std::string key = markdown::Name(row[kKey]);

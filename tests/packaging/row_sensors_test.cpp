@@ -104,7 +104,7 @@ void ExpectFormat(const rows::Attribute& attribute, const Format& format) {
   EXPECT_EQ(attribute.Where->Is, format.Type) << attribute.Where->Name;
 }
 
-TEST(SensorRows, AreReadInTheFormatThatThePageTells) {
+TEST(SensorRows, AreReadInTheFormatOfThePage) {
   CStatus status;
   for (const Cells& row : markdown::Table(Page(), "Sensor attributes")) {
     SCOPED_TRACE(row[0]);
@@ -123,7 +123,7 @@ TEST(SensorRows, AreReadInTheFormatThatThePageTells) {
   }
 }
 
-TEST(SensorRows, OfFamiliesAreReadInTheFormatThatThePageTells) {
+TEST(SensorRows, OfFamiliesAreReadInTheFormatOfThePage) {
   CStatus status;
   FanRpms.clear();
   f_Psrb_InputVoltages.clear();
@@ -167,7 +167,7 @@ bool MakesAPoint(const std::string& family, int entry) {
   return made;
 }
 
-TEST(PointRows, HaveTheEntriesThatThePageTells) {
+TEST(PointRows, HaveTheEntriesOfThePage) {
   for (const Cells& row : markdown::Table(Page(), "Point families")) {
     SCOPED_TRACE(row[0]);
     constexpr std::string_view kFrom = "0 to ";
@@ -363,7 +363,7 @@ TEST(SensorKinds, UseTheAttributesOnThePageAndNoOthersInItsUnits) {
   }
 }
 
-TEST(SensorKinds, ThatAreBoardsHoldAsManyPointsAsThePageTells) {
+TEST(SensorKinds, ThatAreBoardsHoldAsManyPointsAsThePageGives) {
   for (const Cells& row : markdown::Table(Page(), "Board capacities")) {
     SCOPED_TRACE(row[0]);
     CStatus status;

@@ -13,7 +13,7 @@
 
 namespace {
 
-TEST(RowExamples, GiveTheDocumentsThatThePageShows) {
+TEST(RowExamples, GiveTheDocumentsOfThePage) {
   const std::vector<markdown::Block> blocks =
       markdown::Blocks(test_support::ReadSource("docs/rows.md"));
   int examples = 0;

@@ -44,7 +44,7 @@ class Looking : public observe::Observer {
   std::string held_;
 };
 
-// All that a cycle leaves and tells.
+// All that a cycle leaves and reports.
 struct Traces {
   int Result;
   std::string Document;

@@ -1,4 +1,4 @@
-// What the kernel sees the collector ask is what the collector tells its observer.
+// What the kernel sees the collector ask is what the collector reports to its observer.
 #include <gmock/gmock.h>
 
 #include <algorithm>

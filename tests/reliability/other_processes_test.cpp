@@ -216,7 +216,7 @@ TEST_F(OtherProcesses, ForeignWriterKilledInRollbackModeIsRolledBack) {
   EXPECT_GT(broken_off, 0) << "no writer was killed in a transaction";
 }
 
-TEST_F(OtherProcesses, DeletedDatabaseIsToldUntilAHostOpensItAgain) {
+TEST_F(OtherProcesses, DeletedDatabaseIsReportedUntilAHostOpensItAgain) {
   MakeOwn();
   Open();
   ExpectWhole("0");
@@ -228,7 +228,7 @@ TEST_F(OtherProcesses, DeletedDatabaseIsToldUntilAHostOpensItAgain) {
   ExpectWhole("0");
 }
 
-TEST_F(OtherProcesses, ReplacedDatabaseIsToldUntilAHostOpensItAgain) {
+TEST_F(OtherProcesses, ReplacedDatabaseIsReportedUntilAHostOpensItAgain) {
   MakeForeign();
   Open();
   ExpectWhole("0");
@@ -298,7 +298,7 @@ TEST_F(OtherProcesses, UserWhoMayOnlyReadReadsWhileAHostRunsAndWhileNoneDoes) {
   fs::permissions("/dev/shm", before);
 }
 
-TEST_F(OtherProcesses, UnreadableDatabaseIsToldUntilItCanBeOpened) {
+TEST_F(OtherProcesses, UnreadableDatabaseIsReportedUntilItCanBeOpened) {
   MakeForeign();
   Process reader([this] {
     constexpr unsigned kNobody = 65534;

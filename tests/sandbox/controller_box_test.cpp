@@ -44,7 +44,7 @@ TEST_F(ControllerBox, GivesTheExitStatusOfTheCommand) {
   EXPECT_EQ(128 + 11, Box("-- sh -c 'kill -SEGV $$'").Status);
 }
 
-TEST_F(ControllerBox, TellsACommandThatCannotBeRun) {
+TEST_F(ControllerBox, ReportsACommandThatCannotBeRun) {
   const Outcome missing = Box("-- no-such-program");
   EXPECT_EQ(127, missing.Status);
   EXPECT_THAT(missing.Output, HasSubstr("no-such-program"));

@@ -154,7 +154,7 @@ TEST_F(EnterTest, TheWholeOutsideCannotBeMadeWritable) {
   EXPECT_THROW(RunInside(options, [] { return 0; }), fs::filesystem_error);
 }
 
-TEST_F(EnterTest, AStepThatFailsIsToldWithItsReason) {
+TEST_F(EnterTest, AStepThatFailsIsReportedWithItsReason) {
   // Too few descriptors to hold what is bound.
   rlimit before = {};
   ASSERT_EQ(0, getrlimit(RLIMIT_NOFILE, &before));

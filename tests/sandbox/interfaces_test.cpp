@@ -118,7 +118,7 @@ TEST_F(Interfaces, TheMacAddressIsTheGivenOne) {
   EXPECT_EQ(std::string("\x00\x1A\x2B\xFC\x4D\x5E", 6), std::string(answer.ifr_hwaddr.sa_data, 6));
 }
 
-TEST_F(Interfaces, TheLinkStateShowsInTheFlagsAtOnce) {
+TEST_F(Interfaces, TheLinkStateIsInTheFlagsAtOnce) {
   SetInterfaces(
       {{.Name = "up"},
        {.Name = "unplugged", .State = LinkState::kUnplugged},

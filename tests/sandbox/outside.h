@@ -39,7 +39,7 @@ std::string OwnNamespaces();
 // Which of `namespaces`, one a line, a process still lives in; waits a while for them to go.
 std::set<std::string> StillAlive(const std::string& namespaces);
 
-// Lines that tell the mounts of the calling process.
+// Lines that give the mounts of the calling process.
 std::string Mounts();
 
 // Starts a process of a session of its own that never ends by itself.

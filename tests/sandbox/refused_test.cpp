@@ -55,7 +55,7 @@ TEST_F(RefusedTest, ListingTheTestsNeedsNoSandbox) {
   EXPECT_THAT(outcome.Output, HasSubstr("TheProgramKnowsThatItIsInside"));
 }
 
-TEST_F(RefusedTest, ControllerBoxTellsTheReason) {
+TEST_F(RefusedTest, ControllerBoxReportsTheReason) {
   const Outcome outcome = RunRefused(CONTROLLER_BOX " -- true");
   EXPECT_EQ(126, outcome.Status);
   EXPECT_THAT(outcome.Output, HasSubstr("controller-box: new namespaces: "));

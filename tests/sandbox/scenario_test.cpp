@@ -140,7 +140,7 @@ TEST_F(ScenarioTest, CodeCanAddToAFolderAndTakeFromIt) {
   EXPECT_FALSE(fs::exists("/dev/diagnostics"));
 }
 
-TEST_F(ScenarioTest, FilesOfEveryKindCanBeToldInCode) {
+TEST_F(ScenarioTest, FilesOfEveryKindCanBeSetInCode) {
   Scenario()
       .File("/etc/program", "x", 0700)
       .Folder("/var/run/wd_event")

@@ -27,7 +27,7 @@ TEST(SystemLog, AMessageArrivesWithPriorityFacilityAndText) {
   EXPECT_EQ("OutputPort: 3 callbacks suppressed\n", messages[0].Text);
 }
 
-TEST(SystemLog, OtherPrioritiesAndFacilitiesAreToldApart) {
+TEST(SystemLog, OtherPrioritiesAndFacilitiesAreSeparated) {
   SystemLog log;
   openlog("a program", LOG_PID, LOG_DAEMON);
   syslog(LOG_ERR, "broken: badly");

@@ -1,4 +1,5 @@
-// The locale de_DE.UTF-8, whose decimal point is a comma and whose thousands are parted by points.
+// The locale de_DE.UTF-8, whose decimal point is a comma and whose thousands are separated by
+// points.
 #pragma once
 
 #include <locale>

@@ -30,7 +30,7 @@ std::string Told(const std::string& text, const std::string& begin) {
   return found == std::string::npos ? "" : text.substr(from, text.find('.', from) - from);
 }
 
-// The unit and the codes of a field, which only its documentation tells: "Output power. Unit: W.",
+// The unit and the codes of a field, which only its documentation gives: "Output power. Unit: W.",
 // "Who overrides. Values: 0 none, 1 player.".
 void CollectDocumentation(const std::string& text, const std::string& path, Promises* promises) {
   if (const std::string unit = Told(text, " Unit: "); !unit.empty()) {
