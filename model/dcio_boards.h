@@ -79,7 +79,7 @@ class STATUS_API FanRpmList {
   }
 
   // The fan at `position`, or null past the end.
-  FanRpm* operator[](unsigned int const& position) const {
+  FanRpm* operator[](const unsigned int& position) const {
     return position < Fans.size() ? Fans[position] : nullptr;
   }
 

@@ -50,7 +50,7 @@ class COwningList {
   }
 
   // The element at `position`, or null past the end. Never creates anything.
-  T* operator[](unsigned int const& position) const {
+  T* operator[](const unsigned int& position) const {
     return position < m_Elements.size() ? static_cast<T*>(m_Elements[position]) : nullptr;
   }
 

@@ -176,7 +176,7 @@ class OwningList : public testing::Test {
   static_assert(std::is_base_of_v<CBaseStatus, Element>);
   // The position is taken by reference.
   static_assert(std::is_same_v<decltype(&List::operator[]),
-                               Element* (COwningList<Element>::*)(unsigned int const&) const>);
+                               Element* (COwningList<Element>::*)(const unsigned int&) const>);
 
   Element* Make() { return new Counted<Element>(&m_Destroyed); }
 
