@@ -16,18 +16,18 @@ namespace {
 constexpr std::size_t kLargestInput = std::size_t{64} << 10;
 
 struct Cycles {
-  fuzz::Rows first;
-  fuzz::Rows second;
+  fuzz::Rows First;
+  fuzz::Rows Second;
 };
 
 Cycles ParseCycles(std::string_view text) {
   Cycles cycles;
-  fuzz::Rows* rows = &cycles.first;
+  fuzz::Rows* rows = &cycles.First;
   while (!text.empty()) {
     const std::string_view line = text.substr(0, text.find('\n'));
     text.remove_prefix(std::min(line.size() + 1, text.size()));
     if (line == "=") {
-      rows = &cycles.second;
+      rows = &cycles.Second;
       continue;
     }
     const std::size_t tab = std::min(line.find('\t'), line.size());
@@ -48,8 +48,8 @@ void RunCycle(const fuzz::Rows& rows, Dispatch dispatch, QtSts::CStatus* status)
 // Both cycles in a fresh process; returns the scratch state that they leave.
 std::string RunCycles(const Cycles& cycles, Dispatch dispatch, QtSts::CStatus* status) {
   ClearScratch();
-  RunCycle(cycles.first, dispatch, status);
-  RunCycle(cycles.second, dispatch, status);
+  RunCycle(cycles.First, dispatch, status);
+  RunCycle(cycles.Second, dispatch, status);
   return ScratchText();
 }
 

@@ -15,11 +15,11 @@ const char* Text(const xmlChar* text) { return reinterpret_cast<const char*>(tex
 // One line for each element and value, in order: "Outputs[0]/StatusFlags=4".
 class Lines {
  public:
-  void Add(const std::string& line) { m_Text += line + "\n"; }
-  std::string Take() { return std::move(m_Text); }
+  void Add(const std::string& line) { text_ += line + "\n"; }
+  std::string Take() { return std::move(text_); }
 
  private:
-  std::string m_Text;
+  std::string text_;
 };
 
 // NOLINTNEXTLINE(misc-no-recursion)
