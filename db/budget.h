@@ -3,18 +3,18 @@
 
 namespace sqlitedb {
 
-/// One for compiling a statement and its first run, and one for each further run. A table of
-/// 100,000 rows of full length takes well under two million steps, a second and 100 MiB, even where
-/// it has to be sorted first; an endless view takes all it is given. The clock is needed beside the
-/// steps, since one step may have to move a megabyte.
-///
-/// Time is the processor time of this thread within SQLite: a slow handler of rows, a stopped
-/// process and waiting for locks and disks do not count. That clock costs a system call, so it is
-/// read only once a run has lasted a second, which counts whole, and then where the other clock
-/// says that the limit may be reached.
-///
-/// Memory is what SQLite has in the whole process, less what it had when the run began: it does not
-/// count by connection. Where the host has turned its counting off, this limit does not hold.
+// One for compiling a statement and its first run, and one for each further run. A table of
+// 100,000 rows of full length takes well under two million steps, a second and 100 MiB, even where
+// it has to be sorted first; an endless view takes all it is given. The clock is needed beside the
+// steps, since one step may have to move a megabyte.
+//
+// Time is the processor time of this thread within SQLite: a slow handler of rows, a stopped
+// process and waiting for locks and disks do not count. That clock costs a system call, so it is
+// read only once a run has lasted a second, which counts whole, and then where the other clock
+// says that the limit may be reached.
+//
+// Memory is what SQLite has in the whole process, less what it had when the run began: it does not
+// count by connection. Where the host has turned its counting off, this limit does not hold.
 class Budget {
  public:
   static constexpr int kSteps = 100'000'000;
@@ -25,10 +25,10 @@ class Budget {
 
   void Restart() noexcept;
 
-  /// Grows with each Restart(), never 0.
+  // Grows with each Restart(), never 0.
   unsigned Number() const noexcept { return number_; }
 
-  /// Around every call of SQLite that comes after the first since Restart().
+  // Around every call of SQLite that comes after the first since Restart().
   void Enter() noexcept {
     if (measures_) {
       entered_ = ThreadTime();
@@ -40,10 +40,10 @@ class Budget {
     }
   }
 
-  /// Progress handler of SQLite, called every kStepsPerCall steps: nonzero ends the run.
+  // Progress handler of SQLite, called every kStepsPerCall steps: nonzero ends the run.
   static int Spend(void* budget) noexcept;
 
-  /// The same, called every kStepsPerCloseCall steps.
+  // The same, called every kStepsPerCloseCall steps.
   static int SpendClosely(void* budget) noexcept;
 
  private:
@@ -55,10 +55,10 @@ class Budget {
 
   unsigned number_ = 0;
   int steps_left_ = 0;
-  long long memory_ = 0;  ///< In bytes, where the run ends.
+  long long memory_ = 0;  // In bytes, where the run ends.
   bool measures_ = false;
-  Nanoseconds look_ = 0;     ///< Of the coarse clock: the limit is not reached before.
-  Nanoseconds entered_ = 0;  ///< Of the thread's clock.
+  Nanoseconds look_ = 0;     // Of the coarse clock: the limit is not reached before.
+  Nanoseconds entered_ = 0;  // Of the thread's clock.
   Nanoseconds spent_ = 0;
 };
 

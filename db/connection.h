@@ -14,10 +14,10 @@
 
 namespace sqlitedb {
 
-/// How long a lock of another program is waited for.
+// How long a lock of another program is waited for.
 constexpr std::chrono::milliseconds kBusyTimeout{2000};
 
-/// Of a value; a row that is sorted counts as one.
+// Of a value; a row that is sorted counts as one.
 constexpr int kMaxValueBytes = 1 << 20;
 
 // Of a database whose rows are read: all its pages, those in the log included. SQLite copies a key
@@ -27,7 +27,7 @@ constexpr sqlite3_int64 kMaxDatabaseBytes = 128 << 20;
 // Of one run of a statement that reads. Each may cost the document kilobytes.
 constexpr int kMaxRows = 131'072;
 
-/// An open connection; closed with its last owner, so that no statement outlives it.
+// An open connection; closed with its last owner, so that no statement outlives it.
 struct Connection {
   Connection() = default;
   Connection(Connection const&) = delete;
@@ -36,28 +36,28 @@ struct Connection {
 
   int Close() noexcept;
 
-  /// The exception for a failure of a statement of `handle`, after which nothing counts as checked.
+  // The exception for a failure of a statement of `handle`, after which nothing counts as checked.
   CppSQLite3Exception Failed(sqlite3* handle, int code);
 
-  /// Grows each time that SQLite had to read the schema anew, and when ForgetSchema was called.
+  // Grows each time that SQLite had to read the schema anew, and when ForgetSchema was called.
   int SchemaNumber() const noexcept;
 
-  /// Has to be called when `db` becomes another database.
+  // Has to be called when `db` becomes another database.
   void ForgetSchema() noexcept;
 
-  sqlite3* db = nullptr;    ///< What statements run on: the file, or a copy of it in memory.
-  sqlite3* file = nullptr;  ///< The opened file, owned.
-  sqlite3* copy = nullptr;  ///< Owned; null until one was needed.
+  sqlite3* db = nullptr;    // What statements run on: the file, or a copy of it in memory.
+  sqlite3* file = nullptr;  // The opened file, owned.
+  sqlite3* copy = nullptr;  // Owned; null until one was needed.
   Budget budget;
-  std::optional<CppSQLite3Exception> open_failure;  ///< Then nothing is open, and never was.
-  sqlite3_stmt* touch = nullptr;                    ///< Reads the schema of `db`; see Snapshot.
-  int schemas = 0;                                  ///< What SchemaNumber is without `touch`.
-  std::string checked;     ///< The last statement that was found fit to run, or "".
-  int checked_schema = 0;  ///< The number of the schema that it was found fit for.
+  std::optional<CppSQLite3Exception> open_failure;  // Then nothing is open, and never was.
+  sqlite3_stmt* touch = nullptr;                    // Reads the schema of `db`; see Snapshot.
+  int schemas = 0;                                  // What SchemaNumber is without `touch`.
+  std::string checked;     // The last statement that was found fit to run, or "".
+  int checked_schema = 0;  // The number of the schema that it was found fit for.
 };
 
-/// A compiled statement, null once finalized. Only the query that carries the number of the current
-/// run may read its rows or end it.
+// A compiled statement, null once finalized. Only the query that carries the number of the current
+// run may read its rows or end it.
 struct Prepared {
   explicit Prepared(std::shared_ptr<Connection> owner) : connection(std::move(owner)) {}
   Prepared(Prepared const&) = delete;
@@ -75,17 +75,17 @@ struct Prepared {
   unsigned budget = 0;  // the number of that in which it was compiled; 0 once it has run
   int rows = 0;         // that the current run has come to
   bool reads = false;
-  int schema = 0;  ///< The number of the schema that a statement that reads was compiled for.
+  int schema = 0;  // The number of the schema that a statement that reads was compiled for.
 };
 
-/// The exception for `code`, with the message of `db` where that is about it.
+// The exception for `code`, with the message of `db` where that is about it.
 CppSQLite3Exception Failure(sqlite3* db, int code);
 
-/// Makes `connection` ready for the next statement. Throws code 14 when its file was deleted or
-/// replaced, or when one of the files that SQLite keeps beside it is not to be trusted.
+// Makes `connection` ready for the next statement. Throws code 14 when its file was deleted or
+// replaced, or when one of the files that SQLite keeps beside it is not to be trusted.
 void Refresh(Connection& connection);
 
-/// Opens `file` with its defences up, or throws.
+// Opens `file` with its defences up, or throws.
 std::shared_ptr<Connection> Connect(char const* file, int flags);
 
 }  // namespace sqlitedb

@@ -7,7 +7,7 @@
 
 namespace sqlitedb {
 
-/// True while a statement of `db` runs; in write-ahead mode, once its log is open.
+// True while a statement of `db` runs; in write-ahead mode, once its log is open.
 bool HoldsLock(sqlite3* db) noexcept;
 
 // True when another process has the byte of `file` locked for reading that a writer locks for
@@ -16,9 +16,9 @@ bool HoldsLock(sqlite3* db) noexcept;
 // open already, for the same reason as below; false where /proc does not list it.
 bool ReservedByteIsOnlyRead(const std::string& file);
 
-/// Holds no lock until Take() has succeeded; releases it when destroyed. While it lives, nothing
-/// may run on its connection. Goes through SQLite and not through fcntl, since closing any other
-/// descriptor of the file would drop the locks of all connections of this process.
+// Holds no lock until Take() has succeeded; releases it when destroyed. While it lives, nothing
+// may run on its connection. Goes through SQLite and not through fcntl, since closing any other
+// descriptor of the file would drop the locks of all connections of this process.
 class FileLock {
  public:
   explicit FileLock(sqlite3* db) noexcept;
@@ -26,11 +26,11 @@ class FileLock {
   FileLock& operator=(FileLock const&) = delete;
   ~FileLock();
 
-  /// `level`: SQLITE_LOCK_SHARED or, once shared, SQLITE_LOCK_EXCLUSIVE. Returns SQLite's code,
-  /// SQLITE_BUSY at once when another holds the file, or when the connection itself holds a lock.
+  // `level`: SQLITE_LOCK_SHARED or, once shared, SQLITE_LOCK_EXCLUSIVE. Returns SQLite's code,
+  // SQLITE_BUSY at once when another holds the file, or when the connection itself holds a lock.
   int Take(int level) noexcept;
 
-  /// The open file, to be read while it is locked; null when the connection has none.
+  // The open file, to be read while it is locked; null when the connection has none.
   sqlite3_file* File() const noexcept { return file_; }
 
  private:

@@ -13,7 +13,7 @@ namespace {
 
 constexpr std::size_t kLongestEntry = 1 << 20;
 
-/// An entry of the user or the group database; its texts live as long as this object.
+// An entry of the user or the group database; its texts live as long as this object.
 template <class Entry>
 class SystemEntry {
  public:

@@ -5,11 +5,11 @@
 
 namespace sqlitedb {
 
-/// True when `group` is the login group of `user` or lists him. False also when the databases
-/// cannot be read. Asks the system each time, so that a change is seen.
+// True when `group` is the login group of `user` or lists him. False also when the databases
+// cannot be read. Asks the system each time, so that a change is seen.
 bool IsMember(uid_t user, gid_t group);
 
-/// True when `group` is the login group of `user`, bears his name and lists nobody else.
+// True when `group` is the login group of `user`, bears his name and lists nobody else.
 bool IsOwnGroup(uid_t user, gid_t group);
 
 }  // namespace sqlitedb

@@ -175,7 +175,7 @@ class Named {
  public:
   explicit Named(std::string const& sql) : sql_(Words(sql)) {}
 
-  /// What the statement names.
+  // What the statement names.
   void Look(Entry const& entry) {
     CheckIndex(entry);
     if (!IsView(entry) && !IsVirtualTable(entry)) {
@@ -201,7 +201,7 @@ class Named {
 
   bool HasViews() const noexcept { return !views_.empty(); }
 
-  /// What its views name.
+  // What its views name.
   void LookIntoViews(Entry const& entry) const {
     if (!IsView(entry) && !IsVirtualTable(entry)) {
       return;
@@ -218,11 +218,11 @@ class Named {
   struct View {
     std::string name;
     std::string words;
-    std::string sql;  ///< Its words.
+    std::string sql;  // Its words.
   };
 
   std::string sql_;
-  std::vector<View> views_;  ///< Few, since no two have the same words.
+  std::vector<View> views_;  // Few, since no two have the same words.
 };
 
 void CheckSchema(Connection& connection, std::string const& sql) {

@@ -10,10 +10,10 @@
 
 namespace sqlitedb {
 
-/// Whether `sql` is a statement that reads rows, by its first word.
+// Whether `sql` is a statement that reads rows, by its first word.
 bool Reads(char const* sql) noexcept;
 
-/// A read transaction, and the schema of the file in SQLite's memory. Throws CppSQLite3Exception.
+// A read transaction, and the schema of the file in SQLite's memory. Throws CppSQLite3Exception.
 class Snapshot {
  public:
   explicit Snapshot(Connection& connection);
@@ -25,16 +25,16 @@ class Snapshot {
   Connection& connection_;
 };
 
-/// Compiles `sql` into `prepared`. Throws CppSQLite3Exception, code 1 where a view or a program is
-/// refused.
+// Compiles `sql` into `prepared`. Throws CppSQLite3Exception, code 1 where a view or a program is
+// refused.
 void CompileReading(Prepared& prepared, char const* sql);
 
 // Throws CppSQLite3Exception, code 18, where the database is larger than kMaxDatabaseBytes. For a
 // Snapshot of its connection.
 void CheckSize(Connection& connection);
 
-/// Compiles anew what was compiled for another schema than the one that the file has. For a
-/// Snapshot of its connection.
+// Compiles anew what was compiled for another schema than the one that the file has. For a
+// Snapshot of its connection.
 void FollowSchema(Prepared& prepared);
 
 }  // namespace sqlitedb

@@ -8,11 +8,11 @@ namespace sqlitedb {
 
 constexpr std::size_t kMaxViewBytes = 4096;
 
-/// The words of a text or name in small letters, each between two blanks. Quotes and all other
-/// signs are gone, so that a name that a text mentions is found in it, however it is quoted there.
+// The words of a text or name in small letters, each between two blanks. Quotes and all other
+// signs are gone, so that a name that a text mentions is found in it, however it is quoted there.
 std::string Words(std::string_view text);
 
-/// What keeps SQLite from being let at the view that `text` creates: "has a subquery", or nullptr.
+// What keeps SQLite from being let at the view that `text` creates: "has a subquery", or nullptr.
 char const* FaultOfView(std::string_view text);
 
 }  // namespace sqlitedb

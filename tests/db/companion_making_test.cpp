@@ -18,7 +18,7 @@ using testing::Pair;
 
 namespace fs = std::filesystem;
 
-/// What the kernel's protection of files in folders of everybody's is set to.
+// What the kernel's protection of files in folders of everybody's is set to.
 class ProtectedFolder : public Companions, public testing::WithParamInterface<int> {
  protected:
   void SetUp() override {

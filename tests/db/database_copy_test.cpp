@@ -23,7 +23,7 @@ constexpr char const* kTable =
     "PRAGMA journal_mode=WAL;"
     "CREATE TABLE status(address TEXT PRIMARY KEY, value TEXT) WITHOUT ROWID;";
 
-/// The tests run as a user who may only read, in a child of a process that writes.
+// The tests run as a user who may only read, in a child of a process that writes.
 class DatabaseCopy : public DatabaseTest {
  protected:
   DatabaseCopy() {
@@ -33,7 +33,7 @@ class DatabaseCopy : public DatabaseTest {
     EXPECT_THAT(Files(), ElementsAre("status.db"));
   }
 
-  /// Runs `action` as a user who may not write the database; the test's failures are its own.
+  // Runs `action` as a user who may not write the database; the test's failures are its own.
   void Unprivileged(std::function<void()> const& action) {
     Child child([&] {
       if (!BecomeUnprivileged()) {

@@ -19,20 +19,20 @@ constexpr char const* kSelect = "SELECT * FROM status ORDER BY address ASC;";
 
 using Rows = std::vector<std::pair<std::string, std::string>>;
 
-/// A fresh folder, gone after the test, and a database file name in it.
+// A fresh folder, gone after the test, and a database file name in it.
 class DatabaseTest : public testing::Test {
  protected:
   DatabaseTest();
   ~DatabaseTest() override;
 
-  /// Names of what is in the folder, sorted.
+  // Names of what is in the folder, sorted.
   std::vector<std::string> Files() const;
 
   std::filesystem::path dir_;
   std::string file_;
 };
 
-/// Another program at the same file: SQLite's own interface, no defences, no waiting.
+// Another program at the same file: SQLite's own interface, no defences, no waiting.
 class Foreign {
  public:
   explicit Foreign(std::string const& file);
@@ -40,35 +40,35 @@ class Foreign {
   Foreign& operator=(Foreign const&) = delete;
   ~Foreign();
 
-  /// "" when done, else "code:message".
+  // "" when done, else "code:message".
   std::string Do(std::string const& sql);
 
-  /// First column of the first row; fails the test when there is none.
+  // First column of the first row; fails the test when there is none.
   std::string Get(std::string const& sql);
 
  private:
   sqlite3* db_ = nullptr;
 };
 
-/// Makes `file` a database with `sql`, in rollback mode.
+// Makes `file` a database with `sql`, in rollback mode.
 void MakeForeign(std::string const& file, std::string const& sql);
 
-/// What stands in a file.
+// What stands in a file.
 std::string Bytes(const std::string& file);
 
-/// All rows of `sql` through the layer. Throws as the layer does.
+// All rows of `sql` through the layer. Throws as the layer does.
 Rows ReadRows(CSQLdatabase& database, char const* sql = kSelect);
 
-/// "code:message" of the CppSQLite3Exception that `action` throws, "" when it throws none.
+// "code:message" of the CppSQLite3Exception that `action` throws, "" when it throws none.
 std::string Thrown(std::function<void()> const& action);
 
-/// What `action` writes to standard error.
+// What `action` writes to standard error.
 std::string Stderr(std::function<void()> const& action);
 
-/// First column of the first row of `sql`, read through `database`.
+// First column of the first row of `sql`, read through `database`.
 std::string Setting(CSQLdatabase& database, char const* sql);
 
-/// A forked process that runs `action` and exits with its result; killed when this object goes.
+// A forked process that runs `action` and exits with its result; killed when this object goes.
 class Child {
  public:
   explicit Child(std::function<int()> const& action);
@@ -78,17 +78,17 @@ class Child {
 
   void Kill();
 
-  /// Exit status of the child, -1 when a signal ended it.
+  // Exit status of the child, -1 when a signal ended it.
   int Wait();
 
  private:
   int pid_ = -1;
 };
 
-/// Makes the calling process one that permission bits apply to.
+// Makes the calling process one that permission bits apply to.
 bool BecomeUnprivileged();
 
-/// Reads a byte from, writes a byte to the other side; a pipe of two processes.
+// Reads a byte from, writes a byte to the other side; a pipe of two processes.
 class Signal {
  public:
   Signal();
@@ -103,8 +103,8 @@ class Signal {
   int ends_[2];
 };
 
-/// Seconds that `action` takes.
+// Seconds that `action` takes.
 double Seconds(std::function<void()> const& action);
 
-/// Number of descriptors that this process has open.
+// Number of descriptors that this process has open.
 int OpenDescriptors();

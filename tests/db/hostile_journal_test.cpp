@@ -24,9 +24,9 @@ std::string Number(std::uint32_t number) {
   return bytes;
 }
 
-/// Beside the database `file` a journal as SQLite leaves it of a transaction that was broken off.
-/// It has the first page as it is, and names `shared` as the file that all the journals of a
-/// transaction over several databases name.
+// Beside the database `file` a journal as SQLite leaves it of a transaction that was broken off.
+// It has the first page as it is, and names `shared` as the file that all the journals of a
+// transaction over several databases name.
 void PutJournal(std::string const& file, std::string const& shared) {
   constexpr std::size_t kPageSize = 4096;
   constexpr std::size_t kSectorSize = 512;
@@ -54,8 +54,8 @@ void PutJournal(std::string const& file, std::string const& shared) {
 
 class HostileJournal : public DatabaseTest {
  protected:
-  /// What a host throws that may write, in a process of its own; the database was changed and a
-  /// journal put beside it.
+  // What a host throws that may write, in a process of its own; the database was changed and a
+  // journal put beside it.
   void Open(std::string const& shared) {
     MakeForeign(file_, kTable);
     PutJournal(file_, shared);

@@ -28,7 +28,7 @@ class HostileSchema : public DatabaseTest {
     ASSERT_EQ(database_.OpenDatabaseReadOnly(file_.c_str(), kNoMutex), 0);
   }
 
-  /// "" or what reading fails with, which must come at once.
+  // "" or what reading fails with, which must come at once.
   std::string Read() {
     std::clock_t const start = std::clock();
     std::string const failure =

@@ -43,7 +43,7 @@ class Hostile : public DatabaseTest {
     ASSERT_EQ(database_.OpenDatabaseReadOnly(file_.c_str(), kNoMutex), 0);
   }
 
-  /// Number of rows that the layer reads of `sql`.
+  // Number of rows that the layer reads of `sql`.
   long Count(char const* sql = kSelect) {
     CppSQLite3Statement statement = database_.m_DB.compileStatement(sql);
     long rows = 0;
@@ -57,7 +57,7 @@ class Hostile : public DatabaseTest {
   CSQLdatabase database_;
 };
 
-/// Seconds of processor time that `action` takes.
+// Seconds of processor time that `action` takes.
 double WorkSeconds(std::function<void()> const& action) {
   std::clock_t const start = std::clock();
   action();
@@ -91,7 +91,7 @@ std::string NotRegular(std::string const& name) {
          ": remove it while no program has the database open";
 }
 
-/// The files that SQLite opens while it lives.
+// The files that SQLite opens while it lives.
 class OpenedFiles {
  public:
   OpenedFiles() {

@@ -8,8 +8,8 @@
 #include <cstdlib>
 #include <string>
 
-/// Holds a number of /proc/sys while it lives. Settings are the whole machine's: other programs of
-/// this kind wait, and what was there comes back.
+// Holds a number of /proc/sys while it lives. Settings are the whole machine's: other programs of
+// this kind wait, and what was there comes back.
 class KernelSetting {
  public:
   KernelSetting(std::string const& name, int value)
@@ -30,7 +30,7 @@ class KernelSetting {
     }
   }
 
-  /// False when the kernel did not let it be set.
+  // False when the kernel did not let it be set.
   bool Set() const { return set_; }
 
  private:

@@ -21,7 +21,7 @@ constexpr char const* kOther = "CREATE TABLE t(x, y); INSERT INTO t VALUES('a','
 
 class Reading : public DatabaseTest {
  protected:
-  /// Makes the file anew and opens it.
+  // Makes the file anew and opens it.
   void Make(std::string const& sql) {
     database_.CloseDatabase();
     std::filesystem::remove(file_);
@@ -29,7 +29,7 @@ class Reading : public DatabaseTest {
     ASSERT_EQ(database_.OpenDatabaseReadOnly(file_.c_str(), kNoMutex), 0);
   }
 
-  /// What reading throws, which must come at once and leave no lock.
+  // What reading throws, which must come at once and leave no lock.
   std::string Refusal(char const* sql = kSelect) {
     std::string failure;
     std::clock_t const start = std::clock();
@@ -44,7 +44,7 @@ class Reading : public DatabaseTest {
 
 std::string View(std::string const& select) { return "CREATE VIEW status AS " + select + ";"; }
 
-/// The numbers from `first` up to `end`, which is left out, each after `before`.
+// The numbers from `first` up to `end`, which is left out, each after `before`.
 std::string Numbered(int first, int end, std::string const& before) {
   std::string all;
   for (int i = first; i < end; ++i) {
@@ -53,7 +53,7 @@ std::string Numbered(int first, int end, std::string const& before) {
   return all;
 }
 
-/// Views v0 to v19, each made of the one before in place of %.
+// Views v0 to v19, each made of the one before in place of %.
 std::string Nested(std::string const& form) {
   std::string sql = "CREATE VIEW v0 AS SELECT 1 AS address, 2 AS value;";
   for (int i = 1; i < 20; ++i) {

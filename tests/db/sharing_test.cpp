@@ -24,7 +24,7 @@ using namespace std::chrono_literals;
 
 class Sharing : public DatabaseTest {
  protected:
-  /// A database of the layer with one row, closed.
+  // A database of the layer with one row, closed.
   void MakeOwn() {
     CSQLdatabase writer;
     ASSERT_EQ(writer.OpenDatabaseWrite(file_.c_str(), kNoMutex, 0), 0);
@@ -34,7 +34,7 @@ class Sharing : public DatabaseTest {
 
   int OpenReader() { return reader_.OpenDatabaseReadOnly(file_.c_str(), kNoMutex); }
 
-  /// Reads as a user who may read the file and write nothing: "" or what is thrown.
+  // Reads as a user who may read the file and write nothing: "" or what is thrown.
   std::string ReadUnprivileged() {
     fs::permissions(dir_, fs::perms(0555));
     for (auto const& name : Files()) {
@@ -64,7 +64,7 @@ class Sharing : public DatabaseTest {
   CSQLdatabase reader_;
 };
 
-/// Stamps all rows with a new number, again and again, in a transaction each.
+// Stamps all rows with a new number, again and again, in a transaction each.
 int Stamp(std::string const& file, int writer, std::chrono::microseconds pause) {
   Foreign foreign(file);
   foreign.Do("PRAGMA busy_timeout=20000");

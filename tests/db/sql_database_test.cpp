@@ -30,7 +30,7 @@ class Database : public DatabaseTest {
     ASSERT_EQ(database_.CreateTable("status", 100), 0);
   }
 
-  /// Runs `action`, which must return `code` and write `line` to standard error.
+  // Runs `action`, which must return `code` and write `line` to standard error.
   void Expect(int code, std::string const& line, std::function<int()> const& action) {
     int result = -1;
     EXPECT_EQ(Stderr([&] { result = action(); }), line);
