@@ -42,9 +42,9 @@ int Budget::SpendClosely(void* budget) noexcept {
 }
 
 int Budget::Spend(int steps) noexcept {
-  Nanoseconds const now = Now();
+  const Nanoseconds now = Now();
   steps_left_ -= steps;
-  bool const spent =
+  const bool spent =
       steps_left_ < 0 || sqlite3_memory_used() > memory_ || (now >= look_ && Late(now));
   return spent ? 1 : 0;
 }
@@ -56,7 +56,7 @@ bool Budget::Late(Nanoseconds now) noexcept {
     spent_ = kSecond;
     entered_ = ThreadTime();
   }
-  Nanoseconds const left = kLimit - spent_ - (ThreadTime() - entered_);
+  const Nanoseconds left = kLimit - spent_ - (ThreadTime() - entered_);
   look_ = now + std::max(left, kShortest);
   return left <= 0;
 }

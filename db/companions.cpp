@@ -25,7 +25,7 @@ using Statuses = std::array<std::optional<FileStatus>, 3>;
 
 constexpr std::array kAll = {Companion::kJournal, Companion::kLog, Companion::kIndex};
 
-std::optional<FileStatus> StatusOf(std::string const& name) {
+std::optional<FileStatus> StatusOf(const std::string& name) {
   FileStatus found{};
   if (lstat(name.c_str(), &found) == 0) {
     return found;
@@ -36,33 +36,33 @@ std::optional<FileStatus> StatusOf(std::string const& name) {
   return std::nullopt;
 }
 
-std::string NameOf(std::string const& file, Companion companion) {
+std::string NameOf(const std::string& file, Companion companion) {
   return file + SuffixOf(companion);
 }
 
-std::optional<FileStatus> StatusOf(std::string const& file, Companion companion) {
+std::optional<FileStatus> StatusOf(const std::string& file, Companion companion) {
   return StatusOf(NameOf(file, companion));
 }
 
-std::optional<FileStatus> StatusOfDatabase(std::string const& file) {
-  auto const database = StatusOf(file);
+std::optional<FileStatus> StatusOfDatabase(const std::string& file) {
+  const auto database = StatusOf(file);
   if (database && !S_ISREG(database->st_mode)) {
     throw Failure(nullptr, SQLITE_CANTOPEN);
   }
   return database;
 }
 
-bool OthersMayWrite(FileStatus const& status) { return (status.st_mode & S_IWOTH) != 0; }
+bool OthersMayWrite(const FileStatus& status) { return (status.st_mode & S_IWOTH) != 0; }
 
-bool GroupMayWrite(FileStatus const& status) { return (status.st_mode & S_IWGRP) != 0; }
+bool GroupMayWrite(const FileStatus& status) { return (status.st_mode & S_IWGRP) != 0; }
 
-bool UserMayWrite(FileStatus const& database, uid_t user) {
+bool UserMayWrite(const FileStatus& database, uid_t user) {
   return user == 0 || user == database.st_uid || user == geteuid() || OthersMayWrite(database) ||
          (GroupMayWrite(database) && IsMember(user, database.st_gid));
 }
 
 // SQLite gives a companion the permissions of the database, but the group of its maker.
-bool ItsGroupMayWrite(FileStatus const& database, FileStatus const& companion) {
+bool ItsGroupMayWrite(const FileStatus& database, const FileStatus& companion) {
   return OthersMayWrite(database) ||
          (GroupMayWrite(database) &&
           (companion.st_gid == database.st_gid || IsOwnGroup(companion.st_uid, companion.st_gid)));
@@ -70,8 +70,8 @@ bool ItsGroupMayWrite(FileStatus const& database, FileStatus const& companion) {
 
 // Why a companion must not be used, "" when only such users may write it as may write the database.
 // With a second name, it may be a file of root's that somebody else has put here.
-std::string Objection(FileStatus const& database, FileStatus const& companion) {
-  std::string const owner = "user " + std::to_string(companion.st_uid);
+std::string Objection(const FileStatus& database, const FileStatus& companion) {
+  const std::string owner = "user " + std::to_string(companion.st_uid);
   if (!S_ISREG(companion.st_mode)) {
     return "is not a regular file and belongs to " + owner;
   }
@@ -93,49 +93,49 @@ std::string Objection(FileStatus const& database, FileStatus const& companion) {
 
 // A writer of the group has a journal of his own while he writes, which readers leave alone. What
 // his own group may do to it matters once it is to be rolled back, and is looked at then.
-bool IsJournalOfWriter(FileStatus const& database, FileStatus const& journal) {
+bool IsJournalOfWriter(const FileStatus& database, const FileStatus& journal) {
   FileStatus for_himself = journal;
   for_himself.st_mode &= ~static_cast<mode_t>(S_IWGRP);
   return Objection(database, for_himself).empty();
 }
 
 // SQLite takes an empty journal for a missing one.
-bool IsHarmlessJournal(FileStatus const& database, FileStatus const& journal) {
+bool IsHarmlessJournal(const FileStatus& database, const FileStatus& journal) {
   return S_ISREG(journal.st_mode) && (journal.st_size == 0 || IsJournalOfWriter(database, journal));
 }
 
-bool IsShared(FileStatus const& database) {
+bool IsShared(const FileStatus& database) {
   return GroupMayWrite(database) || OthersMayWrite(database);
 }
 
 // The user whose log and index every writer can open. In a folder of everybody's, the kernel may
 // refuse a file to a program that would create it if missing, unless it belongs to that program's
 // user or to the owner of the folder, who is root.
-std::optional<uid_t> CommonOwner(FileStatus const& database) {
+std::optional<uid_t> CommonOwner(const FileStatus& database) {
   if (!IsShared(database)) {
     return database.st_uid;
   }
-  bool const root_will_do = database.st_uid == 0 || OthersMayWrite(database) ||
+  const bool root_will_do = database.st_uid == 0 || OthersMayWrite(database) ||
                             IsMember(database.st_uid, database.st_gid);
   return root_will_do ? std::optional<uid_t>(0) : std::nullopt;
 }
 
 // A commit takes the journal away, which in such a folder only its owner may do. So several writers
 // need one each.
-std::optional<uid_t> OwnerAhead(FileStatus const& database, Companion companion) {
-  bool const one_each = companion == Companion::kJournal && IsShared(database);
+std::optional<uid_t> OwnerAhead(const FileStatus& database, Companion companion) {
+  const bool one_each = companion == Companion::kJournal && IsShared(database);
   return one_each ? std::nullopt : CommonOwner(database);
 }
 
-uid_t OwnerWhenNeeded(FileStatus const& database, Companion companion) {
+uid_t OwnerWhenNeeded(const FileStatus& database, Companion companion) {
   return geteuid() == 0 ? OwnerAhead(database, companion).value_or(database.st_uid) : geteuid();
 }
 
-void Make(std::string const& file, Companion companion, FileStatus const& database, uid_t owner) {
+void Make(const std::string& file, Companion companion, const FileStatus& database, uid_t owner) {
   MakeEmptyFile(NameOf(file, companion), owner, database.st_gid, database.st_mode & 0777);
 }
 
-Statuses StatusesOf(std::string const& file) {
+Statuses StatusesOf(const std::string& file) {
   Statuses statuses;
   for (std::size_t i = 0; i < kAll.size(); ++i) {
     statuses[i] = StatusOf(file, kAll[i]);
@@ -144,10 +144,10 @@ Statuses StatusesOf(std::string const& file) {
 }
 
 // Ahead of their need, only such companions are made as every writer can use. True when any was.
-bool MakeAhead(std::string const& file, FileStatus const& database, Statuses const& statuses) {
+bool MakeAhead(const std::string& file, const FileStatus& database, const Statuses& statuses) {
   bool any = false;
   for (std::size_t i = 0; i < kAll.size(); ++i) {
-    auto const owner = statuses[i] ? std::nullopt : OwnerAhead(database, kAll[i]);
+    const auto owner = statuses[i] ? std::nullopt : OwnerAhead(database, kAll[i]);
     if (owner && (geteuid() == 0 || geteuid() == *owner) && MayMake(file)) {
       Make(file, kAll[i], database, *owner);
       any = true;
@@ -156,18 +156,18 @@ bool MakeAhead(std::string const& file, FileStatus const& database, Statuses con
   return any;
 }
 
-bool IsLitter(FileStatus const& database, std::optional<FileStatus> const& companion) {
+bool IsLitter(const FileStatus& database, const std::optional<FileStatus>& companion) {
   return companion && S_ISREG(companion->st_mode) && companion->st_size == 0 &&
          !Objection(database, *companion).empty();
 }
 
-bool AnyIsLitter(FileStatus const& database, Statuses const& statuses) {
+bool AnyIsLitter(const FileStatus& database, const Statuses& statuses) {
   return IsLitter(database, statuses[0]) || IsLitter(database, statuses[1]) ||
          IsLitter(database, statuses[2]);
 }
 
 // Nobody has the database open while it is locked, so nobody has opened these either.
-bool RemoveLitter(std::string const& file, FileStatus const& database) {
+bool RemoveLitter(const std::string& file, const FileStatus& database) {
   Connection writer;
   if (sqlite3_open_v2(file.c_str(), &writer.file,
                       SQLITE_OPEN_READWRITE | SQLITE_OPEN_NOFOLLOW | SQLITE_OPEN_NOMUTEX,
@@ -178,9 +178,9 @@ bool RemoveLitter(std::string const& file, FileStatus const& database) {
   if (lock.Take(SQLITE_LOCK_SHARED) != SQLITE_OK || lock.Take(SQLITE_LOCK_EXCLUSIVE) != SQLITE_OK) {
     return false;
   }
-  for (Companion const companion : kAll) {
-    std::string const name = NameOf(file, companion);
-    auto const found = StatusOf(name);
+  for (const Companion companion : kAll) {
+    const std::string name = NameOf(file, companion);
+    const auto found = StatusOf(name);
     if (IsLitter(database, found) && unlink(name.c_str()) == 0) {
       CppSQLite3Exception(SQLITE_NOTICE, "removed " + name + ", which was empty and belonged to " +
                                              "user " + std::to_string(found->st_uid))
@@ -197,13 +197,13 @@ void ForgetSecondName(std::optional<FileStatus>& status) {
   }
 }
 
-[[noreturn]] void Refuse(std::string const& file, Companion companion, std::string const& why) {
+[[noreturn]] void Refuse(const std::string& file, Companion companion, const std::string& why) {
   throw CppSQLite3Exception(SQLITE_CANTOPEN, NameOf(file, companion) + " " + why);
 }
 
 }  // namespace
 
-char const* SuffixOf(Companion companion) {
+const char* SuffixOf(Companion companion) {
   switch (companion) {
     case Companion::kJournal:
       return "-journal";
@@ -215,28 +215,28 @@ char const* SuffixOf(Companion companion) {
   return "-shm";
 }
 
-bool MayMake(std::string const& file) {
+bool MayMake(const std::string& file) {
   return faccessat(AT_FDCWD, file.c_str(), W_OK, AT_EACCESS) == 0 &&
          faccessat(AT_FDCWD, FolderOf(file).c_str(), W_OK | X_OK, AT_EACCESS) == 0;
 }
 
-Standing Look(std::string const& file, Companion companion) {
-  auto const found = StatusOf(file, companion);
+Standing Look(const std::string& file, Companion companion) {
+  const auto found = StatusOf(file, companion);
   if (!found) {
     return Standing::kMissing;
   }
   if (S_ISREG(found->st_mode) && found->st_size == 0) {
     return Standing::kEmpty;
   }
-  auto const database = StatusOfDatabase(file);
-  bool const usable =
+  const auto database = StatusOfDatabase(file);
+  const bool usable =
       database && (companion == Companion::kJournal ? IsHarmlessJournal(*database, *found)
                                                     : Objection(*database, *found).empty());
   return usable ? Standing::kUsable : Standing::kRefused;
 }
 
-void PrepareCompanions(std::string const& file, bool log_is_open) {
-  auto const database = StatusOfDatabase(file);
+void PrepareCompanions(const std::string& file, bool log_is_open) {
+  const auto database = StatusOfDatabase(file);
   if (!database) {
     return;
   }
@@ -256,14 +256,14 @@ void PrepareCompanions(std::string const& file, bool log_is_open) {
         (kAll[i] == Companion::kJournal && IsHarmlessJournal(*database, *statuses[i]))) {
       continue;
     }
-    std::string const objection = Objection(*database, *statuses[i]);
+    const std::string objection = Objection(*database, *statuses[i]);
     if (!objection.empty()) {
       Refuse(file, kAll[i], objection + ": remove it while no program has the database open");
     }
   }
 }
 
-bool PrepareDatabase(std::string const& file, bool make_missing) {
+bool PrepareDatabase(const std::string& file, bool make_missing) {
   if (StatusOfDatabase(file)) {
     return true;
   }
@@ -271,25 +271,25 @@ bool PrepareDatabase(std::string const& file, bool make_missing) {
     errno = ENOENT;
     return false;
   }
-  int const made = open(file.c_str(), O_CREAT | O_EXCL | O_RDWR | O_NOFOLLOW | O_CLOEXEC,
+  const int made = open(file.c_str(), O_CREAT | O_EXCL | O_RDWR | O_NOFOLLOW | O_CLOEXEC,
                         S_IRUSR | S_IWUSR | S_IRGRP | S_IROTH);
   if (made != -1) {
     close(made);  // nobody has locked it yet, so that no lock goes with it
     return true;
   }
-  int const error = errno;
-  bool const made_by_another = StatusOfDatabase(file).has_value();
+  const int error = errno;
+  const bool made_by_another = StatusOfDatabase(file).has_value();
   errno = error;
   return made_by_another;
 }
 
-bool PrepareToOpen(std::string const& file, std::initializer_list<Companion> companions,
+bool PrepareToOpen(const std::string& file, std::initializer_list<Companion> companions,
                    bool make_missing) {
-  auto const database = StatusOfDatabase(file);
+  const auto database = StatusOfDatabase(file);
   if (!database) {
     return false;
   }
-  for (Companion const companion : companions) {
+  for (const Companion companion : companions) {
     auto found = StatusOf(file, companion);
     if (!found && make_missing && MayMake(file)) {
       Make(file, companion, *database, OwnerWhenNeeded(*database, companion));
@@ -302,7 +302,7 @@ bool PrepareToOpen(std::string const& file, std::initializer_list<Companion> com
   return true;
 }
 
-void RequireIndex(std::string const& file) {
+void RequireIndex(const std::string& file) {
   if (!StatusOf(file, Companion::kIndex)) {
     Refuse(file, Companion::kIndex,
            "is missing, and user " + std::to_string(geteuid()) +
@@ -310,8 +310,8 @@ void RequireIndex(std::string const& file) {
   }
 }
 
-bool LogIsAbsent(std::string const& file) {
-  auto const log = StatusOf(file, Companion::kLog);
+bool LogIsAbsent(const std::string& file) {
+  const auto log = StatusOf(file, Companion::kLog);
   return !log || (S_ISREG(log->st_mode) && log->st_size == 0 && !StatusOf(file, Companion::kIndex));
 }
 

@@ -38,7 +38,7 @@ constexpr struct {
 
 // Cells are checked as pages are read; a file that shrinks gives an error, not a bus error; sorting
 // writes no file.
-constexpr char const* kSettings =
+constexpr const char* kSettings =
     "PRAGMA cell_size_check=ON; PRAGMA mmap_size=0; PRAGMA temp_store=MEMORY;";
 
 void Check(sqlite3* db, int code) {
@@ -48,10 +48,10 @@ void Check(sqlite3* db, int code) {
 }
 
 void Harden(sqlite3* db, Budget& budget) {
-  for (auto const& defence : kDefences) {
+  for (const auto& defence : kDefences) {
     Check(db, sqlite3_db_config(db, defence.option, defence.value, nullptr));
   }
-  for (auto const& limit : kLimits) {
+  for (const auto& limit : kLimits) {
     sqlite3_limit(db, limit.limit, limit.value);
   }
   Check(db, sqlite3_busy_timeout(db, static_cast<int>(kBusyTimeout.count())));
@@ -69,12 +69,12 @@ void KeepWriteAheadLog(sqlite3* db) {
 
 sqlite3* OpenMemory(Budget& budget) {
   sqlite3* db = nullptr;
-  int const code = sqlite3_open_v2(
+  const int code = sqlite3_open_v2(
       ":memory:", &db, SQLITE_OPEN_READWRITE | SQLITE_OPEN_MEMORY | SQLITE_OPEN_NOMUTEX, nullptr);
   try {
     Check(db, code);
     Harden(db, budget);
-  } catch (CppSQLite3Exception const&) {
+  } catch (const CppSQLite3Exception&) {
     sqlite3_close(db);
     throw;
   }
@@ -89,11 +89,11 @@ void UseDatabase(Connection& connection, sqlite3* db) noexcept {
 }
 
 // A query that still runs keeps the copy that it began with.
-bool UseCopy(Connection& connection, std::string const& name) {
+bool UseCopy(Connection& connection, const std::string& name) {
   if (connection.copy == nullptr) {
     connection.copy = OpenMemory(connection.budget);
   }
-  bool const running = sqlite3_txn_state(connection.copy, "main") != SQLITE_TXN_NONE;
+  const bool running = sqlite3_txn_state(connection.copy, "main") != SQLITE_TXN_NONE;
   if (!running) {
     connection.ForgetSchema();
   }
@@ -107,7 +107,7 @@ bool UseCopy(Connection& connection, std::string const& name) {
 // In write-ahead mode, what was opened once stays open, and nobody takes it away.
 int OpenLog(Connection& connection) {
   connection.budget.Restart();
-  int const code =
+  const int code =
       sqlite3_exec(connection.file, "PRAGMA schema_version", nullptr, nullptr, nullptr) & 0xff;
   if (code != SQLITE_OK && code != SQLITE_CANTOPEN && code != SQLITE_READONLY) {
     throw Failure(connection.file, code);
@@ -117,10 +117,10 @@ int OpenLog(Connection& connection) {
 
 // A writer that is about to open or to close the database makes or removes log and index one after
 // the other.
-void ReadWithoutWriting(Connection& connection, std::string const& name) {
-  auto const end = std::chrono::steady_clock::now() + kBusyTimeout;
+void ReadWithoutWriting(Connection& connection, const std::string& name) {
+  const auto end = std::chrono::steady_clock::now() + kBusyTimeout;
   while (!LogIsAbsent(name) || !UseCopy(connection, name)) {
-    int const code = OpenLog(connection);
+    const int code = OpenLog(connection);
     if (code == SQLITE_OK) {
       return;
     }
@@ -170,29 +170,29 @@ int Prepared::Finalize() noexcept {
 }
 
 CppSQLite3Exception Failure(sqlite3* db, int code) {
-  int const primary = code & 0xff;
+  const int primary = code & 0xff;
   if (primary == SQLITE_INTERRUPT) {
     return {primary, "interrupted after " + std::to_string(Budget::kSteps) + " steps, " +
                          std::to_string(Budget::kSeconds) + " seconds or " +
                          std::to_string(Budget::kMebibytes) + " MiB: table or view too large"};
   }
-  bool const told = db != nullptr && (sqlite3_errcode(db) & 0xff) == primary;
+  const bool told = db != nullptr && (sqlite3_errcode(db) & 0xff) == primary;
   if (!told) {
     return {primary, sqlite3_errstr(primary), code, 0};
   }
   // SQLite notes the system's error for these two alone, and keeps it beyond later failures.
-  bool const noted = primary == SQLITE_CANTOPEN || primary == SQLITE_IOERR;
+  const bool noted = primary == SQLITE_CANTOPEN || primary == SQLITE_IOERR;
   return {primary, sqlite3_errmsg(db), sqlite3_extended_errcode(db),
           noted ? sqlite3_system_errno(db) : 0};
 }
 
-std::shared_ptr<Connection> Connect(char const* file, int flags) {
+std::shared_ptr<Connection> Connect(const char* file, int flags) {
   if (file == nullptr || *file == '\0') {
     throw Failure(nullptr, SQLITE_MISUSE);
   }
   PrepareCompanions(file);
   auto connection = std::make_shared<Connection>();
-  int const code =
+  const int code =
       sqlite3_open_v2(file, &connection->file, flags | SQLITE_OPEN_NOFOLLOW, GuardedFiles());
   connection->db = connection->file;
   Check(connection->db, code);
@@ -209,11 +209,11 @@ void Refresh(Connection& connection) {
   if (moved != 0) {
     throw CppSQLite3Exception(SQLITE_CANTOPEN, "database file was deleted or replaced");
   }
-  char const* const filename = sqlite3_db_filename(connection.file, "main");
+  const char* const filename = sqlite3_db_filename(connection.file, "main");
   if (filename == nullptr || *filename == '\0') {
     return;  // in memory
   }
-  std::string const name = filename;
+  const std::string name = filename;
   PrepareCompanions(name, HoldsLock(connection.file));
   UseDatabase(connection, connection.file);
   if (!MayMake(name) && !HoldsLock(connection.file)) {

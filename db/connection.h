@@ -30,8 +30,8 @@ constexpr int kMaxRows = 131'072;
 // An open connection; closed with its last owner, so that no statement outlives it.
 struct Connection {
   Connection() = default;
-  Connection(Connection const&) = delete;
-  Connection& operator=(Connection const&) = delete;
+  Connection(const Connection&) = delete;
+  Connection& operator=(const Connection&) = delete;
   ~Connection() { Close(); }
 
   int Close() noexcept;
@@ -60,8 +60,8 @@ struct Connection {
 // run may read its rows or end it.
 struct Prepared {
   explicit Prepared(std::shared_ptr<Connection> owner) : connection(std::move(owner)) {}
-  Prepared(Prepared const&) = delete;
-  Prepared& operator=(Prepared const&) = delete;
+  Prepared(const Prepared&) = delete;
+  Prepared& operator=(const Prepared&) = delete;
   ~Prepared() { Finalize(); }
 
   int Finalize() noexcept;
@@ -86,6 +86,6 @@ CppSQLite3Exception Failure(sqlite3* db, int code);
 void Refresh(Connection& connection);
 
 // Opens `file` with its defences up, or throws.
-std::shared_ptr<Connection> Connect(char const* file, int flags);
+std::shared_ptr<Connection> Connect(const char* file, int flags);
 
 }  // namespace sqlitedb

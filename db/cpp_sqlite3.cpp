@@ -25,8 +25,8 @@ struct Details : std::string {
   int system_error;
 };
 
-Details const& DetailsOf(std::shared_ptr<std::string const> const& message) {
-  return static_cast<Details const&>(*message);
+const Details& DetailsOf(const std::shared_ptr<std::string const>& message) {
+  return static_cast<const Details&>(*message);
 }
 
 }  // namespace
@@ -37,7 +37,7 @@ CppSQLite3Exception::CppSQLite3Exception(int code, std::string message)
 CppSQLite3Exception::CppSQLite3Exception(int code, std::string message, int extended_code,
                                          int system_error)
     : code_(code != SQLITE_OK ? code : SQLITE_ERROR),
-      message_(std::make_shared<Details const>(sqlitedb::PlainText(std::move(message)),
+      message_(std::make_shared<const Details>(sqlitedb::PlainText(std::move(message)),
                                                extended_code != SQLITE_OK ? extended_code : code_,
                                                system_error)) {}
 
@@ -57,7 +57,7 @@ namespace {
 [[gnu::used]] constexpr auto kErrorMessage = &CppSQLite3Exception::errorMessage;
 
 // The exception for `code`, which a statement gave. SQLITE_ROW: for a row too many.
-CppSQLite3Exception FailureOfRun(Prepared const& prepared, int code) {
+CppSQLite3Exception FailureOfRun(const Prepared& prepared, int code) {
   if (code == SQLITE_ROW) {
     return {SQLITE_TOOBIG,
             "table or view has more than " + std::to_string(sqlitedb::kMaxRows) + " rows"};
@@ -113,26 +113,26 @@ void CppSQLite3Query::nextRow() {
   }
   sqlitedb::Budget& budget = prepared_->connection->budget;
   budget.Enter();
-  int const code = sqlite3_step(prepared_->stmt);
+  const int code = sqlite3_step(prepared_->stmt);
   budget.Leave();
   if (code == SQLITE_ROW && prepared_->CountRow()) {
     return;
   }
   eof_ = true;
   if (code != SQLITE_DONE) {
-    CppSQLite3Exception const failure = EndFailedRun(*prepared_, code);
+    const CppSQLite3Exception failure = EndFailedRun(*prepared_, code);
     *this = CppSQLite3Query();
     throw failure;
   }
 }
 
-char const* CppSQLite3Query::getStringField(int column, char const* if_null) {
+const char* CppSQLite3Query::getStringField(int column, const char* if_null) {
   if (eof_ || !Running()) {
     throw Failure(nullptr, SQLITE_MISUSE);
   }
   sqlite3_stmt* stmt = prepared_->stmt;
-  if (auto const* text = sqlite3_column_text(stmt, column)) {
-    return reinterpret_cast<char const*>(text);
+  if (const auto* text = sqlite3_column_text(stmt, column)) {
+    return reinterpret_cast<const char*>(text);
   }
   if (column < 0 || column >= sqlite3_data_count(stmt)) {
     throw Failure(nullptr, SQLITE_RANGE);
@@ -148,13 +148,13 @@ int CppSQLite3Query::getFieldBytes(int column) noexcept {
 }
 
 void CppSQLite3Query::finalize() {
-  bool const running = Running();
-  auto const prepared = std::exchange(prepared_, nullptr);
+  const bool running = Running();
+  const auto prepared = std::exchange(prepared_, nullptr);
   eof_ = true;
   if (!running) {
     return;
   }
-  int const code = sqlite3_reset(prepared->stmt);
+  const int code = sqlite3_reset(prepared->stmt);
   if (code != SQLITE_OK) {
     throw Failure(prepared->connection->db, code);
   }
@@ -200,7 +200,7 @@ CppSQLite3Query CppSQLite3Statement::execQuery() & {
     connection.checked.clear();  // it may change the schema
   }
   prepared_->rows = 1;
-  int const code = sqlite3_step(prepared_->stmt);
+  const int code = sqlite3_step(prepared_->stmt);
   connection.budget.Leave();
   if (code != SQLITE_ROW && code != SQLITE_DONE) {
     throw EndFailedRun(*prepared_, code);
@@ -209,11 +209,11 @@ CppSQLite3Query CppSQLite3Statement::execQuery() & {
 }
 
 void CppSQLite3Statement::finalize() {
-  auto const prepared = std::exchange(prepared_, nullptr);
+  const auto prepared = std::exchange(prepared_, nullptr);
   if (prepared == nullptr) {
     return;
   }
-  int const code = prepared->Finalize();
+  const int code = prepared->Finalize();
   if (code != SQLITE_OK) {
     throw Failure(prepared->connection->db, code);
   }
@@ -221,7 +221,7 @@ void CppSQLite3Statement::finalize() {
 
 namespace {
 
-bool IsOpen(std::shared_ptr<Connection> const& connection) {
+bool IsOpen(const std::shared_ptr<Connection>& connection) {
   return connection != nullptr && !connection->open_failure;
 }
 
@@ -231,25 +231,25 @@ CppSQLite3DB::CppSQLite3DB() noexcept = default;
 
 CppSQLite3DB::~CppSQLite3DB() = default;
 
-void CppSQLite3DB::open(char const* file, int flags) {
+void CppSQLite3DB::open(const char* file, int flags) {
   close();
   auto failed = std::make_shared<Connection>();
   try {
     connection_ = Connect(file, flags);
-  } catch (CppSQLite3Exception const& failure) {
+  } catch (const CppSQLite3Exception& failure) {
     failed->open_failure = failure;
     connection_ = std::move(failed);
     throw;
   }
 }
 
-CppSQLite3Exception const* CppSQLite3DB::openFailure() const noexcept {
+const CppSQLite3Exception* CppSQLite3DB::openFailure() const noexcept {
   return connection_ != nullptr && connection_->open_failure ? &*connection_->open_failure
                                                              : nullptr;
 }
 
 int CppSQLite3DB::close() noexcept {
-  auto const connection = std::exchange(connection_, nullptr);
+  const auto connection = std::exchange(connection_, nullptr);
   return connection.use_count() == 1 ? connection->Close() : SQLITE_OK;
 }
 
@@ -257,7 +257,7 @@ bool CppSQLite3DB::readOnly() const noexcept {
   return IsOpen(connection_) && sqlite3_db_readonly(connection_->file, "main") != 0;
 }
 
-CppSQLite3Statement CppSQLite3DB::compileStatement(char const* sql) {
+CppSQLite3Statement CppSQLite3DB::compileStatement(const char* sql) {
   if (!IsOpen(connection_) || sql == nullptr) {
     throw Failure(nullptr, SQLITE_MISUSE);
   }
@@ -270,8 +270,8 @@ CppSQLite3Statement CppSQLite3DB::compileStatement(char const* sql) {
     sqlitedb::CompileReading(*prepared, sql);
   } else {
     connection_->checked.clear();                         // compiling may read the schema
-    { sqlitedb::Snapshot const snapshot(*connection_); }  // reads it, and more carefully
-    int const code = sqlite3_prepare_v2(db, sql, -1, &prepared->stmt, nullptr);
+    { const sqlitedb::Snapshot snapshot(*connection_); }  // reads it, and more carefully
+    const int code = sqlite3_prepare_v2(db, sql, -1, &prepared->stmt, nullptr);
     if (code != SQLITE_OK) {
       throw connection_->Failed(db, code);
     }

@@ -27,7 +27,7 @@ class SQLITEDB_API CppSQLite3Exception {
 
   // Zero-terminated; lives as long as the exception. UTF-8; in place of what could steer a
   // terminal in the names that a writer gave there is U+FFFD.
-  SQLITEDB_API char const* errorMessage() const noexcept { return message_->c_str(); }
+  const SQLITEDB_API char* errorMessage() const noexcept { return message_->c_str(); }
 
   // SQLite's extended result code, of which errorCode() is the low byte; the same as errorCode()
   // when SQLite says no more.
@@ -65,7 +65,7 @@ class SQLITEDB_API CppSQLite3Query {
   // Text of a column of the current row, counted from 0; `if_null` when the column is NULL. The
   // bytes are the stored ones, zero-terminated, and valid until nextRow or the end of the query.
   // Throws CppSQLite3Exception, code 25, when there is no such column, 21 when there is no row.
-  char const* getStringField(int column, char const* if_null);
+  const char* getStringField(int column, const char* if_null);
 
   // Bytes of the text that getStringField gives for a column, those after a zero byte included; 0
   // when the column is NULL, not there, or there is no row.
@@ -124,18 +124,18 @@ class SQLITEDB_API CppSQLite3Statement {
 class SQLITEDB_API CppSQLite3DB {
  public:
   CppSQLite3DB() noexcept;
-  CppSQLite3DB(CppSQLite3DB const&) = delete;
-  CppSQLite3DB& operator=(CppSQLite3DB const&) = delete;
+  CppSQLite3DB(const CppSQLite3DB&) = delete;
+  CppSQLite3DB& operator=(const CppSQLite3DB&) = delete;
   ~CppSQLite3DB();
 
   // Opens `file` with SQLITE_OPEN_ flags, after closing what was open. A connection that can
   // write leaves the write-ahead log in place when it is the last to close. Throws
   // CppSQLite3Exception, nothing being open then.
-  void open(char const* file, int flags);
+  void open(const char* file, int flags);
 
   // Why nothing is open: the failure of the last open. Null when it succeeded, or since close.
   // Lives until the next open or close.
-  CppSQLite3Exception const* openFailure() const noexcept;
+  const CppSQLite3Exception* openFailure() const noexcept;
 
   // Closes the connection, once its last statement is gone. Harmless when not open. Returns
   // SQLite's code, 0 when done.
@@ -148,7 +148,7 @@ class SQLITEDB_API CppSQLite3DB {
   // code 14 when the opened file was deleted or replaced by another, or when a file that SQLite
   // keeps beside it may be written by somebody who may not write the database, code 1 when
   // it reads a table or view that is not safe to read.
-  CppSQLite3Statement compileStatement(char const* sql);
+  CppSQLite3Statement compileStatement(const char* sql);
 
  private:
   std::shared_ptr<sqlitedb::Connection> connection_;

@@ -29,7 +29,7 @@ void Check(int code) {
 }
 
 void TakeSharedLock(FileLock& lock) {
-  auto const end = std::chrono::steady_clock::now() + kBusyTimeout;
+  const auto end = std::chrono::steady_clock::now() + kBusyTimeout;
   int code = lock.Take(SQLITE_LOCK_SHARED);
   while (code == SQLITE_BUSY && std::chrono::steady_clock::now() < end) {
     std::this_thread::sleep_for(std::chrono::milliseconds(5));
@@ -64,7 +64,7 @@ Bytes Read(sqlite3_file* file, sqlite3_int64 size) {
 
 }  // namespace
 
-bool CopyDatabase(sqlite3* file, std::string const& name, sqlite3* copy) {
+bool CopyDatabase(sqlite3* file, const std::string& name, sqlite3* copy) {
   FileLock lock(file);
   TakeSharedLock(lock);
   sqlite3_int64 size = 0;

@@ -20,6 +20,6 @@ constexpr sqlite3_int64 kLargestCopy = 64 << 20;
 // False when `file` can be read like any other: it is not in write-ahead mode, or it has a log by
 // now. Throws CppSQLite3Exception: code 5 when it stays locked for kBusyTimeout, 18
 // when it is too large.
-bool CopyDatabase(sqlite3* file, std::string const& name, sqlite3* copy);
+bool CopyDatabase(sqlite3* file, const std::string& name, sqlite3* copy);
 
 }  // namespace sqlitedb

@@ -22,8 +22,8 @@ bool ReservedByteIsOnlyRead(const std::string& file);
 class FileLock {
  public:
   explicit FileLock(sqlite3* db) noexcept;
-  FileLock(FileLock const&) = delete;
-  FileLock& operator=(FileLock const&) = delete;
+  FileLock(const FileLock&) = delete;
+  FileLock& operator=(const FileLock&) = delete;
   ~FileLock();
 
   // `level`: SQLITE_LOCK_SHARED or, once shared, SQLITE_LOCK_EXCLUSIVE. Returns SQLite's code,

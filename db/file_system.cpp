@@ -17,26 +17,26 @@ bool GiveAway(int fd, uid_t owner, gid_t group, mode_t mode) noexcept {
 }
 
 // Without a privilege, only the link in /proc gives a name to a descriptor.
-bool GiveName(int fd, char const* name) noexcept {
+bool GiveName(int fd, const char* name) noexcept {
   char own[32];
   std::snprintf(own, sizeof own, "/proc/self/fd/%d", fd);
   return linkat(fd, "", AT_FDCWD, name, AT_EMPTY_PATH) == 0 || errno == EEXIST ||
          linkat(AT_FDCWD, own, AT_FDCWD, name, AT_SYMLINK_FOLLOW) == 0 || errno == EEXIST;
 }
 
-bool MakeWithoutName(std::string const& name, uid_t owner, gid_t group, mode_t mode) {
-  int const fd = open(FolderOf(name).c_str(), O_TMPFILE | O_WRONLY | O_CLOEXEC, S_IRUSR | S_IWUSR);
+bool MakeWithoutName(const std::string& name, uid_t owner, gid_t group, mode_t mode) {
+  const int fd = open(FolderOf(name).c_str(), O_TMPFILE | O_WRONLY | O_CLOEXEC, S_IRUSR | S_IWUSR);
   if (fd == -1) {
     return false;
   }
-  bool const done = !GiveAway(fd, owner, group, mode) || GiveName(fd, name.c_str());
+  const bool done = !GiveAway(fd, owner, group, mode) || GiveName(fd, name.c_str());
   close(fd);
   return done;
 }
 
 // Until it is given away, nobody else can open it.
-void MakeWithName(std::string const& name, uid_t owner, gid_t group, mode_t mode) noexcept {
-  int const fd =
+void MakeWithName(const std::string& name, uid_t owner, gid_t group, mode_t mode) noexcept {
+  const int fd =
       open(name.c_str(), O_CREAT | O_EXCL | O_WRONLY | O_NOFOLLOW | O_CLOEXEC, S_IRUSR | S_IWUSR);
   if (fd != -1) {
     if (!GiveAway(fd, owner, group, mode)) {
@@ -48,12 +48,12 @@ void MakeWithName(std::string const& name, uid_t owner, gid_t group, mode_t mode
 
 }  // namespace
 
-std::string FolderOf(std::string const& name) {
-  auto const slash = name.rfind('/');
+std::string FolderOf(const std::string& name) {
+  const auto slash = name.rfind('/');
   return slash == std::string::npos ? "." : name.substr(0, slash + 1);
 }
 
-void MakeEmptyFile(std::string const& name, uid_t owner, gid_t group, mode_t mode) {
+void MakeEmptyFile(const std::string& name, uid_t owner, gid_t group, mode_t mode) {
   if (!MakeWithoutName(name, owner, group, mode)) {
     MakeWithName(name, owner, group, mode);
   }

@@ -26,11 +26,11 @@ class SystemEntry {
     }
     found_ = code == 0 ? found_ : nullptr;
   }
-  SystemEntry(SystemEntry const&) = delete;
-  SystemEntry& operator=(SystemEntry const&) = delete;
+  SystemEntry(const SystemEntry&) = delete;
+  SystemEntry& operator=(const SystemEntry&) = delete;
 
   explicit operator bool() const noexcept { return found_ != nullptr; }
-  Entry const* operator->() const noexcept { return found_; }
+  const Entry* operator->() const noexcept { return found_; }
 
  private:
   Entry entry_{};
@@ -38,7 +38,7 @@ class SystemEntry {
   std::vector<char> texts_;
 };
 
-bool Lists(group const& entry, std::string_view user) {
+bool Lists(const group& entry, std::string_view user) {
   for (char* const* member = entry.gr_mem; *member != nullptr; ++member) {
     if (*member == user) {
       return true;
@@ -47,7 +47,7 @@ bool Lists(group const& entry, std::string_view user) {
   return false;
 }
 
-bool ListsOthers(group const& entry, std::string_view user) {
+bool ListsOthers(const group& entry, std::string_view user) {
   for (char* const* member = entry.gr_mem; *member != nullptr; ++member) {
     if (*member != user) {
       return true;
@@ -59,23 +59,23 @@ bool ListsOthers(group const& entry, std::string_view user) {
 }  // namespace
 
 bool IsMember(uid_t user, gid_t group_id) {
-  SystemEntry<passwd> const entry(getpwuid_r, user);
+  const SystemEntry<passwd> entry(getpwuid_r, user);
   if (!entry) {
     return false;
   }
   if (entry->pw_gid == group_id) {
     return true;
   }
-  SystemEntry<group> const members(getgrgid_r, group_id);
+  const SystemEntry<group> members(getgrgid_r, group_id);
   return members && Lists(*members.operator->(), entry->pw_name);
 }
 
 bool IsOwnGroup(uid_t user, gid_t group_id) {
-  SystemEntry<passwd> const entry(getpwuid_r, user);
+  const SystemEntry<passwd> entry(getpwuid_r, user);
   if (!entry || entry->pw_gid != group_id) {
     return false;
   }
-  SystemEntry<group> const members(getgrgid_r, group_id);
+  const SystemEntry<group> members(getgrgid_r, group_id);
   return members && std::string_view(members->gr_name) == entry->pw_name &&
          !ListsOthers(*members.operator->(), entry->pw_name);
 }

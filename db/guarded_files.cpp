@@ -15,7 +15,7 @@ namespace sqlitedb {
 
 namespace {
 
-constexpr char const* kName = "sqlitedb";
+constexpr const char* kName = "sqlitedb";
 
 sqlite3_vfs* g_system = nullptr;
 
@@ -43,22 +43,22 @@ template <class Action>
 int Guarded(Action action) noexcept {
   try {
     return action();
-  } catch (CppSQLite3Exception const& failure) {
+  } catch (const CppSQLite3Exception& failure) {
     return failure.errorCode();
-  } catch (std::bad_alloc const&) {
+  } catch (const std::bad_alloc&) {
     return SQLITE_NOMEM;
   }
 }
 
 int Exists(std::string_view name, Companion companion, int* exists) {
-  Standing const standing = Look(DatabaseOf(name, companion), companion);
+  const Standing standing = Look(DatabaseOf(name, companion), companion);
   *exists = standing == Standing::kUsable ? 1 : 0;
   return standing == Standing::kRefused ? SQLITE_CANTOPEN : SQLITE_OK;
 }
 
-int Access(sqlite3_vfs* /*self*/, char const* name, int flags, int* result) noexcept {
+int Access(sqlite3_vfs* /*self*/, const char* name, int flags, int* result) noexcept {
   if (flags == SQLITE_ACCESS_EXISTS) {
-    for (Companion const companion : {Companion::kJournal, Companion::kLog}) {
+    for (const Companion companion : {Companion::kJournal, Companion::kLog}) {
       if (EndsWith(name, companion)) {
         return Guarded([&] { return Exists(name, companion, result); });
       }
@@ -70,11 +70,11 @@ int Access(sqlite3_vfs* /*self*/, char const* name, int flags, int* result) noex
 // A journal can name any file as the one that it shares with the journals of other databases. What
 // the journal holds has been rolled back when SQLite asks for that file, to delete it once no other
 // journal names it. That is left to the programs that use several databases.
-bool MayOpen(char const* name, int flags) {
+bool MayOpen(const char* name, int flags) {
   if ((flags & SQLITE_OPEN_SUPER_JOURNAL) != 0) {
     return false;
   }
-  bool const make = (flags & SQLITE_OPEN_CREATE) != 0;
+  const bool make = (flags & SQLITE_OPEN_CREATE) != 0;
   if ((flags & SQLITE_OPEN_MAIN_DB) != 0) {
     return PrepareDatabase(name, make);
   }
@@ -109,9 +109,9 @@ void GuardDatabase(sqlite3_file* file, const char* name) {
   file->pMethods = &guard.methods;
 }
 
-int Open(sqlite3_vfs* /*self*/, char const* name, sqlite3_file* file, int flags,
+int Open(sqlite3_vfs* /*self*/, const char* name, sqlite3_file* file, int flags,
          int* out) noexcept {
-  int const code =
+  const int code =
       name == nullptr ? SQLITE_OK
                       : Guarded([&] { return MayOpen(name, flags) ? SQLITE_OK : SQLITE_CANTOPEN; });
   if (code != SQLITE_OK) {
@@ -138,12 +138,12 @@ class Registration {
     vfs_.szOsFile += static_cast<int>(sizeof(Guard));
     vfs_.xAccess = Access;
     vfs_.xOpen = Open;
-    if (int const code = sqlite3_vfs_register(&vfs_, 0); code != SQLITE_OK) {
+    if (const int code = sqlite3_vfs_register(&vfs_, 0); code != SQLITE_OK) {
       throw Failure(nullptr, code);
     }
   }
-  Registration(Registration const&) = delete;
-  Registration& operator=(Registration const&) = delete;
+  Registration(const Registration&) = delete;
+  Registration& operator=(const Registration&) = delete;
   ~Registration() { sqlite3_vfs_unregister(&vfs_); }
 
  private:
@@ -152,7 +152,7 @@ class Registration {
 
 }  // namespace
 
-char const* GuardedFiles() {
+const char* GuardedFiles() {
   static Registration registration;
   return kName;
 }

@@ -12,26 +12,26 @@ namespace sqlitedb {
 namespace {
 
 // A row whatever the schema, so that the transaction lasts until the statement is reset.
-constexpr char const* kTouch = "SELECT EXISTS(SELECT 1 FROM sqlite_schema)";
+constexpr const char* kTouch = "SELECT EXISTS(SELECT 1 FROM sqlite_schema)";
 
 // In KiB. The schema brings a size along that a writer gave the file, with PRAGMA
 // default_cache_size; what is set after that holds.
-constexpr char const* kCacheSize = "PRAGMA cache_size=-2000";
+constexpr const char* kCacheSize = "PRAGMA cache_size=-2000";
 
 // What calls code that no limit can end: how the name of an operation begins, and what to call it
 // where EXPLAIN gives no name of a function. A list of what is allowed would be safer, but a newer
 // SQLite, whose operations go by other names, would then stop a host; a test asks the SQLite that
 // is there for all of its functions instead.
 constexpr struct {
-  char const* begin;
-  char const* function;
+  const char* begin;
+  const char* function;
 } kCalls[] = {
     {"Function", nullptr},
     {"PureFunc", nullptr},
     {"Agg", nullptr},
     {"Count", "count"},
 };
-constexpr char const* kVirtualTable = "VOpen";
+constexpr const char* kVirtualTable = "VOpen";
 
 constexpr struct {
   int limit;
@@ -52,8 +52,8 @@ class Limits {
       before_[i] = sqlite3_limit(db, kLimits[i].limit, kLimits[i].value);
     }
   }
-  Limits(Limits const&) = delete;
-  Limits& operator=(Limits const&) = delete;
+  Limits(const Limits&) = delete;
+  Limits& operator=(const Limits&) = delete;
   ~Limits() {
     for (std::size_t i = 0; i < std::size(kLimits); ++i) {
       sqlite3_limit(db_, kLimits[i].limit, before_[i]);
@@ -72,7 +72,7 @@ int SpendOnSchema(void* of_connection) noexcept {
   constexpr int kColumnsOfStatistics = 3;
   auto& connection = *static_cast<Connection*>(of_connection);
   sqlite3_stmt* const newest = sqlite3_next_stmt(connection.db, nullptr);
-  bool const statistics = newest != nullptr && sqlite3_sql(newest) == nullptr &&
+  const bool statistics = newest != nullptr && sqlite3_sql(newest) == nullptr &&
                           sqlite3_column_count(newest) == kColumnsOfStatistics;
   return statistics ? 1 : Budget::SpendClosely(&connection.budget);
 }
@@ -84,8 +84,8 @@ class CloseLook {
     sqlite3_progress_handler(connection.db, Budget::kStepsPerCloseCall, &SpendOnSchema,
                              &connection);
   }
-  CloseLook(CloseLook const&) = delete;
-  CloseLook& operator=(CloseLook const&) = delete;
+  CloseLook(const CloseLook&) = delete;
+  CloseLook& operator=(const CloseLook&) = delete;
   ~CloseLook() {
     sqlite3_progress_handler(connection_.db, Budget::kStepsPerCall, &Budget::Spend,
                              &connection_.budget);
@@ -97,18 +97,18 @@ class CloseLook {
 
 class Rows {
  public:
-  Rows(Connection& connection, std::string const& sql) : connection_(connection) {
-    int const code = sqlite3_prepare_v2(connection.db, sql.c_str(), -1, &stmt_, nullptr);
+  Rows(Connection& connection, const std::string& sql) : connection_(connection) {
+    const int code = sqlite3_prepare_v2(connection.db, sql.c_str(), -1, &stmt_, nullptr);
     if (code != SQLITE_OK) {
       throw connection.Failed(connection.db, code);
     }
   }
-  Rows(Rows const&) = delete;
-  Rows& operator=(Rows const&) = delete;
+  Rows(const Rows&) = delete;
+  Rows& operator=(const Rows&) = delete;
   ~Rows() { sqlite3_finalize(stmt_); }
 
   bool Next() {
-    int const code = sqlite3_step(stmt_);
+    const int code = sqlite3_step(stmt_);
     if (code != SQLITE_ROW && code != SQLITE_DONE) {
       throw connection_.Failed(connection_.db, code);
     }
@@ -116,7 +116,7 @@ class Rows {
   }
 
   std::string Text(int column) {
-    auto const* text = reinterpret_cast<char const*>(sqlite3_column_text(stmt_, column));
+    const auto* text = reinterpret_cast<const char*>(sqlite3_column_text(stmt_, column));
     return text != nullptr ? text : "";
   }
 
@@ -125,7 +125,7 @@ class Rows {
   sqlite3_stmt* stmt_ = nullptr;
 };
 
-bool StartsWith(std::string const& text, char const* begin) { return text.rfind(begin, 0) == 0; }
+bool StartsWith(const std::string& text, const char* begin) { return text.rfind(begin, 0) == 0; }
 
 struct Entry {
   std::string type;
@@ -143,18 +143,18 @@ void ForEachEntry(Connection& connection, Look look) {
   }
 }
 
-bool IsView(Entry const& entry) { return entry.type == "view"; }
+bool IsView(const Entry& entry) { return entry.type == "view"; }
 
 // SQLite writes the text of a table anew, so that it begins in one way only.
-bool IsVirtualTable(Entry const& entry) {
-  constexpr char const* kTable = "CREATE TABLE ";
+bool IsVirtualTable(const Entry& entry) {
+  constexpr const char* kTable = "CREATE TABLE ";
   return entry.type == "table" &&
          sqlite3_strnicmp(entry.sql.c_str(), kTable, static_cast<int>(std::strlen(kTable))) != 0;
 }
 
 // Only SQLite can have made such an index, and it does not.
-void CheckIndex(Entry const& entry) {
-  constexpr char const* kOwn = "sqlite_";
+void CheckIndex(const Entry& entry) {
+  constexpr const char* kOwn = "sqlite_";
   if (entry.type == "index" && !entry.sql.empty() &&
       sqlite3_strnicmp(entry.table.c_str(), kOwn, static_cast<int>(std::strlen(kOwn))) == 0) {
     throw CppSQLite3Exception(SQLITE_ERROR, "index " + entry.name + " is on " + entry.table);
@@ -165,7 +165,7 @@ void CheckIndex(Entry const& entry) {
   throw CppSQLite3Exception(SQLITE_ERROR, "table or view reads a virtual table");
 }
 
-[[noreturn]] void RefuseNested(std::string const& view, std::string const& other) {
+[[noreturn]] void RefuseNested(const std::string& view, const std::string& other) {
   throw CppSQLite3Exception(SQLITE_ERROR, "view " + view + " reads view " + other);
 }
 
@@ -173,10 +173,10 @@ void CheckIndex(Entry const& entry) {
 // tables and views of their own.
 class Named {
  public:
-  explicit Named(std::string const& sql) : sql_(Words(sql)) {}
+  explicit Named(const std::string& sql) : sql_(Words(sql)) {}
 
   // What the statement names.
-  void Look(Entry const& entry) {
+  void Look(const Entry& entry) {
     CheckIndex(entry);
     if (!IsView(entry) && !IsVirtualTable(entry)) {
       return;
@@ -188,10 +188,10 @@ class Named {
     if (IsVirtualTable(entry)) {
       RefuseVirtualTable();
     }
-    if (char const* fault = FaultOfView(entry.sql)) {
+    if (const char* fault = FaultOfView(entry.sql)) {
       throw CppSQLite3Exception(SQLITE_ERROR, "view " + entry.name + " " + fault);
     }
-    for (View const& view : views_) {
+    for (const View& view : views_) {
       if (view.words == words) {
         RefuseNested(entry.name, view.name);  // which cannot be told from its text
       }
@@ -202,12 +202,12 @@ class Named {
   bool HasViews() const noexcept { return !views_.empty(); }
 
   // What its views name.
-  void LookIntoViews(Entry const& entry) const {
+  void LookIntoViews(const Entry& entry) const {
     if (!IsView(entry) && !IsVirtualTable(entry)) {
       return;
     }
-    std::string const words = Words(entry.name);
-    for (View const& view : views_) {
+    const std::string words = Words(entry.name);
+    for (const View& view : views_) {
       if (entry.name != view.name && view.sql.find(words) != std::string::npos) {
         IsView(entry) ? RefuseNested(view.name, entry.name) : RefuseVirtualTable();
       }
@@ -225,27 +225,27 @@ class Named {
   std::vector<View> views_;  // Few, since no two have the same words.
 };
 
-void CheckSchema(Connection& connection, std::string const& sql) {
+void CheckSchema(Connection& connection, const std::string& sql) {
   Named named(sql);
-  ForEachEntry(connection, [&](Entry const& entry) { named.Look(entry); });
+  ForEachEntry(connection, [&](const Entry& entry) { named.Look(entry); });
   if (named.HasViews()) {
-    ForEachEntry(connection, [&](Entry const& entry) { named.LookIntoViews(entry); });
+    ForEachEntry(connection, [&](const Entry& entry) { named.LookIntoViews(entry); });
   }
 }
 
 // A function that the statement itself names is its author's wish.
-void CheckProgram(Connection& connection, std::string const& sql) {
-  Limits const limits(connection.db);
-  std::string const wanted = Words(sql);
+void CheckProgram(Connection& connection, const std::string& sql) {
+  const Limits limits(connection.db);
+  const std::string wanted = Words(sql);
   for (Rows rows(connection, "EXPLAIN " + sql); rows.Next();) {
-    std::string const operation = rows.Text(1);
+    const std::string operation = rows.Text(1);
     if (operation == kVirtualTable) {
       RefuseVirtualTable();
     }
-    for (auto const& call : kCalls) {
+    for (const auto& call : kCalls) {
       if (StartsWith(operation, call.begin)) {
-        std::string const shown = call.function != nullptr ? call.function : rows.Text(5);
-        std::string const name = shown.substr(0, shown.find('('));
+        const std::string shown = call.function != nullptr ? call.function : rows.Text(5);
+        const std::string name = shown.substr(0, shown.find('('));
         if (wanted.find(Words(name)) == std::string::npos) {
           throw CppSQLite3Exception(SQLITE_ERROR, "table or view calls function " + name);
         }
@@ -254,11 +254,11 @@ void CheckProgram(Connection& connection, std::string const& sql) {
   }
 }
 
-void Compile(Prepared& prepared, std::string const& sql) {
+void Compile(Prepared& prepared, const std::string& sql) {
   Connection& connection = *prepared.connection;
-  Limits const limits(connection.db);
+  const Limits limits(connection.db);
   sqlite3_stmt* stmt = nullptr;
-  int const code = sqlite3_prepare_v2(connection.db, sql.c_str(), -1, &stmt, nullptr);
+  const int code = sqlite3_prepare_v2(connection.db, sql.c_str(), -1, &stmt, nullptr);
   if (code != SQLITE_OK) {
     throw connection.Failed(connection.db, code);
   }
@@ -267,7 +267,7 @@ void Compile(Prepared& prepared, std::string const& sql) {
 }
 
 // For a Snapshot.
-void CheckAndCompile(Prepared& prepared, std::string const& sql) {
+void CheckAndCompile(Prepared& prepared, const std::string& sql) {
   Connection& connection = *prepared.connection;
   connection.checked.clear();
   CheckSchema(connection, sql);
@@ -279,9 +279,9 @@ void CheckAndCompile(Prepared& prepared, std::string const& sql) {
 
 }  // namespace
 
-bool Reads(char const* sql) noexcept {
+bool Reads(const char* sql) noexcept {
   sql += std::strspn(sql, " \t\r\n\f");
-  for (char const* word : {"select", "values", "with"}) {
+  for (const char* word : {"select", "values", "with"}) {
     if (sqlite3_strnicmp(sql, word, static_cast<int>(std::strlen(word))) == 0) {
       return true;
     }
@@ -290,8 +290,8 @@ bool Reads(char const* sql) noexcept {
 }
 
 Snapshot::Snapshot(Connection& connection) : connection_(connection) {
-  CloseLook const look(connection);
-  bool const first = connection.touch == nullptr;
+  const CloseLook look(connection);
+  const bool first = connection.touch == nullptr;
   int code = SQLITE_OK;
   if (first) {
     code = sqlite3_prepare_v2(connection.db, kTouch, -1, &connection.touch, nullptr);
@@ -300,11 +300,11 @@ Snapshot::Snapshot(Connection& connection) : connection_(connection) {
     code = sqlite3_step(connection.touch);
   }
   if (code == SQLITE_ROW && first) {
-    int const set = sqlite3_exec(connection.db, kCacheSize, nullptr, nullptr, nullptr);
+    const int set = sqlite3_exec(connection.db, kCacheSize, nullptr, nullptr, nullptr);
     code = set == SQLITE_OK ? code : set;
   }
   if (code != SQLITE_ROW) {
-    CppSQLite3Exception const failure = connection.Failed(connection.db, code);
+    const CppSQLite3Exception failure = connection.Failed(connection.db, code);
     sqlite3_reset(connection.touch);
     if (first) {
       connection.ForgetSchema();  // the size of the cache may not have been set
@@ -317,14 +317,14 @@ Snapshot::~Snapshot() { sqlite3_reset(connection_.touch); }
 
 // What was checked last may be compiled at once: it is still the schema in SQLite's memory, since
 // whatever else could have changed that has made `checked` empty.
-void CompileReading(Prepared& prepared, char const* sql) {
+void CompileReading(Prepared& prepared, const char* sql) {
   Connection& connection = *prepared.connection;
   prepared.reads = true;
   if (connection.checked == sql && connection.checked_schema == connection.SchemaNumber()) {
     Compile(prepared, sql);
     return;
   }
-  Snapshot const snapshot(connection);
+  const Snapshot snapshot(connection);
   CheckAndCompile(prepared, sql);
 }
 

@@ -11,14 +11,14 @@
 namespace sqlitedb {
 
 // Whether `sql` is a statement that reads rows, by its first word.
-bool Reads(char const* sql) noexcept;
+bool Reads(const char* sql) noexcept;
 
 // A read transaction, and the schema of the file in SQLite's memory. Throws CppSQLite3Exception.
 class Snapshot {
  public:
   explicit Snapshot(Connection& connection);
-  Snapshot(Snapshot const&) = delete;
-  Snapshot& operator=(Snapshot const&) = delete;
+  Snapshot(const Snapshot&) = delete;
+  Snapshot& operator=(const Snapshot&) = delete;
   ~Snapshot();
 
  private:
@@ -27,7 +27,7 @@ class Snapshot {
 
 // Compiles `sql` into `prepared`. Throws CppSQLite3Exception, code 1 where a view or a program is
 // refused.
-void CompileReading(Prepared& prepared, char const* sql);
+void CompileReading(Prepared& prepared, const char* sql);
 
 // Throws CppSQLite3Exception, code 18, where the database is larger than kMaxDatabaseBytes. For a
 // Snapshot of its connection.

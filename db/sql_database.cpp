@@ -21,7 +21,7 @@ int ReportFailure(Failure* failure, Action action) {
   try {
     action();
     return SQLITE_OK;
-  } catch (CppSQLite3Exception const& thrown) {
+  } catch (const CppSQLite3Exception& thrown) {
     thrown.Report();
     *failure = thrown;
     return thrown.errorCode();
@@ -34,23 +34,23 @@ int ReportFailure(Action action) {
   return ReportFailure(&ignored, action);
 }
 
-void RequireName(char const* name) {
+void RequireName(const char* name) {
   if (name == nullptr) {
     throw sqlitedb::Failure(nullptr, SQLITE_MISUSE);
   }
 }
 
-std::string Quoted(std::string const& identifier) {
+std::string Quoted(const std::string& identifier) {
   std::string quoted = "\"";
-  for (char const c : identifier) {
+  for (const char c : identifier) {
     quoted.append(c == '"' ? 2 : 1, c);
   }
   return quoted + '"';
 }
 
 // Casting to a blob counts bytes; length() of a text would count characters, up to a zero byte.
-std::string RefuseLonger(char const* column, int bytes) {
-  std::string const limit = std::to_string(bytes);
+std::string RefuseLonger(const char* column, int bytes) {
+  const std::string limit = std::to_string(bytes);
   return std::string("SELECT RAISE(ABORT, '") + column + " is longer than " + limit +
          " bytes') WHERE length(CAST(NEW." + column + " AS BLOB)) > " + limit + "; ";
 }
@@ -63,15 +63,15 @@ std::string WriteAheadMode(CppSQLite3DB& connection) {
 // Where another program writes in the old mode, or switches at the same time, SQLite says so at
 // once, without waiting for its lock.
 void SwitchToWriteAhead(CppSQLite3DB& connection) {
-  auto const end = std::chrono::steady_clock::now() + sqlitedb::kBusyTimeout;
+  const auto end = std::chrono::steady_clock::now() + sqlitedb::kBusyTimeout;
   for (;;) {
     try {
-      std::string const mode = WriteAheadMode(connection);
+      const std::string mode = WriteAheadMode(connection);
       if (mode != "wal") {
         throw CppSQLite3Exception(SQLITE_ERROR, "journal mode is " + mode + ", not wal");
       }
       return;
-    } catch (CppSQLite3Exception const& failure) {
+    } catch (const CppSQLite3Exception& failure) {
       if (failure.errorCode() != SQLITE_BUSY || std::chrono::steady_clock::now() >= end) {
         throw;
       }
@@ -86,13 +86,13 @@ CSQLdatabase::CSQLdatabase() = default;
 
 CSQLdatabase::~CSQLdatabase() = default;
 
-int CSQLdatabase::OpenDatabaseWrite(char const* file, unsigned short flags,
+int CSQLdatabase::OpenDatabaseWrite(const char* file, unsigned short flags,
                                     unsigned short synchronous) {
   Failure ignored;
   return OpenDatabaseWrite(file, flags, synchronous, &ignored);
 }
 
-int CSQLdatabase::OpenDatabaseWrite(char const* file, unsigned short flags,
+int CSQLdatabase::OpenDatabaseWrite(const char* file, unsigned short flags,
                                     unsigned short synchronous, Failure* failure) {
   CloseDatabase();
   return ReportFailure(failure, [&] {
@@ -106,17 +106,17 @@ int CSQLdatabase::OpenDatabaseWrite(char const* file, unsigned short flags,
   });
 }
 
-int CSQLdatabase::OpenDatabaseReadOnly(char const* file, unsigned short flags) {
+int CSQLdatabase::OpenDatabaseReadOnly(const char* file, unsigned short flags) {
   CloseDatabase();
   return ReportFailure([&] { m_DB.open(file, SQLITE_OPEN_READONLY | flags); });
 }
 
-int CSQLdatabase::CreateTable(char const* name, unsigned short id) {
+int CSQLdatabase::CreateTable(const char* name, unsigned short id) {
   Failure ignored;
   return CreateTable(name, id, &ignored);
 }
 
-int CSQLdatabase::CreateTable(char const* name, unsigned short id, Failure* failure) {
+int CSQLdatabase::CreateTable(const char* name, unsigned short id, Failure* failure) {
   return ReportFailure(failure, [&] {
     RequireName(name);
     m_DB.compileStatement("SELECT 1 FROM sqlite_schema");  // looks at what CREATE will change
@@ -126,24 +126,24 @@ int CSQLdatabase::CreateTable(char const* name, unsigned short id, Failure* fail
   });
 }
 
-int CSQLdatabase::CreateTrigger(char const* name) {
+int CSQLdatabase::CreateTrigger(const char* name) {
   Failure ignored;
   return CreateTrigger(name, &ignored);
 }
 
-int CSQLdatabase::CreateTrigger(char const* name, Failure* failure) {
+int CSQLdatabase::CreateTrigger(const char* name, Failure* failure) {
   return ReportFailure(failure, [&] {
     RequireName(name);
-    std::string const table = Quoted(name);
+    const std::string table = Quoted(name);
     // SQLite looks for the columns of a trigger only when a writer comes, who must not suffer for
     // a table that was there before and has other columns.
     m_DB.compileStatement(("SELECT address, value FROM " + table).c_str());
     if (std::none_of(table_names_.begin(), table_names_.end(),
-                     [&](auto const& known) { return known.second == name; })) {
+                     [&](const auto& known) { return known.second == name; })) {
       throw CppSQLite3Exception(SQLITE_ERROR,
                                 std::string("CreateTable did not find or make table ") + name);
     }
-    for (char const* event : {"insert", "update"}) {
+    for (const char* event : {"insert", "update"}) {
       Run("CREATE TRIGGER IF NOT EXISTS " + Quoted(std::string(name) + '_' + event + "_length") +
           " BEFORE " + event + " ON " + table + " BEGIN " +
           RefuseLonger("address", kMaxAddressBytes) + RefuseLonger("value", kMaxValueBytes) +
@@ -154,7 +154,7 @@ int CSQLdatabase::CreateTrigger(char const* name, Failure* failure) {
 
 int CSQLdatabase::CloseDatabase() {
   m_Statement = CppSQLite3Statement();
-  int const code = m_DB.close();
+  const int code = m_DB.close();
   return ReportFailure([&] {
     if (code != SQLITE_OK) {
       throw sqlitedb::Failure(nullptr, code);
@@ -163,7 +163,7 @@ int CSQLdatabase::CloseDatabase() {
 }
 
 std::string CSQLdatabase::TableName(unsigned short id) const {
-  auto const known = table_names_.find(id);
+  const auto known = table_names_.find(id);
   return known != table_names_.end() ? known->second : "";
 }
 
@@ -171,7 +171,7 @@ std::int32_t CSQLdatabase::ReadAndClearLastError() noexcept {
   return std::exchange(m_LastError, 0);
 }
 
-void CSQLdatabase::Run(std::string const& sql) {
+void CSQLdatabase::Run(const std::string& sql) {
   CppSQLite3Statement statement = m_DB.compileStatement(sql.c_str());
   statement.execQuery();
 }

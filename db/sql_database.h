@@ -19,32 +19,32 @@ class SQLITEDB_API CSQLdatabase {
   static constexpr int kMaxValueBytes = 511;
 
   CSQLdatabase();
-  CSQLdatabase(CSQLdatabase const&) = delete;
-  CSQLdatabase& operator=(CSQLdatabase const&) = delete;
+  CSQLdatabase(const CSQLdatabase&) = delete;
+  CSQLdatabase& operator=(const CSQLdatabase&) = delete;
   virtual ~CSQLdatabase();
 
   // Opens `file` for reading and writing, created if absent, in write-ahead mode; closes what was
   // open. `flags`: further SQLITE_OPEN_ flags. `synchronous`: SQLite's level, 0 off to 3 extra.
   // A file that opens but cannot be written or switched stays open as it is, and is reported.
-  int OpenDatabaseWrite(char const* file, unsigned short flags, unsigned short synchronous);
+  int OpenDatabaseWrite(const char* file, unsigned short flags, unsigned short synchronous);
 
   // Opens `file` for reading, never creating it; closes what was open.
-  int OpenDatabaseReadOnly(char const* file, unsigned short flags);
+  int OpenDatabaseReadOnly(const char* file, unsigned short flags);
 
   // Makes sure of a table of that name with the columns address, its key, and value. A table that
   // is there stays as it is. From then on `id` stands for the name.
-  int CreateTable(char const* name, unsigned short id);
+  int CreateTable(const char* name, unsigned short id);
 
   // Makes sure that writers of a table of CreateTable get an error for an address or a value that
   // is too long, instead of having it cut.
-  int CreateTrigger(char const* name);
+  int CreateTrigger(const char* name);
 
   // The same three, which also put what they reported in `*failure`; it is empty when all went
   // well.
-  int OpenDatabaseWrite(char const* file, unsigned short flags, unsigned short synchronous,
+  int OpenDatabaseWrite(const char* file, unsigned short flags, unsigned short synchronous,
                         std::optional<CppSQLite3Exception>* failure);
-  int CreateTable(char const* name, unsigned short id, std::optional<CppSQLite3Exception>* failure);
-  int CreateTrigger(char const* name, std::optional<CppSQLite3Exception>* failure);
+  int CreateTable(const char* name, unsigned short id, std::optional<CppSQLite3Exception>* failure);
+  int CreateTrigger(const char* name, std::optional<CppSQLite3Exception>* failure);
 
   // Closes the connection and its statement. Harmless when not open.
   int CloseDatabase();
@@ -60,7 +60,7 @@ class SQLITEDB_API CSQLdatabase {
   std::int32_t m_LastError = 0;  // 0 when there is none. Set by derived classes and hosts only.
 
  private:
-  void Run(std::string const& sql);
+  void Run(const std::string& sql);
 
   std::map<unsigned short, std::string> table_names_;
 };

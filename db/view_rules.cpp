@@ -16,7 +16,7 @@ char Small(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + '
 // Everything but blanks, in small letters.
 std::string Dense(std::string_view text) {
   std::string dense;
-  for (char const c : text) {
+  for (const char c : text) {
     if (c != ' ' && (c < '\t' || c > '\r')) {
       dense += Small(c);
     }
@@ -27,8 +27,8 @@ std::string Dense(std::string_view text) {
 // Each of these lets a short text grow as a power of its length while it is compiled. What only
 // looks like one, in quotes, is refused as well.
 constexpr struct {
-  char const* found;
-  char const* fault;
+  const char* found;
+  const char* fault;
 } kInWords[] =
     {
         {" with ", "has the word WITH"},
@@ -46,7 +46,7 @@ constexpr struct {
 
 std::string Words(std::string_view text) {
   std::string words = " ";
-  for (char const c : text) {
+  for (const char c : text) {
     if (IsLetter(Small(c))) {
       words += Small(c);
     } else if (words.back() != ' ') {
@@ -59,18 +59,18 @@ std::string Words(std::string_view text) {
   return words;
 }
 
-char const* FaultOfView(std::string_view text) {
+const char* FaultOfView(std::string_view text) {
   if (text.size() > kMaxViewBytes) {
     return "is longer than 4096 bytes";
   }
-  std::string const words = Words(text);
-  for (auto const& rule : kInWords) {
+  const std::string words = Words(text);
+  for (const auto& rule : kInWords) {
     if (words.find(rule.found) != std::string::npos) {
       return rule.fault;
     }
   }
-  std::string const dense = Dense(text);
-  for (auto const& rule : kInDense) {
+  const std::string dense = Dense(text);
+  for (const auto& rule : kInDense) {
     if (dense.find(rule.found) != std::string::npos) {
       return rule.fault;
     }

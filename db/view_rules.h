@@ -13,6 +13,6 @@ constexpr std::size_t kMaxViewBytes = 4096;
 std::string Words(std::string_view text);
 
 // What keeps SQLite from being let at the view that `text` creates: "has a subquery", or nullptr.
-char const* FaultOfView(std::string_view text);
+const char* FaultOfView(std::string_view text);
 
 }  // namespace sqlitedb

@@ -34,7 +34,7 @@ class ProtectedFolder : public Companions, public testing::WithParamInterface<in
 };
 
 INSTANTIATE_TEST_SUITE_P(Setting, ProtectedFolder, testing::Values(0, 2),
-                         [](auto const& test) { return std::to_string(test.param); });
+                         [](const auto& test) { return std::to_string(test.param); });
 
 }  // namespace
 
@@ -56,8 +56,8 @@ TEST_P(ProtectedFolder, RootMakesThemWithThePermissionsOfTheDatabase) {
       {{1, 1}, 0664, "missing", "0:1 664"},
       {{1, 65534}, 0666, "missing", "0:65534 666"},
   };
-  for (auto const& row : rows) {
-    for (bool const write_ahead : {false, true}) {
+  for (const auto& row : rows) {
+    for (const bool write_ahead : {false, true}) {
       SCOPED_TRACE(testing::Message() << row.user.id << ":" << row.user.group << " " << std::oct
                                       << row.mode << (write_ahead ? " in WAL mode" : ""));
       write_ahead ? MakeWriteAhead() : MakeRollback();
@@ -80,7 +80,7 @@ TEST_P(ProtectedFolder, MissingOnesComeBeforeEachCycleAndAfterTheSwitch) {
   EXPECT_EQ(ReadRows(reader_).size(), 1U);
   EXPECT_EQ(Owner(Path("-journal")), "0:0 644");
   ASSERT_EQ(reader_.OpenDatabaseWrite(file_.c_str(), kNoMutex, 0), 0);
-  for (char const* suffix : kSuffixes) {
+  for (const char* suffix : kSuffixes) {
     EXPECT_EQ(Owner(Path(suffix)), "0:0 644") << suffix;
   }
 }
@@ -88,7 +88,7 @@ TEST_P(ProtectedFolder, MissingOnesComeBeforeEachCycleAndAfterTheSwitch) {
 TEST_P(ProtectedFolder, NewDatabaseHasItsCompanionsFromTheStart) {
   ASSERT_EQ(reader_.OpenDatabaseWrite(file_.c_str(), kNoMutex, 0), 0);
   EXPECT_EQ(reader_.CreateTable("status", 100), 0);
-  for (char const* suffix : kSuffixes) {
+  for (const char* suffix : kSuffixes) {
     EXPECT_EQ(Owner(Path(suffix)), Owner(file_)) << suffix;
   }
 }
@@ -111,14 +111,14 @@ TEST_P(ProtectedFolder, UserWhoMayOnlyReadMakesNoneAndReadsInEveryMode) {
   Foreign writer(file_);
   ASSERT_EQ(writer.Do("UPDATE status SET value='2'"), "");
   EXPECT_EQ(As(kStranger, [&] { return ReadAll(file_, {{"a", "2"}}); }), "");
-  for (char const* suffix : kSuffixes) {
+  for (const char* suffix : kSuffixes) {
     EXPECT_EQ(Owner(Path(suffix)), "0:0 644") << suffix;
   }
 }
 
 TEST_P(ProtectedFolder, WriterOfTheGroupAndHostOfRootWorkSideBySide) {
-  for (bool const write_ahead : {false, true}) {
-    for (bool const writer_first : {false, true}) {
+  for (const bool write_ahead : {false, true}) {
+    for (const bool writer_first : {false, true}) {
       SCOPED_TRACE(testing::Message() << (write_ahead ? "WAL" : "rollback") << " mode, "
                                       << (writer_first ? "writer" : "host") << " first");
       write_ahead ? MakeWriteAhead() : MakeRollback();
@@ -184,12 +184,12 @@ TEST_P(ProtectedFolder, WriterOfTheGroupIsKnownByTheListOfItsMembers) {
         {{2002, 100}, "belongs to user 2002 and may be written by group 100, unlike the database"},
         {{3000, 3000}, "belongs to user 3000, who may not write the database"},
     };
-    for (auto const& row : rows) {
-      for (char const* suffix : {"-wal", "-shm"}) {
+    for (const auto& row : rows) {
+      for (const char* suffix : {"-wal", "-shm"}) {
         Put("-wal", {0, 777}, 0664);
         Put("-shm", {0, 777}, 0664);
         Put(suffix, row.user, 0664, row.failure.empty() ? "" : "bytes");
-        std::string const expected =
+        const std::string expected =
             row.failure.empty() ? "" : Refused(Path(suffix), row.failure) + "\n";
         EXPECT_EQ(ReadAll(file_), expected) << row.user.id << suffix;
         fs::remove(Path(suffix));

@@ -11,7 +11,7 @@ namespace fs = std::filesystem;
 
 namespace {
 
-constexpr char const* kTable =
+constexpr const char* kTable =
     "CREATE TABLE status(address TEXT PRIMARY KEY, value TEXT) WITHOUT ROWID;"
     "INSERT INTO status VALUES('a','1');";
 
@@ -32,26 +32,26 @@ void Companions::MakeWriteAhead() {
   ASSERT_EQ(Files(), std::vector<std::string>{"status.db"});
 }
 
-void Companions::Put(char const* suffix, User user, mode_t mode, std::string const& bytes) {
+void Companions::Put(const char* suffix, User user, mode_t mode, const std::string& bytes) {
   std::ofstream(file_ + suffix) << bytes;
   Own(file_ + suffix, user, mode);
 }
 
 void Companions::RemoveAll() {
   reader_.CloseDatabase();
-  for (auto const& name : Files()) {
+  for (const auto& name : Files()) {
     fs::remove(dir_ / name);
   }
 }
 
 int Companions::OpenReader() { return reader_.OpenDatabaseReadOnly(file_.c_str(), kNoMutex); }
 
-void Own(std::string const& name, User user, mode_t mode) {
+void Own(const std::string& name, User user, mode_t mode) {
   ASSERT_EQ(chown(name.c_str(), user.id, user.group), 0);
   ASSERT_EQ(chmod(name.c_str(), mode), 0);
 }
 
-std::string Owner(std::string const& name) {
+std::string Owner(const std::string& name) {
   struct stat found {};
   if (lstat(name.c_str(), &found) != 0) {
     return "missing";
@@ -65,11 +65,11 @@ bool Become(User user) {
   return setgroups(0, nullptr) == 0 && setgid(user.group) == 0 && setuid(user.id) == 0;
 }
 
-std::string As(User user, std::function<std::string()> const& action) {
+std::string As(User user, const std::function<std::string()>& action) {
   int ends[2];
   EXPECT_EQ(pipe(ends), 0);
   Child child([&] {
-    std::string const text = Become(user) ? action() : "cannot become the user";
+    const std::string text = Become(user) ? action() : "cannot become the user";
     return write(ends[1], text.c_str(), text.size() + 1) > 0 ? 0 : 1;
   });
   close(ends[1]);
@@ -81,10 +81,10 @@ std::string As(User user, std::function<std::string()> const& action) {
   return text;
 }
 
-std::string ReadAll(std::string const& file, Rows const& expected) {
+std::string ReadAll(const std::string& file, const Rows& expected) {
   CSQLdatabase reader;
   std::string failure;
-  std::string const report = Stderr([&] {
+  const std::string report = Stderr([&] {
     if (reader.OpenDatabaseReadOnly(file.c_str(), kNoMutex) == 0) {
       failure = Thrown([&] { failure = ReadRows(reader) == expected ? "" : "other rows"; });
     }
@@ -92,6 +92,6 @@ std::string ReadAll(std::string const& file, Rows const& expected) {
   return report + failure;
 }
 
-std::string Refused(std::string const& name, std::string const& why) {
+std::string Refused(const std::string& name, const std::string& why) {
   return "14:" + name + " " + why + ": remove it while no program has the database open";
 }

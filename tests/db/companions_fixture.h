@@ -8,7 +8,7 @@
 
 #include "tests/db/database_fixture.h"
 
-constexpr char const* kSuffixes[] = {"-journal", "-wal", "-shm"};
+constexpr const char* kSuffixes[] = {"-journal", "-wal", "-shm"};
 
 struct User {
   uid_t id;
@@ -31,32 +31,32 @@ class Companions : public DatabaseTest {
   void MakeWriteAhead();
 
   // A file of `user` at the name of a companion.
-  void Put(char const* suffix, User user, mode_t mode, std::string const& bytes = "");
+  void Put(const char* suffix, User user, mode_t mode, const std::string& bytes = "");
 
   // Removes the database and all beside it.
   void RemoveAll();
 
   int OpenReader();
 
-  std::string Path(char const* suffix) const { return file_ + suffix; }
+  std::string Path(const char* suffix) const { return file_ + suffix; }
 
   CSQLdatabase reader_;
 };
 
 // Gives a file to `user`.
-void Own(std::string const& name, User user, mode_t mode);
+void Own(const std::string& name, User user, mode_t mode);
 
 // "owner:group mode" of a file, or "missing".
-std::string Owner(std::string const& name);
+std::string Owner(const std::string& name);
 
 // Makes the calling process one of `user`.
 bool Become(User user);
 
 // Runs `action`, which gives "" or what went wrong, in a process of `user`.
-std::string As(User user, std::function<std::string()> const& action);
+std::string As(User user, const std::function<std::string()>& action);
 
 // "" when the rows of `file` are as expected, else what went wrong.
-std::string ReadAll(std::string const& file, Rows const& expected = {{"a", "1"}});
+std::string ReadAll(const std::string& file, const Rows& expected = {{"a", "1"}});
 
 // The report of a companion that is refused.
-std::string Refused(std::string const& name, std::string const& why);
+std::string Refused(const std::string& name, const std::string& why);

@@ -20,11 +20,11 @@ using testing::StartsWith;
 
 namespace fs = std::filesystem;
 
-constexpr char const* kCantOpen = "14:unable to open database file";
+constexpr const char* kCantOpen = "14:unable to open database file";
 
 std::string g_pipe;
 
-int PutPipeAndOpen(char const* name, int flags, int mode) {
+int PutPipeAndOpen(const char* name, int flags, int mode) {
   if (name == g_pipe && mkfifo(name, 0644) == 0 && (flags & O_CREAT) != 0) {
     errno = EACCES;  // as where fs.protected_fifos is set; SQLite then opens it for reading alone
     return -1;
@@ -33,7 +33,7 @@ int PutPipeAndOpen(char const* name, int flags, int mode) {
 }
 
 // A stranger's pipe stands at `name`, if nothing else does, when SQLite opens that.
-void PutPipeBeforeSqliteOpens(std::string const& name) {
+void PutPipeBeforeSqliteOpens(const std::string& name) {
   g_pipe = name;
   sqlite3_vfs* const files = sqlite3_vfs_find("unix");
   files->xSetSystemCall(files, "open", reinterpret_cast<sqlite3_syscall_ptr>(&PutPipeAndOpen));
@@ -53,10 +53,10 @@ TEST_F(Companions, HostIsNotEndedByAUserWhoMayNotWriteTheDatabase) {
     }
     Foreign foreign(file_);
     foreign.Get("SELECT count(*) FROM status");
-    int const index = open(Path("-shm").c_str(), O_RDWR);
+    const int index = open(Path("-shm").c_str(), O_RDWR);
     ready.Send();
     shrink.Await();
-    bool const done = ftruncate(index, 0) == 0;
+    const bool done = ftruncate(index, 0) == 0;
     shrunk.Send();
     pause();
     return done ? 0 : 2;
@@ -65,10 +65,10 @@ TEST_F(Companions, HostIsNotEndedByAUserWhoMayNotWriteTheDatabase) {
   Child host([&] {
     bool open = false;
     Stderr([&] { open = OpenReader() == 0; });
-    std::string const first = open ? Thrown([&] { ReadRows(reader_); }) : "not open";
+    const std::string first = open ? Thrown([&] { ReadRows(reader_); }) : "not open";
     shrink.Send();
     shrunk.Await();
-    std::string const second = open ? Thrown([&] { ReadRows(reader_); }) : "not open";
+    const std::string second = open ? Thrown([&] { ReadRows(reader_); }) : "not open";
     return first == second ? 0 : 3;
   });
   EXPECT_EQ(host.Wait(), 0) << "-1 when a signal ended it";
@@ -77,10 +77,10 @@ TEST_F(Companions, HostIsNotEndedByAUserWhoMayNotWriteTheDatabase) {
 // SQLite used to wait in open for the other end of the pipe.
 TEST_F(Companions, PipeThatComesAfterTheLookDoesNotHoldAHost) {
   struct {
-    char const* suffix;
+    const char* suffix;
     bool write_ahead;
   } const rows[] = {{"-journal", false}, {"-journal", true}, {"-wal", true}, {"-shm", true}};
-  for (auto const& row : rows) {
+  for (const auto& row : rows) {
     SCOPED_TRACE(testing::Message() << row.suffix << (row.write_ahead ? " in WAL mode" : ""));
     row.write_ahead ? MakeWriteAhead() : MakeRollback();
     Child host([&] {
@@ -89,15 +89,15 @@ TEST_F(Companions, PipeThatComesAfterTheLookDoesNotHoldAHost) {
         return 1;
       }
       // A writer's commit takes the journal away, and the stranger was waiting for that.
-      std::string const name = Path(row.suffix);
-      g_on_compile = [&](char const*) {
+      const std::string name = Path(row.suffix);
+      g_on_compile = [&](const char*) {
         unlink(name.c_str());
         mkfifo(name.c_str(), 0644);
         chown(name.c_str(), kStranger.id, kStranger.group);
       };
-      std::string const failure = Thrown([&] { ReadRows(reader_); });
+      const std::string failure = Thrown([&] { ReadRows(reader_); });
       g_on_compile = nullptr;
-      std::string const next = Thrown([&] { ReadRows(reader_); });
+      const std::string next = Thrown([&] { ReadRows(reader_); });
       return failure == kCantOpen && next == Refused(name,
                                                      "is not a regular file and belongs to "
                                                      "user 65534")
@@ -111,13 +111,13 @@ TEST_F(Companions, PipeThatComesAfterTheLookDoesNotHoldAHost) {
 
 // A host that finds no database asks again and again, and the stranger was waiting for that.
 TEST_F(Companions, PipeThatComesInPlaceOfAMissingDatabaseDoesNotHoldAHost) {
-  for (bool const write : {false, true}) {
+  for (const bool write : {false, true}) {
     SCOPED_TRACE(write ? "for writing" : "for reading");
     Child host([&] {
       alarm(10);
       PutPipeBeforeSqliteOpens(file_);
       CSQLdatabase database;
-      std::string const report = Stderr([&] {
+      const std::string report = Stderr([&] {
         write ? database.OpenDatabaseWrite(file_.c_str(), kNoMutex, 0)
               : database.OpenDatabaseReadOnly(file_.c_str(), kNoMutex);
       });
@@ -131,7 +131,7 @@ TEST_F(Companions, PipeThatComesInPlaceOfAMissingDatabaseDoesNotHoldAHost) {
 
 TEST_F(Companions, FileOfAStrangerIsNeverOpenedWhatever) {
   struct {
-    char const* suffix;
+    const char* suffix;
     User user;
     mode_t mode;
     std::string why;
@@ -160,8 +160,8 @@ TEST_F(Companions, FileOfAStrangerIsNeverOpenedWhatever) {
        "belongs to user 0 and may be written by group 65534, unlike the "
        "database"},
   };
-  for (bool const write_ahead : {false, true}) {
-    for (auto const& row : rows) {
+  for (const bool write_ahead : {false, true}) {
+    for (const auto& row : rows) {
       SCOPED_TRACE(testing::Message() << row.suffix << " " << row.why);
       write_ahead ? MakeWriteAhead() : MakeRollback();
       Put(row.suffix, row.user, row.mode, "bytes");
@@ -181,12 +181,12 @@ TEST_F(Companions, FileOfAStrangerIsNeverOpenedWhatever) {
 // The kernel may let everybody give a second name to a file of root's that he may write, or to any.
 TEST_F(Companions, FileWithASecondNameIsRefused) {
   MakeWriteAhead();
-  for (char const* suffix : {"-wal", "-shm", "-journal"}) {
+  for (const char* suffix : {"-wal", "-shm", "-journal"}) {
     std::ofstream(dir_ / "other") << "bytes";
     fs::create_hard_link(dir_ / "other", Path(suffix));
     EXPECT_EQ(Stderr([&] { EXPECT_EQ(OpenReader(), 14); }),
               Refused(Path(suffix), "belongs to user 0 and has a second name") + "\n");
-    for (auto const& name : Files()) {
+    for (const auto& name : Files()) {
       if (name != "status.db") {
         fs::remove(dir_ / name);
       }
@@ -199,7 +199,7 @@ TEST_F(Companions, SecondNameOfWhatIsOpenStopsNoHost) {
   MakeWriteAhead();
   ASSERT_EQ(OpenReader(), 0);
   EXPECT_EQ(ReadRows(reader_).size(), 1U);
-  for (char const* suffix : kSuffixes) {
+  for (const char* suffix : kSuffixes) {
     fs::create_hard_link(Path(suffix), std::string(dir_ / "other") + suffix);
     EXPECT_EQ(Thrown([&] { EXPECT_EQ(ReadRows(reader_).size(), 1U); }), "") << suffix;
   }
@@ -211,7 +211,7 @@ TEST_F(Companions, JournalOfAStrangerIsNotRolledBack) {
   Signal ready;
   Child writer([&] {
     Foreign foreign(file_);
-    std::string const failure = foreign.Do(
+    const std::string failure = foreign.Do(
         "PRAGMA synchronous=FULL; PRAGMA cache_spill=1; PRAGMA cache_size=1; BEGIN;"
         "UPDATE status SET value='2';"
         "WITH RECURSIVE c(x) AS (SELECT 1 UNION ALL SELECT x+1 FROM c LIMIT 2000) "
@@ -240,13 +240,13 @@ TEST_F(Companions, JournalOfAStrangerIsNotRolledBack) {
 }
 
 TEST_F(Companions, EmptyFileOfAStrangerIsRemovedByRootWithOneLine) {
-  for (bool const write_ahead : {false, true}) {
-    for (char const* suffix : kSuffixes) {
-      for (bool const before_opening : {true, false}) {
+  for (const bool write_ahead : {false, true}) {
+    for (const char* suffix : kSuffixes) {
+      for (const bool before_opening : {true, false}) {
         SCOPED_TRACE(testing::Message() << suffix << (write_ahead ? " in WAL mode" : "")
                                         << (before_opening ? ", before opening" : ""));
         write_ahead ? MakeWriteAhead() : MakeRollback();
-        std::string const line =
+        const std::string line =
             "27:removed " + Path(suffix) + ", which was empty and belonged to user 65534\n";
         if (before_opening) {
           Put(suffix, kStranger, 0666);

@@ -19,7 +19,7 @@ using interposed::FailNext;
 using testing::ElementsAre;
 using testing::Pair;
 
-constexpr char const* kMisuse = "21:bad parameter or other API misuse";
+constexpr const char* kMisuse = "21:bad parameter or other API misuse";
 
 class Statement : public DatabaseTest {
  protected:
@@ -42,7 +42,7 @@ TEST(Exception, IsNoStandardExceptionAndCopiesWithoutThrowing) {
   static_assert(std::is_nothrow_copy_constructible_v<CppSQLite3Exception>);
   static_assert(std::is_nothrow_copy_assignable_v<CppSQLite3Exception>);
   static_assert(std::is_nothrow_destructible_v<CppSQLite3Exception>);
-  CppSQLite3Exception const first(1, std::string(300, 'x'));
+  const CppSQLite3Exception first(1, std::string(300, 'x'));
   CppSQLite3Exception copy(5, "locked");
   copy = first;
   EXPECT_EQ(copy.errorCode(), 1);
@@ -54,8 +54,8 @@ TEST(Exception, NeverCarriesCodeZero) {
 }
 
 TEST(Exception, CarriesTheExtendedCodeAndTheSystemsError) {
-  CppSQLite3Exception const failure(14, "unable to open database file", 526, EISDIR);
-  CppSQLite3Exception const copy = failure;
+  const CppSQLite3Exception failure(14, "unable to open database file", 526, EISDIR);
+  const CppSQLite3Exception copy = failure;
   EXPECT_EQ(copy.errorCode(), 14);
   EXPECT_EQ(copy.extendedCode(), 526);
   EXPECT_EQ(copy.systemError(), EISDIR);
@@ -69,7 +69,7 @@ TEST(Exception, HasItsCodeForTheExtendedOneAndNoSystemErrorWithoutThem) {
 }
 
 TEST(Exception, ReportIsCodeColonMessageAndLineFeed) {
-  CppSQLite3Exception const failure(1234567, "no such table: status");
+  const CppSQLite3Exception failure(1234567, "no such table: status");
   EXPECT_EQ(Stderr([&] { failure.Report(); }), "1234567:no such table: status\n");
 }
 
@@ -199,7 +199,7 @@ TEST_F(Statement, FieldsHaveTheBytesThatAreStoredBeyondAZeroByteToo) {
 TEST_F(Statement, ColumnThatIsNotThereThrows) {
   CppSQLite3Statement statement = Select();
   CppSQLite3Query query = statement.execQuery();
-  for (int const column : {-1, 2, 1000}) {
+  for (const int column : {-1, 2, 1000}) {
     SCOPED_TRACE(column);
     EXPECT_EQ(Thrown([&] { query.getStringField(column, ""); }), "25:column index out of range");
   }
@@ -276,13 +276,13 @@ TEST_F(Statement, QueryFinalizeFailureIsThrownOnceFromAnEmptyQuery) {
 TEST_F(Statement, QueryHoldsTheReadLockUntilItEnds) {
   Foreign writer(file_);
   CppSQLite3Statement statement = Select();
-  constexpr char const* kInsert = "INSERT OR REPLACE INTO status VALUES('d','4')";
+  constexpr const char* kInsert = "INSERT OR REPLACE INTO status VALUES('d','4')";
   struct {
-    char const* name;
+    const char* name;
     std::function<void(CppSQLite3Query&)> end;
   } const ends[] = {
       {"finalize", [](CppSQLite3Query& query) { query.finalize(); }},
-      {"destructor", [](CppSQLite3Query& query) { CppSQLite3Query const dies(std::move(query)); }},
+      {"destructor", [](CppSQLite3Query& query) { const CppSQLite3Query dies(std::move(query)); }},
       {"assignment", [](CppSQLite3Query& query) { query = CppSQLite3Query(); }},
       {"last row",
        [](CppSQLite3Query& query) {
@@ -291,7 +291,7 @@ TEST_F(Statement, QueryHoldsTheReadLockUntilItEnds) {
          }
        }},
   };
-  for (auto const& end : ends) {
+  for (const auto& end : ends) {
     SCOPED_TRACE(end.name);
     CppSQLite3Query query = statement.execQuery();
     EXPECT_EQ(writer.Do(kInsert), "5:database is locked");
@@ -304,7 +304,7 @@ TEST_F(Statement, RowFailureIsReportedOnceAndLeavesNoLock) {
   ASSERT_EQ(Foreign(file_).Do("WITH RECURSIVE c(x) AS (SELECT 1 UNION ALL SELECT x+1 FROM c LIMIT "
                               "999) INSERT INTO status SELECT 'k'||x, hex(zeroblob(99)) FROM c"),
             "");
-  std::string const page(4096, '\xa5');
+  const std::string page(4096, '\xa5');
   std::fstream bytes(file_, std::ios::in | std::ios::out | std::ios::binary);
   for (int number = 10; number < 40; ++number) {
     bytes.seekp(number * 4096);
@@ -331,7 +331,7 @@ TEST_F(Statement, RowsAreReadWithoutAnAllocation) {
       "WITH RECURSIVE c(x) AS (SELECT 1 UNION ALL SELECT x+1 FROM c LIMIT 1000) "
       "SELECT 'key'||x, 'value'||x FROM c");
   CppSQLite3Query query = statement.execQuery();
-  std::uint64_t const before = interposed::g_allocations.Made;
+  const std::uint64_t before = interposed::g_allocations.Made;
   int rows = 0;
   for (; !query.eof(); query.nextRow()) {
     rows += query.getStringField(0, "")[0] == 'k' && query.getStringField(1, "")[0] == 'v' ? 1 : 0;

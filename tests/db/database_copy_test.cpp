@@ -19,7 +19,7 @@ using testing::Pair;
 
 namespace fs = std::filesystem;
 
-constexpr char const* kTable =
+constexpr const char* kTable =
     "PRAGMA journal_mode=WAL;"
     "CREATE TABLE status(address TEXT PRIMARY KEY, value TEXT) WITHOUT ROWID;";
 
@@ -34,7 +34,7 @@ class DatabaseCopy : public DatabaseTest {
   }
 
   // Runs `action` as a user who may not write the database; the test's failures are its own.
-  void Unprivileged(std::function<void()> const& action) {
+  void Unprivileged(const std::function<void()>& action) {
     Child child([&] {
       if (!BecomeUnprivileged()) {
         return 1;
@@ -81,7 +81,7 @@ TEST_F(DatabaseCopy, ShowsEachCycleWhatStandsInTheFileOrInTheLogThatCame) {
   Unprivileged([&] {
     Open();
     EXPECT_THAT(All(), ElementsAre(Pair("a", "1")));
-    for (std::string const value : {"2", "2", "3", "4", "4", "5"}) {
+    for (const std::string value : {"2", "2", "3", "4", "4", "5"}) {
       go.Send();
       done.Await();
       EXPECT_THAT(All(), ElementsAre(Pair("a", value)));
@@ -99,7 +99,7 @@ TEST_F(DatabaseCopy, QueryThatRunsKeepsItsRows) {
   Signal done;
   Child writer([&] {
     go.Await();
-    bool const written = Foreign(file_).Do("UPDATE status SET value='2'").empty();
+    const bool written = Foreign(file_).Do("UPDATE status SET value='2'").empty();
     done.Send();
     return written ? 0 : 1;
   });
@@ -139,11 +139,11 @@ TEST_F(DatabaseCopy, WritersThatComeAndGoNeverShowItAMix) {
     int cycle = 0;
     for (; cycle < 300 || stamps.size() < 20; ++cycle) {
       Open();  // a reader that stays keeps the log in place
-      std::string const failure = Thrown([&] {
-        Rows const rows = All();
+      const std::string failure = Thrown([&] {
+        const Rows rows = All();
         ASSERT_EQ(rows.size(), 501U) << "cycle " << cycle;
         ASSERT_TRUE(std::all_of(rows.begin(), rows.end(),
-                                [&](auto const& row) { return row.second == rows[0].second; }))
+                                [&](const auto& row) { return row.second == rows[0].second; }))
             << "cycle " << cycle;
         stamps.insert(rows[0].second);
       });
@@ -161,7 +161,7 @@ TEST_F(DatabaseCopy, WritersThatComeAndGoNeverShowItAMix) {
 TEST_F(DatabaseCopy, LeavesNoLockBehind) {
   Unprivileged([&] {
     Open();
-    int const descriptors = OpenDescriptors();
+    const int descriptors = OpenDescriptors();
     for (int i = 0; i < 3; ++i) {
       EXPECT_THAT(All(), ElementsAre(Pair("a", "1")));
     }
@@ -174,7 +174,7 @@ TEST_F(DatabaseCopy, FileThatStaysLockedIsToldAfterTwoSeconds) {
   Signal ready;
   Child writer([&] {
     Foreign foreign(file_);
-    std::string const failure = foreign.Do(
+    const std::string failure = foreign.Do(
         "PRAGMA locking_mode=EXCLUSIVE; PRAGMA journal_mode=DELETE; UPDATE status SET value='2'; "
         "PRAGMA journal_mode=WAL; BEGIN EXCLUSIVE; UPDATE status SET value='3'");
     unlink((file_ + "-wal").c_str());
@@ -185,7 +185,7 @@ TEST_F(DatabaseCopy, FileThatStaysLockedIsToldAfterTwoSeconds) {
   ready.Await();
   Unprivileged([&] {
     Open();
-    double const seconds =
+    const double seconds =
         Seconds([&] { EXPECT_EQ(Thrown([&] { All(); }), "5:database is locked"); });
     EXPECT_GT(seconds, 1.5);
   });
@@ -195,7 +195,7 @@ TEST_F(DatabaseCopy, LogWithoutItsIndexIsToldWithWhatToDo) {
   {
     Child writer([&]() -> int {
       Foreign foreign(file_);
-      bool const written = foreign.Do("UPDATE status SET value='2'").empty();
+      const bool written = foreign.Do("UPDATE status SET value='2'").empty();
       unlink((file_ + "-shm").c_str());
       _exit(written ? 0 : 1);
     });
@@ -231,11 +231,11 @@ TEST_F(DatabaseCopy, DatabaseOfMoreThan64MegabytesIsToldWithWhatToDo) {
 }
 
 TEST_F(DatabaseCopy, FileThatIsNoDatabaseOrBrokenFailsAsItDoesOtherwise) {
-  for (std::string const expected :
+  for (const std::string expected :
        {"26:file is not a database", "11:database disk image is malformed"}) {
     SCOPED_TRACE(expected);
-    int const fd = open(file_.c_str(), O_WRONLY);
-    std::string const bytes = expected[0] == '2' ? "x" : std::string(4, '\xff');
+    const int fd = open(file_.c_str(), O_WRONLY);
+    const std::string bytes = expected[0] == '2' ? "x" : std::string(4, '\xff');
     ASSERT_EQ(pwrite(fd, bytes.data(), bytes.size(), expected[0] == '2' ? 0 : 100),
               static_cast<ssize_t>(bytes.size()));
     close(fd);
@@ -244,7 +244,7 @@ TEST_F(DatabaseCopy, FileThatIsNoDatabaseOrBrokenFailsAsItDoesOtherwise) {
       EXPECT_EQ(Thrown([&] { All(); }), expected);
       EXPECT_EQ(Thrown([&] { All(); }), expected);
     });
-    int const repaired = open(file_.c_str(), O_WRONLY);
+    const int repaired = open(file_.c_str(), O_WRONLY);
     ASSERT_EQ(pwrite(repaired, "S", 1, 0), 1);
     close(repaired);
   }

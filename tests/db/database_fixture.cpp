@@ -29,14 +29,14 @@ DatabaseTest::~DatabaseTest() {
 
 std::vector<std::string> DatabaseTest::Files() const {
   std::vector<std::string> names;
-  for (auto const& entry : fs::directory_iterator(dir_)) {
+  for (const auto& entry : fs::directory_iterator(dir_)) {
     names.push_back(entry.path().filename());
   }
   std::sort(names.begin(), names.end());
   return names;
 }
 
-Foreign::Foreign(std::string const& file) {
+Foreign::Foreign(const std::string& file) {
   if (sqlite3_open(file.c_str(), &db_) != SQLITE_OK) {
     throw std::runtime_error("cannot open " + file);
   }
@@ -45,17 +45,17 @@ Foreign::Foreign(std::string const& file) {
 
 Foreign::~Foreign() { sqlite3_close(db_); }
 
-std::string Foreign::Do(std::string const& sql) {
-  int const code = sqlite3_exec(db_, sql.c_str(), nullptr, nullptr, nullptr);
+std::string Foreign::Do(const std::string& sql) {
+  const int code = sqlite3_exec(db_, sql.c_str(), nullptr, nullptr, nullptr);
   return code == SQLITE_OK ? "" : std::to_string(code) + ":" + sqlite3_errmsg(db_);
 }
 
-std::string Foreign::Get(std::string const& sql) {
+std::string Foreign::Get(const std::string& sql) {
   sqlite3_stmt* stmt = nullptr;
   std::string text = "no row";
   if (sqlite3_prepare_v2(db_, sql.c_str(), -1, &stmt, nullptr) == SQLITE_OK &&
       sqlite3_step(stmt) == SQLITE_ROW && sqlite3_column_text(stmt, 0) != nullptr) {
-    text = reinterpret_cast<char const*>(sqlite3_column_text(stmt, 0));
+    text = reinterpret_cast<const char*>(sqlite3_column_text(stmt, 0));
   } else {
     ADD_FAILURE() << sql << ": " << sqlite3_errmsg(db_);
   }
@@ -63,7 +63,7 @@ std::string Foreign::Get(std::string const& sql) {
   return text;
 }
 
-void MakeForeign(std::string const& file, std::string const& sql) {
+void MakeForeign(const std::string& file, const std::string& sql) {
   ASSERT_EQ(Foreign(file).Do(sql), "");
 }
 
@@ -72,7 +72,7 @@ std::string Bytes(const std::string& file) {
   return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
 }
 
-Rows ReadRows(CSQLdatabase& database, char const* sql) {
+Rows ReadRows(CSQLdatabase& database, const char* sql) {
   Rows rows;
   CppSQLite3Statement statement = database.m_DB.compileStatement(sql);
   for (CppSQLite3Query query = statement.execQuery(); !query.eof(); query.nextRow()) {
@@ -82,27 +82,27 @@ Rows ReadRows(CSQLdatabase& database, char const* sql) {
   return rows;
 }
 
-std::string Thrown(std::function<void()> const& action) {
+std::string Thrown(const std::function<void()>& action) {
   try {
     action();
     return "";
-  } catch (CppSQLite3Exception const& failure) {
+  } catch (const CppSQLite3Exception& failure) {
     return std::to_string(failure.errorCode()) + ":" + failure.errorMessage();
   }
 }
 
-std::string Stderr(std::function<void()> const& action) {
+std::string Stderr(const std::function<void()>& action) {
   testing::internal::CaptureStderr();
   action();
   return testing::internal::GetCapturedStderr();
 }
 
-std::string Setting(CSQLdatabase& database, char const* sql) {
+std::string Setting(CSQLdatabase& database, const char* sql) {
   CppSQLite3Statement statement = database.m_DB.compileStatement(sql);
   return statement.execQuery().getStringField(0, "NULL");
 }
 
-Child::Child(std::function<int()> const& action) : pid_(fork()) {
+Child::Child(const std::function<int()>& action) : pid_(fork()) {
   if (pid_ == 0) {
     _exit(action());
   }
@@ -145,7 +145,7 @@ Signal::~Signal() {
 }
 
 void Signal::Send() const {
-  char const byte = 0;
+  const char byte = 0;
   if (write(ends_[1], &byte, 1) != 1) {
     throw std::runtime_error("pipe is closed");
   }
@@ -158,8 +158,8 @@ void Signal::Await() const {
   }
 }
 
-double Seconds(std::function<void()> const& action) {
-  auto const start = std::chrono::steady_clock::now();
+double Seconds(const std::function<void()>& action) {
+  const auto start = std::chrono::steady_clock::now();
   action();
   return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
 }

@@ -15,7 +15,7 @@
 #include "db/sql_database.h"
 
 constexpr unsigned short kNoMutex = 32768;
-constexpr char const* kSelect = "SELECT * FROM status ORDER BY address ASC;";
+constexpr const char* kSelect = "SELECT * FROM status ORDER BY address ASC;";
 
 using Rows = std::vector<std::pair<std::string, std::string>>;
 
@@ -35,45 +35,45 @@ class DatabaseTest : public testing::Test {
 // Another program at the same file: SQLite's own interface, no defences, no waiting.
 class Foreign {
  public:
-  explicit Foreign(std::string const& file);
-  Foreign(Foreign const&) = delete;
-  Foreign& operator=(Foreign const&) = delete;
+  explicit Foreign(const std::string& file);
+  Foreign(const Foreign&) = delete;
+  Foreign& operator=(const Foreign&) = delete;
   ~Foreign();
 
   // "" when done, else "code:message".
-  std::string Do(std::string const& sql);
+  std::string Do(const std::string& sql);
 
   // First column of the first row; fails the test when there is none.
-  std::string Get(std::string const& sql);
+  std::string Get(const std::string& sql);
 
  private:
   sqlite3* db_ = nullptr;
 };
 
 // Makes `file` a database with `sql`, in rollback mode.
-void MakeForeign(std::string const& file, std::string const& sql);
+void MakeForeign(const std::string& file, const std::string& sql);
 
 // What stands in a file.
 std::string Bytes(const std::string& file);
 
 // All rows of `sql` through the layer. Throws as the layer does.
-Rows ReadRows(CSQLdatabase& database, char const* sql = kSelect);
+Rows ReadRows(CSQLdatabase& database, const char* sql = kSelect);
 
 // "code:message" of the CppSQLite3Exception that `action` throws, "" when it throws none.
-std::string Thrown(std::function<void()> const& action);
+std::string Thrown(const std::function<void()>& action);
 
 // What `action` writes to standard error.
-std::string Stderr(std::function<void()> const& action);
+std::string Stderr(const std::function<void()>& action);
 
 // First column of the first row of `sql`, read through `database`.
-std::string Setting(CSQLdatabase& database, char const* sql);
+std::string Setting(CSQLdatabase& database, const char* sql);
 
 // A forked process that runs `action` and exits with its result; killed when this object goes.
 class Child {
  public:
-  explicit Child(std::function<int()> const& action);
-  Child(Child const&) = delete;
-  Child& operator=(Child const&) = delete;
+  explicit Child(const std::function<int()>& action);
+  Child(const Child&) = delete;
+  Child& operator=(const Child&) = delete;
   ~Child();
 
   void Kill();
@@ -92,8 +92,8 @@ bool BecomeUnprivileged();
 class Signal {
  public:
   Signal();
-  Signal(Signal const&) = delete;
-  Signal& operator=(Signal const&) = delete;
+  Signal(const Signal&) = delete;
+  Signal& operator=(const Signal&) = delete;
   ~Signal();
 
   void Send() const;
@@ -104,7 +104,7 @@ class Signal {
 };
 
 // Seconds that `action` takes.
-double Seconds(std::function<void()> const& action);
+double Seconds(const std::function<void()>& action);
 
 // Number of descriptors that this process has open.
 int OpenDescriptors();

@@ -12,7 +12,7 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr char const* kTable =
+constexpr const char* kTable =
     "PRAGMA page_size=4096; CREATE TABLE status(address TEXT PRIMARY KEY, value TEXT) WITHOUT "
     "ROWID; INSERT INTO status VALUES('a','1');";
 
@@ -27,13 +27,13 @@ std::string Number(std::uint32_t number) {
 // Beside the database `file` a journal as SQLite leaves it of a transaction that was broken off.
 // It has the first page as it is, and names `shared` as the file that all the journals of a
 // transaction over several databases name.
-void PutJournal(std::string const& file, std::string const& shared) {
+void PutJournal(const std::string& file, const std::string& shared) {
   constexpr std::size_t kPageSize = 4096;
   constexpr std::size_t kSectorSize = 512;
   constexpr std::uint32_t kPageOfLocks = 0x40000000 / kPageSize + 1;
-  std::string const magic = "\xd9\xd5\x05\xf9\x20\xa1\x63\xd7";
+  const std::string magic = "\xd9\xd5\x05\xf9\x20\xa1\x63\xd7";
   std::ifstream in(file, std::ios::binary);
-  std::string const bytes{std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
+  const std::string bytes{std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
   std::string header = magic + Number(1) + Number(0);
   header += Number(static_cast<std::uint32_t>(bytes.size() / kPageSize)) + Number(kSectorSize) +
             Number(kPageSize);
@@ -43,7 +43,7 @@ void PutJournal(std::string const& file, std::string const& shared) {
     page_sum += static_cast<unsigned char>(bytes[at]);
   }
   std::uint32_t name_sum = 0;
-  for (char const c : shared) {
+  for (const char c : shared) {
     name_sum += static_cast<unsigned char>(c);
   }
   std::ofstream(file + "-journal", std::ios::binary)
@@ -56,7 +56,7 @@ class HostileJournal : public DatabaseTest {
  protected:
   // What a host throws that may write, in a process of its own; the database was changed and a
   // journal put beside it.
-  void Open(std::string const& shared) {
+  void Open(const std::string& shared) {
     MakeForeign(file_, kTable);
     PutJournal(file_, shared);
     Child host([&] {
@@ -78,14 +78,14 @@ class HostileJournal : public DatabaseTest {
 
 // SQLite would delete it, whatever it is.
 TEST_F(HostileJournal, FileThatItNamesIsNotDeleted) {
-  std::string const precious = dir_ / "precious";
+  const std::string precious = dir_ / "precious";
   std::ofstream(precious) << "precious";
   Open(precious);
   EXPECT_TRUE(fs::exists(precious));
 }
 
 TEST_F(HostileJournal, PipeThatItNamesIsNotWaitedFor) {
-  std::string const pipe = dir_ / "pipe";
+  const std::string pipe = dir_ / "pipe";
   ASSERT_EQ(mkfifo(pipe.c_str(), 0666), 0);
   Open(pipe);
 }

@@ -14,24 +14,24 @@ namespace fs = std::filesystem;
 using testing::ElementsAre;
 using testing::Pair;
 
-constexpr char const* kTable =
+constexpr const char* kTable =
     "CREATE TABLE status(address TEXT PRIMARY KEY, value TEXT) WITHOUT ROWID;"
     "INSERT INTO status VALUES('a','1');";
 
 // Takes seconds within one function.
-constexpr char const* kSlow = "instr(hex(zeroblob(500000)), hex(zeroblob(250000)) || ''x'')";
+constexpr const char* kSlow = "instr(hex(zeroblob(500000)), hex(zeroblob(250000)) || ''x'')";
 
 class HostileSchema : public DatabaseTest {
  protected:
-  void Make(std::string const& sql) {
+  void Make(const std::string& sql) {
     MakeForeign(file_, sql);
     ASSERT_EQ(database_.OpenDatabaseReadOnly(file_.c_str(), kNoMutex), 0);
   }
 
   // "" or what reading fails with, which must come at once.
   std::string Read() {
-    std::clock_t const start = std::clock();
-    std::string const failure =
+    const std::clock_t start = std::clock();
+    const std::string failure =
         Thrown([&] { EXPECT_THAT(ReadRows(database_), ElementsAre(Pair("a", "1"))); });
     EXPECT_LT(std::clock() - start, 2 * CLOCKS_PER_SEC);
     return failure;
@@ -51,7 +51,7 @@ TEST_F(HostileSchema, StatisticsAreNotRead) {
        "sql='CREATE TABLE sqlite_stat1(tbl, idx AS (" +
        kSlow + "), stat, spare, more)' WHERE name='statistics'");
   EXPECT_EQ(Read(), "");
-  std::clock_t const start = std::clock();
+  const std::clock_t start = std::clock();
   EXPECT_EQ(database_.OpenDatabaseWrite(file_.c_str(), kNoMutex, 0), 0);
   EXPECT_LT(std::clock() - start, 2 * CLOCKS_PER_SEC);
   EXPECT_EQ(Read(), "");
@@ -64,7 +64,7 @@ TEST_F(HostileSchema, DatabaseThatWasAnalyzedIsRead) {
 
 // Virtual tables read their settings when a statement is compiled.
 TEST_F(HostileSchema, VirtualTableIsRefusedBeforeItIsAsked) {
-  for (char const* name : {"status", "f"}) {
+  for (const char* name : {"status", "f"}) {
     SCOPED_TRACE(name);
     fs::remove(file_);
     Make(std::string("CREATE VIRTUAL TABLE ") + name +
@@ -80,7 +80,7 @@ TEST_F(HostileSchema, VirtualTableIsRefusedBeforeItIsAsked) {
 
 // An index may be told to be one of the schema, which it need not agree with.
 TEST_F(HostileSchema, IndexOfTheSchemaHidesNoView) {
-  for (char const* columns : {"type", kSlow}) {
+  for (const char* columns : {"type", kSlow}) {
     SCOPED_TRACE(columns);
     fs::remove(file_);
     Make(
@@ -91,9 +91,9 @@ TEST_F(HostileSchema, IndexOfTheSchemaHidesNoView) {
         "UPDATE sqlite_schema SET tbl_name='sqlite_master', "
         "sql='CREATE INDEX i ON sqlite_master(" +
         std::string(columns) + ")' WHERE name='i'");
-    std::string const refused = "1:index i is on sqlite_master";
+    const std::string refused = "1:index i is on sqlite_master";
     EXPECT_EQ(Read(), refused);
-    std::clock_t const start = std::clock();
+    const std::clock_t start = std::clock();
     EXPECT_EQ(Stderr([&] {
                 database_.OpenDatabaseWrite(file_.c_str(), kNoMutex, 0);
                 database_.CreateTable("s", 1);
@@ -109,7 +109,7 @@ TEST_F(HostileSchema, ViewsThatDifferInSignsOnlyAreNested) {
   std::string sql = "CREATE VIEW \"status \" AS SELECT 1 AS address, 2 AS value;";
   std::string last = "status ";
   for (int i = 0; i < 20; ++i) {
-    std::string const next = last + "!";
+    const std::string next = last + "!";
     sql +=
         "CREATE VIEW \"" + next + "\" AS SELECT a.* FROM \"" + last + "\" a, \"" + last + "\" b;";
     last = next;
@@ -124,8 +124,8 @@ TEST_F(HostileSchema, CacheIsNotAsLargeAsTheFileSays) {
       "CREATE TABLE status(address, value); PRAGMA default_cache_size=1000000;"
       "WITH RECURSIVE c(x) AS (SELECT 1 UNION ALL SELECT x+1 FROM c LIMIT 100000) "
       "INSERT INTO status SELECT 'k', hex(zeroblob(200)) FROM c");
-  long const before = sqlite3_memory_used();
-  for (char const* sql : {"SELECT * FROM status", "SELECT value, address FROM status"}) {
+  const long before = sqlite3_memory_used();
+  for (const char* sql : {"SELECT * FROM status", "SELECT value, address FROM status"}) {
     EXPECT_EQ(ReadRows(database_, sql).size(), 100'000U);
     EXPECT_LT(sqlite3_memory_used() - before, 8 << 20);
   }
@@ -139,7 +139,7 @@ TEST_F(HostileSchema, ViewsOfOthersTakeNoMemory) {
        "hex(zeroblob(15000))||'*/ AS SELECT 1' FROM c");
   interposed::Allocations& allocations = interposed::g_allocations;
   allocations.MostBytes = allocations.Bytes;
-  std::size_t const before = allocations.Bytes;
+  const std::size_t before = allocations.Bytes;
   EXPECT_EQ(Read(), "");
   EXPECT_LT(allocations.MostBytes - before, 1U << 20);
 }

@@ -20,17 +20,17 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr char const* kCantOpen = "14:unable to open database file";
-constexpr char const* kInterrupted =
+constexpr const char* kCantOpen = "14:unable to open database file";
+constexpr const char* kInterrupted =
     "9:interrupted after 100000000 steps, 10 seconds or 128 MiB: table or view too large";
-constexpr char const* kTooBig =
+constexpr const char* kTooBig =
     "18:string or blob too big: a value or row has more than 1048576 bytes";
-constexpr char const* kTable =
+constexpr const char* kTable =
     "CREATE TABLE status(address TEXT PRIMARY KEY, value TEXT) WITHOUT ROWID;"
     "INSERT INTO status VALUES('a','1');";
 
 // More rows than there is time for: 1000 to the power of four.
-constexpr char const* kEndless =
+constexpr const char* kEndless =
     "CREATE TABLE t(x);"
     "WITH RECURSIVE c(x) AS (SELECT 1 UNION ALL SELECT x+1 FROM c LIMIT 1000) "
     "INSERT INTO t SELECT x FROM c;"
@@ -38,13 +38,13 @@ constexpr char const* kEndless =
 
 class Hostile : public DatabaseTest {
  protected:
-  void Make(std::string const& sql) {
+  void Make(const std::string& sql) {
     MakeForeign(file_, sql);
     ASSERT_EQ(database_.OpenDatabaseReadOnly(file_.c_str(), kNoMutex), 0);
   }
 
   // Number of rows that the layer reads of `sql`.
-  long Count(char const* sql = kSelect) {
+  long Count(const char* sql = kSelect) {
     CppSQLite3Statement statement = database_.m_DB.compileStatement(sql);
     long rows = 0;
     for (CppSQLite3Query query = statement.execQuery(); !query.eof(); query.nextRow()) {
@@ -58,8 +58,8 @@ class Hostile : public DatabaseTest {
 };
 
 // Seconds of processor time that `action` takes.
-double WorkSeconds(std::function<void()> const& action) {
-  std::clock_t const start = std::clock();
+double WorkSeconds(const std::function<void()>& action) {
+  const std::clock_t start = std::clock();
   action();
   return static_cast<double>(std::clock() - start) / CLOCKS_PER_SEC;
 }
@@ -69,7 +69,7 @@ std::string Numbers(int count) {
          std::to_string(count) + ") ";
 }
 
-std::string Times(int count, std::string const& text) {
+std::string Times(int count, const std::string& text) {
   std::string all;
   for (int i = 0; i < count; ++i) {
     all += text;
@@ -77,16 +77,16 @@ std::string Times(int count, std::string const& text) {
   return all;
 }
 
-void MakeSocket(std::string const& path) {
-  int const fd = socket(AF_UNIX, SOCK_STREAM, 0);
+void MakeSocket(const std::string& path) {
+  const int fd = socket(AF_UNIX, SOCK_STREAM, 0);
   sockaddr_un address{};
   address.sun_family = AF_UNIX;
   path.copy(address.sun_path, sizeof address.sun_path - 1);
-  EXPECT_EQ(bind(fd, reinterpret_cast<sockaddr const*>(&address), sizeof address), 0) << path;
+  EXPECT_EQ(bind(fd, reinterpret_cast<const sockaddr*>(&address), sizeof address), 0) << path;
   close(fd);
 }
 
-std::string NotRegular(std::string const& name) {
+std::string NotRegular(const std::string& name) {
   return "14:" + name + " is not a regular file and belongs to user " + std::to_string(geteuid()) +
          ": remove it while no program has the database open";
 }
@@ -99,16 +99,16 @@ class OpenedFiles {
     open_ = vfs_->xGetSystemCall(vfs_, "open");
     vfs_->xSetSystemCall(vfs_, "open", reinterpret_cast<sqlite3_syscall_ptr>(&Note));
   }
-  OpenedFiles(OpenedFiles const&) = delete;
-  OpenedFiles& operator=(OpenedFiles const&) = delete;
+  OpenedFiles(const OpenedFiles&) = delete;
+  OpenedFiles& operator=(const OpenedFiles&) = delete;
   ~OpenedFiles() { vfs_->xSetSystemCall(vfs_, "open", open_); }
 
-  static std::vector<std::string> const& Names() { return names_; }
+  static const std::vector<std::string>& Names() { return names_; }
 
  private:
-  using Open = int (*)(char const*, int, int);
+  using Open = int (*)(const char*, int, int);
 
-  static int Note(char const* name, int flags, int mode) {
+  static int Note(const char* name, int flags, int mode) {
     names_.emplace_back(name);
     return reinterpret_cast<Open>(open_)(name, flags, mode);
   }
@@ -119,28 +119,28 @@ class OpenedFiles {
 };
 
 struct OddFile {
-  char const* name;
-  std::function<void(std::string const&)> make;
+  const char* name;
+  std::function<void(const std::string&)> make;
 };
 
-OddFile const kOddFiles[] = {
-    {"pipe", [](std::string const& path) { EXPECT_EQ(mkfifo(path.c_str(), 0666), 0); }},
-    {"folder", [](std::string const& path) { EXPECT_TRUE(fs::create_directory(path)); }},
-    {"socket", [](std::string const& path) { MakeSocket(path); }},
+const OddFile kOddFiles[] = {
+    {"pipe", [](const std::string& path) { EXPECT_EQ(mkfifo(path.c_str(), 0666), 0); }},
+    {"folder", [](const std::string& path) { EXPECT_TRUE(fs::create_directory(path)); }},
+    {"socket", [](const std::string& path) { MakeSocket(path); }},
     {"link to a file",
-     [](std::string const& path) {
+     [](const std::string& path) {
        std::ofstream(path + ".target") << "precious";
        fs::create_symlink(path + ".target", path);
      }},
     {"link to nothing",
-     [](std::string const& path) { fs::create_symlink(path + ".target", path); }},
+     [](const std::string& path) { fs::create_symlink(path + ".target", path); }},
 };
 
 }  // namespace
 
 TEST_F(Hostile, NothingButARegularFileIsOpened) {
-  for (OddFile const& odd : kOddFiles) {
-    for (char const* suffix : {"", "-journal", "-wal", "-shm"}) {
+  for (const OddFile& odd : kOddFiles) {
+    for (const char* suffix : {"", "-journal", "-wal", "-shm"}) {
       SCOPED_TRACE(testing::Message() << odd.name << " as " << suffix);
       if (*suffix != '\0') {
         MakeForeign(file_, kTable);
@@ -148,7 +148,7 @@ TEST_F(Hostile, NothingButARegularFileIsOpened) {
       odd.make(file_ + suffix);
       int read = -1;
       int write = -1;
-      std::string const refusal = *suffix == '\0' ? kCantOpen : NotRegular(file_ + suffix);
+      const std::string refusal = *suffix == '\0' ? kCantOpen : NotRegular(file_ + suffix);
       EXPECT_LT(Seconds([&] {
                   EXPECT_EQ(Stderr([&] {
                               read = database_.OpenDatabaseReadOnly(file_.c_str(), kNoMutex);
@@ -159,9 +159,9 @@ TEST_F(Hostile, NothingButARegularFileIsOpened) {
                 1.0);
       EXPECT_EQ(read, 14);
       EXPECT_EQ(write, 14);
-      std::string const target = file_ + suffix + ".target";
+      const std::string target = file_ + suffix + ".target";
       EXPECT_TRUE(!fs::exists(target) || fs::file_size(target) == 8) << "the target was touched";
-      for (auto const& name : Files()) {
+      for (const auto& name : Files()) {
         fs::remove(dir_ / name);
       }
     }
@@ -172,18 +172,18 @@ TEST_F(Hostile, LinkInThePathIsNotFollowed) {
   fs::create_directory(dir_ / "real");
   MakeForeign(dir_ / "real" / "status.db", kTable);
   fs::create_directory_symlink(dir_ / "real", dir_ / "link");
-  std::string const linked = dir_ / "link" / "status.db";
+  const std::string linked = dir_ / "link" / "status.db";
   EXPECT_EQ(Stderr([&] { database_.OpenDatabaseReadOnly(linked.c_str(), kNoMutex); }),
             std::string(kCantOpen) + "\n");
 }
 
 // SQLite opens a journal that it finds for reading, which on a pipe used to wait for ever.
 TEST_F(Hostile, OddJournalThatComesAfterOpeningIsRefusedBeforeReading) {
-  for (OddFile const& odd : kOddFiles) {
+  for (const OddFile& odd : kOddFiles) {
     SCOPED_TRACE(odd.name);
     fs::remove(file_);
     Make(kTable);
-    std::string const journal = file_ + "-journal";
+    const std::string journal = file_ + "-journal";
     fs::remove(journal);
     odd.make(journal);
     EXPECT_LT(Seconds([&] { EXPECT_EQ(Thrown([&] { Count(); }), NotRegular(journal)); }), 1.0);
@@ -227,17 +227,17 @@ TEST_F(Hostile, RowsOfAMegabyteEachEndByTheClock) {
       "INSERT INTO t SELECT x FROM c;"
       "CREATE VIEW status AS SELECT a.x AS address, value FROM t a, t b, t c, big "
       "WHERE value || a.x || b.x || c.x = ''");
-  double const seconds =
+  const double seconds =
       WorkSeconds([&] { EXPECT_EQ(Thrown([&] { Count("SELECT * FROM status"); }), kInterrupted); });
   EXPECT_GT(seconds, 8.5);
   EXPECT_LT(seconds, 20.0);
 }
 
 TEST_F(Hostile, BudgetIsFarAboveAnyRealTable) {
-  std::string const fill =
+  const std::string fill =
       "WITH RECURSIVE c(x) AS (SELECT 1 UNION ALL SELECT x+1 FROM c LIMIT 100000) "
       "INSERT INTO status SELECT 'key'||x, 'value'||x FROM c;";
-  for (char const* create : {"CREATE TABLE status(address TEXT PRIMARY KEY, value) WITHOUT ROWID;",
+  for (const char* create : {"CREATE TABLE status(address TEXT PRIMARY KEY, value) WITHOUT ROWID;",
                              "CREATE TABLE status(address TEXT, value);"}) {
     SCOPED_TRACE(create);
     fs::remove(file_);
@@ -254,18 +254,18 @@ TEST_F(Hostile, SortingAHundredThousandRowsOfFullLengthIsWithinTheBudget) {
       "CREATE TABLE status(address TEXT, value TEXT);"
       "WITH RECURSIVE c(x) AS (SELECT 1 UNION ALL SELECT x+1 FROM c LIMIT 100000) "
       "INSERT INTO status SELECT printf('%0127d', x), printf('%0511d', x) FROM c");
-  OpenedFiles const opened;
+  const OpenedFiles opened;
   EXPECT_EQ(Count(), 100'000);
   EXPECT_THAT(opened.Names(), testing::Each(testing::StartsWith(file_)));
 }
 
 // Such a view used to write 2.5 GB into temporary files in 4.5 seconds.
 TEST_F(Hostile, SortingWritesNoFileAndEndsWhereItTakesTooMuchMemory) {
-  std::string const fill =
+  const std::string fill =
       "CREATE TABLE t(x); WITH RECURSIVE c(x) AS (SELECT 1 UNION ALL SELECT x+1 FROM c LIMIT 2000) "
       "INSERT INTO t SELECT printf('%0400d', x) FROM c;"
       "CREATE TABLE big(value); INSERT INTO big VALUES(zeroblob(1000000));";
-  for (char const* select : {
+  for (const char* select : {
            "SELECT a.x AS address, b.x AS value FROM t a, t b",
            "SELECT a.x AS address, value || '' AS value FROM t a, t b, big",
            "SELECT a.x AS address, b.x AS value FROM t a, t b UNION SELECT 1, 2",
@@ -274,8 +274,8 @@ TEST_F(Hostile, SortingWritesNoFileAndEndsWhereItTakesTooMuchMemory) {
     SCOPED_TRACE(select);
     fs::remove(file_);
     Make(fill + "CREATE VIEW status AS " + select);
-    OpenedFiles const opened;
-    sqlite3_int64 const before = sqlite3_memory_used();
+    const OpenedFiles opened;
+    const sqlite3_int64 before = sqlite3_memory_used();
     sqlite3_memory_highwater(1);
     EXPECT_EQ(Thrown([&] { Count(); }), kInterrupted);
     // Up to a hundred steps of a megabyte each may come between two looks.
@@ -295,7 +295,7 @@ TEST_F(Hostile, PausesOfTheHostAreNotCounted) {
       "INSERT INTO status SELECT 'key'||x, 'value'||x FROM c;");
   constexpr int kHour = 3600;
   struct {
-    char const* pause;
+    const char* pause;
     int gain;  // of the coarse clock, within SQLite
     int row;   // that a row lasts outside
     int work;  // how much of that the thread works
@@ -306,7 +306,7 @@ TEST_F(Hostile, PausesOfTheHostAreNotCounted) {
       {"worked in a handler", 0, kHour, kHour, 0},
       {"worked before the run", 0, 0, 0, kHour},
   };
-  for (auto const& one : cases) {
+  for (const auto& one : cases) {
     SCOPED_TRACE(one.pause);
     int rows = 0;
     CppSQLite3Statement statement = database_.m_DB.compileStatement("SELECT * FROM status");
@@ -397,7 +397,7 @@ TEST_F(Hostile, RowLongerThanAMegabyteIsAnErrorAndAShorterOneIsNot) {
 TEST_F(Hostile, DefencesAreUp) {
   MakeForeign(file_, kTable);
   ASSERT_EQ(database_.OpenDatabaseWrite(file_.c_str(), kNoMutex, 0), 0);
-  std::string const library = dir_ / "evil.so";
+  const std::string library = dir_ / "evil.so";
   struct {
     std::string sql;
     std::string failure;
@@ -416,7 +416,7 @@ TEST_F(Hostile, DefencesAreUp) {
       {"VALUES(1)" + Times(16'000, ",(1)"), "7:out of memory"},
   };
   EXPECT_EQ(Thrown([&] { Count("PRAGMA writable_schema=ON"); }), "");
-  for (auto const& row : rows) {
+  for (const auto& row : rows) {
     SCOPED_TRACE(row.sql.substr(0, 80));
     EXPECT_EQ(Thrown([&] { Count(row.sql.c_str()); }), row.failure);
   }
@@ -436,7 +436,7 @@ TEST_F(Hostile, BrokenFilesGiveRowsOrAFailureAndNoHang) {
                          "WITH RECURSIVE c(x) AS (SELECT 1 UNION ALL SELECT x+1 FROM c LIMIT 300) "
                          "INSERT INTO status SELECT 'key'||x, 'value'||x FROM c");
   std::ifstream in(file_, std::ios::binary);
-  std::string const good{std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
+  const std::string good{std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
   std::mt19937 random(20240229);
   int failures = 0;
   for (int i = 0; i < 1000; ++i) {
@@ -449,7 +449,7 @@ TEST_F(Hostile, BrokenFilesGiveRowsOrAFailureAndNoHang) {
     }
     std::ofstream(file_, std::ios::binary) << bytes;
     ASSERT_EQ(database_.OpenDatabaseReadOnly(file_.c_str(), kNoMutex), 0) << "file " << i;
-    std::string const failure = Thrown([&] { Count(); });
+    const std::string failure = Thrown([&] { Count(); });
     EXPECT_NE(failure.substr(0, 2), "0:") << "file " << i;
     failures += failure.empty() ? 0 : 1;
   }
@@ -464,14 +464,14 @@ TEST_F(Hostile, BrokenFileThatWasToldOnceIsToldEveryTime) {
                          "WITH RECURSIVE c(x) AS (SELECT 1 UNION ALL SELECT x+1 FROM c LIMIT 40) "
                          "INSERT INTO status SELECT 'key'||x, 'value'||x FROM c");
   std::ifstream in(file_, std::ios::binary);
-  std::string const good{std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
+  const std::string good{std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
   int failures = 0;
   for (std::size_t at = 100; at < good.size(); at += 4) {
     std::string bytes = good;
     bytes[at] = '\xff';
     std::ofstream(file_, std::ios::binary) << bytes;
     ASSERT_EQ(database_.OpenDatabaseReadOnly(file_.c_str(), kNoMutex), 0) << "byte " << at;
-    std::string const failure = Thrown([&] { Count(); });
+    const std::string failure = Thrown([&] { Count(); });
     EXPECT_EQ(Thrown([&] { Count(); }), failure) << "byte " << at;
     failures += failure.empty() ? 0 : 1;
   }

@@ -12,15 +12,15 @@
 // this kind wait, and what was there comes back.
 class KernelSetting {
  public:
-  KernelSetting(std::string const& name, int value)
+  KernelSetting(const std::string& name, int value)
       : fd_(open(("/proc/sys/" + name).c_str(), O_RDWR | O_CLOEXEC)) {
     if (fd_ != -1 && flock(fd_, LOCK_EX) == 0) {
       before_ = Get();
       set_ = before_ == value || Put(value);
     }
   }
-  KernelSetting(KernelSetting const&) = delete;
-  KernelSetting& operator=(KernelSetting const&) = delete;
+  KernelSetting(const KernelSetting&) = delete;
+  KernelSetting& operator=(const KernelSetting&) = delete;
   ~KernelSetting() {
     if (fd_ != -1) {
       if (set_) {
@@ -40,7 +40,7 @@ class KernelSetting {
   }
 
   bool Put(int value) const {
-    std::string const text = std::to_string(value);
+    const std::string text = std::to_string(value);
     return pwrite(fd_, text.data(), text.size(), 0) == static_cast<ssize_t>(text.size()) &&
            Get() == value;
   }

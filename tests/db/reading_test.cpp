@@ -13,16 +13,16 @@ using testing::IsEmpty;
 using testing::Pair;
 using testing::StartsWith;
 
-constexpr char const* kRow = "INSERT INTO status VALUES('a','1');";
-constexpr char const* kTable =
+constexpr const char* kRow = "INSERT INTO status VALUES('a','1');";
+constexpr const char* kTable =
     "CREATE TABLE status(address TEXT PRIMARY KEY, value TEXT) WITHOUT ROWID;"
     "INSERT INTO status VALUES('a','1');";
-constexpr char const* kOther = "CREATE TABLE t(x, y); INSERT INTO t VALUES('a','1');";
+constexpr const char* kOther = "CREATE TABLE t(x, y); INSERT INTO t VALUES('a','1');";
 
 class Reading : public DatabaseTest {
  protected:
   // Makes the file anew and opens it.
-  void Make(std::string const& sql) {
+  void Make(const std::string& sql) {
     database_.CloseDatabase();
     std::filesystem::remove(file_);
     MakeForeign(file_, sql);
@@ -30,9 +30,9 @@ class Reading : public DatabaseTest {
   }
 
   // What reading throws, which must come at once and leave no lock.
-  std::string Refusal(char const* sql = kSelect) {
+  std::string Refusal(const char* sql = kSelect) {
     std::string failure;
-    std::clock_t const start = std::clock();
+    const std::clock_t start = std::clock();
     failure = Thrown([&] { ReadRows(database_, sql); });
     EXPECT_LT(std::clock() - start, 2 * CLOCKS_PER_SEC);
     EXPECT_EQ(Foreign(file_).Do("BEGIN EXCLUSIVE; COMMIT"), "") << "a lock is left";
@@ -42,10 +42,10 @@ class Reading : public DatabaseTest {
   CSQLdatabase database_;
 };
 
-std::string View(std::string const& select) { return "CREATE VIEW status AS " + select + ";"; }
+std::string View(const std::string& select) { return "CREATE VIEW status AS " + select + ";"; }
 
 // The numbers from `first` up to `end`, which is left out, each after `before`.
-std::string Numbered(int first, int end, std::string const& before) {
+std::string Numbered(int first, int end, const std::string& before) {
   std::string all;
   for (int i = first; i < end; ++i) {
     all += before + std::to_string(i);
@@ -54,7 +54,7 @@ std::string Numbered(int first, int end, std::string const& before) {
 }
 
 // Views v0 to v19, each made of the one before in place of %.
-std::string Nested(std::string const& form) {
+std::string Nested(const std::string& form) {
   std::string sql = "CREATE VIEW v0 AS SELECT 1 AS address, 2 AS value;";
   for (int i = 1; i < 20; ++i) {
     std::string body = form;
@@ -69,7 +69,7 @@ std::string Nested(std::string const& form) {
 }  // namespace
 
 TEST_F(Reading, OrdinaryTablesAndViewsAreRead) {
-  for (std::string const& sql : {
+  for (const std::string& sql : {
            std::string(kTable),
            std::string("CREATE TABLE status(address TEXT PRIMARY KEY, value TEXT);") + kRow,
            std::string("CREATE TABLE status(address, value);") + kRow,
@@ -145,7 +145,7 @@ TEST_F(Reading, ViewThatHasNoBoundIsRefusedAtOnce) {
       {View("SELECT x AS address, '" + std::string(4096, 'v') + "' AS value FROM t"),
        "1:view status is longer than 4096 bytes"},
   };
-  for (auto const& one : cases) {
+  for (const auto& one : cases) {
     SCOPED_TRACE(one.sql.substr(0, 100));
     Make(kOther + one.sql);
     EXPECT_THAT(Refusal(), StartsWith(one.failure));
@@ -155,7 +155,7 @@ TEST_F(Reading, ViewThatHasNoBoundIsRefusedAtOnce) {
 
 // Each used to fail every cycle: "malformed database schema".
 TEST_F(Reading, TablesAndViewsOfOthersMayBeLargerThanWhatIsRead) {
-  for (std::string const& sql : {
+  for (const std::string& sql : {
            "CREATE TABLE wide(c0" + Numbered(1, 101, ", c") + ");",
            "CREATE TABLE wide(c0" + Numbered(1, 2000, ", c") + ");",
            "CREATE TABLE checked(x, CHECK(x = 0" + Numbered(1, 500, " OR x = ") + "));",
@@ -195,16 +195,16 @@ TEST_F(Reading, EveryFunctionOfSqliteIsRefusedInAView) {
   }
   ASSERT_GT(names.size(), 100U);
   std::set<std::string> read;
-  for (std::string const& name : names) {
+  for (const std::string& name : names) {
     bool refused = false;
     bool compiles = false;
-    for (char const* arguments : {"()", "(x)", "(x,y)", "(x,0.5)", "(x,y,x)", "(x,y,x,y)"}) {
-      for (char const* window : {"", " OVER (ORDER BY x)"}) {
-        std::string const call = '"' + name + '"' + arguments + window;
+    for (const char* arguments : {"()", "(x)", "(x,y)", "(x,0.5)", "(x,y,x)", "(x,y,x,y)"}) {
+      for (const char* window : {"", " OVER (ORDER BY x)"}) {
+        const std::string call = '"' + name + '"' + arguments + window;
         Make(kOther + View("SELECT " + call + " AS address, 1 AS value FROM t"));
         if (Foreign(file_).Do("EXPLAIN SELECT * FROM status").empty()) {
           compiles = true;
-          std::string const failure = Refusal();
+          const std::string failure = Refusal();
           refused |= failure.rfind("1:table or view calls function ", 0) == 0 ||
                      failure.rfind("1:unsafe use of ", 0) == 0;
         }
@@ -222,13 +222,13 @@ TEST_F(Reading, EveryFunctionOfSqliteIsRefusedInAView) {
 // SQLite compiles for the schema of the cycle before, and compiles again in the first step.
 TEST_F(Reading, SchemaThatChangesBetweenCyclesIsFollowed) {
   struct Schema {
-    char const* name;
+    const char* name;
     std::string sql;
     std::string failure;
   };
-  std::string const drop_table = "DROP TABLE IF EXISTS status;";
-  std::string const drop_view = "DROP VIEW IF EXISTS status;";
-  Schema const schemas[] = {
+  const std::string drop_table = "DROP TABLE IF EXISTS status;";
+  const std::string drop_view = "DROP VIEW IF EXISTS status;";
+  const Schema schemas[] = {
       {"table", kTable, ""},
       {"view with a function", View("SELECT hex(x) AS address, y AS value FROM t"),
        "1:table or view calls function hex"},
@@ -246,14 +246,14 @@ TEST_F(Reading, SchemaThatChangesBetweenCyclesIsFollowed) {
        "1:table or view calls function hex"},
       {"no table", "", "1:no such table: status"},
   };
-  for (bool const write_ahead : {false, true}) {
+  for (const bool write_ahead : {false, true}) {
     Make(kOther);
     Foreign other(file_);
     ASSERT_EQ(other.Do(write_ahead ? "PRAGMA journal_mode=WAL" : "PRAGMA journal_mode=DELETE"), "");
     ASSERT_EQ(other.Do(kTable), "");
     CppSQLite3Statement kept = database_.m_DB.compileStatement(kSelect);
-    char const* before = "table";
-    auto const check = [&](Schema const& schema) {
+    const char* before = "table";
+    const auto check = [&](const Schema& schema) {
       SCOPED_TRACE(testing::Message() << before << " became " << schema.name);
       EXPECT_EQ(Refusal(), schema.failure);
       EXPECT_EQ(Refusal(), schema.failure) << "the second time";
@@ -266,10 +266,10 @@ TEST_F(Reading, SchemaThatChangesBetweenCyclesIsFollowed) {
       EXPECT_EQ(other.Do("BEGIN EXCLUSIVE; COMMIT"), "") << "a lock is left";
       before = schema.name;
     };
-    for (Schema const& first : schemas) {
-      for (Schema const& second : schemas) {
-        for (Schema const* schema : {&first, &second}) {
-          bool const view = other.Get(
+    for (const Schema& first : schemas) {
+      for (const Schema& second : schemas) {
+        for (const Schema* schema : {&first, &second}) {
+          const bool view = other.Get(
                                 "SELECT count(*) FROM sqlite_schema WHERE type='view' AND "
                                 "name='status'") == "1";
           ASSERT_EQ(other.Do((view ? drop_view : drop_table) + schema->sql), "");
@@ -342,7 +342,7 @@ TEST_F(Reading, CollationOfTheWritersOwnFails) {
 
 TEST_F(Reading, StatementThatIsKeptHoldsNoLock) {
   Make(kTable);
-  CppSQLite3Statement const kept = database_.m_DB.compileStatement(kSelect);
+  const CppSQLite3Statement kept = database_.m_DB.compileStatement(kSelect);
   EXPECT_EQ(Foreign(file_).Do("BEGIN EXCLUSIVE; COMMIT"), "");
 }
 

@@ -16,7 +16,7 @@ using testing::Pair;
 
 namespace fs = std::filesystem;
 
-constexpr char const* kTable =
+constexpr const char* kTable =
     "CREATE TABLE status(address TEXT PRIMARY KEY, value TEXT) WITHOUT ROWID;"
     "INSERT INTO status VALUES('a','1');";
 
@@ -32,14 +32,14 @@ class SharingLimits : public DatabaseTest {
 };
 
 bool Thorough() {
-  char const* const wanted = std::getenv("STATUS_LONG");
+  const char* const wanted = std::getenv("STATUS_LONG");
   return wanted != nullptr && std::string_view(wanted) == "1";
 }
 
 }  // namespace
 
 TEST_F(SharingLimits, ProgramThatLocksTheDatabaseForItselfFailsReadersInEveryMode) {
-  for (bool const write_ahead : {false, true}) {
+  for (const bool write_ahead : {false, true}) {
     SCOPED_TRACE(write_ahead);
     Make(write_ahead);
     Foreign other(file_);
@@ -51,7 +51,7 @@ TEST_F(SharingLimits, ProgramThatLocksTheDatabaseForItselfFailsReadersInEveryMod
     ASSERT_EQ(other.Do("PRAGMA locking_mode=NORMAL; UPDATE status SET value='3'"), "");
     EXPECT_THAT(ReadRows(reader_), ElementsAre(Pair("a", "3")));
     reader_.CloseDatabase();
-    for (auto const& name : Files()) {
+    for (const auto& name : Files()) {
       fs::remove(dir_ / name);
     }
   }
@@ -60,14 +60,14 @@ TEST_F(SharingLimits, ProgramThatLocksTheDatabaseForItselfFailsReadersInEveryMod
 // SQLite tells a change by the counter in the file, which is the same in both.
 TEST_F(SharingLimits, FileThatIsOverwrittenInPlaceIsNotNoticed) {
   Make(false);
-  std::string const other = file_ + "2";
+  const std::string other = file_ + "2";
   MakeForeign(other, kTable);
   ASSERT_EQ(Foreign(file_).Do("UPDATE status SET value='first'"), "");
   ASSERT_EQ(Foreign(other).Do("UPDATE status SET value='other'"), "");
   ASSERT_EQ(OpenReader(), 0);
   EXPECT_THAT(ReadRows(reader_), ElementsAre(Pair("a", "first")));
-  std::string const bytes = Bytes(other);
-  int const fd = open(file_.c_str(), O_WRONLY);
+  const std::string bytes = Bytes(other);
+  const int fd = open(file_.c_str(), O_WRONLY);
   ASSERT_EQ(pwrite(fd, bytes.data(), bytes.size(), 0), static_cast<ssize_t>(bytes.size()));
   EXPECT_THAT(ReadRows(reader_), ElementsAre(Pair("a", "first")));
   close(fd);
@@ -83,10 +83,10 @@ TEST_F(SharingLimits, BrokenIndexWhoseWriterNeverEndsIsGivenUpAfterTenSeconds) {
   Signal ready;
   Child writer([&] {
     Foreign foreign(file_);
-    bool const writing = foreign.Do("BEGIN IMMEDIATE; UPDATE status SET value='2'").empty();
-    int const index = open((file_ + "-shm").c_str(), O_WRONLY);
-    std::string const zeros(96, '\0');
-    bool const broken =
+    const bool writing = foreign.Do("BEGIN IMMEDIATE; UPDATE status SET value='2'").empty();
+    const int index = open((file_ + "-shm").c_str(), O_WRONLY);
+    const std::string zeros(96, '\0');
+    const bool broken =
         pwrite(index, zeros.data(), zeros.size(), 0) == static_cast<ssize_t>(zeros.size());
     ready.Send();
     pause();  // with the descriptor open: closing it would drop the locks
@@ -94,7 +94,7 @@ TEST_F(SharingLimits, BrokenIndexWhoseWriterNeverEndsIsGivenUpAfterTenSeconds) {
   });
   ready.Await();
   ASSERT_EQ(OpenReader(), 0);
-  double const seconds =
+  const double seconds =
       Seconds([&] { EXPECT_EQ(Thrown([&] { ReadRows(reader_); }), "15:locking protocol"); });
   EXPECT_GT(seconds, 5.0);
   EXPECT_LT(seconds, 60.0);
@@ -105,7 +105,7 @@ TEST_F(SharingLimits, DescriptorOfASecondConnectionStaysUntilTheFirstReleasesIts
   Make(true);
   ASSERT_EQ(OpenReader(), 0);
   ASSERT_EQ(ReadRows(reader_).size(), 1U);
-  int const before = OpenDescriptors();
+  const int before = OpenDescriptors();
   {
     CSQLdatabase second;
     ASSERT_EQ(second.OpenDatabaseReadOnly(file_.c_str(), kNoMutex), 0);

@@ -37,14 +37,14 @@ class Sharing : public DatabaseTest {
   // Reads as a user who may read the file and write nothing: "" or what is thrown.
   std::string ReadUnprivileged() {
     fs::permissions(dir_, fs::perms(0555));
-    for (auto const& name : Files()) {
+    for (const auto& name : Files()) {
       fs::permissions(dir_ / name, fs::perms(0444));
     }
     int ends[2];
     EXPECT_EQ(pipe(ends), 0);
     Child child([&] {
       CSQLdatabase reader;
-      std::string const result =
+      const std::string result =
           BecomeUnprivileged() && reader.OpenDatabaseReadOnly(file_.c_str(), kNoMutex) == 0
               ? Thrown([&] {
                   if (ReadRows(reader) != Rows{{"a", "1"}}) {
@@ -65,11 +65,11 @@ class Sharing : public DatabaseTest {
 };
 
 // Stamps all rows with a new number, again and again, in a transaction each.
-int Stamp(std::string const& file, int writer, std::chrono::microseconds pause) {
+int Stamp(const std::string& file, int writer, std::chrono::microseconds pause) {
   Foreign foreign(file);
   foreign.Do("PRAGMA busy_timeout=20000");
   for (int i = 0;; ++i) {
-    std::string const stamp = std::to_string(writer) + "_" + std::to_string(i);
+    const std::string stamp = std::to_string(writer) + "_" + std::to_string(i);
     if (foreign.Do("BEGIN IMMEDIATE; UPDATE status SET value='" + stamp + "'; COMMIT") != "") {
       return 1;
     }
@@ -77,13 +77,13 @@ int Stamp(std::string const& file, int writer, std::chrono::microseconds pause) 
   }
 }
 
-bool OneSnapshot(Rows const& rows) {
-  return rows.size() == 50 && std::all_of(rows.begin(), rows.end(), [&](auto const& row) {
+bool OneSnapshot(const Rows& rows) {
+  return rows.size() == 50 && std::all_of(rows.begin(), rows.end(), [&](const auto& row) {
            return row.second == rows.front().second;
          });
 }
 
-constexpr char const* kFiftyRows =
+constexpr const char* kFiftyRows =
     "WITH RECURSIVE c(x) AS (SELECT 1 UNION ALL SELECT x+1 FROM c LIMIT 50) "
     "INSERT INTO status SELECT 'k'||x, '0' FROM c";
 
@@ -175,7 +175,7 @@ TEST_F(Sharing, SwitchToWriteAheadModeWaitsForAWriterInRollbackMode) {
 TEST_F(Sharing, ManyProgramsMayOpenAndCreateAtTheSameTime) {
   for (int round = 0; round < 20; ++round) {
     SCOPED_TRACE(round);
-    std::string const file = dir_ / ("round" + std::to_string(round));
+    const std::string file = dir_ / ("round" + std::to_string(round));
     std::vector<std::unique_ptr<Child>> children;
     for (int i = 0; i < 8; ++i) {
       children.push_back(std::make_unique<Child>([&] {
@@ -184,7 +184,7 @@ TEST_F(Sharing, ManyProgramsMayOpenAndCreateAtTheSameTime) {
                database.CreateTable("status", 100) + database.CreateTrigger("status");
       }));
     }
-    for (auto const& child : children) {
+    for (const auto& child : children) {
       EXPECT_EQ(child->Wait(), 0);
     }
   }
@@ -209,7 +209,7 @@ TEST_F(Sharing, EndedQueryLetsTheLogBeEmptied) {
   ASSERT_EQ(OpenReader(), 0);
   CppSQLite3Statement statement = reader_.m_DB.compileStatement(kSelect);
   {
-    CppSQLite3Query const query = statement.execQuery();
+    const CppSQLite3Query query = statement.execQuery();
     EXPECT_EQ(writer.Get("PRAGMA wal_checkpoint(TRUNCATE)"), "1") << "the query holds no snapshot";
   }
   EXPECT_EQ(writer.Get("PRAGMA wal_checkpoint(TRUNCATE)"), "0");
@@ -223,7 +223,7 @@ TEST_F(Sharing, WritersAtFullSpeedNeverFailAReaderNorShowItAMix) {
   ASSERT_EQ(OpenReader(), 0);
   std::set<std::string> stamps;
   for (int cycle = 0; cycle < 500 || stamps.size() < 50; ++cycle) {
-    Rows const rows = ReadRows(reader_);
+    const Rows rows = ReadRows(reader_);
     ASSERT_TRUE(OneSnapshot(rows)) << "cycle " << cycle;
     stamps.insert(rows.front().second);
     ASSERT_LT(cycle, 1'000'000) << "the writers do not write";
@@ -236,8 +236,8 @@ TEST_F(Sharing, ForeignWriterInRollbackModeNeverShowsAMix) {
   ASSERT_EQ(OpenReader(), 0);
   std::set<std::string> stamps;
   for (int cycle = 0; cycle < 200 || stamps.size() < 20; ++cycle) {
-    std::string const failure = Thrown([&] {
-      Rows const rows = ReadRows(reader_);
+    const std::string failure = Thrown([&] {
+      const Rows rows = ReadRows(reader_);
       ASSERT_TRUE(OneSnapshot(rows)) << "cycle " << cycle;
       stamps.insert(rows.front().second);
     });
@@ -250,11 +250,11 @@ TEST_F(Sharing, WriterKilledInMidTransactionNeedsNoRepair) {
   MakeOwn();
   ASSERT_EQ(OpenReader(), 0);
   for (int round = 0; round < 25; ++round) {
-    std::string const mark = "<round " + std::to_string(round) + ">";
+    const std::string mark = "<round " + std::to_string(round) + ">";
     Signal ready;
     Child writer([&] {
       Foreign foreign(file_);
-      std::string const failure = foreign.Do(
+      const std::string failure = foreign.Do(
           "PRAGMA cache_spill=1; PRAGMA cache_size=2; BEGIN IMMEDIATE;"
           "WITH RECURSIVE c(x) AS (SELECT 1 UNION ALL SELECT x+1 FROM c LIMIT 2000) "
           "INSERT INTO status SELECT 'k'||x, '" +
@@ -281,7 +281,7 @@ TEST_F(Sharing, LockHeldByAnotherProgramIsWaitedForThenThrown) {
   ASSERT_EQ(OpenReader(), 0);
   Foreign writer(file_);
   ASSERT_EQ(writer.Do("BEGIN EXCLUSIVE"), "");
-  double const seconds =
+  const double seconds =
       Seconds([&] { EXPECT_EQ(Thrown([&] { ReadRows(reader_); }), "5:database is locked"); });
   EXPECT_GT(seconds, 1.5);
   EXPECT_LT(seconds, 8.0);
@@ -290,15 +290,15 @@ TEST_F(Sharing, LockHeldByAnotherProgramIsWaitedForThenThrown) {
 }
 
 TEST_F(Sharing, DeletedFileIsToldAndNotReadOn) {
-  for (bool const writes : {false, true}) {
+  for (const bool writes : {false, true}) {
     SCOPED_TRACE(writes);
     MakeOwn();
-    auto const open = [&] {
+    const auto open = [&] {
       return writes ? reader_.OpenDatabaseWrite(file_.c_str(), kNoMutex, 0) : OpenReader();
     };
     ASSERT_EQ(open(), 0);
     EXPECT_THAT(ReadRows(reader_), SizeIs(1));
-    for (auto const& name : Files()) {
+    for (const auto& name : Files()) {
       fs::remove(dir_ / name);
     }
     EXPECT_EQ(Thrown([&] { ReadRows(reader_); }), "14:database file was deleted or replaced");
@@ -307,7 +307,7 @@ TEST_F(Sharing, DeletedFileIsToldAndNotReadOn) {
     ASSERT_EQ(open(), 0);
     EXPECT_THAT(ReadRows(reader_), ElementsAre(Pair("a", "1")));
     reader_.CloseDatabase();
-    for (auto const& name : Files()) {
+    for (const auto& name : Files()) {
       fs::remove(dir_ / name);
     }
   }
@@ -326,19 +326,19 @@ TEST_F(Sharing, ReplacedFileIsToldUntilOpenedAgain) {
 }
 
 TEST_F(Sharing, TruncatedFileIsToldOrGivesTheRowsItHad) {
-  for (bool const own : {false, true}) {
-    for (std::uintmax_t const size : {0, 1, 100, 4096, 5000}) {
+  for (const bool own : {false, true}) {
+    for (const std::uintmax_t size : {0, 1, 100, 4096, 5000}) {
       SCOPED_TRACE(testing::Message() << (own ? "write-ahead" : "rollback") << " mode, " << size);
-      std::string const create = "CREATE TABLE status(address, value);";
+      const std::string create = "CREATE TABLE status(address, value);";
       own ? MakeOwn() : MakeForeign(file_, create + "INSERT INTO status VALUES('a','1')");
       ASSERT_EQ(OpenReader(), 0);
       EXPECT_THAT(ReadRows(reader_), ElementsAre(Pair("a", "1")));
       fs::resize_file(file_, size);
       Rows rows;
-      std::string const failure = Thrown([&] { rows = ReadRows(reader_); });
+      const std::string failure = Thrown([&] { rows = ReadRows(reader_); });
       EXPECT_TRUE(failure != "" || (rows == Rows{{"a", "1"}})) << rows.size() << " rows";
       reader_.CloseDatabase();
-      for (auto const& name : Files()) {
+      for (const auto& name : Files()) {
         fs::remove(dir_ / name);
       }
     }

@@ -15,9 +15,9 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::Pair;
 
-constexpr char const* kMisuseLine = "21:bad parameter or other API misuse\n";
-constexpr char const* kCantOpenLine = "14:unable to open database file\n";
-constexpr char const* kRowTable =
+constexpr const char* kMisuseLine = "21:bad parameter or other API misuse\n";
+constexpr const char* kCantOpenLine = "14:unable to open database file\n";
+constexpr const char* kRowTable =
     "CREATE TABLE status(address TEXT PRIMARY KEY, value TEXT); INSERT INTO status VALUES('a','1')";
 
 class Database : public DatabaseTest {
@@ -31,7 +31,7 @@ class Database : public DatabaseTest {
   }
 
   // Runs `action`, which must return `code` and write `line` to standard error.
-  void Expect(int code, std::string const& line, std::function<int()> const& action) {
+  void Expect(int code, const std::string& line, const std::function<int()>& action) {
     int result = -1;
     EXPECT_EQ(Stderr([&] { result = action(); }), line);
     EXPECT_EQ(result, code);
@@ -97,20 +97,20 @@ TEST_F(Database, FlagsReachSqlite) {
 }
 
 TEST_F(Database, OpenNeedsAFileName) {
-  for (char const* name : {static_cast<char const*>(nullptr), ""}) {
+  for (const char* name : {static_cast<const char*>(nullptr), ""}) {
     Expect(21, kMisuseLine, [&] { return database_.OpenDatabaseReadOnly(name, kNoMutex); });
     Expect(21, kMisuseLine, [&] { return database_.OpenDatabaseWrite(name, kNoMutex, 0); });
   }
 }
 
 TEST_F(Database, OpenInAFolderThatIsNotThereReports) {
-  std::string const lost = dir_ / "no" / "status.db";
+  const std::string lost = dir_ / "no" / "status.db";
   Expect(14, kCantOpenLine, [&] { return database_.OpenDatabaseWrite(lost.c_str(), kNoMutex, 0); });
 }
 
 TEST_F(Database, FailureToOpenIsKeptUntilItIsOpenedAgainOrClosed) {
   EXPECT_EQ(database_.m_DB.openFailure(), nullptr);
-  std::string const lost = dir_ / "no" / "status.db";
+  const std::string lost = dir_ / "no" / "status.db";
   EXPECT_EQ(Stderr([&] { database_.OpenDatabaseReadOnly(lost.c_str(), kNoMutex); }), kCantOpenLine);
   EXPECT_EQ(Thrown([&] { database_.m_DB.compileStatement(kSelect); }) + "\n", kMisuseLine);
   EXPECT_FALSE(database_.m_DB.readOnly());
@@ -129,12 +129,12 @@ TEST_F(Database, FailureToOpenIsKeptUntilItIsOpenedAgainOrClosed) {
 TEST_F(Database, OpenAgainClosesFirst) {
   MakeTable();
   ASSERT_EQ(OpenWrite(), 0);
-  int const descriptors = OpenDescriptors();
+  const int descriptors = OpenDescriptors();
   for (int i = 0; i < 5; ++i) {
     ASSERT_EQ(OpenWrite(), 0);
   }
   EXPECT_EQ(OpenDescriptors(), descriptors);
-  std::string const lost = dir_ / "lost.db";
+  const std::string lost = dir_ / "lost.db";
   Expect(14, kCantOpenLine, [&] { return database_.OpenDatabaseReadOnly(lost.c_str(), kNoMutex); });
   EXPECT_EQ(Thrown([&] { ReadRows(database_); }) + "\n", kMisuseLine);
 }
@@ -157,13 +157,13 @@ TEST_F(Database, CloseReportsAFailureAndIsClosed) {
 }
 
 TEST_F(Database, DestructionWithoutCloseLeavesNothingOpen) {
-  int const descriptors = OpenDescriptors();
+  const int descriptors = OpenDescriptors();
   {
     CSQLdatabase database;
     ASSERT_EQ(database.OpenDatabaseWrite(file_.c_str(), kNoMutex, 0), 0);
     ASSERT_EQ(database.CreateTable("status", 100), 0);
     database.m_Statement = database.m_DB.compileStatement(kSelect);
-    CppSQLite3Query const query = database.m_Statement.execQuery();
+    const CppSQLite3Query query = database.m_Statement.execQuery();
     EXPECT_GT(OpenDescriptors(), descriptors);
   }
   EXPECT_EQ(OpenDescriptors(), descriptors);
@@ -190,7 +190,7 @@ TEST_F(Database, FileThatCannotBeSwitchedToWriteAheadModeReportsAndStaysOpen) {
   MakeForeign(file_, kRowTable);
   Foreign reader(file_);
   ASSERT_EQ(reader.Do("BEGIN; SELECT * FROM status"), "");
-  double const seconds =
+  const double seconds =
       Seconds([&] { Expect(5, "5:database is locked\n", [&] { return OpenWrite(); }); });
   EXPECT_GT(seconds, 1.5);
   EXPECT_LT(seconds, 8.0);
@@ -199,7 +199,7 @@ TEST_F(Database, FileThatCannotBeSwitchedToWriteAheadModeReportsAndStaysOpen) {
 
 TEST_F(Database, FileSystemWithoutWriteAheadModeReportsAndStaysOpen) {
   MakeForeign(file_, kRowTable);
-  std::string const uri = "file:" + file_ + "?vfs=unix-dotfile";
+  const std::string uri = "file:" + file_ + "?vfs=unix-dotfile";
   Expect(1, "1:journal mode is delete, not wal\n",
          [&] { return database_.OpenDatabaseWrite(uri.c_str(), kNoMutex | SQLITE_OPEN_URI, 0); });
   EXPECT_THAT(ReadRows(database_), ElementsAre(Pair("a", "1")));
@@ -212,7 +212,7 @@ TEST_F(Database, CreateTableMakesItsTwoColumnsKeyedByAddress) {
 }
 
 TEST_F(Database, CreateTableKeepsTheTableThatIsThere) {
-  constexpr char const* kOwn = "CREATE TABLE status(address, value, since INTEGER)";
+  constexpr const char* kOwn = "CREATE TABLE status(address, value, since INTEGER)";
   MakeForeign(file_, std::string(kOwn) + "; INSERT INTO status VALUES('a','1',7)");
   MakeTable();
   Expect(0, "", [&] { return database_.CreateTable("status", 100); });
@@ -233,7 +233,7 @@ TEST_F(Database, CreateTableGivesItsIdentifierTheName) {
 
 TEST_F(Database, AnyNameCanBeATable) {
   ASSERT_EQ(OpenWrite(), 0);
-  for (std::string const name :
+  for (const std::string name :
        {"select", "two words", "a\"b", "a'b", "x; DROP TABLE status;--", "[y]", "\xc3\xa4"}) {
     SCOPED_TRACE(name);
     EXPECT_EQ(database_.CreateTable(name.c_str(), 1), 0);
@@ -258,7 +258,7 @@ TEST_F(Database, CreateReportsWhatCannotBeMade) {
 
 TEST_F(Database, OpeningAndCreatingReturnTheFailureThatTheyReport) {
   std::optional<CppSQLite3Exception> failure;
-  auto const text = [&] {
+  const auto text = [&] {
     return failure ? std::to_string(failure->errorCode()) + ":" + failure->errorMessage() + "\n"
                    : "none";
   };
@@ -299,7 +299,7 @@ TEST_F(Database, CreateTriggerOfATableThatIsLockedReportsTheLock) {
   Foreign writer(file_);
   ASSERT_EQ(writer.Do("PRAGMA locking_mode=EXCLUSIVE; PRAGMA journal_mode=DELETE"), "");
   ASSERT_EQ(writer.Do("BEGIN EXCLUSIVE"), "");
-  constexpr char const* kLocked = "5:database is locked\n";
+  constexpr const char* kLocked = "5:database is locked\n";
   Expect(5, kLocked, [&] { return database_.CreateTable("status", 100); });
   Expect(5, kLocked, [&] { return database_.CreateTrigger("status"); });
   ASSERT_EQ(writer.Do("COMMIT; PRAGMA locking_mode=NORMAL; SELECT * FROM status"), "");
@@ -312,11 +312,11 @@ TEST_F(Database, TriggersRefuseWhatIsTooLongAndSaySo) {
   ASSERT_EQ(database_.CreateTrigger("status"), 0);
   Foreign writer(file_);
   ASSERT_EQ(writer.Do("INSERT INTO status VALUES('a','1')"), "");
-  std::string const address = "19:address is longer than 127 bytes";
-  std::string const value = "19:value is longer than 511 bytes";
-  auto const text = [](std::size_t length) { return "'" + std::string(length, 'x') + "'"; };
+  const std::string address = "19:address is longer than 127 bytes";
+  const std::string value = "19:value is longer than 511 bytes";
+  const auto text = [](std::size_t length) { return "'" + std::string(length, 'x') + "'"; };
   // Two bytes for each of these characters.
-  auto const accents = [](int count) { return "printf('%.*c'," + std::to_string(count) + ",'é')"; };
+  const auto accents = [](int count) { return "printf('%.*c'," + std::to_string(count) + ",'é')"; };
   struct {
     std::string sql;
     std::string result;
@@ -345,7 +345,7 @@ TEST_F(Database, TriggersRefuseWhatIsTooLongAndSaySo) {
       {"UPDATE OR IGNORE status SET value=" + text(512) + " WHERE address='a'", value},
       {"UPDATE status SET address=" + text(128) + " WHERE address='a'", address},
   };
-  for (auto const& row : rows) {
+  for (const auto& row : rows) {
     SCOPED_TRACE(row.sql);
     EXPECT_EQ(writer.Do(row.sql), row.result);
   }
