@@ -176,8 +176,8 @@ CppSQLite3Exception Failure(sqlite3* db, int code) {
                          std::to_string(Budget::kSeconds) + " seconds or " +
                          std::to_string(Budget::kMebibytes) + " MiB: table or view too large"};
   }
-  const bool told = db != nullptr && (sqlite3_errcode(db) & 0xff) == primary;
-  if (!told) {
+  const bool known = db != nullptr && (sqlite3_errcode(db) & 0xff) == primary;
+  if (!known) {
     return {primary, sqlite3_errstr(primary), code, 0};
   }
   // SQLite notes the system's error for these two alone, and keeps it beyond later failures.

@@ -87,7 +87,7 @@ class SQLITEDB_API CppSQLite3Query {
 };
 
 // One compiled statement; keeps its connection alive. Assigning to it releases the statement that
-// was there without a word.
+// was there, and reports nothing.
 class SQLITEDB_API CppSQLite3Statement {
  public:
   CppSQLite3Statement() noexcept;
@@ -107,7 +107,7 @@ class SQLITEDB_API CppSQLite3Statement {
   CppSQLite3Query execQuery() && = delete;
 
   // Frees the statement. Harmless when empty. Throws CppSQLite3Exception when its last run had
-  // failed and nothing has told so yet, the statement being empty then.
+  // failed and nothing has reported that yet, the statement being empty then.
   void finalize();
 
  private:

@@ -1,4 +1,4 @@
-// What libsqlitedb shows to its users; everything else in it stays hidden.
+// What libsqlitedb exports; everything else in it stays hidden.
 #pragma once
 
 #define SQLITEDB_API __attribute__((visibility("default")))

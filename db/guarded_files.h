@@ -10,6 +10,8 @@ namespace sqlitedb {
 // SQLite asks for a journal and opens a log only while it holds its shared lock on the database.
 // Nobody who follows its locks takes a companion away meanwhile, and nobody else can, in a folder
 // where users may remove only what is theirs. So what was looked at is what is opened.
+//
+// Where SQLite asks whether a writer is at work, another process's lock for reading is no answer.
 const char* GuardedFiles();
 
 }  // namespace sqlitedb

@@ -193,7 +193,7 @@ class Named {
     }
     for (const View& view : views_) {
       if (view.words == words) {
-        RefuseNested(entry.name, view.name);  // which cannot be told from its text
+        RefuseNested(entry.name, view.name);  // which of the two is meant cannot be seen
       }
     }
     views_.push_back({entry.name, std::move(words), Words(entry.sql)});

@@ -94,7 +94,7 @@ TEST_F(Ceiling, DatabaseOfTheLimitIsReadAndALargerOneIsNot) {
   Grow(file_, kMostPages);
   EXPECT_EQ(Thrown([&] { EXPECT_THAT(ReadRows(database_), ElementsAre(Pair("a", "1"))); }), "");
   Grow(file_, kMostPages + 1);
-  // SQLite tells a change by the counter in the file, which is the same.
+  // SQLite knows a change by the counter in the file, which is the same.
   ASSERT_EQ(database_.OpenDatabaseReadOnly(file_.c_str(), kNoMutex), 0);
   EXPECT_EQ(Thrown([&] { ReadRows(database_); }), kTooLarge);
   EXPECT_EQ(Thrown([&] { ReadRows(database_); }), kTooLarge);

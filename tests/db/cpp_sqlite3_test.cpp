@@ -111,7 +111,7 @@ TEST_F(Statement, ExecutionFailureCarriesSqlitesCodeAndMessageAlone) {
   statement.finalize();
 }
 
-TEST_F(Statement, OverwrittenOneIsReleasedWithoutAWord) {
+TEST_F(Statement, OverwrittenOneIsReleasedAndReportsNothing) {
   database_.m_Statement = Select();
   CppSQLite3Query query = database_.m_Statement.execQuery();
   FailNext(Call::kSqlFinalize);

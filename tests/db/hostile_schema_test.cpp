@@ -78,7 +78,7 @@ TEST_F(HostileSchema, VirtualTableIsRefusedBeforeItIsAsked) {
   }
 }
 
-// An index may be told to be one of the schema, which it need not agree with.
+// A writer can put down an index as one of the schema, with which it need not agree.
 TEST_F(HostileSchema, IndexOfTheSchemaHidesNoView) {
   for (const char* columns : {"type", kSlow}) {
     SCOPED_TRACE(columns);

@@ -458,8 +458,8 @@ TEST_F(Hostile, BrokenFilesGiveRowsOrAFailureAndNoHang) {
 }
 
 // The second read used to find the pages that the first had refused in SQLite's cache, where they
-// are not checked again, and gave rows of them without a word.
-TEST_F(Hostile, BrokenFileThatWasToldOnceIsToldEveryTime) {
+// are not checked again, and gave rows of them with no report.
+TEST_F(Hostile, BrokenFileThatWasReportedOnceIsReportedEveryTime) {
   MakeForeign(file_, std::string("PRAGMA page_size=512; VACUUM;") + kTable +
                          "WITH RECURSIVE c(x) AS (SELECT 1 UNION ALL SELECT x+1 FROM c LIMIT 40) "
                          "INSERT INTO status SELECT 'key'||x, 'value'||x FROM c");

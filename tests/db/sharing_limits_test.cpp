@@ -57,7 +57,7 @@ TEST_F(SharingLimits, ProgramThatLocksTheDatabaseForItselfFailsReadersInEveryMod
   }
 }
 
-// SQLite tells a change by the counter in the file, which is the same in both.
+// SQLite knows a change by the counter in the file, which is the same in both.
 TEST_F(SharingLimits, FileThatIsOverwrittenInPlaceIsNotNoticed) {
   Make(false);
   const std::string other = file_ + "2";

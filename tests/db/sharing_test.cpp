@@ -289,7 +289,7 @@ TEST_F(Sharing, LockHeldByAnotherProgramIsWaitedForThenThrown) {
   EXPECT_THAT(ReadRows(reader_), SizeIs(0));
 }
 
-TEST_F(Sharing, DeletedFileIsToldAndNotReadOn) {
+TEST_F(Sharing, DeletedFileIsReportedAndNotReadAnyFurther) {
   for (const bool writes : {false, true}) {
     SCOPED_TRACE(writes);
     MakeOwn();
@@ -313,7 +313,7 @@ TEST_F(Sharing, DeletedFileIsToldAndNotReadOn) {
   }
 }
 
-TEST_F(Sharing, ReplacedFileIsToldUntilOpenedAgain) {
+TEST_F(Sharing, ReplacedFileIsReportedUntilOpenedAgain) {
   MakeForeign(file_, "CREATE TABLE status(address, value); INSERT INTO status VALUES('a','1')");
   ASSERT_EQ(OpenReader(), 0);
   EXPECT_THAT(ReadRows(reader_), ElementsAre(Pair("a", "1")));
@@ -325,7 +325,7 @@ TEST_F(Sharing, ReplacedFileIsToldUntilOpenedAgain) {
   EXPECT_THAT(ReadRows(reader_), ElementsAre(Pair("b", "2")));
 }
 
-TEST_F(Sharing, TruncatedFileIsToldOrGivesTheRowsItHad) {
+TEST_F(Sharing, TruncatedFileIsReportedOrGivesTheRowsItHad) {
   for (const bool own : {false, true}) {
     for (const std::uintmax_t size : {0, 1, 100, 4096, 5000}) {
       SCOPED_TRACE(testing::Message() << (own ? "write-ahead" : "rollback") << " mode, " << size);
