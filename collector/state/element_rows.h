@@ -2,7 +2,7 @@
 // the scratch state. A row has
 //   Fill(element)  takes the value
 //   Release()      empties a variable that an element uses up; runs after every Fill
-//   kTaken         what can be asked about it
+//   kTaken         what it takes, for those who look it up
 #pragma once
 
 #include <array>
