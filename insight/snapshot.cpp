@@ -1,14 +1,18 @@
 #include "insight/snapshot.h"
 
 #include <algorithm>
+#include <iterator>
 #include <new>
 #include <set>
+#include <string_view>
 #include <utility>
 
 #include "collector/observer.h"
 #include "insight/findings.h"
 #include "insight/row_recorder.h"
+#include "insight/source_database.h"
 #include "insight/source_recorder.h"
+#include "insight/source_table.h"
 
 namespace insight {
 
@@ -52,17 +56,35 @@ class Observing : public observe::Observer {
   observe::Observer* m_Before;
 };
 
-// The fields that no source fed and no row wrote.
-std::vector<std::string> FindNotReported(const std::vector<Source>& sources,
-                                         const std::vector<Row>& rows) {
-  std::set<std::string> paths;
+// What several probes store in one field is all needed; a row's value stands in place of theirs. A
+// source that only adds bits leaves a field as good, or as bad, as the others make it.
+std::vector<std::string> FindNotReported(const std::vector<Source>& sources) {
+  std::set<std::string> probed;   // fields that probes store
+  std::set<std::string> missing;  // those of them of which something is missing
+  std::set<std::string> rows;     // fields that rows store
+  std::set<std::string> written;  // those of them that a row was stored in
   for (const Source& source : sources) {
-    paths.insert(source.Unfed.begin(), source.Unfed.end());
+    const bool is_database = source.Id == kDatabaseId;
+    const std::set<std::string_view> unfed(source.Unfed.begin(), source.Unfed.end());
+    for (const std::string& field : source.Fields) {
+      if (is_database ? RowsAddBits(field) : AddsBits(source.Id, field)) {
+        continue;
+      }
+      (is_database ? rows : probed).insert(field);
+      if (unfed.contains(field) != is_database) {
+        (is_database ? written : missing).insert(field);
+      }
+    }
   }
-  for (const Row& row : rows) {
-    paths.erase(row.Path);
+  std::vector<std::string> paths;
+  std::ranges::set_difference(missing, written, std::back_inserter(paths));
+  for (const std::string& field : rows) {
+    if (!written.contains(field) && !probed.contains(field)) {
+      paths.push_back(field);
+    }
   }
-  return {paths.begin(), paths.end()};
+  std::ranges::sort(paths);
+  return paths;
 }
 
 }  // namespace
@@ -104,13 +126,19 @@ Snapshot Recorder::RunCycle(const Limits& limits) {
   snapshot.Rows = state.Rows.EndCycle(snapshot.Document);
   snapshot.Database.Rows = snapshot.Rows.size();
   snapshot.Sources = state.Sources.EndCycle(snapshot.Document, &snapshot.Database);
-  snapshot.NotReported = FindNotReported(snapshot.Sources, snapshot.Rows);
+  snapshot.NotReported = FindNotReported(snapshot.Sources);
   snapshot.Findings = FindFindings(snapshot, limits);
   return snapshot;
 }
 
 bool Snapshot::IsReported(const std::string& path) const {
-  return !std::ranges::binary_search(NotReported, path);
+  for (std::size_t end = 0; end != std::string::npos;) {
+    end = path.find_first_of("/[", end + 1);
+    if (std::ranges::binary_search(NotReported, path.substr(0, end))) {
+      return false;
+    }
+  }
+  return true;
 }
 
 const char* NameOf(SourceState state) {

@@ -53,9 +53,12 @@ struct Source {
   bool Required = false;  // what needs no attention when it is missing is optional
   int Error = 0;          // errno, 0 when there is none
   std::string Reason;  // in words: "Permission denied", "no answer to 3 of 10 requests"; "" for ok
-  std::string StoppedBy;  // kNotAsked: the Id of the source that stopped the probe
+  // The Id of the source that stopped a probe before this one was asked in it: always for kNotAsked
+  // unless Reason says why, else when only some of its probes came to it.
+  std::string StoppedBy;
 
   // Paths of the fields that it feeds, as DocumentTree spells them, whether or not they are there.
+  // A list stands for all that it holds. The watchdog's marker is kOk whether it is there or not.
   std::vector<std::string> Fields;
   // Those of them that it did not feed in this cycle.
   std::vector<std::string> Unfed;
@@ -154,10 +157,12 @@ struct Snapshot {
   std::vector<Finding> Findings = {};  // the worst first, then in order of the document
 
   // Paths of fields whose source did not answer and that no row wrote: what stands there is the
-  // value that the field begins with. Sorted.
+  // value that the field begins with, an earlier cycle's, or what the collector stores for want of
+  // an answer. A list stands for all that it holds. Sorted.
   std::vector<std::string> NotReported = {};
 
-  bool IsReported(const std::string& path) const;
+  // False when NotReported has the field, or a list that holds it.
+  INSIGHT_API bool IsReported(const std::string& path) const;
 };
 
 // Runs cycles of one interface and says what became of them. What a cycle inherits from earlier

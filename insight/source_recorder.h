@@ -1,10 +1,16 @@
 // Makes the list of sources out of a cycle's events. Private to this library.
 #pragma once
 
+#include <deque>
+#include <map>
+#include <set>
+#include <string>
 #include <vector>
 
 #include "collector/observer.h"
 #include "insight/snapshot.h"
+#include "insight/source_database.h"
+#include "insight/source_talk.h"
 
 namespace insight {
 
@@ -16,6 +22,41 @@ class SourceRecorder {
 
   // What the sources of the cycle gave, and the database's state. `document` is what came of it.
   std::vector<Source> EndCycle(const QtSts::DocumentTree& document, DatabaseState* database);
+
+ private:
+  void SeeAnswer(const observe::Answers& answer);
+  void SeeLabel(const observe::Label& label);
+  void SeeAddress(const observe::Answers& answer);
+
+  // Who is asked; null for what is no source.
+  Talk* TalkOf(const observe::Asks& question);
+  Talk* TalkOfPath(const std::string& path);
+  Talk* TalkWith(const SourceInfo& source);
+
+  Source Assemble(const SourceInfo& info, const std::string& interface,
+                  const QtSts::DocumentTree& document) const;
+  // Adds what a silent request spoils.
+  void AddSpoiled(const Feed& feed, const QtSts::DocumentTree& document, Source* source) const;
+  // What the source of `feed` answered in its probe, about this interface if it is about one; null
+  // when it was not asked.
+  const Talk* TalkFor(const Feed& feed, const std::string& interface) const;
+  bool WasFed(const Feed& feed, const std::string& interface) const;
+  // Sets what kept `source` from being asked in the probe of `feed`, if it was.
+  void Explain(const Feed& feed, const std::string& interface, Source* source) const;
+
+  DatabaseRecorder m_Database;
+
+  std::deque<Talk> m_Talks;  // in the order in which they began
+  Talk* m_Last = nullptr;    // the one that was asked last in this probe
+  std::string m_Probe;
+  std::map<std::string, const Talk*> m_LastOf;  // the same when the probe ended
+
+  std::string m_Interface;                         // that the network probe is at
+  std::vector<std::string> m_Interfaces;           // in the order in which it came to them
+  int m_Addresses = 0;                             // that were written for the entry that it is at
+  int m_Family = 0;                                // of the entry
+  std::set<std::string> m_Written;                 // "eth0/IPv4Address"
+  std::map<std::string, std::size_t> m_Positions;  // of the devices, by interface
 };
 
 }  // namespace insight
