@@ -180,7 +180,7 @@ Talk* SourceRecorder::TalkWith(const SourceInfo& source) {
 }
 
 std::vector<Source> SourceRecorder::EndCycle(const QtSts::DocumentTree& document,
-                                             DatabaseState* /*database*/) {
+                                             DatabaseState* database) {
   for (const QtSts::TreeElement& device : document.Root().Find("Network/Devices")->Children()) {
     m_Positions.insert({std::string(device.FindValue("Name")->Text()), device.Position()});
   }
@@ -199,6 +199,7 @@ std::vector<Source> SourceRecorder::EndCycle(const QtSts::DocumentTree& document
       }
     }
   }
+  m_Age.Look(database);
   return sources;
 }
 

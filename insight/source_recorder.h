@@ -9,6 +9,7 @@
 
 #include "collector/observer.h"
 #include "insight/snapshot.h"
+#include "insight/source_age.h"
 #include "insight/source_database.h"
 #include "insight/source_talk.h"
 
@@ -45,6 +46,7 @@ class SourceRecorder {
   void Explain(const Feed& feed, const std::string& interface, Source* source) const;
 
   DatabaseRecorder m_Database;
+  DatabaseAge m_Age;
 
   std::deque<Talk> m_Talks;  // in the order in which they began
   Talk* m_Last = nullptr;    // the one that was asked last in this probe
