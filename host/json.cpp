@@ -3,6 +3,8 @@
 #include <string_view>
 #include <utility>
 
+#include "host/json_insight.h"
+#include "host/json_text.h"
 #include "model/text.h"
 
 namespace host {
@@ -11,76 +13,6 @@ namespace {
 using QtSts::TreeElement;
 using QtSts::TreeValue;
 using QtSts::ValueKind;
-
-// JSON with two blanks for each level, a member or an element a line.
-class JsonText {
- public:
-  void Open(char bracket) {
-    m_Text += bracket;
-    m_Empty = true;
-    m_Indent += 2;
-  }
-
-  void Close(char bracket) {
-    m_Indent -= 2;
-    if (!m_Empty) {
-      NewLine();
-    }
-    m_Text += bracket;
-    m_Empty = false;
-  }
-
-  // Before each element of an array.
-  void Next() {
-    m_Text += m_Empty ? "" : ",";
-    m_Empty = false;
-    NewLine();
-  }
-
-  // Before the value of each member of an object. Names need no escapes.
-  void Member(std::string_view name) {
-    Next();
-    m_Text.append("\"").append(name).append("\": ");
-  }
-
-  void Literal(std::string_view text) { m_Text += text; }
-
-  // Text of the document has no control characters but these.
-  void String(std::string_view text) {
-    m_Text += '"';
-    for (const char c : text) {
-      switch (c) {
-        case '"':
-          m_Text += "\\\"";
-          break;
-        case '\\':
-          m_Text += "\\\\";
-          break;
-        case '\t':
-          m_Text += "\\t";
-          break;
-        case '\n':
-          m_Text += "\\n";
-          break;
-        case '\r':
-          m_Text += "\\r";
-          break;
-        default:
-          m_Text += c;
-      }
-    }
-    m_Text += '"';
-  }
-
-  std::string Take() { return std::move(m_Text); }
-
- private:
-  void NewLine() { m_Text.append("\n").append(m_Indent, ' '); }
-
-  std::string m_Text;
-  std::size_t m_Indent = 0;
-  bool m_Empty = false;  // what was opened last has nothing in it yet
-};
 
 // A floating point number as it is written.
 void AddReal(std::string_view written, JsonText* json) {
@@ -120,13 +52,10 @@ void AddValue(const TreeValue& value, JsonText* json) {
   }
 }
 
+void AddElement(const TreeElement& element, JsonText* json);
+
 // NOLINTNEXTLINE(misc-no-recursion): the document's depth is that of its classes
-void AddElement(const TreeElement& element, JsonText* json) {
-  json->Open(element.IsList() ? '[' : '{');
-  if (element.Parent() != nullptr && element.Parent()->IsList()) {
-    json->Member("Class");
-    json->String(element.Class()->Name);
-  }
+void AddMembers(const TreeElement& element, JsonText* json) {
   for (const TreeValue& value : element.Values()) {
     json->Member(value.Listed().Name);
     AddValue(value, json);
@@ -139,7 +68,23 @@ void AddElement(const TreeElement& element, JsonText* json) {
     }
     AddElement(child, json);
   }
+}
+
+// NOLINTNEXTLINE(misc-no-recursion): likewise
+void AddElement(const TreeElement& element, JsonText* json) {
+  json->Open(element.IsList() ? '[' : '{');
+  if (element.Parent() != nullptr && element.Parent()->IsList()) {
+    json->Member("Class");
+    json->String(element.Class()->Name);
+  }
+  AddMembers(element, json);
   json->Close(element.IsList() ? ']' : '}');
+}
+
+std::string Finished(JsonText json) {
+  std::string text = json.Take() + "\n";
+  QtSts::EscapeSteering(&text, "\\u", "");  // they stand nowhere but in strings
+  return text;
 }
 
 }  // namespace
@@ -147,9 +92,17 @@ void AddElement(const TreeElement& element, JsonText* json) {
 std::string RenderJson(const QtSts::DocumentTree& document) {
   JsonText json;
   AddElement(document.Root(), &json);
-  std::string text = json.Take() + "\n";
-  QtSts::EscapeSteering(&text, "\\u", "");  // they stand nowhere but in strings
-  return text;
+  return Finished(std::move(json));
+}
+
+std::string RenderJson(const insight::Snapshot& snapshot) {
+  JsonText json;
+  json.Open('{');
+  AddMembers(snapshot.Document.Root(), &json);
+  json.Member("Insight");
+  AddInsight(snapshot, &json);
+  json.Close('}');
+  return Finished(std::move(json));
 }
 
 }  // namespace host

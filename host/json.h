@@ -3,6 +3,7 @@
 
 #include <string>
 
+#include "insight/snapshot.h"
 #include "model/tree.h"
 
 namespace host {
@@ -13,5 +14,9 @@ namespace host {
 // the infinities are the strings "NaN", "INF" and "-INF"; lists of numbers are arrays; what is not
 // reported has no member.
 std::string RenderJson(const QtSts::DocumentTree& document);
+
+// The same of the snapshot's document, with one more member of the root, the last: "Insight", an
+// object with what docs/host.md lists.
+std::string RenderJson(const insight::Snapshot& snapshot);
 
 }  // namespace host

@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <charconv>
+#include <limits>
 #include <nlohmann/json.hpp>
 #include <sstream>
 #include <string>
@@ -191,6 +192,86 @@ TEST(RenderJson, KeepsTheNameClassForTheClass) {
   for (const QtSts::ClassInfo* const info : QtSts::Classes()) {
     EXPECT_EQ(QtSts::FieldNamed(*info, "Class"), nullptr) << info->Name;
   }
+}
+
+// ---- What a snapshot says beside its document
+
+json Insight() { return json::parse(host::RenderJson(sample::TroubledSnapshot()))["Insight"]; }
+
+TEST(RenderJsonWithInsight, AddsOneMemberAtTheEndOfTheDocument) {
+  const insight::Snapshot snapshot = sample::TroubledSnapshot();
+  const std::string plain = host::RenderJson(snapshot.Document);
+  const std::string with = host::RenderJson(snapshot);
+  const std::string before = plain.substr(0, plain.rfind("\n}"));
+  EXPECT_EQ(with.substr(0, before.size()), before);
+  EXPECT_EQ(with.substr(before.size(), 17), ",\n  \"Insight\": {\n");
+  json document = json::parse(with);
+  document.erase("Insight");
+  EXPECT_EQ(document, json::parse(plain));
+}
+
+TEST(RenderJsonWithInsight, HasTheCycleAndTheDatabase) {
+  const json insight = Insight();
+  EXPECT_EQ(insight["Result"], 0);
+  EXPECT_EQ(insight["Began"], "2026-11-25T08:32:15Z");
+  EXPECT_EQ(insight["Seconds"], 0.025);
+  EXPECT_EQ(insight["Database"], json::parse(R"({"Rows": 2, "LastChanged": "2026-11-25T08:32:03Z",
+      "UnchangedSeconds": 12, "EveryoneMayWrite": false})"));
+  EXPECT_EQ(insight["NotReported"], json::parse(R"(["HardwareID2", "Outputs[0]/Ttable/Columns"])"));
+}
+
+TEST(RenderJsonWithInsight, HasSources) {
+  const json sources = Insight()["Sources"];
+  ASSERT_EQ(sources.size(), 3U);
+  EXPECT_EQ(sources[0], json::parse(R"({"Id": "zetdisplay", "Name": "/dev/zetdisplay",
+      "State": "missing", "Required": true, "Errno": 2, "Reason": "No such file or directory",
+      "Fields": ["HardwareID2", "Outputs[0]/StatusFlags"],
+      "Unfed": ["HardwareID2", "Outputs[0]/StatusFlags"]})"));
+  EXPECT_EQ(sources[1]["State"], "not asked");
+  EXPECT_EQ(sources[1]["StoppedBy"], "zetdisplay");
+}
+
+TEST(RenderJsonWithInsight, HasRows) {
+  const json rows = Insight()["Rows"];
+  ASSERT_EQ(rows.size(), 2U);
+  EXPECT_EQ(rows[0]["Key"], "Sensor_00_Connected");
+  EXPECT_EQ(rows[0]["Value"], "False\xEF\xBF\xBD[2J \xEF\xBF\xBD");
+  EXPECT_EQ(rows[0]["Path"], "Sensors[0]/Connected");
+  EXPECT_EQ(rows[0]["Before"], "true");
+  EXPECT_EQ(rows[0]["After"], "false");
+  const json remark = rows[0]["Remarks"][0];
+  EXPECT_EQ(remark["Outcome"], "unknown-word");
+  EXPECT_EQ(remark["Class"], "error");
+  EXPECT_EQ(remark["Part"], "value");
+  EXPECT_EQ(remark["Begin"], 0);
+  EXPECT_EQ(remark["End"], 5);
+  EXPECT_TRUE(rows[1]["Value"].is_null());
+  EXPECT_FALSE(rows[1].contains("Path"));
+}
+
+TEST(RenderJsonWithInsight, HasFindings) {
+  const json findings = Insight()["Findings"];
+  ASSERT_EQ(findings.size(), 5U);
+  EXPECT_EQ(findings[1], json::parse(R"({"Id": "fan-stopped", "Severity": "critical",
+      "Message": "fan 7 stands still",
+      "Where": "I/O board 0 at address 33 behind the router at address 1",
+      "Hint": "the fan, its plug, and what blocks it",
+      "Path": "Outputs[0]/DisplayInterfaces[0]/Sensors[0]/FanRpms[1]/Rpm",
+      "Key": "Sensor_00_FanRpm_7", "Value": 0})"));
+  EXPECT_EQ(findings[2]["Source"], "zetdisplay");
+}
+
+TEST(RenderJsonWithInsight, StaysJsonWhateverNumbersAndTextsThereAre) {
+  insight::Snapshot snapshot = sample::TroubledSnapshot();
+  snapshot.Findings[0].Value = std::numeric_limits<double>::quiet_NaN();
+  snapshot.Findings[1].Value = -std::numeric_limits<double>::infinity();
+  snapshot.Findings[2].Message = "\x1b]0;\xC2\x9B\xE2\x80\xAE\xFF\"\\\n";
+  const std::string text = host::RenderJson(snapshot);
+  const json findings = json::parse(text)["Insight"]["Findings"];
+  EXPECT_EQ(findings[0]["Value"], "NaN");
+  EXPECT_EQ(findings[1]["Value"], "-INF");
+  EXPECT_EQ(findings[2]["Message"], "\xEF\xBF\xBD]0;\xC2\x9B\xE2\x80\xAE\xEF\xBF\xBD\"\\\n");
+  EXPECT_THAT(text, HasSubstr("\\u009B\\u202E"));
 }
 
 }  // namespace

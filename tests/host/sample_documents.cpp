@@ -1,7 +1,9 @@
 #include "tests/host/sample_documents.h"
 
+#include <chrono>
 #include <cstdint>
 #include <limits>
+#include <vector>
 
 #include "model/beacons.h"
 #include "model/can_sensors.h"
@@ -134,6 +136,111 @@ std::unique_ptr<CStatus> Troubled() {
   door->Address = std::make_unique<std::uint32_t>(64);
   Add<CRunLED>(status->DCIO.Devices);
   return status;
+}
+
+insight::Snapshot SnapshotOf(const QtSts::CStatus& status) {
+  return {.Document = QtSts::DocumentTree(status), .Result = 0, .Began = {}, .BeganSteady = {}};
+}
+
+insight::Finding FindingOf(insight::Severity level, const std::string& message,
+                           const std::string& path) {
+  insight::Finding finding;
+  finding.Level = level;
+  finding.Message = message;
+  finding.Path = path;
+  return finding;
+}
+
+namespace {
+
+constexpr const char* kBoard = "Outputs[0]/DisplayInterfaces[0]/Sensors[0]/";
+
+void FillFindings(std::vector<insight::Finding>* findings) {
+  using insight::Severity;
+  findings->push_back(
+      FindingOf(Severity::kCritical, "the display's power is off", "Outputs[0]/StatusFlags"));
+  findings->back().Id = "power-off";
+  findings->back().Hint = "main switch and fuses of the display";
+  findings->push_back(
+      FindingOf(Severity::kCritical, "fan 7 stands still", std::string(kBoard) + "FanRpms[1]/Rpm"));
+  findings->back().Id = "fan-stopped";
+  findings->back().Where = "I/O board 0 at address 33 behind the router at address 1";
+  findings->back().Hint = "the fan, its plug, and what blocks it";
+  findings->back().Key = "Sensor_00_FanRpm_7";
+  findings->back().Value = 0;
+  findings->push_back(FindingOf(Severity::kUnknown, "/dev/zetdisplay is missing"));
+  findings->back().Id = "source-missing";
+  findings->back().Hint = "the driver of the display, and the device node";
+  findings->back().Source = "zetdisplay";
+  findings->push_back(FindingOf(Severity::kWarning,
+                                "door open: Service door behind the lowest cabinet",
+                                std::string(kBoard) + "Points/Inputs/Points[0]/State"));
+  findings->back().Id = "door-open";
+  findings->back().Where = "I/O board 0 at address 33 behind the router at address 1";
+  findings->back().Key = "Sensor_00_InputPoint_00_State";
+  findings->push_back(
+      FindingOf(Severity::kWarning, "the sensor is not connected", "Sensors[0]/Connected"));
+  findings->back().Id = "sensor-lost";
+  findings->back().Where = "temperature sensor at address 17";
+  findings->back().Key = "Sensor_00_Connected";
+}
+
+void FillSources(insight::Snapshot* snapshot) {
+  insight::Source display;
+  display.Id = "zetdisplay";
+  display.Name = "/dev/zetdisplay";
+  display.State = insight::SourceState::kMissing;
+  display.Required = true;
+  display.Error = 2;
+  display.Reason = "No such file or directory";
+  display.Fields = {"HardwareID2", "Outputs[0]/StatusFlags"};
+  display.Unfed = display.Fields;
+  insight::Source diagnostics;
+  diagnostics.Id = "diagnostics";
+  diagnostics.Name = "/dev/diagnostics";
+  diagnostics.Required = true;
+  diagnostics.StoppedBy = "zetdisplay";
+  insight::Source carrier;
+  carrier.Id = "carrier:eth0";
+  carrier.Name = "/sys/class/net/eth0/carrier";
+  carrier.State = insight::SourceState::kOk;
+  snapshot->Sources = {display, diagnostics, carrier};
+  snapshot->NotReported = {"HardwareID2", "Outputs[0]/Ttable/Columns"};
+}
+
+void FillRows(insight::Snapshot* snapshot) {
+  insight::Row row;
+  row.Key = "Sensor_00_Connected";
+  row.Value = "False\x1b[2J \xFF";
+  row.Path = "Sensors[0]/Connected";
+  row.Before = "true";
+  row.After = "false";
+  row.Remarks.emplace_back();
+  row.Remarks.back().What = insight::Outcome::kUnknownWord;
+  row.Remarks.back().Text = "no word of the list";
+  row.Remarks.back().Part = insight::RowPart::kValue;
+  row.Remarks.back().End = 5;
+  insight::Row null;
+  null.Key = "GUID";
+  null.IsNull = true;
+  null.Remarks.emplace_back();
+  null.Remarks.back().What = insight::Outcome::kNull;
+  snapshot->Rows = {row, null};
+  snapshot->Database.Rows = 2;
+  snapshot->Database.LastChanged = snapshot->Began - std::chrono::seconds(12);
+  snapshot->Database.Unchanged = std::chrono::seconds(12);
+}
+
+}  // namespace
+
+insight::Snapshot TroubledSnapshot() {
+  insight::Snapshot snapshot = SnapshotOf(*Troubled());
+  snapshot.Began = std::chrono::system_clock::from_time_t(1795595535);
+  snapshot.Took = std::chrono::milliseconds(25);
+  FillSources(&snapshot);
+  FillRows(&snapshot);
+  FillFindings(&snapshot.Findings);
+  return snapshot;
 }
 
 }  // namespace sample
