@@ -15,28 +15,11 @@ constexpr std::size_t kLeastWrapped = 20;
 
 constexpr const char* kTitleStyle = "\x1b[1m";
 constexpr const char* kHeadingStyle = "\x1b[2m";
-constexpr const char* kMarkedStyle = "\x1b[1;31m";
 constexpr const char* kNoStyle = "";
+constexpr const char* kWellStyle = "\x1b[1;32m";
+constexpr const char* kMarkedStyles[] = {kNoStyle, "\x1b[1;33m", "\x1b[1;35m", "\x1b[1;31m"};
 
-// Widths that hold every cell, made narrower until the row fits the page: first the last column,
-// which is wrapped, then whichever is widest.
-std::vector<std::size_t> ColumnWidths(const std::vector<Heading>& headings,
-                                      const std::vector<Row>& rows) {
-  std::vector<std::size_t> widths;
-  for (std::size_t i = 0; i < headings.size(); ++i) {
-    std::size_t width = Width(headings[i].Text);
-    for (const Row& row : rows) {
-      width = std::max(width, Width(row.Cells[i]));
-    }
-    widths.push_back(width);
-  }
-  const std::size_t room = Page::kColumns - kMargin - kGap * (headings.size() - 1);
-  while (std::accumulate(widths.begin(), widths.end(), std::size_t{0}) > room) {
-    std::size_t& last = widths.back();
-    --(last > kLeastWrapped ? last : *std::max_element(widths.begin(), widths.end()));
-  }
-  return widths;
-}
+const char* StyleOf(Mark mark) { return kMarkedStyles[static_cast<std::size_t>(mark)]; }
 
 std::vector<std::string> Wrapped(std::string_view text, std::size_t width) {
   std::vector<std::string> lines;
@@ -78,36 +61,69 @@ void Page::Styled(const char* style, std::string_view text) {
   m_AfterTitle = false;
 }
 
+void Page::Headline(Mark how, std::string_view text) {
+  Styled(how == Mark::kNone ? kWellStyle : StyleOf(how), Truncated(text, m_Columns));
+}
+
+void Page::Plain(std::string_view text) { Styled(kNoStyle, Truncated(text, m_Columns)); }
+
 void Page::Title(std::string_view title) {
   m_Text += m_Text.empty() ? "" : "\n";
-  Styled(kTitleStyle, Truncated(title, kColumns));
+  Styled(kTitleStyle, Truncated(title, m_Columns));
   m_AfterTitle = true;
 }
 
 void Page::Gap() { m_Text += m_AfterTitle ? "" : "\n"; }
 
 void Page::Line(std::string_view text) {
-  for (const std::string& line : Wrapped(text, kColumns - kMargin)) {
+  for (const std::string& line : Wrapped(text, m_Columns - kMargin)) {
     Styled(kNoStyle, std::string(kMargin, ' ') + line);
   }
 }
 
-void Page::TableRow(const std::vector<Heading>& headings, const std::vector<std::size_t>& widths,
-                    const Row& row, const char* style) {
-  std::string line = row.Marked ? "! " : "  ";
-  for (std::size_t i = 0; i + 1 < widths.size(); ++i) {
-    line += Padded(Truncated(row.Cells[i], widths[i]), widths[i], headings[i].Side);
-    line.append(kGap, ' ');
+// Widths that hold every cell, made narrower until the row fits the page: first the wrapped column,
+// then whichever is widest.
+Page::Grid Page::Measure(const std::vector<Heading>& headings, const std::vector<Row>& rows,
+                         std::size_t wrapped) const {
+  Grid grid = {headings, {}, std::min(wrapped, headings.size() - 1)};
+  std::vector<std::size_t>& widths = grid.Widths;
+  for (std::size_t i = 0; i < headings.size(); ++i) {
+    std::size_t width = Width(headings[i].Text);
+    for (const Row& row : rows) {
+      width = std::max(width, Width(row.Cells[i]));
+    }
+    widths.push_back(width);
   }
-  const std::string further(Width(line), ' ');
-  for (const std::string& part : Wrapped(row.Cells.back(), widths.back())) {
-    Styled(style, line + Padded(part, widths.back(), headings.back().Side));
-    line = further;
+  const std::size_t taken = kMargin + kGap * (headings.size() - 1);
+  const std::size_t room = std::max(m_Columns, taken) - taken;
+  std::size_t sum = std::accumulate(widths.begin(), widths.end(), std::size_t{0});
+  for (; sum > room; --sum) {
+    std::size_t& wraps = widths[grid.Wrapped];
+    --(wraps > kLeastWrapped ? wraps : *std::max_element(widths.begin(), widths.end()));
+  }
+  return grid;
+}
+
+void Page::TableRow(const Grid& grid, const Row& row, const char* style) {
+  std::string_view mark = row.How == Mark::kNone ? "  " : "! ";
+  bool first = true;
+  for (const std::string& part : Wrapped(row.Cells[grid.Wrapped], grid.Widths[grid.Wrapped])) {
+    std::string line(std::exchange(mark, "  "));
+    for (std::size_t i = 0; i < grid.Widths.size(); ++i) {
+      const std::string cell = i == grid.Wrapped ? part
+                               : first           ? Truncated(row.Cells[i], grid.Widths[i])
+                                                 : "";
+      line += Padded(cell, grid.Widths[i], grid.Headings[i].Side);
+      line.append(kGap, ' ');
+    }
+    Styled(style, line);
+    first = false;
   }
 }
 
-void Page::Table(const std::vector<Heading>& headings, const std::vector<Row>& rows) {
-  const std::vector<std::size_t> widths = ColumnWidths(headings, rows);
+void Page::Table(const std::vector<Heading>& headings, const std::vector<Row>& rows,
+                 std::size_t wrapped) {
+  const Grid grid = Measure(headings, rows, wrapped);
   Row top;
   bool titled = false;
   for (const Heading& heading : headings) {
@@ -115,10 +131,10 @@ void Page::Table(const std::vector<Heading>& headings, const std::vector<Row>& r
     titled = titled || !heading.Text.empty();
   }
   if (titled) {
-    TableRow(headings, widths, top, kHeadingStyle);
+    TableRow(grid, top, kHeadingStyle);
   }
   for (const Row& row : rows) {
-    TableRow(headings, widths, row, row.Marked ? kMarkedStyle : kNoStyle);
+    TableRow(grid, row, StyleOf(row.How));
   }
 }
 

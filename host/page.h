@@ -1,7 +1,8 @@
-// Lines of at most 80 columns: titles, facts and tables.
+// Lines of a page of a given width: titles, facts and tables.
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -16,9 +17,12 @@ inline constexpr const char* kTie = "\u00A0";
 // `text` with blanks, so that it takes at least `width` columns.
 std::string Padded(const std::string& text, std::size_t width, Align side = Align::kLeft);
 
-// One line of a table, or more where its last cell is wrapped. All texts are printable.
+// How much attention a line needs. Marked lines start with "!".
+enum class Mark : std::uint8_t { kNone, kWarning, kUnknown, kCritical };
+
+// One line of a table, or more where a cell is wrapped. All texts are printable.
 struct Row {
-  bool Marked = false;  // needs attention
+  Mark How = Mark::kNone;
   std::vector<std::string> Cells;
 };
 
@@ -29,10 +33,16 @@ struct Heading {
 
 class Page {
  public:
-  static constexpr std::size_t kColumns = 80;
-
   // With `colour`, titles and marked lines carry the escape sequences of terminals.
-  explicit Page(bool colour) : m_Colour(colour) {}
+  Page(std::size_t columns, bool colour) : m_Columns(columns), m_Colour(colour) {}
+
+  std::size_t Columns() const { return m_Columns; }
+
+  // The first line, which says how all is: kNone for well.
+  void Headline(Mark how, std::string_view text);
+
+  // A line without style, as wide as the page.
+  void Plain(std::string_view text);
 
   // A blank line, unless the page is empty, and the title.
   void Title(std::string_view title);
@@ -40,20 +50,33 @@ class Page {
   // A blank line, unless a title stands before it.
   void Gap();
 
+  // Wrapped, below titles a little to the right.
   void Line(std::string_view text);
 
   // Aligned columns below their headings, which are left out when all are empty. Each row has as
-  // many cells as there are headings. What is too wide is wrapped in the last column and cut in the
-  // others. Rows that are marked start with "!".
-  void Table(const std::vector<Heading>& headings, const std::vector<Row>& rows);
+  // many cells as there are headings. What is too wide is wrapped in column `wrapped`, the last
+  // unless another is named, and cut in the others.
+  void Table(const std::vector<Heading>& headings, const std::vector<Row>& rows,
+             std::size_t wrapped = kLast);
 
   std::string Take() { return std::move(m_Text); }
 
  private:
-  void Styled(const char* style, std::string_view text);
-  void TableRow(const std::vector<Heading>& headings, const std::vector<std::size_t>& widths,
-                const Row& row, const char* style);
+  static constexpr std::size_t kLast = static_cast<std::size_t>(-1);
 
+  // The columns of one table.
+  struct Grid {
+    const std::vector<Heading>& Headings;
+    std::vector<std::size_t> Widths;
+    std::size_t Wrapped;
+  };
+
+  Grid Measure(const std::vector<Heading>& headings, const std::vector<Row>& rows,
+               std::size_t wrapped) const;
+  void Styled(const char* style, std::string_view text);
+  void TableRow(const Grid& columns, const Row& row, const char* style);
+
+  std::size_t m_Columns;
   bool m_Colour;
   bool m_AfterTitle = false;
   std::string m_Text;

@@ -1,6 +1,7 @@
 // show: run collection cycles and show the last document.
-#include <iterator>
+#include <algorithm>
 #include <memory>
+#include <sstream>
 #include <stdexcept>
 #include <string>
 #include <vector>
@@ -12,82 +13,145 @@
 #include "host/terminal.h"
 #include "host/text.h"
 #include "host/trouble.h"
+#include "insight/snapshot.h"
 #include "model/tree.h"
 #include "model/xml.h"
 
 namespace host {
 namespace {
 
-std::string Text(QtSts::CStatus& status, const Look& look) {
-  return RenderText(QtSts::DocumentTree(status), look);
-}
-
-std::string Xml(QtSts::CStatus& status, const Look& /*look*/) {
-  return QtSts::WriteDocument(status);
-}
-
-std::string Json(QtSts::CStatus& status, const Look& /*look*/) {
-  return RenderJson(QtSts::DocumentTree(status));
-}
-
-constexpr struct {
-  const char* Name;
-  std::string (*Render)(QtSts::CStatus& status, const Look& look);
-} kFormats[] = {{"text", &Text}, {"xml", &Xml}, {"json", &Json}};
+constexpr const char* kText = "text";
+constexpr const char* kXml = "xml";
+constexpr const char* kJson = "json";
 
 struct Options {
-  std::string Format = kFormats[0].Name;
+  std::string Format = kText;
   int Cycles = 1;
   std::string Output;  // empty: standard output
+  std::string With;
+  std::string Sections;
+  bool Brief = false;
+  std::string Coloured = kColourNames.front().Name;
+  bool NoPager = false;
 };
 
-std::string Render(const Options& options, QtSts::CStatus& status, const Look& look) {
-  for (const auto& format : kFormats) {
-    if (options.Format == format.Name) {
-      return format.Render(status, look);
-    }
-  }
-  throw std::logic_error("no format " + options.Format);
+Colour WhenColoured(const Options& options) {
+  return std::ranges::find(kColourNames, options.Coloured, &ColourName::Name)->When;
 }
 
-int Show(const Options& options) {
-  const StandardOutput output;
+// The names in "sensors,points". Throws std::runtime_error for one that is none.
+std::vector<std::string> ParseSections(const std::string& text) {
+  const std::vector<std::string> known = SectionNames();
+  std::vector<std::string> names;
+  std::istringstream rest(text);
+  for (std::string name; std::getline(rest, name, ',');) {
+    if (std::ranges::count(known, name) == 0) {
+      std::string all;
+      for (const std::string& each : known) {
+        all += (all.empty() ? "" : ", ") + each;
+      }
+      throw std::runtime_error("--section: no section \"" + name + "\"; there are: " + all);
+    }
+    names.push_back(name);
+  }
+  return names;
+}
+
+void RequireFormat(const Options& options, const char* format, bool used, const char* option) {
+  if (used && options.Format != format) {
+    throw std::runtime_error(std::string(option) + " is for --format " + format + " only");
+  }
+}
+
+struct Result {
+  int OfCycle = 0;
+  std::string Document;
+};
+
+// Programs read the document alone: their cycles are not observed.
+Result RunPlain(const Options& options, CStatusInterface& collector) {
+  Result result;
+  for (int cycle = 0; cycle < options.Cycles; ++cycle) {
+    result.OfCycle = collector.QueryDatabase();
+  }
+  result.Document = options.Format == kXml ? QtSts::WriteDocument(collector.m_Status)
+                                           : RenderJson(QtSts::DocumentTree(collector.m_Status));
+  return result;
+}
+
+insight::Snapshot RunObserved(const Options& options, CStatusInterface& collector) {
+  insight::Recorder recorder(collector);
+  for (int cycle = 1; cycle < options.Cycles; ++cycle) {
+    recorder.RunCycle();
+  }
+  return recorder.RunCycle();
+}
+
+Look LookFor(const Options& options, const StandardOutput& output) {
+  Look look = {.Brief = options.Brief, .Sections = ParseSections(options.Sections)};
+  if (options.Output.empty()) {
+    look.Columns = WindowOf(output.Descriptor()).Columns;
+    look.Colour = WantsColour(output.Descriptor(), WhenColoured(options));
+  } else {
+    look.Colour = WhenColoured(options) == Colour::kAlways;
+  }
+  return look;
+}
+
+Result RunCycles(const Options& options, const StandardOutput& output) {
+  const Look look = LookFor(options, output);
   CStatusInterface collector;
   // The limiter of the reports is as old as the process, and syslog() waits for a full log.
   collector.m_Hardware.m_bLogTrackerPixel = false;
   const DatabaseTrouble trouble(Opened::kForReading);
   collector.InitDatabase(false);
-  int result = 0;
-  for (int cycle = 0; cycle < options.Cycles; ++cycle) {
-    result = collector.QueryDatabase();
+  Result result;
+  if (options.Format != kText && options.With.empty()) {
+    result = RunPlain(options, collector);
+  } else {
+    const insight::Snapshot snapshot = RunObserved(options, collector);
+    result = {snapshot.Result,
+              options.Format == kText ? RenderText(snapshot, look) : RenderJson(snapshot)};
   }
-  const Look look = {
-      .Colour = options.Output.empty() && WantsColour(output.Descriptor(), Colour::kAuto),
-      .AllRowsRead = result == 0};
-  const std::string document = Render(options, collector.m_Status, look);
   collector.CloseDatabase();
   trouble.Report();
-  if (options.Output.empty()) {
-    output.Write(document);
-  } else {
+  return result;
+}
+
+void Put(const Options& options, const StandardOutput& output, const std::string& document) {
+  if (!options.Output.empty()) {
     WriteFile(options.Output, document);
+    return;
   }
-  return result == 0 ? kAllWell : kFailed;
+  const bool paged = options.Format == kText && !options.NoPager;
+  if (!paged || !ShowInPager(output.Descriptor(), document)) {
+    output.Write(document);
+  }
+}
+
+int Show(const Options& options) {
+  RequireFormat(options, kJson, !options.With.empty(), "--with");
+  RequireFormat(options, kText, !options.Sections.empty(), "--section");
+  RequireFormat(options, kText, options.Brief, "--brief");
+  const StandardOutput output;
+  const Result result = RunCycles(options, output);
+  Put(options, output, result.Document);
+  return result.OfCycle == 0 ? kAllWell : kFailed;
 }
 
 }  // namespace
 
 Declaration DeclareShow() {
   const auto options = std::make_shared<Options>();
-  std::vector<std::string> names;
-  for (const auto& format : kFormats) {
-    names.emplace_back(format.Name);
+  std::vector<std::string> colours;
+  for (const ColourName& colour : kColourNames) {
+    colours.emplace_back(colour.Name);
   }
   return {{{.Name = "-f,--format",
             .Type = "NAME",
             .About = "text (default), xml or json",
             .Value = &options->Format,
-            .Choices = names},
+            .Choices = {kText, kXml, kJson}},
            {.Name = "-c,--cycles",
             .Type = "N",
             .About = "Cycles to run; the last one is shown",
@@ -97,7 +161,29 @@ Declaration DeclareShow() {
            {.Name = "-o,--output",
             .Type = "FILE",
             .About = "Write to FILE, whole or not at all",
-            .Value = &options->Output}},
+            .Value = &options->Output},
+           {.Name = "--with",
+            .Type = "NAME",
+            .About = "insight: in JSON also sources, rows, findings",
+            .Value = &options->With,
+            .Choices = {"insight"}},
+           {.Name = "--section",
+            .Type = "NAMES",
+            .About = "Sections of the text, between commas",
+            .Value = &options->Sections},
+           {.Name = "--brief",
+            .Type = "",
+            .About = "A line for each finding, no other section",
+            .Value = &options->Brief},
+           {.Name = "--color",
+            .Type = "WHEN",
+            .About = "auto (default), always or never",
+            .Value = &options->Coloured,
+            .Choices = colours},
+           {.Name = "--no-pager",
+            .Type = "",
+            .About = "On a terminal, write the text at once",
+            .Value = &options->NoPager}},
           [options] { return Show(*options); }};
 }
 

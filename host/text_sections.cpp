@@ -179,35 +179,76 @@ constexpr Column kDcioDevices[] = {
     {"Rows", "{NumberOfAttributes}", kRight},
 };
 
-constexpr Block kDocumentBlockRows[] = {
-    {"Identity", "", kIdentity},
-    {"Time", "", kTime},
-    {"Resources", "", kResources},
+// The display at a glance.
+constexpr Column kDisplay[] = {
+    {"Title", "{Title}"},
+    {"Power", "{StatusFlags:power}"},
+    {"Brightness",
+     "{Dimming/ActualDimmingLevel}, asked for {Dimming/DimmingLevel}, mode {Dimming/DimmingMode}"},
+    {"Frame rate", "{Frequency/Vertical}"},
+    {"Modules",
+     "{Ttable/Columns} columns, {Ttable/Rows} rows of {Ttable/ModuleWidth:bare} x "
+     "{Ttable/ModuleHeight}"},
+};
+
+constexpr Block kIdentityBlocks[] = {{"Identity", "", kIdentity}};
+constexpr Block kTimeBlocks[] = {{"Time", "", kTime}};
+constexpr Block kResourceBlocks[] = {{"Resources", "", kResources}};
+constexpr Block kNetworkBlocks[] = {
     {"Network", "Network/Devices", kAddresses},
     {nullptr, "Network/Devices", kLinks},
     {nullptr, "Network/DNS/Addresses", kNameServers},
+};
+constexpr Block kInputBlocks[] = {
     {"Inputs", "Inputs", kInputs},
     {nullptr, "Inputs", kInputTimings},
     {nullptr, "Compositors", kCompositors},
 };
 
-constexpr Block kOutputBlockRows[] = {
+constexpr Block kOutputBlocks[] = {
     {"Output", "", kOutput},
     {nullptr, "Statistics", kOutputStatistics},
     {nullptr, "DisplayInterfaces", kInterfaces},
-    {"Dimming", "Dimming", kDimming},
-    {"Fans", "Fans", kFans},
+};
+constexpr Block kDimmingBlocks[] = {{"Dimming", "Dimming", kDimming}};
+constexpr Block kFanBlocks[] = {{"Fans", "Fans", kFans}};
+constexpr Block kTtableBlocks[] = {
     {"T-table", "", kTtable},
     {nullptr, "Devices", kNodes},
 };
+
+constexpr Block kDcioBlocks[] = {{"DCIO devices", "DCIO/Devices", kDcioDevices}};
 
 constexpr Block kPointBlockRows[] = {
     {nullptr, "Inputs/Points", kInputPoints},
     {nullptr, "Outputs/Points", kOutputPoints},
 };
 
-constexpr Block kClosingBlockRows[] = {
-    {"DCIO devices", "DCIO/Devices", kDcioDevices},
+constexpr Section kDocumentSectionRows[] = {
+    {"identity", kIdentityBlocks}, {"time", kTimeBlocks},    {"resources", kResourceBlocks},
+    {"network", kNetworkBlocks},   {"inputs", kInputBlocks},
+};
+
+constexpr Section kOutputSectionRows[] = {
+    {"output", kOutputBlocks},
+    {"dimming", kDimmingBlocks},
+    {"fans", kFanBlocks},
+    {"ttable", kTtableBlocks},
+};
+
+constexpr Section kClosingSectionRows[] = {{"dcio", kDcioBlocks}};
+
+constexpr const char* kTemperature = "temperature";
+
+constexpr Measured kMeasuredRows[] = {
+    {QtSts::CCANTempSensor::Class, "{Celsius}", kTemperature},
+    {QtSts::COnboardTempSensor::Class, "{Celsius}", kTemperature},
+    {QtSts::CCANIsolationBoardSensor::Class, "{Celsius}", kTemperature},
+    {QtSts::CCANIsolationBoardSensor::Class, "in {InputVoltage}", nullptr},
+    {QtSts::CCANIsolationBoardSensor::Class, "out {OutputVoltage}", nullptr},
+    {QtSts::CCANPsrbSensor::Class, "in {InputVoltages}", nullptr},
+    {QtSts::CCANPsrbSensor::Class, "out {OutputVoltages}", nullptr},
+    {QtSts::CBeaconRecord::Class, "{TemperatureKelvin:celsius}", kTemperature},
 };
 
 constexpr Reading kReadingRows[] = {
@@ -240,13 +281,15 @@ constexpr Reading kReadingRows[] = {
 
 }  // namespace
 
-const Blocks kDocumentBlocks = kDocumentBlockRows;
-const Blocks kOutputBlocks = kOutputBlockRows;
-const Blocks kClosingBlocks = kClosingBlockRows;
+const Sections kDocumentSections = kDocumentSectionRows;
+const Sections kOutputSections = kOutputSectionRows;
+const Sections kClosingSections = kClosingSectionRows;
+const Columns kDisplayFacts = kDisplay;
 const Blocks kPointBlocks = kPointBlockRows;
 const Columns kSensorReadings = kReadingsBefore;
 const Columns kSensorAddresses = kSensorAddressColumns;
 const Columns kFanSpeeds = kFanSpeedColumns;
 const std::span<const Reading> kReadings = kReadingRows;
+const std::span<const Measured> kMeasured = kMeasuredRows;
 
 }  // namespace host

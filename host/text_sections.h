@@ -26,20 +26,37 @@ struct Block {
 
 using Blocks = std::span<const Block>;
 
-// What a sensor of a class, its heirs included, reads: the first that fits holds.
+// A part of the page that can be asked for by its name.
+struct Section {
+  const char* Name;
+  Blocks Shown;
+};
+
+using Sections = std::span<const Section>;
+
+// What a sensor of a class, the classes derived from it included, reads: the first that fits holds.
 struct Reading {
   const QtSts::ClassInfo& Class;
   const char* Template;
 };
 
-extern const Blocks kDocumentBlocks;   // of the document, before the outputs
-extern const Blocks kOutputBlocks;     // of each output
-extern const Blocks kClosingBlocks;    // of the document, after the sensors
-extern const Blocks kPointBlocks;      // of a board's points
+// One of a sensor's temperatures and voltages, which stand beside their limits.
+struct Measured {
+  const QtSts::ClassInfo& Class;
+  const char* Template;
+  const char* Limit;  // its name among the limits; null for a voltage, which is not to be 0
+};
+
+extern const Sections kDocumentSections;  // of the document, before the outputs
+extern const Sections kOutputSections;    // of each output
+extern const Sections kClosingSections;   // of the document, after the sensors
+extern const Columns kDisplayFacts;       // of each output, first of all
+extern const Blocks kPointBlocks;         // of a board's points
 extern const Columns kSensorReadings;  // of a list of sensors; the reading follows as last column
 extern const Columns kSensorAddresses;
 extern const Columns kFanSpeeds;
 
 extern const std::span<const Reading> kReadings;
+extern const std::span<const Measured> kMeasured;
 
 }  // namespace host

@@ -69,6 +69,14 @@ std::string Duration(const std::string& text) {
   return spelled;
 }
 
+// Of kelvins.
+std::string Celsius(double kelvins) {
+  char text[32];
+  const auto [end, error] = std::to_chars(std::begin(text), std::end(text), kelvins - 273.15,
+                                          std::chars_format::fixed, 2);
+  return std::string(text, end) + kTie + "\u00B0C";
+}
+
 // The name that `names` ("0=off,1=on") gives to `text`; false when it gives none.
 bool GivenName(std::string_view names, const std::string& text, std::string* name) {
   while (!names.empty()) {
@@ -124,6 +132,12 @@ std::string Formatted(const TreeValue& value, std::string_view format) {
   if (format == "flags") {
     return FlagNames(value.Unsigned());
   }
+  if (format == "power") {
+    return (value.Unsigned() & QtSts::kFlagPowerOff) != 0 ? "off" : "on";
+  }
+  if (format == "celsius") {
+    return Celsius(static_cast<double>(value.Unsigned()));
+  }
   std::string written = value.Written();
   if (format == "bare") {
     return written;
@@ -136,7 +150,8 @@ std::string Formatted(const TreeValue& value, std::string_view format) {
 }
 
 // What stands in place of `place`; empty when it is not reported.
-std::string FillPlace(std::string_view place, const TreeElement& element, Filled* filled) {
+std::string FillPlace(std::string_view place, const TreeElement& element,
+                      const ValueSet& unreported, Filled* filled) {
   if (place == "Class") {
     return element.Class()->Name;
   }
@@ -145,7 +160,7 @@ std::string FillPlace(std::string_view place, const TreeElement& element, Filled
   }
   const std::size_t colon = place.find(':');
   const TreeValue* const value = element.FindValue(place.substr(0, colon));
-  if (value == nullptr) {
+  if (value == nullptr || unreported.contains(value)) {
     return "";
   }
   filled->Used.push_back(value);
@@ -155,7 +170,8 @@ std::string FillPlace(std::string_view place, const TreeElement& element, Filled
 
 }  // namespace
 
-Filled Fill(std::string_view text_template, const TreeElement& element) {
+Filled Fill(std::string_view text_template, const TreeElement& element,
+            const ValueSet& unreported) {
   Filled filled;
   bool places = false;
   bool reported = false;
@@ -167,7 +183,7 @@ Filled Fill(std::string_view text_template, const TreeElement& element) {
     }
     const std::size_t close = text_template.find('}', open);
     const std::string text =
-        FillPlace(text_template.substr(open + 1, close - open - 1), element, &filled);
+        FillPlace(text_template.substr(open + 1, close - open - 1), element, unreported, &filled);
     places = true;
     reported = reported || !text.empty();
     filled.Text += text.empty() ? kNotReported : text;

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <string>
+#include <unordered_set>
 #include <vector>
 
 #include "model/tree.h"
@@ -9,6 +10,8 @@
 namespace host {
 
 inline constexpr const char* kNotReported = "not reported";
+
+using ValueSet = std::unordered_set<const QtSts::TreeValue*>;
 
 struct Filled {
   std::string Text;
@@ -24,10 +27,13 @@ struct Filled {
 //   {SerialNumber:hex8}     a number in hexadecimal, here of at least 8 digits
 //   {Uptime:duration}       an ISO 8601 duration, spelled out
 //   {StatusFlags:flags}     the names of the status flags that are set
+//   {StatusFlags:power}     whether they say that the display's power is on or off
+//   {TemperatureKelvin:celsius}
 //   {Class} {#}             the element's class and its position in its list
 //
-// A value that is absent, or an empty text, is "not reported"; so is the whole when it has places
-// and no value for any.
-Filled Fill(std::string_view text_template, const QtSts::TreeElement& element);
+// A value that is absent, one of `unreported`, or an empty text, is "not reported"; so is the whole
+// when it has places and no value for any.
+Filled Fill(std::string_view text_template, const QtSts::TreeElement& element,
+            const ValueSet& unreported = {});
 
 }  // namespace host

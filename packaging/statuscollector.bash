@@ -16,7 +16,13 @@ _statuscollector() {
         compopt -o filenames 2>/dev/null
         mapfile -t COMPREPLY < <(compgen -f -- "$word")
         return ;;
-      'show '*) words='--cycles --format --help --output' ;;
+      'show --color') words='always auto never' ;;
+      'show --with') words='insight' ;;
+      'show --section')
+        words='dcio dimming display fans findings identity inputs network output points resources
+               sensors sources time ttable' ;;
+      'show '*)
+        words='--brief --color --cycles --format --help --no-pager --output --section --with' ;;
       'diff '*)
         words='--help'
         compopt -o filenames 2>/dev/null

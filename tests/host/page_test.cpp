@@ -7,14 +7,15 @@
 namespace {
 
 using host::Align;
+using host::Mark;
 using host::Page;
 
 TEST(Page, AlignsColumnsBelowTheirHeadings) {
-  Page page(false);
+  Page page(80, false);
   page.Title("Fans");
   page.Table({{"#", Align::kRight}, {"Name"}, {"Speed", Align::kRight}},
-             {{false, {"9", "left", "10 rpm"}},
-              {true,
+             {{Mark::kNone, {"9", "left", "10 rpm"}},
+              {Mark::kWarning,
                {"10",
                 "r\xC3\xA9"
                 "ar",
@@ -28,13 +29,13 @@ TEST(Page, AlignsColumnsBelowTheirHeadings) {
 }
 
 TEST(Page, LeavesOutHeadingsThatAreAllEmpty) {
-  Page page(false);
-  page.Table({{""}, {""}}, {{false, {"a", "b"}}});
+  Page page(80, false);
+  page.Table({{""}, {""}}, {{Mark::kNone, {"a", "b"}}});
   EXPECT_EQ(page.Take(), "  a  b\n");
 }
 
 TEST(Page, PartsBlocksByABlankLineButNotATitleFromItsBlock) {
-  Page page(false);
+  Page page(80, false);
   page.Title("One");
   page.Gap();
   page.Line("text");
@@ -45,9 +46,9 @@ TEST(Page, PartsBlocksByABlankLineButNotATitleFromItsBlock) {
 }
 
 TEST(Page, WrapsTheLastColumn) {
-  Page page(false);
+  Page page(80, false);
   const std::string words = "seven words of text that go on and on and over the edge of the page";
-  page.Table({{""}, {""}}, {{true, {std::string(20, 'a'), words}}});
+  page.Table({{""}, {""}}, {{Mark::kCritical, {std::string(20, 'a'), words}}});
   EXPECT_EQ(page.Take(),
             "! aaaaaaaaaaaaaaaaaaaa  seven words of text that go on and on and over the edge\n"
             "                        of the page\n");
@@ -55,31 +56,71 @@ TEST(Page, WrapsTheLastColumn) {
 
 // Units used to stand on the line below their numbers.
 TEST(Page, BreaksNoLineAtATie) {
-  Page page(false);
-  page.Table({{""}, {""}}, {{false, {"a", std::string(69, 'w') + " 1\u00A0lx\u00A0"}}});
+  Page page(80, false);
+  page.Table({{""}, {""}}, {{Mark::kNone, {"a", std::string(69, 'w') + " 1\u00A0lx\u00A0"}}});
   EXPECT_EQ(page.Take(), "  a  " + std::string(69, 'w') + " 1 lx\n");
-  page.Table({{""}, {""}}, {{false, {"a", std::string(72, 'w') + " 1\u00A0lx"}}});
+  page.Table({{""}, {""}}, {{Mark::kNone, {"a", std::string(72, 'w') + " 1\u00A0lx"}}});
   EXPECT_EQ(page.Take(), "  a  " + std::string(72, 'w') + "\n     1 lx\n");
 }
 
 TEST(Page, BreaksAWordThatFitsNoLine) {
-  Page page(false);
-  page.Table({{""}, {""}}, {{false, {"a", std::string(100, 'w')}}});
+  Page page(80, false);
+  page.Table({{""}, {""}}, {{Mark::kNone, {"a", std::string(100, 'w')}}});
   EXPECT_EQ(page.Take(), "  a  " + std::string(75, 'w') + "\n     " + std::string(25, 'w') + "\n");
 }
 
 TEST(Page, CutsTheWidestOfTheOtherColumns) {
-  Page page(false);
-  page.Table({{""}, {""}, {""}}, {{false, {"ab", std::string(90, 'w'), std::string(20, 'l')}}});
+  Page page(80, false);
+  page.Table({{""}, {""}, {""}},
+             {{Mark::kNone, {"ab", std::string(90, 'w'), std::string(20, 'l')}}});
   EXPECT_EQ(page.Take(),
             "  ab  " + std::string(51, 'w') + "\xE2\x80\xA6  " + std::string(20, 'l') + "\n");
 }
 
 TEST(Page, StylesTitlesHeadingsAndMarkedLinesInColour) {
-  Page page(true);
+  Page page(80, true);
   page.Title("T");
-  page.Table({{"H"}}, {{true, {"bad"}}, {false, {"good"}}});
+  page.Table({{"H"}}, {{Mark::kCritical, {"bad"}}, {Mark::kNone, {"good"}}});
   EXPECT_EQ(page.Take(), "\x1b[1mT\x1b[0m\n\x1b[2m  H\x1b[0m\n\x1b[1;31m! bad\x1b[0m\n  good\n");
+}
+
+TEST(Page, UsesTheColumnsThatItHas) {
+  const std::string words = "seven words of text that go on and on and over the edge of the page";
+  Page wide(120, false);
+  wide.Table({{""}, {""}}, {{Mark::kNone, {std::string(20, 'a'), words}}});
+  EXPECT_EQ(wide.Take(), "  aaaaaaaaaaaaaaaaaaaa  " + words + "\n");
+  Page narrow(48, false);
+  narrow.Table({{""}, {""}}, {{Mark::kNone, {std::string(20, 'a'), words}}});
+  EXPECT_EQ(narrow.Take(),
+            "  aaaaaaaaaaaaaaaaaaaa  seven words of text that\n"
+            "                        go on and on and over\n"
+            "                        the edge of the page\n");
+}
+
+TEST(Page, WrapsAnotherColumnWhenAsked) {
+  Page page(40, false);
+  page.Table({{""}, {""}, {""}},
+             {{Mark::kUnknown, {"a", "words that go on over more lines", "path/of/it"}}}, 1);
+  EXPECT_EQ(page.Take(),
+            "! a  words that go on over    path/of/it\n"
+            "     more lines\n");
+}
+
+TEST(Page, HasAStyleForEachMark) {
+  Page page(80, true);
+  page.Headline(Mark::kUnknown, "unknown: 1 unknown");
+  page.Plain("3 rows");
+  page.Table({{""}}, {{Mark::kWarning, {"w"}}, {Mark::kUnknown, {"u"}}, {Mark::kCritical, {"c"}}});
+  EXPECT_EQ(page.Take(),
+            "\x1b[1;35munknown: 1 unknown\x1b[0m\n3 rows\n"
+            "\x1b[1;33m! w\x1b[0m\n\x1b[1;35m! u\x1b[0m\n\x1b[1;31m! c\x1b[0m\n");
+}
+
+// A page that is narrower than its columns and gaps would have wrapped the width below zero.
+TEST(Page, StaysAPageWhenItIsTooNarrow) {
+  Page page(4, false);
+  page.Table({{"a"}, {"b"}, {"c"}}, {{Mark::kNone, {"1", "2", "3"}}});
+  EXPECT_FALSE(page.Take().empty());
 }
 
 }  // namespace

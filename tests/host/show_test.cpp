@@ -15,8 +15,8 @@
 #include <string>
 #include <vector>
 
-#include "host/page.h"
 #include "host/printable.h"
+#include "host/terminal.h"
 #include "model/compare.h"
 #include "model/xml.h"
 #include "sandbox/enter.h"
@@ -63,6 +63,12 @@ std::string Read(const std::string& path) {
 
 void Write(const std::string& path, const std::string& text) { std::ofstream(path) << text; }
 
+// The first line of the text; which word it is, the findings say.
+testing::Matcher<const std::string&> StartsAsText() {
+  return AnyOf(StartsWith("critical: "), StartsWith("unknown: "), StartsWith("warning: "),
+               StartsWith("all well: "));
+}
+
 class ShowTest : public testing::Test {
  protected:
   void SetUp() override {
@@ -84,7 +90,8 @@ class ShowTest : public testing::Test {
 TEST_F(ShowTest, ShowsTextUnlessAskedOtherwise) {
   const ProgramResult result = Collector({"show"});
   EXPECT_EQ(result.ExitCode, kAllWell) << result.Errors;
-  EXPECT_THAT(result.Output, StartsWith("Needs attention\n! CANTempSensor 0 is not connected"));
+  EXPECT_THAT(result.Output, StartsAsText());
+  EXPECT_THAT(result.Output, HasSubstr("  sensor is not connected, temperature sensor 0"));
   EXPECT_THAT(result.Output, HasSubstr("\n  Level asked for  37.5 %\n"));
   EXPECT_EQ(Collector({"show", "--format", "text"}).ExitCode, kAllWell);
 }
@@ -111,7 +118,7 @@ TEST_F(ShowTest, KeepsTheProbesOwnLinesOutOfTheDocument) {
     SCOPED_TRACE(format);
     const ProgramResult result = Collector({"show", "--format", format, "--cycles", "2"});
     EXPECT_THAT(result.Output, Not(HasSubstr("Dev Name")));
-    EXPECT_THAT(result.Output, AnyOf(StartsWith("N"), StartsWith("<?xml"), StartsWith("{")));
+    EXPECT_THAT(result.Output, AnyOf(StartsAsText(), StartsWith("<?xml"), StartsWith("{")));
     EXPECT_THAT(result.Errors, HasSubstr("Dev Name eth0"));
   }
 }
@@ -123,8 +130,7 @@ TEST_F(ShowTest, ShowsTheDocumentOfAFailedCycleAndEndsWithOne) {
   EXPECT_TRUE(test_support::IsValidDocument(result.Output));
   EXPECT_THAT(result.Output, HasSubstr("<NetworkDevice "));
   EXPECT_THAT(result.Errors, HasSubstr("14:"));
-  EXPECT_THAT(Collector({"show"}).Output,
-              StartsWith("Needs attention\n! The rows of the database were not all read\n"));
+  EXPECT_THAT(Collector({"show"}).Output, StartsAsText());
 }
 
 TEST_F(ShowTest, RunsAsManyCyclesAsAskedFor) {
@@ -156,8 +162,57 @@ TEST_F(ShowTest, SaysTheSameInALocaleWithDecimalComma) {
   EXPECT_EQ(check.Output, ",\n");
 }
 
-TEST_F(ShowTest, UsesNoColourInAPipe) {
+TEST_F(ShowTest, UsesNoColourInAPipeUnlessAsked) {
   EXPECT_THAT(Collector({"show"}).Output, Not(HasSubstr("\x1b")));
+  EXPECT_THAT(Collector({"show", "--color", "auto"}).Output, Not(HasSubstr("\x1b")));
+  EXPECT_THAT(Collector({"show", "--color=always"}).Output, HasSubstr("\x1b[1mIdentity\x1b[0m"));
+  EXPECT_THAT(Collector({"show", "--color=always"}, {"NO_COLOR=1"}).Output, HasSubstr("\x1b[1m"));
+}
+
+TEST_F(ShowTest, ShowsTheSectionsThatAreAskedFor) {
+  const ProgramResult result = Collector({"show", "--section", "dimming,identity"});
+  EXPECT_EQ(result.ExitCode, kAllWell) << result.Errors;
+  EXPECT_THAT(result.Output, StartsAsText());
+  EXPECT_THAT(result.Output, HasSubstr("\n\nIdentity\n  GUID                  6f1c0d52\n"));
+  EXPECT_THAT(result.Output, Not(HasSubstr("\nNetwork\n")));
+  const ProgramResult wrong = Collector({"show", "--section", "identity,Fans"});
+  EXPECT_EQ(wrong.ExitCode, kTrouble);
+  EXPECT_THAT(wrong.Errors,
+              StartsWith("statuscollector: --section: no section \"Fans\"; there are: "
+                         "findings, display, identity, "));
+  EXPECT_EQ(wrong.Output, "");
+}
+
+TEST_F(ShowTest, ShowsALineForEachFindingInBrief) {
+  const ProgramResult result = Collector({"show", "--brief"});
+  EXPECT_EQ(result.ExitCode, kAllWell) << result.Errors;
+  EXPECT_THAT(result.Output, HasSubstr("  sensor is not connected, temperature"));
+  EXPECT_THAT(result.Output, Not(HasSubstr("look at")));
+  EXPECT_THAT(result.Output, Not(HasSubstr("\nIdentity\n")));
+}
+
+// 80 columns, whatever terminal the rest of the pipe may have.
+TEST_F(ShowTest, KeepsToEightyColumnsInAPipe) {
+  const ProgramResult result = Collector({"show"}, {"COLUMNS=200"});
+  std::istringstream lines(result.Output);
+  for (std::string line; std::getline(lines, line);) {
+    EXPECT_LE(host::Width(line), host::kPipeColumns) << line;
+  }
+}
+
+TEST_F(ShowTest, AddsInsightToJsonAndToNothingElse) {
+  const ProgramResult result = Collector({"show", "--format", "json", "--with", "insight"});
+  EXPECT_EQ(result.ExitCode, kAllWell) << result.Errors;
+  const nlohmann::json insight = nlohmann::json::parse(result.Output)["Insight"];
+  EXPECT_TRUE(insight["Sources"].is_array());
+  EXPECT_TRUE(insight["Rows"].is_array());
+  EXPECT_FALSE(insight["Findings"].empty());
+  EXPECT_THAT(Collector({"show", "--format", "json"}).Output, Not(HasSubstr("Insight")));
+  for (const char* const format : {"text", "xml"}) {
+    const ProgramResult wrong = Collector({"show", "--format", format, "--with", "insight"});
+    EXPECT_EQ(wrong.ExitCode, kTrouble);
+    EXPECT_EQ(wrong.Errors, "statuscollector: --with is for --format json only\n");
+  }
 }
 
 // Each process used to report, since each starts the hour of the limiter anew; with a full log it
@@ -167,7 +222,7 @@ TEST_F(ShowTest, LeavesReportsAboutABlankedOutputToHostsThatGoOn) {
   sandbox::Scenario::Load(sandbox::SourcePath("scenarios/faults")).Apply();
   sandbox::SystemLog log;
   const ProgramResult result = Collector({"show"});
-  EXPECT_THAT(result.Output, HasSubstr("\n! Output blanked by the pixel tracker"));
+  EXPECT_THAT(result.Output, HasSubstr("\n! critical  output blanked by the pixel tracker"));
   EXPECT_THAT(log.Read(), testing::IsEmpty());
 }
 
@@ -217,7 +272,7 @@ TEST_F(OutputTest, ReplacesAFileAndKeepsItsPermissions) {
   Write(m_File, "old");
   chmod(m_File.c_str(), 0600);
   EXPECT_EQ(Collector({"show", "--output", m_File}).ExitCode, kAllWell);
-  EXPECT_THAT(Read(m_File), StartsWith("Needs attention"));
+  EXPECT_THAT(Read(m_File), StartsAsText());
   EXPECT_EQ(Mode(m_File), 0600U);
 }
 
@@ -240,7 +295,7 @@ TEST_F(OutputTest, FollowsASymbolicLink) {
   fs::create_symlink("real", m_File);
   EXPECT_EQ(Collector({"show", "--output", m_File}).ExitCode, kAllWell);
   EXPECT_TRUE(fs::is_symlink(m_File));
-  EXPECT_THAT(Read(m_Folder + "/real"), StartsWith("Needs attention"));
+  EXPECT_THAT(Read(m_Folder + "/real"), StartsAsText());
 }
 
 // The link used to be replaced by the file.
@@ -251,7 +306,7 @@ TEST_F(OutputTest, FollowsASymbolicLinkToAFileThatIsNotThereYet) {
   EXPECT_EQ(Collector({"show", "--output", m_File}).ExitCode, kAllWell);
   EXPECT_THAT(Files(), testing::ElementsAre("kept", "second", "status.xml"));
   EXPECT_TRUE(fs::is_symlink(m_File));
-  EXPECT_THAT(Read(m_Folder + "/kept/real"), StartsWith("Needs attention"));
+  EXPECT_THAT(Read(m_Folder + "/kept/real"), StartsAsText());
 }
 
 // Where fs.protected_symlinks is set, the kernel would follow none of these, but was only asked
@@ -271,7 +326,7 @@ TEST_F(OutputTest, FollowsNoLinkOfAnotherUserInAFolderOfEverybody) {
   EXPECT_EQ(Read(secret), "old");
   chmod(m_Folder.c_str(), 0755);
   EXPECT_EQ(Collector({"show", "--output", m_File}).ExitCode, kAllWell) << "root's folder";
-  EXPECT_THAT(Read(secret), StartsWith("Needs attention"));
+  EXPECT_THAT(Read(secret), StartsAsText());
   ASSERT_EQ(lchown(m_Folder.c_str(), kSomebody, kSomebody), 0);
   chmod(m_Folder.c_str(), 01777);
   EXPECT_EQ(Collector({"show", "--output", m_File}).ExitCode, kAllWell) << "of the link's owner";
@@ -289,7 +344,7 @@ TEST_F(OutputTest, RefusesASymbolicLinkWithoutAnEnd) {
 TEST_F(OutputTest, WritesRelativeToTheWorkingFolder) {
   const ProgramResult result = Shell("cd " + m_Folder + " && exec $COLLECTOR show -o status.xml");
   EXPECT_EQ(result.ExitCode, kAllWell) << result.Errors;
-  EXPECT_THAT(Read(m_File), StartsWith("Needs attention"));
+  EXPECT_THAT(Read(m_File), StartsAsText());
 }
 
 // A file size limit stands for a full disk.
@@ -322,7 +377,7 @@ TEST_F(OutputTest, WritesFilesWithTheLongestNames) {
     const std::string file = m_Folder + "/" + std::string(length, 'n');
     const ProgramResult result = Collector({"show", "--output", file});
     EXPECT_EQ(result.ExitCode, kAllWell) << result.Errors;
-    EXPECT_THAT(Read(file), StartsWith("Needs attention"));
+    EXPECT_THAT(Read(file), StartsAsText());
   }
   EXPECT_THAT(Files(), testing::SizeIs(3)) << "a temporary file is left";
 }
@@ -516,7 +571,7 @@ TEST(Usage, IsToldOnStandardOutputWithinEightyColumns) {
     EXPECT_THAT(result.Output, HasSubstr("Usage: statuscollector"));
     std::istringstream lines(result.Output);
     for (std::string line; std::getline(lines, line);) {
-      EXPECT_LE(host::Width(line), host::Page::kColumns) << line;
+      EXPECT_LE(host::Width(line), host::kPipeColumns) << line;
     }
   }
 }
@@ -540,6 +595,12 @@ TEST(Usage, EndsWithTwoAndAMessageOnStandardErrorWhenItIsWrong) {
                                              {"show", "--output"},
                                              {"show", "--output", ""},
                                              {"show", "--output="},
+                                             {"show", "--color", "blue"},
+                                             {"show", "--section", ""},
+                                             {"show", "--section", "nothing"},
+                                             {"show", "--format", "xml", "--brief"},
+                                             {"show", "--format", "xml", "--section", "time"},
+                                             {"show", "--with", "everything"},
                                              {"show", "-o", ""},
                                              {"diff", "", "two"},
                                              {"diff"},

@@ -6,10 +6,14 @@
 #include <gtest/gtest.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cstdlib>
+#include <sstream>
 #include <string>
 #include <vector>
 
+#include "host/printable.h"
+#include "sandbox/enter.h"
 #include "tests/host/pseudo_terminal.h"
 
 namespace {
@@ -19,11 +23,62 @@ using test_support::WindowSize;
 using testing::HasSubstr;
 using testing::Not;
 
+constexpr WindowSize kSmall = {.Columns = 80, .Lines = 24};
+
 // What the program writes to a terminal that is longer than the text.
 std::string OnTerminal(const std::vector<std::string>& environment) {
   PseudoTerminal terminal({HOST_PROGRAM, "show"}, environment, {.Columns = 80, .Lines = 2000});
   EXPECT_NE(terminal.WaitForEnd(), -1);
   return terminal.Output();
+}
+
+// The longest of the lines that findings take.
+std::size_t LongestFinding(const std::string& output) {
+  std::istringstream lines(test_support::WithoutEscapes(output));
+  std::size_t longest = 0;
+  for (std::string line; std::getline(lines, line);) {
+    longest = std::max(longest, line.starts_with("! ") ? host::Width(line) : 0);
+  }
+  return longest;
+}
+
+// A controller in a box, since a machine without displays has few findings.
+TEST(Terminal, ShowsLinesAsWideAsItsWindow) {
+  struct Case {
+    WindowSize Size;
+    std::size_t Least;
+  };
+  for (const auto& [size, least] : {Case{{.Columns = 60}, 50}, {{}, 70}, {{.Columns = 180}, 150}}) {
+    PseudoTerminal terminal({CONTROLLER_BOX, "--scenario", sandbox::SourcePath("scenarios/faults"),
+                             "--", HOST_PROGRAM, "show", "--no-pager"},
+                            {}, size);
+    EXPECT_EQ(terminal.WaitForEnd(), 0) << terminal.Output();
+    EXPECT_LE(LongestFinding(terminal.Output()), size.Columns);
+    EXPECT_GE(LongestFinding(terminal.Output()), least);
+  }
+}
+
+TEST(Terminal, ShowsTheTextInThePagerUnlessAskedNotTo) {
+  const std::vector<std::string> pager = {"PAGER=cat >/dev/null; echo paged"};
+  PseudoTerminal paged({HOST_PROGRAM, "show"}, pager, kSmall);
+  EXPECT_NE(paged.WaitForEnd(), -1);
+  EXPECT_THAT(paged.Output(), HasSubstr("paged\r\n"));
+  EXPECT_THAT(paged.Output(), Not(HasSubstr("Identity")));
+  for (const std::vector<std::string>& arguments :
+       std::vector<std::vector<std::string>>{{HOST_PROGRAM, "show", "--no-pager"},
+                                             {HOST_PROGRAM, "show", "--format", "json"},
+                                             {HOST_PROGRAM, "schema"}}) {
+    PseudoTerminal direct(arguments, pager, kSmall);
+    EXPECT_NE(direct.WaitForEnd(), -1);
+    EXPECT_THAT(direct.Output(), Not(HasSubstr("paged")));
+  }
+}
+
+TEST(Terminal, ShowsNoColourWhenAskedNotTo) {
+  PseudoTerminal terminal({HOST_PROGRAM, "show", "--color=never"}, {},
+                          {.Columns = 80, .Lines = 2000});
+  EXPECT_NE(terminal.WaitForEnd(), -1);
+  EXPECT_THAT(terminal.Output(), Not(HasSubstr("\x1b")));
 }
 
 TEST(Terminal, ShowsTitlesInColour) {
@@ -43,8 +98,6 @@ TEST(Terminal, ShowsColourWhenNoColorIsEmpty) {
 TEST(Terminal, ShowsNoColourOnADumbTerminal) {
   EXPECT_THAT(OnTerminal({"TERM=dumb"}), Not(HasSubstr("\x1b")));
 }
-
-constexpr WindowSize kSmall = {.Columns = 80, .Lines = 24};
 
 // What terminal_child.cpp answers on a terminal.
 std::string Answer(const std::string& question, const std::vector<std::string>& environment,

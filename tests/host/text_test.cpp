@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <iterator>
 #include <regex>
 #include <sstream>
 #include <string>
@@ -29,8 +30,8 @@ using testing::HasSubstr;
 using testing::Not;
 using testing::StartsWith;
 
-std::string Text(QtSts::CStatus& status, const host::Look& look = {}) {
-  return RenderText(QtSts::DocumentTree(status), look);
+std::string Text(const QtSts::CStatus& status, const host::Look& look = {}) {
+  return RenderText(sample::SnapshotOf(status), look);
 }
 
 std::unique_ptr<QtSts::CStatus> Random(std::uint64_t seed) {
@@ -42,7 +43,13 @@ std::string WithoutStyles(const std::string& text) {
 }
 
 TEST(RenderText, ShowsAControllerInTrouble) {
-  EXPECT_TRUE(MatchesGolden(Text(*sample::Troubled()), "tests/host/golden/troubled.txt"));
+  const std::string text = RenderText(sample::TroubledSnapshot(), {});
+  EXPECT_TRUE(MatchesGolden(text, "tests/host/golden/troubled.txt"));
+}
+
+TEST(RenderText, ShowsAControllerInTroubleOnAWidePage) {
+  const std::string text = RenderText(sample::TroubledSnapshot(), {.Columns = 180});
+  EXPECT_TRUE(MatchesGolden(text, "tests/host/golden/troubled-180.txt"));
 }
 
 TEST(RenderText, ShowsADocumentBeforeTheFirstCycle) {
@@ -52,31 +59,13 @@ TEST(RenderText, ShowsADocumentBeforeTheFirstCycle) {
 
 TEST(RenderText, ShowsTheSameUnderALocaleWithDecimalComma) {
   const test_support::CommaLocale locale;
-  EXPECT_TRUE(MatchesGolden(Text(*sample::Troubled()), "tests/host/golden/troubled.txt"));
-}
-
-TEST(RenderText, StartsWithWhatNeedsAttention) {
-  EXPECT_THAT(Text(*sample::Troubled()), StartsWith("Needs attention\n! "));
-  QtSts::CStatus status;
-  EXPECT_THAT(Text(status), StartsWith("Nothing needs attention\n"));
-}
-
-// "Nothing needs attention" used to stand above the document of a controller without a database.
-TEST(RenderText, StartsWithAFailedCycle) {
-  const host::Look failed = {.AllRowsRead = false};
-  QtSts::CStatus status;
-  EXPECT_THAT(Text(status, failed), StartsWith("Needs attention\n"
-                                               "! The rows of the database were not all read\n"
-                                               "\nIdentity\n"));
-  EXPECT_THAT(Text(*sample::Troubled(), failed),
-              StartsWith("Needs attention\n"
-                         "! The rows of the database were not all read\n"
-                         "! Error flags 0x0000000000000010  "));
+  const std::string text = RenderText(sample::TroubledSnapshot(), {});
+  EXPECT_TRUE(MatchesGolden(text, "tests/host/golden/troubled.txt"));
 }
 
 TEST(RenderText, MarksTheLinesWhereTheCauseStands) {
-  const std::string text = Text(*sample::Troubled());
-  EXPECT_THAT(text, HasSubstr("\n! Error flags           0x0000000000000010\n"));
+  const std::string text = RenderText(sample::TroubledSnapshot(), {});
+  EXPECT_THAT(text, HasSubstr("\n! Status flags       0x7C05: power off"));
   EXPECT_THAT(text, HasSubstr("\n! 0  CANTempSensor "));
   EXPECT_THAT(text, HasSubstr("\n  5  OnboardCabinetFanControlSensor "));
 }
@@ -89,19 +78,50 @@ TEST(RenderText, NamesCodesAndUnknownCodes) {
   EXPECT_THAT(Text(*status), HasSubstr("Mode             gps\n"));
 }
 
-// Whatever rows and files hold, the page stays a page.
+// Rows and files hold anything, and so do findings that quote them.
+insight::Snapshot HostileSnapshot(std::uint64_t seed) {
+  const auto document = Random(seed);
+  insight::Snapshot snapshot = sample::SnapshotOf(*document);
+  const std::string hostile[] = {"\x1b[2J\xC2\x9B" + document->GUID, std::string(10'000, 'n'),
+                                 "\xE2\x80\xAE\xFF\xF0\x9F" + document->FirmwareVersion, "",
+                                 "\xE5\xB9\x85\xE5\xB9\x85" + std::string(300, 'w') + "\r\n\t"};
+  std::uint64_t next = seed;
+  const auto text = [&hostile, &next] { return hostile[next++ % std::size(hostile)]; };
+  for (int i = 0; i < 4; ++i) {
+    insight::Finding& finding = snapshot.Findings.emplace_back();
+    finding.Level = static_cast<insight::Severity>((seed + static_cast<std::uint64_t>(i)) % 3);
+    finding.Message = text();
+    finding.Where = text();
+    finding.Hint = text();
+    finding.Path = text();
+    finding.Key = text();
+    insight::Source& source = snapshot.Sources.emplace_back();
+    source.Name = text();
+    source.Reason = text();
+    source.StoppedBy = text();
+  }
+  return snapshot;
+}
+
+void ExpectAPage(const std::string& text, std::size_t columns) {
+  std::string clean = text;
+  QtSts::CleanText(&clean);
+  EXPECT_EQ(clean, text) << "is not UTF-8 without control characters";
+  std::istringstream lines(text);
+  for (std::string line; std::getline(lines, line);) {
+    EXPECT_LE(host::Width(line), columns) << line;
+    EXPECT_EQ(host::Printable("x" + line + "x"), "x" + line + "x") << line;
+    EXPECT_THAT(line, Not(testing::EndsWith(" ")));
+  }
+}
+
 TEST(RenderText, KeepsToItsColumnsAndSteersNoTerminal) {
   for (std::uint64_t seed = 0; seed < 100; ++seed) {
     SCOPED_TRACE(seed);
-    const std::string text = Text(*Random(seed));
-    std::string clean = text;
-    QtSts::CleanText(&clean);
-    EXPECT_EQ(clean, text) << "is not UTF-8 without control characters";
-    std::istringstream lines(text);
-    for (std::string line; std::getline(lines, line);) {
-      EXPECT_LE(host::Width(line), host::Page::kColumns) << line;
-      EXPECT_EQ(host::Printable("x" + line + "x"), "x" + line + "x") << line;
-      EXPECT_THAT(line, Not(testing::EndsWith(" ")));
+    const insight::Snapshot snapshot = HostileSnapshot(seed);
+    for (const std::size_t columns : {40U, 80U, 180U}) {
+      ExpectAPage(RenderText(snapshot, {.Columns = columns}), columns);
+      ExpectAPage(RenderText(snapshot, {.Columns = columns, .Brief = true}), columns);
     }
   }
 }
@@ -109,10 +129,63 @@ TEST(RenderText, KeepsToItsColumnsAndSteersNoTerminal) {
 TEST(RenderText, AddsNothingButStylesInColour) {
   for (std::uint64_t seed = 0; seed < 20; ++seed) {
     SCOPED_TRACE(seed);
-    const auto document = Random(seed);
-    EXPECT_EQ(WithoutStyles(Text(*document, {.Colour = true})), Text(*document));
+    const insight::Snapshot snapshot = HostileSnapshot(seed);
+    EXPECT_EQ(WithoutStyles(RenderText(snapshot, {.Colour = true})), RenderText(snapshot, {}));
   }
-  EXPECT_THAT(Text(*sample::Troubled(), {.Colour = true}), HasSubstr("\x1b[1;31m! Door open"));
+  const std::string text = RenderText(sample::TroubledSnapshot(), {.Colour = true});
+  EXPECT_THAT(text, StartsWith("\x1b[1;31mcritical: 2 critical, 1 unknown, 2 warnings\x1b[0m\n"));
+  EXPECT_THAT(text, HasSubstr("\x1b[1;31m! critical  fan 7 stands still"));
+  EXPECT_THAT(text, HasSubstr("\x1b[1;35m! unknown   /dev/zetdisplay"));
+  EXPECT_THAT(text, HasSubstr("\x1b[1;33m! warning   door open"));
+}
+
+// The value that a field begins with used to stand there.
+TEST(RenderText, ShowsNoInitialValueOfAFieldThatIsNotReported) {
+  insight::Snapshot snapshot = sample::TroubledSnapshot();
+  EXPECT_THAT(RenderText(snapshot, {}), HasSubstr("\n  Hardware identifiers  not reported\n"));
+  EXPECT_THAT(RenderText(snapshot, {}), HasSubstr("\n  Modules     not reported columns, 0 rows"));
+  snapshot.NotReported.clear();
+  EXPECT_THAT(RenderText(snapshot, {}),
+              HasSubstr("\n  Hardware identifiers  not reported, 2, not reported\n"));
+}
+
+// A row that says that the ambient sensor failed says nothing about the power.
+TEST(RenderText, ShowsThePowerOnlyWhenItsSourceAnswered) {
+  insight::Snapshot snapshot = sample::TroubledSnapshot();
+  EXPECT_THAT(RenderText(snapshot, {}), HasSubstr("\n  Power       not reported\n"));
+  snapshot.Sources.front().Unfed.clear();
+  EXPECT_THAT(RenderText(snapshot, {}), HasSubstr("\n! Power       off\n"));
+}
+
+// The zeros of a sensor that is lost look like readings.
+TEST(RenderText, ShowsNoTemperatureOfASensorThatIsNotConnected) {
+  const std::string text = RenderText(sample::TroubledSnapshot(), {.Sections = {"display"}});
+  EXPECT_THAT(text, HasSubstr("\n  CANTempSensor 0                 17  not connected"));
+  EXPECT_THAT(text, HasSubstr("\n  CANIsolationBoardSensor 3       20  21.6 "));
+}
+
+TEST(RenderText, ShowsTheSectionsThatAreAskedForInItsOwnOrder) {
+  const std::string text =
+      RenderText(sample::TroubledSnapshot(), {.Sections = {"dcio", "network"}});
+  EXPECT_THAT(text, StartsWith("critical: 2 critical, 1 unknown, 2 warnings\n"
+                               "2 rows, database last changed 12 s ago\n"
+                               "\nNetwork\n"));
+  EXPECT_LT(text.find("\nNetwork\n"), text.find("\nDCIO devices\n"));
+  EXPECT_THAT(text, Not(HasSubstr("\nIdentity\n")));
+  EXPECT_THAT(text, Not(HasSubstr("fan 7")));
+}
+
+TEST(RenderText, MakesTheWholeOfItsSections) {
+  const insight::Snapshot snapshot = sample::TroubledSnapshot();
+  std::string whole;
+  for (const std::string& section : host::SectionNames()) {
+    const std::string text = RenderText(snapshot, {.Sections = {section}});
+    const std::size_t beginning = text.find("\n\n");
+    ASSERT_NE(beginning, std::string::npos) << section << " is empty";
+    whole += text.substr(beginning + 1);
+  }
+  const std::string text = RenderText(snapshot, {});
+  EXPECT_EQ(whole, text.substr(text.find("\n\n") + 1));
 }
 
 TEST(RenderText, ShowsFansOfABoardWithoutPoints) {
@@ -183,18 +256,28 @@ class Templates : public testing::Test {
       ExpectPlacesOf(*shown, block.Shown);
     }
   }
+
+  static void ExpectPlacesOf(const QtSts::ClassInfo& info, const host::Sections& sections) {
+    for (const host::Section& section : sections) {
+      ExpectPlacesOf(info, section.Shown);
+    }
+  }
 };
 
 TEST_F(Templates, NameFieldsOfWhatTheyShow) {
-  ExpectPlacesOf(QtSts::CStatus::Class, host::kDocumentBlocks);
-  ExpectPlacesOf(QtSts::CStatus::Class, host::kClosingBlocks);
-  ExpectPlacesOf(QtSts::COutput::Class, host::kOutputBlocks);
+  ExpectPlacesOf(QtSts::CStatus::Class, host::kDocumentSections);
+  ExpectPlacesOf(QtSts::CStatus::Class, host::kClosingSections);
+  ExpectPlacesOf(QtSts::COutput::Class, host::kOutputSections);
+  ExpectPlacesOf(QtSts::COutput::Class, host::kDisplayFacts);
   ExpectPlacesOf(QtSts::IOList::Class, host::kPointBlocks);
   ExpectPlacesOf(QtSts::CSensor::Class, host::kSensorReadings);
   ExpectPlacesOf(QtSts::CCANSensor::Class, host::kSensorAddresses);
   ExpectPlacesOf(*QtSts::ClassNamed("FanRpm"), host::kFanSpeeds);
   for (const host::Reading& reading : host::kReadings) {
     ExpectPlacesOf(reading.Class, reading.Template);
+  }
+  for (const host::Measured& measured : host::kMeasured) {
+    ExpectPlacesOf(measured.Class, measured.Template);
   }
 }
 

@@ -1,0 +1,120 @@
+#include "host/annotations.h"
+
+#include <algorithm>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+namespace host {
+namespace {
+
+using QtSts::TreeElement;
+using QtSts::TreeValue;
+
+// Finds the values at many paths in one walk: a path leads through lists whose elements a search
+// would count from the first for each.
+class ValueFinder {
+ public:
+  // `found` is set to the value, by its path from the root, unless there is none.
+  void Want(std::string_view path, const TreeValue** found) {
+    const std::size_t slash = path.rfind('/');
+    const bool of_root = slash == std::string_view::npos;
+    m_Wanted[std::string(path.substr(0, of_root ? 0 : slash))].push_back(
+        {path.substr(of_root ? 0 : slash + 1), found});
+  }
+
+  void Find(const QtSts::DocumentTree& document) const {
+    for (const TreeElement& element : document.Elements()) {
+      if (m_Wanted.empty()) {
+        return;
+      }
+      const auto wanted = m_Wanted.find(element.Path());
+      if (wanted == m_Wanted.end()) {
+        continue;
+      }
+      for (const auto& [name, found] : wanted->second) {
+        *found = element.FindValue(name);
+      }
+    }
+  }
+
+ private:
+  std::unordered_map<std::string, std::vector<std::pair<std::string_view, const TreeValue**>>>
+      m_Wanted;
+};
+
+// The values at `paths`, null where there is none.
+template <class Paths>
+std::vector<const TreeValue*> ValuesAt(const QtSts::DocumentTree& document, const Paths& paths) {
+  std::vector<const TreeValue*> values(paths.size(), nullptr);
+  ValueFinder finder;
+  for (std::size_t i = 0; i < paths.size(); ++i) {
+    finder.Want(paths[i], &values[i]);
+  }
+  finder.Find(document);
+  return values;
+}
+
+ValueSet SetOf(const std::vector<const TreeValue*>& values) {
+  ValueSet set(values.begin(), values.end());
+  set.erase(nullptr);
+  return set;
+}
+
+// A list stands for all that it holds.
+void AddListed(const TreeElement& element, ValueSet* values) {  // NOLINT(misc-no-recursion)
+  for (const TreeValue& value : element.Values()) {
+    values->insert(&value);
+  }
+  for (const TreeElement& child : element.Children()) {
+    AddListed(child, values);
+  }
+}
+
+ValueSet UnreportedOf(const insight::Snapshot& snapshot) {
+  ValueSet values = SetOf(ValuesAt(snapshot.Document, snapshot.NotReported));
+  for (const std::string& path : snapshot.NotReported) {
+    const TreeElement* const list = snapshot.Document.Root().Find(path);
+    if (list != nullptr && list->IsList()) {
+      AddListed(*list, &values);
+    }
+  }
+  return values;
+}
+
+// An optional source only adds to what others say.
+std::vector<std::string_view> UnfedPaths(const insight::Snapshot& snapshot) {
+  std::vector<std::string_view> paths;
+  for (const insight::Source& source : snapshot.Sources) {
+    if (source.Required) {
+      paths.insert(paths.end(), source.Unfed.begin(), source.Unfed.end());
+    }
+  }
+  return paths;
+}
+
+}  // namespace
+
+Mark MarkOf(insight::Severity severity) {
+  static constexpr Mark kMarks[] = {Mark::kCritical, Mark::kUnknown, Mark::kWarning};
+  return kMarks[static_cast<std::size_t>(severity)];
+}
+
+Annotations::Annotations(const insight::Snapshot& snapshot)
+    : Unreported(UnreportedOf(snapshot)),
+      Unfed(SetOf(ValuesAt(snapshot.Document, UnfedPaths(snapshot)))) {
+  std::vector<std::string_view> paths;
+  for (const insight::Finding& finding : snapshot.Findings) {
+    paths.emplace_back(finding.Path);
+  }
+  const std::vector<const TreeValue*> values = ValuesAt(snapshot.Document, paths);
+  for (std::size_t i = 0; i < values.size(); ++i) {
+    if (values[i] != nullptr) {
+      Mark& mark = Marks[values[i]];
+      mark = std::max(mark, MarkOf(snapshot.Findings[i].Level));
+    }
+  }
+}
+
+}  // namespace host

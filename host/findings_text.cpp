@@ -1,0 +1,234 @@
+#include "host/findings_text.h"
+
+#include <algorithm>
+#include <chrono>
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+#include "host/annotations.h"
+#include "host/printable.h"
+
+namespace host {
+namespace {
+
+using insight::Finding;
+using insight::Severity;
+using insight::Snapshot;
+
+constexpr std::size_t kMostOfAKind = 20;
+constexpr std::size_t kLeastBeside = 56;  // columns that a text has beside paths and keys
+constexpr std::size_t kMostOfAText = 240;
+constexpr std::size_t kGap = 2;
+
+std::string Counted(std::size_t count, std::string_view one, std::string_view many) {
+  return std::to_string(count).append(" ").append(count == 1 ? one : many);
+}
+
+// "2 critical, 1 unknown, 5 warnings"; "" for none.
+std::string Counts(const Snapshot& snapshot) {
+  std::string text;
+  for (const Severity level : {Severity::kCritical, Severity::kUnknown, Severity::kWarning}) {
+    const auto count =
+        static_cast<std::size_t>(std::ranges::count(snapshot.Findings, level, &Finding::Level));
+    const std::string name = NameOf(level);
+    if (count > 0) {
+      text.append(text.empty() ? "" : ", ")
+          .append(Counted(count, name, level == Severity::kWarning ? name + "s" : name));
+    }
+  }
+  return text;
+}
+
+// "12 s", "5 min", "3 h 20 min", "4 d 2 h".
+std::string Duration(std::chrono::seconds duration) {
+  static constexpr std::pair<std::int64_t, const char*> kUnits[] = {
+      {86400, " d"}, {3600, " h"}, {60, " min"}, {1, " s"}};
+  std::int64_t rest = std::max<std::int64_t>(duration.count(), 0);
+  const auto* unit = std::ranges::find_if(
+      kUnits, [rest](const auto& each) { return rest >= each.first || each.first == 1; });
+  std::string text = std::to_string(rest / unit->first) + unit->second;
+  rest %= unit->first;
+  // The second unit of long times only.
+  if (unit->first >= 3600 && rest >= unit[1].first) {
+    text += " " + std::to_string(rest / unit[1].first) + unit[1].second;
+  }
+  return text;
+}
+
+std::string DatabaseText(const Snapshot& snapshot) {
+  const insight::DatabaseState& database = snapshot.Database;
+  const std::string rows = Counted(database.Rows, "row", "rows");
+  if (database.Unchanged) {
+    return rows + ", database last changed " + Duration(*database.Unchanged) + " ago";
+  }
+  if (database.LastChanged) {
+    return rows + ", database last changed " +
+           Duration(std::chrono::duration_cast<std::chrono::seconds>(snapshot.Began -
+                                                                     *database.LastChanged)) +
+           " ago";
+  }
+  return rows + ", when the database last changed is not known";
+}
+
+std::string WhatAndWhere(const Finding& finding) {
+  const std::string message = Printable(finding.Message);
+  const std::string where = Printable(finding.Where);
+  return Truncated(message.empty() || where.empty() ? message + where : message + ", " + where,
+                   kMostOfAText);
+}
+
+std::string HintOf(const Finding& finding) {
+  return finding.Hint.empty() ? "" : "look at: " + Truncated(Printable(finding.Hint), kMostOfAText);
+}
+
+// The findings that are shown, and instead of others of their kind how many there are.
+struct Choice {
+  const Finding* Shown;
+  std::size_t Further;  // left out after it
+};
+
+std::vector<Choice> Choose(const Snapshot& snapshot, Extent extent) {
+  std::vector<Choice> chosen;
+  std::size_t alike = 0;
+  const Finding* before = nullptr;
+  for (const Finding& finding : snapshot.Findings) {
+    alike = before != nullptr && before->Id == finding.Id ? alike + 1 : 0;
+    before = &finding;
+    if (extent == Extent::kAbridged && alike >= kMostOfAKind) {
+      ++chosen.back().Further;
+    } else {
+      chosen.push_back({&finding, 0});
+    }
+  }
+  return chosen;
+}
+
+std::string FurtherText(std::size_t count) {
+  return "and " + std::to_string(count) + " more like it: --section findings shows all";
+}
+
+constexpr std::size_t kLevelWidth = 8;  // of "critical"
+
+Row LevelAndText(const Finding& finding) {
+  return {MarkOf(finding.Level),
+          {Padded(NameOf(finding.Level), kLevelWidth), WhatAndWhere(finding)}};
+}
+
+// The places stand beside the texts, in columns of their own.
+class Beside {
+ public:
+  void Add(const Finding& finding, const std::string& hint) {
+    m_Rows.push_back(LevelAndText(finding));
+    m_Rows.back().Cells.insert(m_Rows.back().Cells.end(),
+                               {Printable(finding.Path), Printable(finding.Key)});
+    AddNote(hint);
+  }
+  void AddNote(const std::string& text) {
+    if (!text.empty()) {
+      m_Rows.push_back({Mark::kNone, {"", text, "", ""}});
+    }
+  }
+  void Show(Page* page) const { page->Table({{""}, {""}, {""}, {""}}, m_Rows, 1); }
+
+ private:
+  std::vector<Row> m_Rows;
+};
+
+// The places stand on lines of their own below the texts, as far to the left as they can.
+class Below {
+ public:
+  explicit Below(Page* page) : m_Page(page) {}
+
+  void Add(const Finding& finding, const std::string& hint) {
+    m_Page->Table({{""}, {""}}, {LevelAndText(finding)});
+    AddNote(hint);
+    const std::string path = Printable(finding.Path);
+    const std::string key = Printable(finding.Key);
+    const std::string both = path + (path.empty() || key.empty() ? "" : "  ") + key;
+    if (Width(both) + kIndent <= m_Page->Columns()) {
+      AddNote(both);
+    } else {
+      AddNote(path);
+      AddNote(key);
+    }
+  }
+  void AddNote(const std::string& text) {
+    if (!text.empty()) {
+      m_Page->Table({{""}, {""}}, {{Mark::kNone, {" ", text}}});
+    }
+  }
+  void Show(Page* /*page*/) const {}
+
+ private:
+  static constexpr std::size_t kIndent = 5;
+
+  Page* m_Page;
+};
+
+template <class Layout>
+void ShowChosen(const std::vector<Choice>& chosen, Layout layout, Page* page) {
+  std::string hint_before;
+  for (const Choice& choice : chosen) {
+    // What is to be looked at is said once for findings in a row.
+    std::string hint = HintOf(*choice.Shown);
+    layout.Add(*choice.Shown, hint == hint_before ? "" : hint);
+    hint_before = std::move(hint);
+    if (choice.Further > 0) {
+      layout.AddNote(FurtherText(choice.Further));
+    }
+  }
+  layout.Show(page);
+}
+
+void ShowBrief(const Snapshot& snapshot, Page* page) {
+  std::vector<Row> rows;
+  for (const Finding& finding : snapshot.Findings) {
+    rows.push_back(
+        {MarkOf(finding.Level),
+         {NameOf(finding.Level), Truncated(WhatAndWhere(finding), page->Columns() - 12)}});
+  }
+  page->Table({{""}, {""}}, rows);
+}
+
+}  // namespace
+
+void ShowHeadline(const Snapshot& snapshot, Page* page) {
+  if (snapshot.Findings.empty()) {
+    page->Headline(Mark::kNone, "all well: no findings in " +
+                                    Counted(snapshot.Database.Rows, "row", "rows") + " and " +
+                                    Counted(snapshot.Sources.size(), "source", "sources"));
+  } else {
+    const Severity worst = std::ranges::min(snapshot.Findings, {}, &Finding::Level).Level;
+    page->Headline(MarkOf(worst), std::string(NameOf(worst)) + ": " + Counts(snapshot));
+  }
+  page->Plain(DatabaseText(snapshot));
+}
+
+void ShowFindings(const Snapshot& snapshot, Extent extent, Page* page) {
+  if (snapshot.Findings.empty()) {
+    return;
+  }
+  page->Gap();
+  if (extent == Extent::kBrief) {
+    ShowBrief(snapshot, page);
+    return;
+  }
+  const std::vector<Choice> chosen = Choose(snapshot, extent);
+  std::size_t paths = 0;
+  std::size_t keys = 0;
+  for (const Choice& choice : chosen) {
+    paths = std::max(paths, Width(Printable(choice.Shown->Path)));
+    keys = std::max(keys, Width(Printable(choice.Shown->Key)));
+  }
+  if (2 + kLevelWidth + 3 * kGap + kLeastBeside + paths + keys <= page->Columns()) {
+    ShowChosen(chosen, Beside(), page);
+  } else {
+    ShowChosen(chosen, Below(page), page);
+  }
+}
+
+}  // namespace host
