@@ -53,7 +53,8 @@ TEST_P(Scenarios, GiveTheGoldenDocument) {
 INSTANTIATE_TEST_SUITE_P(Every, Scenarios,
                          testing::Values(Case{"bare", 1}, Case{"bare", 3}, Case{"demo", 1},
                                          Case{"demo", 3}, Case{"faults", 1}, Case{"faults", 3},
-                                         Case{"minimal", 1}, Case{"minimal", 3}),
+                                         Case{"minimal", 1}, Case{"minimal", 3},
+                                         Case{"mistakes", 1}, Case{"mistakes", 3}),
                          [](const auto& param) {
                            return std::string(param.param.Scenario) + "After" +
                                   std::to_string(param.param.Cycles);
@@ -75,7 +76,7 @@ TEST(ScenarioDocuments, AreGoldenForEveryFolder) {
   for (const auto& entry : std::filesystem::directory_iterator(sandbox::SourcePath("scenarios"))) {
     folders += entry.is_directory() ? 1 : 0;
   }
-  EXPECT_EQ(folders, 4U) << "a scenario without a golden document";
+  EXPECT_EQ(folders, 5U) << "a scenario without a golden document";
 }
 
 TEST(ScenarioDocuments, OfAControllerWithoutADatabaseComeWithAReport) {
