@@ -136,7 +136,9 @@ void Parking::Inherit(std::string name, const Writer& writer) {
   } else if (!writer.Key.empty()) {
     from = writer.Key + " of an earlier cycle";
   }
-  m_Group.Inherited.emplace_back(std::move(name), std::move(from));
+  if (std::ranges::find(m_Group.Inheritance, name, &Inherited::Name) == m_Group.Inheritance.end()) {
+    m_Group.Inheritance.push_back({std::move(name), std::move(from)});
+  }
 }
 
 void Parking::TakeVariable(const void* variable, const Change* where) {
@@ -234,20 +236,21 @@ void Parking::TakeFoundAddress(const Element& element) {
 // ---- Ends
 
 void Parking::EndRow() {
-  if (m_Group.Inherited.empty()) {
+  if (m_Group.Inheritance.empty()) {
     return;
   }
-  // Names that come from one place stand together.
+  // What comes from one place is named together.
+  std::ranges::stable_sort(m_Group.Inheritance, {}, &Inherited::From);
   std::string text = "inherits ";
-  for (std::size_t i = 0; i < m_Group.Inherited.size(); ++i) {
-    const auto& [name, from] = m_Group.Inherited[i];
-    const bool is_last = i + 1 == m_Group.Inherited.size();
+  for (std::size_t i = 0; i < m_Group.Inheritance.size(); ++i) {
+    const auto& [name, from] = m_Group.Inheritance[i];
+    const bool is_last = i + 1 == m_Group.Inheritance.size();
     text += name;
-    text += is_last || m_Group.Inherited[i + 1].second != from ? " from " + from : "";
+    text += is_last || m_Group.Inheritance[i + 1].From != from ? " from " + from : "";
     text += is_last ? "" : ", ";
   }
   AddRemark(&At(Current()), Outcome::kInherited, std::move(text));
-  m_Group.Inherited.clear();
+  m_Group.Inheritance.clear();
 }
 
 void Parking::EndGroup() {
@@ -291,7 +294,7 @@ void Parking::EndParked(const Parked& parked) {
 
 std::string Parking::WhyUntaken(const Variable& variable) {
   const void* const address = variable.Written->Where->Address;
-  const std::string kind = "a " + At(m_Group.TypeRow).Value;
+  const std::string& kind = At(m_Group.TypeRow).Value;
   const std::string name(variable.Written->Name);
   if (address == &u16_DispInterfaceAddress && !m_Group.OnOwnBus) {
     return "its display interface is there already, with another address";

@@ -74,6 +74,10 @@ class Parking {
     StagedKey Staged;
     bool Resolved;
   };
+  struct Inherited {
+    std::string Name;
+    std::string From;
+  };
   // Rows of one element, which follow one another.
   struct Group {
     std::size_t Number = 0;
@@ -82,8 +86,8 @@ class Parking {
     const sensors::SensorKind* Kind = nullptr;  // of a sensor that is there
     std::string Path;                           // of the element; "" while it is not there
     bool OnOwnBus = false;
-    std::vector<Parked> Rows;                                    // in order
-    std::vector<std::pair<std::string, std::string>> Inherited;  // what, and from where
+    std::vector<Parked> Rows;  // in order
+    std::vector<Inherited> Inheritance;
   };
 
   Row& At(std::size_t row) { return (*m_Rows)[row]; }

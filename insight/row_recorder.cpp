@@ -115,7 +115,7 @@ void RowRecorder::SeeKeyNumber(const observe::Stores& store) {
   m_Handled.Attribute =
       rest == nullptr ? row.Key.size() : static_cast<std::size_t>(rest - m_Handled.Key);
   m_Handled.Width = store.Consumed;
-  m_Handled.IsFirstWidth = m_Widths.Add(m_Handled.Entry, store.Consumed);
+  m_Handled.IsFirstWidth = store.Consumed == 0 || m_Widths.Add(m_Handled.Entry, store.Consumed);
   m_Parking.BeginRow(is_element && rest != nullptr
                          ? std::string_view(row.Key).substr(0, m_Handled.Attribute)
                          : std::string_view());
@@ -279,12 +279,17 @@ void RowRecorder::SeeRefused(const observe::Record& record) {
       break;
     case Ending::kNotHere:
     case Ending::kNoPlace:
-      AddRemark(
-          &row, Outcome::kRefusedKind,
-          "the element is lost: a " + row.Value + " does not stand behind a display interface",
-          WholeValue(row));
+      AddRemark(&row, Outcome::kRefusedKind,
+                "the element is lost: " + row.Value + " does not stand behind a display interface",
+                WholeValue(row));
       break;
-    case Ending::kNoKind:  // the word of the kind is unknown, and remarked upon
+    case Ending::kNoKind:
+      for (Remark& remark : row.Remarks) {
+        if (remark.What == Outcome::kUnknownWord) {  // its code is of no interest
+          remark.Text.replace(remark.Text.rfind("; "), std::string::npos, "; the element is lost");
+        }
+      }
+      break;
     case Ending::kCompleted:
     case Ending::kFound:
       break;
@@ -295,17 +300,25 @@ void RowRecorder::RemarkTaken(const observe::Record& record) {
   Row& row = Current();
   const std::vector<std::size_t>& owners = m_Owners[{record.Where, record.Interface}];
   std::string text = "the element is lost: position " + std::to_string(record.Number) + " is taken";
+  std::string owner;
   if (record.Number < owners.size()) {
-    text += " by " + m_Rows[owners[record.Number]].Key;
+    owner = m_Rows[owners[record.Number]].Key;
+    text += " by " + owner;
   }
   const std::size_t least = m_Widths.Least(m_Handled.Entry);
   const std::size_t most = m_Widths.Most(m_Handled.Entry);
-  const std::string would_do = Padded(record.Position, most);
-  if (least != most) {
+  std::string would_do = Padded(record.Position, most);
+  if (least != most && !HasRemark(row, Outcome::kBadNumber)) {
     text += ", since numbers of " + std::to_string(least) + " to " + std::to_string(most) +
             " digits are mixed and do not come in their order";
+    const std::string padded = Padded(record.Number, most);
+    const std::string key =
+        std::string(m_Handled.Entry) + padded + "_" + row.Key.substr(m_Handled.Attribute);
+    if (m_Handled.Width < most && key != owner) {
+      would_do = padded;
+    }
   }
-  text += "; number " + would_do + " would do here";
+  text += "; number " + would_do + " would do";
   AddRemark(&row, Outcome::kPositionTaken, std::move(text), KeyFrom(row, m_Handled.Entry.size()));
 }
 

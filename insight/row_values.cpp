@@ -129,9 +129,9 @@ void JudgeWord(const Stores& store, const rows::Parser& parser, Row* row) {
   }
   const char* const became = store.What == Fate::kOtherWord ? " is stored" : " stays";
   AddRemark(row, Outcome::kUnknownWord,
-            Quoted(row->Value) + " is no word of the list, " +
-                NameOfCode(parser, store.Stored.Unsigned) + became +
-                NearestIs(Nearest(Trimmed(row->Value), words)),
+            Quoted(row->Value) + " is no word of the list" +
+                NearestIs(Nearest(Trimmed(row->Value), words)) + "; " +
+                NameOfCode(parser, store.Stored.Unsigned) + became,
             WholeValue(*row));
 }
 

@@ -80,7 +80,7 @@ const std::vector<RowCase>& OtherCases() {
         {"Sensor_00_Type", "CANFanRpm"}}},
       {Outcome::kUntakenAttribute,
        "Sensor_00_Celsius",
-       "a CANDoor does not take Celsius",
+       "CANDoor does not take Celsius",
        {{"Sensor_00_Celsius", "1"}, {"Sensor_00_Type", "CANDoor"}},
        {{"Sensor_00_Celsius", "1"}, {"Sensor_00_Type", "CANTemp"}}},
       {Outcome::kInherited,
