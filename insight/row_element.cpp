@@ -77,15 +77,4 @@ bool Element::Find(const void* address, Change* found) const {
   return true;
 }
 
-bool Element::FindNamed(std::string_view name, Change* found) const {
-  const auto value = std::ranges::find_if(m_Values, [name](const Value& candidate) {
-    return candidate.Holder == 0 && candidate.Listed->Name == name;
-  });
-  if (value == m_Values.end()) {
-    return false;
-  }
-  Get(*value, found);
-  return true;
-}
-
 }  // namespace insight

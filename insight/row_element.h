@@ -21,8 +21,6 @@ class Element {
   // The field at this address, or the element that begins there, with what it is now; false when
   // there is none.
   bool Find(const void* address, Change* found) const;
-  // The same of a field of the element itself, by its name.
-  bool FindNamed(std::string_view name, Change* found) const;
 
  private:
   struct Holder {

@@ -6,12 +6,31 @@
 #include "collector/state/scratch.h"
 #include "handlers/fields.h"
 #include "insight/row_remarks.h"
+#include "model/lookup/kinds.h"
+#include "sensors/record_builder.h"
 
 namespace insight {
 namespace {
 
 using observe::Ending;
 using observe::Place;
+
+// What elements of this kind take.
+std::span<const elements::Taken> TakesOf(const observe::Record& record) {
+  const auto find = [&record](const auto& kinds, auto code) -> std::span<const elements::Taken> {
+    const auto kind = std::ranges::find_if(
+        kinds, [&](const auto& candidate) { return candidate.*code == record.Type; });
+    return kind == kinds.end() ? std::span<const elements::Taken>() : kind->Takes;
+  };
+  switch (record.Where) {
+    case Place::kDcioDevices:
+      return find(elements::DcioKinds(), &elements::DcioKind::Is);
+    case Place::kDisplayInterfaces:
+      return find(elements::InterfaceKinds(), &elements::InterfaceKind::Is);
+    default:
+      return find(sensors::SensorKinds(), &sensors::SensorKind::Code);
+  }
+}
 
 bool HoldsPoints(const void* container) {
   return container == &dcioInputs || container == &dcioOutputs;
@@ -155,81 +174,50 @@ void Parking::TakeVariable(const void* variable, const Change* where) {
 }
 
 void Parking::Take(const observe::Record& record, const Element* element) {
-  if (record.Where == Place::kDisplayInterfaces) {
-    if (element != nullptr) {
-      TakeByName(record, *element);
-      if (record.What == Ending::kFound) {
-        TakeFoundAddress(*element);
-      }
-    }
-    return;
-  }
+  const bool is_interface = record.Where == Place::kDisplayInterfaces;
   if (element != nullptr) {
-    m_Group.Path = element->Path();
-    m_Group.OnOwnBus = record.Where == Place::kSensors;
-    if (record.Where == Place::kDcioDevices) {
-      TakeByName(record, *element);
-    } else {
-      TakeMembers(record, *element);
+    if (!is_interface) {
+      m_Group.Path = element->Path();
+      m_Group.OnOwnBus = record.Where == Place::kSensors;
+      m_Group.Takes = TakesOf(record);
     }
+    for (const observe::Point& point : m_Points) {
+      TakePoint(point, *element);
+    }
+    TakeMembers(record, *element);
   }
-  m_Points.clear();
+  if (!is_interface) {
+    m_Points.clear();
+  }
 }
 
 void Parking::TakeMembers(const observe::Record& record, const Element& element) {
-  const auto* const sensor = dynamic_cast<const QtSts::CSensor*>(record.Element);
-  const auto kinds = sensors::SensorKinds();
-  const auto kind = std::ranges::find(kinds, record.Type, &sensors::SensorKind::Code);
-  if (sensor == nullptr || kind == kinds.end()) {
-    return;
-  }
-  m_Group.Kind = &*kind;
-  for (const observe::Point& point : m_Points) {
-    TakePoint(point, element);
-  }
-  for (const elements::Taken& taken : kind->Takes) {
+  for (const elements::Taken& taken : TakesOf(record)) {
     const void* const variable = taken.From->Address;
     Change where;
-    const bool reported = element.Find(taken.Member(*sensor), &where);
-    if (variable == &f_Psrb_InputVoltages || variable == &f_Psrb_OutputVoltages) {
+    const Change* const reported =
+        element.Find(taken.Member(*record.Element), &where) ? &where : nullptr;
+    if (std::ranges::count(record.Taken, variable) == 0) {
+      TakeTheSame(record, variable, reported);
+    } else if (variable == &f_Psrb_InputVoltages || variable == &f_Psrb_OutputVoltages) {
       TakeVoltages(variable, where);
-    } else if (!taken.From->IsContainer && std::ranges::count(record.Taken, variable) != 0) {
-      TakeVariable(variable, reported ? &where : nullptr);
+    } else if (!taken.From->IsContainer) {
+      TakeVariable(variable, reported);
     }
   }
 }
 
-// What a DCIO device or a display interface takes, by the names of its fields.
-void Parking::TakeByName(const observe::Record& record, const Element& element) {
-  static constexpr std::pair<const void*, const char*> kFields[] = {
-      {&u32_DCIO_NumAttr, "NumberOfAttributes"},
-      {&u32_DCIO_Address, "Address"},
-      {&u32_DCIO_State, "State"},
-      {&u32_DCIO_ErrCntr, "ErrorCounter"},
-      {&u32_DispInterfaceNumAttribute, "NumberOfAttributes"},
-      {&u16_DispInterfaceAddress, "Address"},
-  };
-  for (const void* const variable : record.Taken) {
-    for (const auto& [address, name] : kFields) {
-      Change where;
-      if (address == variable) {
-        TakeVariable(variable, element.FindNamed(name, &where) ? &where : nullptr);
-      }
-    }
-  }
-}
-
-// The address of an interface that is there already is not taken, but it may be the same.
-void Parking::TakeFoundAddress(const Element& element) {
-  const Writer& last = m_Variables.at(&u16_DispInterfaceAddress).Last;
-  if (last.Row == kNone || last.Group != m_Group.Number) {
+// The address of a display interface that is there already is not taken, but it may be the same.
+void Parking::TakeTheSame(const observe::Record& record, const void* variable,
+                          const Change* reported) {
+  if (record.What != Ending::kFound || variable != &u16_DispInterfaceAddress) {
     return;
   }
-  Change where;
-  if (!element.FindNamed("Address", &where)) {
-    Resolve(last.Row, nullptr);
-  } else if (where.After == std::to_string(u16_DispInterfaceAddress)) {
-    Resolve(last.Row, &where);
+  const Writer& last = m_Variables.at(variable).Last;
+  const bool is_own = last.Row != kNone && last.Group == m_Group.Number;
+  if (is_own &&
+      (reported == nullptr || reported->After == std::to_string(u16_DispInterfaceAddress))) {
+    Resolve(last.Row, reported);
   }
 }
 
@@ -301,8 +289,8 @@ std::string Parking::WhyUntaken(const Variable& variable) {
   }
   const bool is_of_interface =
       address == &u16_DispInterfaceAddress || address == &u32_DispInterfaceNumAttribute;
-  if (m_Group.OnOwnBus && m_Group.Kind != nullptr &&
-      (is_of_interface || sensors::Takes(*m_Group.Kind, *variable.Written->Where))) {
+  if (m_Group.OnOwnBus &&
+      (is_of_interface || elements::Takes(m_Group.Takes, *variable.Written->Where))) {
     return kind + " takes " + name + " behind a display interface only";
   }
   return kind + " does not take " + name;

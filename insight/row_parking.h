@@ -4,6 +4,7 @@
 
 #include <cstddef>
 #include <map>
+#include <span>
 #include <string>
 #include <string_view>
 #include <tuple>
@@ -12,10 +13,10 @@
 #include <vector>
 
 #include "collector/observer.h"
+#include "collector/state/elements.h"
 #include "insight/row_element.h"
 #include "insight/snapshot.h"
 #include "sensors/attributes.h"
-#include "sensors/record_builder.h"
 
 namespace insight {
 
@@ -83,8 +84,8 @@ class Parking {
     std::size_t Number = 0;
     std::string Prefix;
     std::size_t TypeRow = kNone;
-    const sensors::SensorKind* Kind = nullptr;  // of a sensor that is there
-    std::string Path;                           // of the element; "" while it is not there
+    std::span<const elements::Taken> Takes;  // of the element that is there
+    std::string Path;                        // of the element; "" while it is not there
     bool OnOwnBus = false;
     std::vector<Parked> Rows;  // in order
     std::vector<Inherited> Inheritance;
@@ -107,8 +108,7 @@ class Parking {
   void TakeVariable(const void* variable, const Change* where);
   bool TakeStaged(const StagedKey& key, const Change* where);
   void TakeMembers(const observe::Record& record, const Element& element);
-  void TakeByName(const observe::Record& record, const Element& element);
-  void TakeFoundAddress(const Element& element);
+  void TakeTheSame(const observe::Record& record, const void* variable, const Change* reported);
   void TakeVoltages(const void* container, const Change& where);
   void TakePoint(const observe::Point& point, const Element& element);
   void RefusePoint(const observe::Point& point);
