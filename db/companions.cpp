@@ -169,12 +169,12 @@ bool AnyIsLitter(const FileStatus& database, const Statuses& statuses) {
 // Nobody has the database open while it is locked, so nobody has opened these either.
 bool RemoveLitter(const std::string& file, const FileStatus& database) {
   Connection writer;
-  if (sqlite3_open_v2(file.c_str(), &writer.file,
+  if (sqlite3_open_v2(file.c_str(), &writer.File,
                       SQLITE_OPEN_READWRITE | SQLITE_OPEN_NOFOLLOW | SQLITE_OPEN_NOMUTEX,
                       GuardedFiles()) != SQLITE_OK) {
     return false;
   }
-  FileLock lock(writer.file);
+  FileLock lock(writer.File);
   if (lock.Take(SQLITE_LOCK_SHARED) != SQLITE_OK || lock.Take(SQLITE_LOCK_EXCLUSIVE) != SQLITE_OK) {
     return false;
   }

@@ -15,8 +15,8 @@ namespace {
 
 // SQLite's own default for loading code is off as well, but a build of it may differ.
 constexpr struct {
-  int option;
-  int value;
+  int Option;
+  int Value;
 } kDefences[] = {
     {SQLITE_DBCONFIG_DEFENSIVE, 1},
     {SQLITE_DBCONFIG_TRUSTED_SCHEMA, 0},
@@ -28,8 +28,8 @@ constexpr struct {
 // bytes, and our longest statement has 700 bytes: there is room for what a foreign writer may do,
 // not for what only an attacker would.
 constexpr struct {
-  int limit;
-  int value;
+  int Limit;
+  int Value;
 } kLimits[] = {
     {SQLITE_LIMIT_LENGTH, kMaxValueBytes},   {SQLITE_LIMIT_SQL_LENGTH, 1 << 16},
     {SQLITE_LIMIT_VDBE_OP, 25'000},          {SQLITE_LIMIT_ATTACHED, 0},
@@ -49,10 +49,10 @@ void Check(sqlite3* db, int code) {
 
 void Harden(sqlite3* db, Budget& budget) {
   for (const auto& defence : kDefences) {
-    Check(db, sqlite3_db_config(db, defence.option, defence.value, nullptr));
+    Check(db, sqlite3_db_config(db, defence.Option, defence.Value, nullptr));
   }
   for (const auto& limit : kLimits) {
-    sqlite3_limit(db, limit.limit, limit.value);
+    sqlite3_limit(db, limit.Limit, limit.Value);
   }
   Check(db, sqlite3_busy_timeout(db, static_cast<int>(kBusyTimeout.count())));
   budget.Restart();
@@ -82,23 +82,23 @@ sqlite3* OpenMemory(Budget& budget) {
 }
 
 void UseDatabase(Connection& connection, sqlite3* db) noexcept {
-  if (connection.db != db) {
+  if (connection.Db != db) {
     connection.ForgetSchema();
-    connection.db = db;
+    connection.Db = db;
   }
 }
 
 // A query that still runs keeps the copy that it began with.
 bool UseCopy(Connection& connection, const std::string& name) {
-  if (connection.copy == nullptr) {
-    connection.copy = OpenMemory(connection.budget);
+  if (connection.Copy == nullptr) {
+    connection.Copy = OpenMemory(connection.Budget);
   }
-  const bool running = sqlite3_txn_state(connection.copy, "main") != SQLITE_TXN_NONE;
+  const bool running = sqlite3_txn_state(connection.Copy, "main") != SQLITE_TXN_NONE;
   if (!running) {
     connection.ForgetSchema();
   }
-  if (running || CopyDatabase(connection.file, name, connection.copy)) {
-    UseDatabase(connection, connection.copy);
+  if (running || CopyDatabase(connection.File, name, connection.Copy)) {
+    UseDatabase(connection, connection.Copy);
     return true;
   }
   return false;
@@ -106,11 +106,11 @@ bool UseCopy(Connection& connection, const std::string& name) {
 
 // In write-ahead mode, what was opened once stays open, and nobody takes it away.
 int OpenLog(Connection& connection) {
-  connection.budget.Restart();
+  connection.Budget.Restart();
   const int code =
-      sqlite3_exec(connection.file, "PRAGMA schema_version", nullptr, nullptr, nullptr) & 0xff;
+      sqlite3_exec(connection.File, "PRAGMA schema_version", nullptr, nullptr, nullptr) & 0xff;
   if (code != SQLITE_OK && code != SQLITE_CANTOPEN && code != SQLITE_READONLY) {
-    throw Failure(connection.file, code);
+    throw Failure(connection.File, code);
   }
   return code;
 }
@@ -126,7 +126,7 @@ void ReadWithoutWriting(Connection& connection, const std::string& name) {
     }
     if (std::chrono::steady_clock::now() >= end) {
       RequireIndex(name);
-      throw Failure(connection.file, code);
+      throw Failure(connection.File, code);
     }
     std::this_thread::sleep_for(std::chrono::milliseconds(5));
   }
@@ -136,16 +136,16 @@ void ReadWithoutWriting(Connection& connection, const std::string& name) {
 
 int Connection::Close() noexcept {
   ForgetSchema();
-  db = nullptr;
-  if (copy != nullptr) {
-    sqlite3_close(std::exchange(copy, nullptr));
+  Db = nullptr;
+  if (Copy != nullptr) {
+    sqlite3_close(std::exchange(Copy, nullptr));
   }
-  return sqlite3_close(std::exchange(file, nullptr));
+  return sqlite3_close(std::exchange(File, nullptr));
 }
 
 CppSQLite3Exception Connection::Failed(sqlite3* handle, int code) {
   CppSQLite3Exception failure = Failure(handle, code);
-  checked.clear();
+  Checked.clear();
   if (failure.errorCode() == SQLITE_CORRUPT) {
     // Pages are checked when they come into SQLite's cache, so those that were refused must leave.
     sqlite3_db_release_memory(handle);
@@ -154,19 +154,19 @@ CppSQLite3Exception Connection::Failed(sqlite3* handle, int code) {
 }
 
 int Connection::SchemaNumber() const noexcept {
-  return touch == nullptr ? schemas
-                          : schemas + sqlite3_stmt_status(touch, SQLITE_STMTSTATUS_REPREPARE, 0);
+  return Touch == nullptr ? Schemas
+                          : Schemas + sqlite3_stmt_status(Touch, SQLITE_STMTSTATUS_REPREPARE, 0);
 }
 
 void Connection::ForgetSchema() noexcept {
-  schemas = SchemaNumber() + 1;
-  sqlite3_finalize(std::exchange(touch, nullptr));
-  checked.clear();
+  Schemas = SchemaNumber() + 1;
+  sqlite3_finalize(std::exchange(Touch, nullptr));
+  Checked.clear();
 }
 
 int Prepared::Finalize() noexcept {
-  ++run;
-  return sqlite3_finalize(std::exchange(stmt, nullptr));
+  ++Run;
+  return sqlite3_finalize(std::exchange(Stmt, nullptr));
 }
 
 CppSQLite3Exception Failure(sqlite3* db, int code) {
@@ -193,30 +193,30 @@ std::shared_ptr<Connection> Connect(const char* file, int flags) {
   PrepareCompanions(file);
   auto connection = std::make_shared<Connection>();
   const int code =
-      sqlite3_open_v2(file, &connection->file, flags | SQLITE_OPEN_NOFOLLOW, GuardedFiles());
-  connection->db = connection->file;
-  Check(connection->db, code);
-  Harden(connection->db, connection->budget);
-  if (sqlite3_db_readonly(connection->db, "main") == 0) {
-    KeepWriteAheadLog(connection->db);
+      sqlite3_open_v2(file, &connection->File, flags | SQLITE_OPEN_NOFOLLOW, GuardedFiles());
+  connection->Db = connection->File;
+  Check(connection->Db, code);
+  Harden(connection->Db, connection->Budget);
+  if (sqlite3_db_readonly(connection->Db, "main") == 0) {
+    KeepWriteAheadLog(connection->Db);
   }
   return connection;
 }
 
 void Refresh(Connection& connection) {
   int moved = 0;
-  sqlite3_file_control(connection.file, "main", SQLITE_FCNTL_HAS_MOVED, &moved);
+  sqlite3_file_control(connection.File, "main", SQLITE_FCNTL_HAS_MOVED, &moved);
   if (moved != 0) {
     throw CppSQLite3Exception(SQLITE_CANTOPEN, "database file was deleted or replaced");
   }
-  const char* const filename = sqlite3_db_filename(connection.file, "main");
+  const char* const filename = sqlite3_db_filename(connection.File, "main");
   if (filename == nullptr || *filename == '\0') {
     return;  // in memory
   }
   const std::string name = filename;
-  PrepareCompanions(name, HoldsLock(connection.file));
-  UseDatabase(connection, connection.file);
-  if (!MayMake(name) && !HoldsLock(connection.file)) {
+  PrepareCompanions(name, HoldsLock(connection.File));
+  UseDatabase(connection, connection.File);
+  if (!MayMake(name) && !HoldsLock(connection.File)) {
     ReadWithoutWriting(connection, name);
   }
 }

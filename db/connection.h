@@ -42,24 +42,24 @@ struct Connection {
   // Grows each time that SQLite had to read the schema anew, and when ForgetSchema was called.
   int SchemaNumber() const noexcept;
 
-  // Has to be called when `db` becomes another database.
+  // Has to be called when `Db` becomes another database.
   void ForgetSchema() noexcept;
 
-  sqlite3* db = nullptr;    // What statements run on: the file, or a copy of it in memory.
-  sqlite3* file = nullptr;  // The opened file, owned.
-  sqlite3* copy = nullptr;  // Owned; null until one was needed.
-  Budget budget;
-  std::optional<CppSQLite3Exception> open_failure;  // Then nothing is open, and never was.
-  sqlite3_stmt* touch = nullptr;                    // Reads the schema of `db`; see Snapshot.
-  int schemas = 0;                                  // What SchemaNumber is without `touch`.
-  std::string checked;     // The last statement that was found fit to run, or "".
-  int checked_schema = 0;  // The number of the schema that it was found fit for.
+  sqlite3* Db = nullptr;    // What statements run on: the file, or a copy of it in memory.
+  sqlite3* File = nullptr;  // The opened file, owned.
+  sqlite3* Copy = nullptr;  // Owned; null until one was needed.
+  sqlitedb::Budget Budget;
+  std::optional<CppSQLite3Exception> OpenFailure;  // Then nothing is open, and never was.
+  sqlite3_stmt* Touch = nullptr;                   // Reads the schema of `Db`; see Snapshot.
+  int Schemas = 0;                                 // What SchemaNumber is without `Touch`.
+  std::string Checked;    // The last statement that was found fit to run, or "".
+  int CheckedSchema = 0;  // The number of the schema that it was found fit for.
 };
 
 // A compiled statement, null once finalized. Only the query that carries the number of the current
 // run may read its rows or end it.
 struct Prepared {
-  explicit Prepared(std::shared_ptr<Connection> owner) : connection(std::move(owner)) {}
+  explicit Prepared(std::shared_ptr<sqlitedb::Connection> owner) : Connection(std::move(owner)) {}
   Prepared(const Prepared&) = delete;
   Prepared& operator=(const Prepared&) = delete;
   ~Prepared() { Finalize(); }
@@ -67,15 +67,15 @@ struct Prepared {
   int Finalize() noexcept;
 
   // Of a run that has come to a further row: false when that is one too many.
-  bool CountRow() noexcept { return !reads || ++rows <= kMaxRows; }
+  bool CountRow() noexcept { return !Reads || ++Rows <= kMaxRows; }
 
-  std::shared_ptr<Connection> connection;
-  sqlite3_stmt* stmt = nullptr;
-  unsigned run = 0;
-  unsigned budget = 0;  // the number of that in which it was compiled; 0 once it has run
-  int rows = 0;         // that the current run has come to
-  bool reads = false;
-  int schema = 0;  // The number of the schema that a statement that reads was compiled for.
+  std::shared_ptr<sqlitedb::Connection> Connection;
+  sqlite3_stmt* Stmt = nullptr;
+  unsigned Run = 0;
+  unsigned BudgetNumber = 0;  // the number of that in which it was compiled; 0 once it has run
+  int Rows = 0;               // that the current run has come to
+  bool Reads = false;
+  int Schema = 0;  // The number of the schema that a statement that reads was compiled for.
 };
 
 // The exception for `code`, with the message of `db` where that is about it.

@@ -19,10 +19,10 @@ namespace {
 // hold that class as it is.
 struct Details : std::string {
   Details(std::string message, int extended, int system)
-      : std::string(std::move(message)), extended_code(extended), system_error(system) {}
+      : std::string(std::move(message)), ExtendedCode(extended), SystemError(system) {}
 
-  int extended_code;
-  int system_error;
+  int ExtendedCode;
+  int SystemError;
 };
 
 const Details& DetailsOf(const std::shared_ptr<std::string const>& message) {
@@ -41,9 +41,9 @@ CppSQLite3Exception::CppSQLite3Exception(int code, std::string message, int exte
                                                extended_code != SQLITE_OK ? extended_code : code_,
                                                system_error)) {}
 
-int CppSQLite3Exception::extendedCode() const noexcept { return DetailsOf(message_).extended_code; }
+int CppSQLite3Exception::extendedCode() const noexcept { return DetailsOf(message_).ExtendedCode; }
 
-int CppSQLite3Exception::systemError() const noexcept { return DetailsOf(message_).system_error; }
+int CppSQLite3Exception::systemError() const noexcept { return DetailsOf(message_).SystemError; }
 
 void CppSQLite3Exception::Report() const noexcept {
   std::fprintf(stderr, "%d:%s\n", errorCode(), errorMessage());
@@ -62,7 +62,7 @@ CppSQLite3Exception FailureOfRun(const Prepared& prepared, int code) {
     return {SQLITE_TOOBIG,
             "table or view has more than " + std::to_string(sqlitedb::kMaxRows) + " rows"};
   }
-  CppSQLite3Exception failure = prepared.connection->Failed(sqlite3_db_handle(prepared.stmt), code);
+  CppSQLite3Exception failure = prepared.Connection->Failed(sqlite3_db_handle(prepared.Stmt), code);
   if (failure.errorCode() == SQLITE_TOOBIG) {
     return {SQLITE_TOOBIG, std::string(failure.errorMessage()) + ": a value or row has more than " +
                                std::to_string(sqlitedb::kMaxValueBytes) + " bytes"};
@@ -72,21 +72,21 @@ CppSQLite3Exception FailureOfRun(const Prepared& prepared, int code) {
 
 CppSQLite3Exception EndFailedRun(Prepared& prepared, int code) {
   CppSQLite3Exception failure = FailureOfRun(prepared, code);
-  ++prepared.run;
-  sqlite3_reset(prepared.stmt);
+  ++prepared.Run;
+  sqlite3_reset(prepared.Stmt);
   return failure;
 }
 
 }  // namespace
 
 inline bool CppSQLite3Query::Running() const noexcept {
-  return prepared_ != nullptr && prepared_->run == run_;
+  return prepared_ != nullptr && prepared_->Run == run_;
 }
 
 CppSQLite3Query::CppSQLite3Query() noexcept = default;
 
 CppSQLite3Query::CppSQLite3Query(std::shared_ptr<Prepared> prepared, bool eof) noexcept
-    : prepared_(std::move(prepared)), run_(prepared_->run), eof_(eof) {}
+    : prepared_(std::move(prepared)), run_(prepared_->Run), eof_(eof) {}
 
 CppSQLite3Query::CppSQLite3Query(CppSQLite3Query&& other) noexcept
     : prepared_(std::move(other.prepared_)),
@@ -103,7 +103,7 @@ CppSQLite3Query& CppSQLite3Query::operator=(CppSQLite3Query&& other) noexcept {
 
 CppSQLite3Query::~CppSQLite3Query() {
   if (Running()) {
-    sqlite3_reset(prepared_->stmt);
+    sqlite3_reset(prepared_->Stmt);
   }
 }
 
@@ -111,9 +111,9 @@ void CppSQLite3Query::nextRow() {
   if (eof_ || !Running()) {
     throw Failure(nullptr, SQLITE_MISUSE);
   }
-  sqlitedb::Budget& budget = prepared_->connection->budget;
+  sqlitedb::Budget& budget = prepared_->Connection->Budget;
   budget.Enter();
-  const int code = sqlite3_step(prepared_->stmt);
+  const int code = sqlite3_step(prepared_->Stmt);
   budget.Leave();
   if (code == SQLITE_ROW && prepared_->CountRow()) {
     return;
@@ -130,21 +130,21 @@ const char* CppSQLite3Query::getStringField(int column, const char* if_null) {
   if (eof_ || !Running()) {
     throw Failure(nullptr, SQLITE_MISUSE);
   }
-  sqlite3_stmt* stmt = prepared_->stmt;
+  sqlite3_stmt* stmt = prepared_->Stmt;
   if (const auto* text = sqlite3_column_text(stmt, column)) {
     return reinterpret_cast<const char*>(text);
   }
   if (column < 0 || column >= sqlite3_data_count(stmt)) {
     throw Failure(nullptr, SQLITE_RANGE);
   }
-  if (sqlite3_errcode(prepared_->connection->db) == SQLITE_NOMEM) {
+  if (sqlite3_errcode(prepared_->Connection->Db) == SQLITE_NOMEM) {
     throw Failure(nullptr, SQLITE_NOMEM);
   }
   return if_null;
 }
 
 int CppSQLite3Query::getFieldBytes(int column) noexcept {
-  return eof_ || !Running() ? 0 : sqlite3_column_bytes(prepared_->stmt, column);
+  return eof_ || !Running() ? 0 : sqlite3_column_bytes(prepared_->Stmt, column);
 }
 
 void CppSQLite3Query::finalize() {
@@ -154,9 +154,9 @@ void CppSQLite3Query::finalize() {
   if (!running) {
     return;
   }
-  const int code = sqlite3_reset(prepared->stmt);
+  const int code = sqlite3_reset(prepared->Stmt);
   if (code != SQLITE_OK) {
-    throw Failure(prepared->connection->db, code);
+    throw Failure(prepared->Connection->Db, code);
   }
 }
 
@@ -183,25 +183,25 @@ CppSQLite3Query CppSQLite3Statement::execQuery() & {
   if (prepared_ == nullptr) {
     throw Failure(nullptr, SQLITE_MISUSE);
   }
-  ++prepared_->run;
-  sqlite3_reset(prepared_->stmt);
-  sqlitedb::Connection& connection = *prepared_->connection;
-  if (std::exchange(prepared_->budget, 0) == connection.budget.Number()) {
-    connection.budget.Enter();
+  ++prepared_->Run;
+  sqlite3_reset(prepared_->Stmt);
+  sqlitedb::Connection& connection = *prepared_->Connection;
+  if (std::exchange(prepared_->BudgetNumber, 0) == connection.Budget.Number()) {
+    connection.Budget.Enter();
   } else {
-    connection.budget.Restart();
+    connection.Budget.Restart();
   }
   std::optional<sqlitedb::Snapshot> snapshot;
-  if (prepared_->reads) {
+  if (prepared_->Reads) {
     snapshot.emplace(connection);
     sqlitedb::CheckSize(connection);
     sqlitedb::FollowSchema(*prepared_);
   } else {
-    connection.checked.clear();  // it may change the schema
+    connection.Checked.clear();  // it may change the schema
   }
-  prepared_->rows = 1;
-  const int code = sqlite3_step(prepared_->stmt);
-  connection.budget.Leave();
+  prepared_->Rows = 1;
+  const int code = sqlite3_step(prepared_->Stmt);
+  connection.Budget.Leave();
   if (code != SQLITE_ROW && code != SQLITE_DONE) {
     throw EndFailedRun(*prepared_, code);
   }
@@ -215,14 +215,14 @@ void CppSQLite3Statement::finalize() {
   }
   const int code = prepared->Finalize();
   if (code != SQLITE_OK) {
-    throw Failure(prepared->connection->db, code);
+    throw Failure(prepared->Connection->Db, code);
   }
 }
 
 namespace {
 
 bool IsOpen(const std::shared_ptr<Connection>& connection) {
-  return connection != nullptr && !connection->open_failure;
+  return connection != nullptr && !connection->OpenFailure;
 }
 
 }  // namespace
@@ -237,15 +237,14 @@ void CppSQLite3DB::open(const char* file, int flags) {
   try {
     connection_ = Connect(file, flags);
   } catch (const CppSQLite3Exception& failure) {
-    failed->open_failure = failure;
+    failed->OpenFailure = failure;
     connection_ = std::move(failed);
     throw;
   }
 }
 
 const CppSQLite3Exception* CppSQLite3DB::openFailure() const noexcept {
-  return connection_ != nullptr && connection_->open_failure ? &*connection_->open_failure
-                                                             : nullptr;
+  return connection_ != nullptr && connection_->OpenFailure ? &*connection_->OpenFailure : nullptr;
 }
 
 int CppSQLite3DB::close() noexcept {
@@ -254,7 +253,7 @@ int CppSQLite3DB::close() noexcept {
 }
 
 bool CppSQLite3DB::readOnly() const noexcept {
-  return IsOpen(connection_) && sqlite3_db_readonly(connection_->file, "main") != 0;
+  return IsOpen(connection_) && sqlite3_db_readonly(connection_->File, "main") != 0;
 }
 
 CppSQLite3Statement CppSQLite3DB::compileStatement(const char* sql) {
@@ -262,20 +261,20 @@ CppSQLite3Statement CppSQLite3DB::compileStatement(const char* sql) {
     throw Failure(nullptr, SQLITE_MISUSE);
   }
   sqlitedb::Refresh(*connection_);
-  sqlite3* db = connection_->db;
-  connection_->budget.Restart();
+  sqlite3* db = connection_->Db;
+  connection_->Budget.Restart();
   auto prepared = std::make_shared<Prepared>(connection_);
-  prepared->budget = connection_->budget.Number();
+  prepared->BudgetNumber = connection_->Budget.Number();
   if (sqlitedb::Reads(sql)) {
     sqlitedb::CompileReading(*prepared, sql);
   } else {
-    connection_->checked.clear();                         // compiling may read the schema
+    connection_->Checked.clear();                         // compiling may read the schema
     { const sqlitedb::Snapshot snapshot(*connection_); }  // reads it, and more carefully
-    const int code = sqlite3_prepare_v2(db, sql, -1, &prepared->stmt, nullptr);
+    const int code = sqlite3_prepare_v2(db, sql, -1, &prepared->Stmt, nullptr);
     if (code != SQLITE_OK) {
       throw connection_->Failed(db, code);
     }
   }
-  connection_->budget.Leave();
+  connection_->Budget.Leave();
   return CppSQLite3Statement(std::move(prepared));
 }

@@ -21,9 +21,9 @@ sqlite3_vfs* g_system = nullptr;
 
 // Of a database, after what the system's VFS keeps of its file.
 struct Guard {
-  sqlite3_io_methods methods;  // the system's, but for what is replaced here
-  int (*is_reserved)(sqlite3_file*, int*);
-  const char* name;  // SQLite's, as long as the file is open
+  sqlite3_io_methods Methods;  // the system's, but for what is replaced here
+  int (*IsReserved)(sqlite3_file*, int*);
+  const char* Name;  // SQLite's, as long as the file is open
 };
 
 Guard& GuardOf(sqlite3_file* file) {
@@ -92,12 +92,12 @@ bool MayOpen(const char* name, int flags) {
 // without it.
 int CheckReservedLock(sqlite3_file* file, int* result) noexcept {
   const Guard& guard = GuardOf(file);
-  const int code = guard.is_reserved(file, result);
+  const int code = guard.IsReserved(file, result);
   if (code != SQLITE_OK || *result == 0) {
     return code;
   }
   return Guarded([&] {
-    *result = ReservedByteIsOnlyRead(guard.name) ? 0 : 1;
+    *result = ReservedByteIsOnlyRead(guard.Name) ? 0 : 1;
     return SQLITE_OK;
   });
 }
@@ -105,8 +105,8 @@ int CheckReservedLock(sqlite3_file* file, int* result) noexcept {
 void GuardDatabase(sqlite3_file* file, const char* name) {
   Guard& guard = GuardOf(file);
   guard = {*file->pMethods, file->pMethods->xCheckReservedLock, name};
-  guard.methods.xCheckReservedLock = CheckReservedLock;
-  file->pMethods = &guard.methods;
+  guard.Methods.xCheckReservedLock = CheckReservedLock;
+  file->pMethods = &guard.Methods;
 }
 
 int Open(sqlite3_vfs* /*self*/, const char* name, sqlite3_file* file, int flags,

@@ -14,8 +14,8 @@ constexpr std::string_view kReplacement = "\xef\xbf\xbd";
 
 // Control characters, and those that are invisible or turn the reading direction.
 constexpr struct {
-  std::uint32_t first;
-  std::uint32_t last;
+  std::uint32_t First;
+  std::uint32_t Last;
 } kSteering[] = {
     {0x00, 0x1f},     {0x7f, 0x9f},     {0x61c, 0x61c},
     {0x200b, 0x200f}, {0x2028, 0x202e}, {0x2060, 0x206f},
@@ -38,7 +38,7 @@ std::size_t BytesToKeep(std::string_view text) {
   }
   const bool steers =
       std::any_of(std::begin(kSteering), std::end(kSteering),
-                  [&](const auto& range) { return code >= range.first && code <= range.last; });
+                  [&](const auto& range) { return code >= range.First && code <= range.Last; });
   return steers ? 0 : length;
 }
 

@@ -23,8 +23,8 @@ constexpr const char* kCacheSize = "PRAGMA cache_size=-2000";
 // SQLite, whose operations go by other names, would then stop a host; a test asks the SQLite that
 // is there for all of its functions instead.
 constexpr struct {
-  const char* begin;
-  const char* function;
+  const char* Begin;
+  const char* Function;
 } kCalls[] = {
     {"Function", nullptr},
     {"PureFunc", nullptr},
@@ -34,8 +34,8 @@ constexpr struct {
 constexpr const char* kVirtualTable = "VOpen";
 
 constexpr struct {
-  int limit;
-  int value;
+  int Limit;
+  int Value;
 } kLimits[] = {
     {SQLITE_LIMIT_COLUMN, 100},
     {SQLITE_LIMIT_EXPR_DEPTH, 100},
@@ -49,14 +49,14 @@ class Limits {
  public:
   explicit Limits(sqlite3* db) : db_(db) {
     for (std::size_t i = 0; i < std::size(kLimits); ++i) {
-      before_[i] = sqlite3_limit(db, kLimits[i].limit, kLimits[i].value);
+      before_[i] = sqlite3_limit(db, kLimits[i].Limit, kLimits[i].Value);
     }
   }
   Limits(const Limits&) = delete;
   Limits& operator=(const Limits&) = delete;
   ~Limits() {
     for (std::size_t i = 0; i < std::size(kLimits); ++i) {
-      sqlite3_limit(db_, kLimits[i].limit, before_[i]);
+      sqlite3_limit(db_, kLimits[i].Limit, before_[i]);
     }
   }
 
@@ -71,24 +71,24 @@ class Limits {
 int SpendOnSchema(void* of_connection) noexcept {
   constexpr int kColumnsOfStatistics = 3;
   auto& connection = *static_cast<Connection*>(of_connection);
-  sqlite3_stmt* const newest = sqlite3_next_stmt(connection.db, nullptr);
+  sqlite3_stmt* const newest = sqlite3_next_stmt(connection.Db, nullptr);
   const bool statistics = newest != nullptr && sqlite3_sql(newest) == nullptr &&
                           sqlite3_column_count(newest) == kColumnsOfStatistics;
-  return statistics ? 1 : Budget::SpendClosely(&connection.budget);
+  return statistics ? 1 : Budget::SpendClosely(&connection.Budget);
 }
 
 // While SQLite reads the schema.
 class CloseLook {
  public:
   explicit CloseLook(Connection& connection) : connection_(connection) {
-    sqlite3_progress_handler(connection.db, Budget::kStepsPerCloseCall, &SpendOnSchema,
+    sqlite3_progress_handler(connection.Db, Budget::kStepsPerCloseCall, &SpendOnSchema,
                              &connection);
   }
   CloseLook(const CloseLook&) = delete;
   CloseLook& operator=(const CloseLook&) = delete;
   ~CloseLook() {
-    sqlite3_progress_handler(connection_.db, Budget::kStepsPerCall, &Budget::Spend,
-                             &connection_.budget);
+    sqlite3_progress_handler(connection_.Db, Budget::kStepsPerCall, &Budget::Spend,
+                             &connection_.Budget);
   }
 
  private:
@@ -98,9 +98,9 @@ class CloseLook {
 class Rows {
  public:
   Rows(Connection& connection, const std::string& sql) : connection_(connection) {
-    const int code = sqlite3_prepare_v2(connection.db, sql.c_str(), -1, &stmt_, nullptr);
+    const int code = sqlite3_prepare_v2(connection.Db, sql.c_str(), -1, &stmt_, nullptr);
     if (code != SQLITE_OK) {
-      throw connection.Failed(connection.db, code);
+      throw connection.Failed(connection.Db, code);
     }
   }
   Rows(const Rows&) = delete;
@@ -110,7 +110,7 @@ class Rows {
   bool Next() {
     const int code = sqlite3_step(stmt_);
     if (code != SQLITE_ROW && code != SQLITE_DONE) {
-      throw connection_.Failed(connection_.db, code);
+      throw connection_.Failed(connection_.Db, code);
     }
     return code == SQLITE_ROW;
   }
@@ -128,10 +128,10 @@ class Rows {
 bool StartsWith(const std::string& text, const char* begin) { return text.rfind(begin, 0) == 0; }
 
 struct Entry {
-  std::string type;
-  std::string name;
-  std::string table;
-  std::string sql;
+  std::string Type;
+  std::string Name;
+  std::string Table;
+  std::string Sql;
 };
 
 // An index that a writer put on the schema's own table is not asked: it may hide entries.
@@ -143,21 +143,21 @@ void ForEachEntry(Connection& connection, Look look) {
   }
 }
 
-bool IsView(const Entry& entry) { return entry.type == "view"; }
+bool IsView(const Entry& entry) { return entry.Type == "view"; }
 
 // SQLite writes the text of a table anew, so that it begins in one way only.
 bool IsVirtualTable(const Entry& entry) {
   constexpr const char* kTable = "CREATE TABLE ";
-  return entry.type == "table" &&
-         sqlite3_strnicmp(entry.sql.c_str(), kTable, static_cast<int>(std::strlen(kTable))) != 0;
+  return entry.Type == "table" &&
+         sqlite3_strnicmp(entry.Sql.c_str(), kTable, static_cast<int>(std::strlen(kTable))) != 0;
 }
 
 // Only SQLite can have made such an index, and it does not.
 void CheckIndex(const Entry& entry) {
   constexpr const char* kOwn = "sqlite_";
-  if (entry.type == "index" && !entry.sql.empty() &&
-      sqlite3_strnicmp(entry.table.c_str(), kOwn, static_cast<int>(std::strlen(kOwn))) == 0) {
-    throw CppSQLite3Exception(SQLITE_ERROR, "index " + entry.name + " is on " + entry.table);
+  if (entry.Type == "index" && !entry.Sql.empty() &&
+      sqlite3_strnicmp(entry.Table.c_str(), kOwn, static_cast<int>(std::strlen(kOwn))) == 0) {
+    throw CppSQLite3Exception(SQLITE_ERROR, "index " + entry.Name + " is on " + entry.Table);
   }
 }
 
@@ -181,22 +181,22 @@ class Named {
     if (!IsView(entry) && !IsVirtualTable(entry)) {
       return;
     }
-    std::string words = Words(entry.name);
+    std::string words = Words(entry.Name);
     if (sql_.find(words) == std::string::npos) {
       return;
     }
     if (IsVirtualTable(entry)) {
       RefuseVirtualTable();
     }
-    if (const char* fault = FaultOfView(entry.sql)) {
-      throw CppSQLite3Exception(SQLITE_ERROR, "view " + entry.name + " " + fault);
+    if (const char* fault = FaultOfView(entry.Sql)) {
+      throw CppSQLite3Exception(SQLITE_ERROR, "view " + entry.Name + " " + fault);
     }
     for (const View& view : views_) {
-      if (view.words == words) {
-        RefuseNested(entry.name, view.name);  // which of the two is meant cannot be seen
+      if (view.Words == words) {
+        RefuseNested(entry.Name, view.Name);  // which of the two is meant cannot be seen
       }
     }
-    views_.push_back({entry.name, std::move(words), Words(entry.sql)});
+    views_.push_back({entry.Name, std::move(words), Words(entry.Sql)});
   }
 
   bool HasViews() const noexcept { return !views_.empty(); }
@@ -206,19 +206,19 @@ class Named {
     if (!IsView(entry) && !IsVirtualTable(entry)) {
       return;
     }
-    const std::string words = Words(entry.name);
+    const std::string words = Words(entry.Name);
     for (const View& view : views_) {
-      if (entry.name != view.name && view.sql.find(words) != std::string::npos) {
-        IsView(entry) ? RefuseNested(view.name, entry.name) : RefuseVirtualTable();
+      if (entry.Name != view.Name && view.Sql.find(words) != std::string::npos) {
+        IsView(entry) ? RefuseNested(view.Name, entry.Name) : RefuseVirtualTable();
       }
     }
   }
 
  private:
   struct View {
-    std::string name;
-    std::string words;
-    std::string sql;  // Its words.
+    std::string Name;
+    std::string Words;
+    std::string Sql;  // Its words.
   };
 
   std::string sql_;
@@ -235,7 +235,7 @@ void CheckSchema(Connection& connection, const std::string& sql) {
 
 // A function that the statement itself names is its author's wish.
 void CheckProgram(Connection& connection, const std::string& sql) {
-  const Limits limits(connection.db);
+  const Limits limits(connection.Db);
   const std::string wanted = Words(sql);
   for (Rows rows(connection, "EXPLAIN " + sql); rows.Next();) {
     const std::string operation = rows.Text(1);
@@ -243,8 +243,8 @@ void CheckProgram(Connection& connection, const std::string& sql) {
       RefuseVirtualTable();
     }
     for (const auto& call : kCalls) {
-      if (StartsWith(operation, call.begin)) {
-        const std::string shown = call.function != nullptr ? call.function : rows.Text(5);
+      if (StartsWith(operation, call.Begin)) {
+        const std::string shown = call.Function != nullptr ? call.Function : rows.Text(5);
         const std::string name = shown.substr(0, shown.find('('));
         if (wanted.find(Words(name)) == std::string::npos) {
           throw CppSQLite3Exception(SQLITE_ERROR, "table or view calls function " + name);
@@ -255,26 +255,26 @@ void CheckProgram(Connection& connection, const std::string& sql) {
 }
 
 void Compile(Prepared& prepared, const std::string& sql) {
-  Connection& connection = *prepared.connection;
-  const Limits limits(connection.db);
+  Connection& connection = *prepared.Connection;
+  const Limits limits(connection.Db);
   sqlite3_stmt* stmt = nullptr;
-  const int code = sqlite3_prepare_v2(connection.db, sql.c_str(), -1, &stmt, nullptr);
+  const int code = sqlite3_prepare_v2(connection.Db, sql.c_str(), -1, &stmt, nullptr);
   if (code != SQLITE_OK) {
-    throw connection.Failed(connection.db, code);
+    throw connection.Failed(connection.Db, code);
   }
-  sqlite3_finalize(std::exchange(prepared.stmt, stmt));
-  prepared.schema = connection.SchemaNumber();
+  sqlite3_finalize(std::exchange(prepared.Stmt, stmt));
+  prepared.Schema = connection.SchemaNumber();
 }
 
 // For a Snapshot.
 void CheckAndCompile(Prepared& prepared, const std::string& sql) {
-  Connection& connection = *prepared.connection;
-  connection.checked.clear();
+  Connection& connection = *prepared.Connection;
+  connection.Checked.clear();
   CheckSchema(connection, sql);
   CheckProgram(connection, sql);
   Compile(prepared, sql);
-  connection.checked = sql;
-  connection.checked_schema = connection.SchemaNumber();
+  connection.Checked = sql;
+  connection.CheckedSchema = connection.SchemaNumber();
 }
 
 }  // namespace
@@ -291,21 +291,21 @@ bool Reads(const char* sql) noexcept {
 
 Snapshot::Snapshot(Connection& connection) : connection_(connection) {
   const CloseLook look(connection);
-  const bool first = connection.touch == nullptr;
+  const bool first = connection.Touch == nullptr;
   int code = SQLITE_OK;
   if (first) {
-    code = sqlite3_prepare_v2(connection.db, kTouch, -1, &connection.touch, nullptr);
+    code = sqlite3_prepare_v2(connection.Db, kTouch, -1, &connection.Touch, nullptr);
   }
   if (code == SQLITE_OK) {
-    code = sqlite3_step(connection.touch);
+    code = sqlite3_step(connection.Touch);
   }
   if (code == SQLITE_ROW && first) {
-    const int set = sqlite3_exec(connection.db, kCacheSize, nullptr, nullptr, nullptr);
+    const int set = sqlite3_exec(connection.Db, kCacheSize, nullptr, nullptr, nullptr);
     code = set == SQLITE_OK ? code : set;
   }
   if (code != SQLITE_ROW) {
-    const CppSQLite3Exception failure = connection.Failed(connection.db, code);
-    sqlite3_reset(connection.touch);
+    const CppSQLite3Exception failure = connection.Failed(connection.Db, code);
+    sqlite3_reset(connection.Touch);
     if (first) {
       connection.ForgetSchema();  // the size of the cache may not have been set
     }
@@ -313,14 +313,14 @@ Snapshot::Snapshot(Connection& connection) : connection_(connection) {
   }
 }
 
-Snapshot::~Snapshot() { sqlite3_reset(connection_.touch); }
+Snapshot::~Snapshot() { sqlite3_reset(connection_.Touch); }
 
 // What was checked last may be compiled at once: it is still the schema in SQLite's memory, since
-// whatever else could have changed that has made `checked` empty.
+// whatever else could have changed that has made `Checked` empty.
 void CompileReading(Prepared& prepared, const char* sql) {
-  Connection& connection = *prepared.connection;
-  prepared.reads = true;
-  if (connection.checked == sql && connection.checked_schema == connection.SchemaNumber()) {
+  Connection& connection = *prepared.Connection;
+  prepared.Reads = true;
+  if (connection.Checked == sql && connection.CheckedSchema == connection.SchemaNumber()) {
     Compile(prepared, sql);
     return;
   }
@@ -331,11 +331,11 @@ void CompileReading(Prepared& prepared, const char* sql) {
 // Of a database that is not in memory this copies nothing, and asks for its number of pages.
 void CheckSize(Connection& connection) {
   sqlite3_int64 size = -1;
-  sqlite3_serialize(connection.db, "main", &size, SQLITE_SERIALIZE_NOCOPY);
+  sqlite3_serialize(connection.Db, "main", &size, SQLITE_SERIALIZE_NOCOPY);
   if (size < 0) {
-    const int code = sqlite3_errcode(connection.db) & 0xff;
+    const int code = sqlite3_errcode(connection.Db) & 0xff;
     const bool failed = code != SQLITE_OK && code != SQLITE_ROW && code != SQLITE_DONE;
-    throw connection.Failed(connection.db, failed ? code : SQLITE_NOMEM);
+    throw connection.Failed(connection.Db, failed ? code : SQLITE_NOMEM);
   }
   if (size > kMaxDatabaseBytes) {
     throw CppSQLite3Exception(SQLITE_TOOBIG, "database is larger than " +
@@ -344,8 +344,8 @@ void CheckSize(Connection& connection) {
 }
 
 void FollowSchema(Prepared& prepared) {
-  if (prepared.schema != prepared.connection->SchemaNumber()) {
-    CheckAndCompile(prepared, std::string(sqlite3_sql(prepared.stmt)));
+  if (prepared.Schema != prepared.Connection->SchemaNumber()) {
+    CheckAndCompile(prepared, std::string(sqlite3_sql(prepared.Stmt)));
   }
 }
 

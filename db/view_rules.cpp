@@ -27,8 +27,8 @@ std::string Dense(std::string_view text) {
 // Each of these lets a short text grow as a power of its length while it is compiled. What only
 // looks like one, in quotes, is refused as well.
 constexpr struct {
-  const char* found;
-  const char* fault;
+  const char* Found;
+  const char* Fault;
 } kInWords[] =
     {
         {" with ", "has the word WITH"},
@@ -65,14 +65,14 @@ const char* FaultOfView(std::string_view text) {
   }
   const std::string words = Words(text);
   for (const auto& rule : kInWords) {
-    if (words.find(rule.found) != std::string::npos) {
-      return rule.fault;
+    if (words.find(rule.Found) != std::string::npos) {
+      return rule.Fault;
     }
   }
   const std::string dense = Dense(text);
   for (const auto& rule : kInDense) {
-    if (dense.find(rule.found) != std::string::npos) {
-      return rule.fault;
+    if (dense.find(rule.Found) != std::string::npos) {
+      return rule.Fault;
     }
   }
   return nullptr;
