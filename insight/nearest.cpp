@@ -76,23 +76,28 @@ std::size_t Distance(std::string_view left, std::string_view right, std::size_t 
   return std::min(row[right.size()], limit);
 }
 
-std::string_view Nearest(std::string_view text, std::span<const std::string_view> candidates) {
+Names::Names(std::vector<std::string_view> names) {
+  for (const std::string_view name : names) {
+    m_Names.push_back({name, LettersOf(name)});
+  }
+}
+
+std::string_view Names::Nearest(std::string_view text) const {
   const std::uint32_t letters = LettersOf(text);
   std::string_view nearest;
   std::size_t least = std::max<std::size_t>(text.size() / 3, 1) * kTenths + kTenths;
-  for (const std::string_view candidate : candidates) {
-    const std::size_t lengths = Difference(text.size(), candidate.size());
+  for (const Name& name : m_Names) {
     std::size_t weight = 0;
-    if (BeginsWith(text, candidate) || BeginsWith(candidate, text)) {
-      weight = kTenths / 2 + std::min(lengths, kTenths - 1);
-    } else if (LeastDistance(letters, LettersOf(candidate)) * kTenths >= least) {
+    if (BeginsWith(text, name.Text) || BeginsWith(name.Text, text)) {
+      weight = kTenths / 2 + std::min(Difference(text.size(), name.Text.size()), kTenths - 1);
+    } else if (LeastDistance(letters, name.Letters) * kTenths >= least) {
       continue;
     } else {
-      weight = Distance(text, candidate, least / kTenths + 1) * kTenths;
+      weight = Distance(text, name.Text, least / kTenths + 1) * kTenths;
     }
     if (weight < least) {
       least = weight;
-      nearest = candidate;
+      nearest = name.Text;
     }
   }
   return nearest;

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <charconv>
 #include <cstring>
+#include <utility>
 #include <vector>
 
 #include "collector/key_table.h"
@@ -27,14 +28,34 @@ std::string_view HeadOf(std::string_view key) {
       0, std::min(digit, underscore == std::string_view::npos ? key.size() : underscore + 1));
 }
 
-std::string_view NearestKey(std::string_view key) {
-  std::vector<std::string_view> families;
+// The keys of the table that are families, or those that are not.
+Names KeysThat(bool are_families) {
   std::vector<std::string_view> keys;
   for (const StatusKey& known : status_primary_keys) {
-    (known.Key.ends_with('_') ? families : keys).push_back(known.Key);
+    if (known.Key.ends_with('_') == are_families) {
+      keys.push_back(known.Key);
+    }
   }
-  const std::string_view family = Nearest(HeadOf(key), families);
-  return family.empty() ? Nearest(key, keys) : family;
+  return Names(std::move(keys));
+}
+
+std::string_view NearestKey(std::string_view key) {
+  static const Names kFamilies = KeysThat(true);
+  static const Names kKeys = KeysThat(false);
+  const std::string_view family = kFamilies.Nearest(HeadOf(key));
+  return family.empty() ? kKeys.Nearest(key) : family;
+}
+
+template <class... Tables>
+Names NamesOf(const Tables&... tables) {
+  std::vector<std::string_view> names;
+  const auto add = [&names](const auto& table) {
+    for (const rows::Entry& known : table) {
+      names.push_back(known.Name);
+    }
+  };
+  (add(tables), ...);
+  return Names(std::move(names));
 }
 
 void JudgeUnknownKey(const observe::RowBegins& begins, Row* row) {
@@ -207,22 +228,14 @@ void JudgeAttribute(std::string_view entry, const observe::Stores& store, std::s
 }
 
 std::string_view NearestAttribute(std::string_view entry, bool is_part, std::string_view unknown) {
-  std::vector<std::string_view> names;
-  const auto add = [&names](const auto& entries) {
-    for (const rows::Entry& known : entries) {
-      names.push_back(known.Name);
-    }
-  };
+  static const Names kParts = NamesOf(sensors::PointParts());
+  static const Names kOfSensors =
+      NamesOf(sensors::ExactAttributes(), sensors::PointFamilies(), sensors::AttributeFamilies());
+  static const Names kOfDevices = NamesOf(handlers::DcioAttributes());
   if (is_part) {
-    add(sensors::PointParts());
-  } else if (entry == rows::kSensorPrefix) {
-    add(sensors::ExactAttributes());
-    add(sensors::PointFamilies());
-    add(sensors::AttributeFamilies());
-  } else {
-    add(handlers::DcioAttributes());
+    return kParts.Nearest(unknown);
   }
-  return Nearest(unknown, names);
+  return (entry == rows::kSensorPrefix ? kOfSensors : kOfDevices).Nearest(unknown);
 }
 
 bool Widths::Add(std::string_view entry, std::size_t width) {

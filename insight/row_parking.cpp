@@ -1,6 +1,8 @@
 #include "insight/row_parking.h"
 
 #include <algorithm>
+#include <iterator>
+#include <limits>
 #include <utility>
 
 #include "collector/state/scratch.h"
@@ -74,6 +76,15 @@ void Parking::EndCycle() {
   }
   for (auto& [key, writer] : m_Staged) {
     keep(&writer);
+  }
+  // Voltages that nobody takes become more with every cycle: the first says where they come from.
+  for (const void* const voltages : {static_cast<const void*>(&f_Psrb_InputVoltages),
+                                     static_cast<const void*>(&f_Psrb_OutputVoltages)}) {
+    const auto begin = m_Staged.lower_bound({voltages, 0, {}});
+    const auto end = m_Staged.lower_bound({voltages, std::numeric_limits<long>::max(), {}});
+    if (begin != end) {
+      m_Staged.erase(std::next(begin), end);
+    }
   }
 }
 

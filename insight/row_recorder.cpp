@@ -50,6 +50,7 @@ RowRecorder::RowRecorder() : m_Parking(&m_Rows) {}
 void RowRecorder::BeginCycle(const QtSts::CStatus& status) {
   m_Status = &status;
   m_Rows.clear();
+  m_Rows.reserve(m_LastCount);
   m_Widths.Clear();
   m_FieldRows.clear();
   m_Owners.clear();
@@ -363,6 +364,7 @@ std::vector<Row> RowRecorder::EndCycle(const QtSts::DocumentTree& /*document*/) 
       std::ranges::stable_sort(row.Remarks, is_worse);
     }
   }
+  m_LastCount = m_Rows.size();
   return std::move(m_Rows);
 }
 

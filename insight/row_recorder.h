@@ -57,6 +57,7 @@ class RowRecorder {
 
   const QtSts::CStatus* m_Status = nullptr;
   std::vector<Row> m_Rows;
+  std::size_t m_LastCount = 0;  // of the cycle before
   Handled m_Handled;
   Shadow m_Shadow;
   Parking m_Parking;

@@ -4,6 +4,7 @@
 #include <cmath>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "collector/state/numbers.h"
@@ -130,7 +131,7 @@ void JudgeWord(const Stores& store, const rows::Parser& parser, Row* row) {
   const char* const became = store.What == Fate::kOtherWord ? " is stored" : " stays";
   AddRemark(row, Outcome::kUnknownWord,
             Quoted(row->Value) + " is no word of the list" +
-                NearestIs(Nearest(Trimmed(row->Value), words)) + "; " +
+                NearestIs(Names(std::move(words)).Nearest(Trimmed(row->Value))) + "; " +
                 NameOfCode(parser, store.Stored.Unsigned) + became,
             WholeValue(*row));
 }
