@@ -160,7 +160,7 @@ void Parking::Resolve(std::size_t row, const Change* where) {
 }
 
 void Parking::Inherit(std::string name, const Writer& writer) {
-  std::string from = "what stood there before the first observed cycle";
+  std::string from;
   if (writer.Row != kNone) {
     from = At(writer.Row).Key;
   } else if (!writer.Key.empty()) {
@@ -239,13 +239,18 @@ void Parking::EndRow() {
     return;
   }
   // What comes from one place is named together.
-  std::ranges::stable_sort(m_Group.Inheritance, {}, &Inherited::From);
+  if (!std::ranges::is_sorted(m_Group.Inheritance, {}, &Inherited::From)) {
+    std::ranges::stable_sort(m_Group.Inheritance, {}, &Inherited::From);
+  }
   std::string text = "inherits ";
   for (std::size_t i = 0; i < m_Group.Inheritance.size(); ++i) {
     const auto& [name, from] = m_Group.Inheritance[i];
     const bool is_last = i + 1 == m_Group.Inheritance.size();
     text += name;
-    text += is_last || m_Group.Inheritance[i + 1].From != from ? " from " + from : "";
+    if (is_last || m_Group.Inheritance[i + 1].From != from) {
+      text += " from ";
+      text += from.empty() ? "what stood there before the first observed cycle" : from;
+    }
     text += is_last ? "" : ", ";
   }
   AddRemark(&At(Current()), Outcome::kInherited, std::move(text));

@@ -77,7 +77,7 @@ class Parking {
   };
   struct Inherited {
     std::string Name;
-    std::string From;
+    std::string From;  // "": what stood there before the first observed cycle
   };
   // Rows of one element, which follow one another.
   struct Group {

@@ -297,7 +297,9 @@ void Shadow::CompareTails(int interface, std::vector<Change>* changes) {
         {kSensors, &interfaces[position]->Sensors, 0,
          At("Outputs[0]/DisplayInterfaces", position) + "/" + kSensors->Name});
   }
-  CompareTail(&m_BehindInterfaces[static_cast<std::size_t>(interface)], changes);
+  if (static_cast<std::size_t>(interface) < m_BehindInterfaces.size()) {
+    CompareTail(&m_BehindInterfaces[static_cast<std::size_t>(interface)], changes);
+  }
 }
 
 void Shadow::CompareVoltages(const char* name, const std::vector<float>& now,

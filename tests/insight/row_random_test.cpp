@@ -1,5 +1,7 @@
 // Random rows through two cycles: a snapshot changes nothing, and every difference that its rows
 // make is claimed by one of them.
+#include <filesystem>
+#include <fstream>
 #include <map>
 #include <random>
 
@@ -39,6 +41,22 @@ sandbox::Rows MakeRows(unsigned seed) {
   }
   rows["GUID"] = nullptr;
   return rows;
+}
+
+// The two cycles of an input of the fuzz target of rows: a row a line, key and value with a tab
+// between them, a line "=" between the cycles.
+std::vector<sandbox::Rows> CyclesOf(const std::filesystem::path& input) {
+  std::ifstream file(input, std::ios::binary);
+  std::vector<sandbox::Rows> cycles(1);
+  for (std::string line; std::getline(file, line);) {
+    const std::size_t tab = std::min(line.find('\t'), line.size());
+    if (line == "=") {
+      cycles.emplace_back();
+    } else {
+      cycles.back()[line.substr(0, tab)] = line.substr(std::min(tab + 1, line.size()));
+    }
+  }
+  return cycles;
 }
 
 std::string WithoutTime(QtSts::CStatus& status) {
@@ -142,7 +160,7 @@ std::map<std::string, std::pair<std::string, std::string>> ClaimsOf(
   return claims;
 }
 
-// Keeps what stood there when the first row came.
+// Keeps what stood there before the rows.
 class BeforeRows : public observe::Observer {
  public:
   explicit BeforeRows(const QtSts::CStatus& status) : m_Status(status) {
@@ -153,10 +171,8 @@ class BeforeRows : public observe::Observer {
   ~BeforeRows() override { observe::SetObserver(nullptr); }
 
   void See(const observe::Event& event) override {
-    if (event.As<observe::CycleBegins>() != nullptr) {
-      m_Seen = false;
-    } else if (event.As<observe::RowBegins>() != nullptr && !m_Seen) {
-      m_Seen = true;
+    const auto* const asks = event.As<observe::AsksDatabase>();
+    if (asks != nullptr && asks->At == observe::Stage::kRows) {
       Document = DocumentTexts(QtSts::DocumentTree(m_Status));
       Scratch = ScratchTexts();
     }
@@ -167,7 +183,6 @@ class BeforeRows : public observe::Observer {
 
  private:
   const QtSts::CStatus& m_Status;
-  bool m_Seen = false;
 };
 
 class RandomRows : public ExplainedRows {
@@ -223,30 +238,54 @@ class RandomRows : public ExplainedRows {
 
 constexpr unsigned kSeeds = 40;
 
+// Runs cycles with and without a recorder, each with a scratch state of its own.
+void ExpectTheSame(const std::vector<sandbox::Rows>& cycles) {
+  CStatusInterface plain;
+  plain.InitDatabase(false);
+  CStatusInterface observed;
+  observed.InitDatabase(false);
+  insight::Recorder recorder(observed);
+  Scratch of_plain;
+  Scratch of_observed;
+  for (const sandbox::Rows& rows : cycles) {
+    sandbox::SetRows(rows);
+    RestoreScratch(of_plain);
+    plain.QueryDatabase();
+    const Texts expected = ScratchTexts();  // not-a-number equals itself here
+    of_plain = SaveScratch();
+    RestoreScratch(of_observed);
+    recorder.RunCycle();
+    of_observed = SaveScratch();
+    ASSERT_EQ(WithoutTime(observed.m_Status), WithoutTime(plain.m_Status));
+    ASSERT_EQ(ScratchTexts(), expected);
+  }
+}
+
 TEST_F(RandomRows, GiveTheDocumentAndTheScratchStateThatPlainCyclesGive) {
   for (unsigned seed = 1; seed <= kSeeds; ++seed) {
     SCOPED_TRACE(testing::Message() << "seed " << seed);
-    CStatusInterface plain;
-    plain.InitDatabase(false);
-    CStatusInterface observed;
-    observed.InitDatabase(false);
-    insight::Recorder recorder(observed);
-    ClearScratch();
-    Scratch of_plain;
-    Scratch of_observed;
-    for (const unsigned of_cycle : {seed, seed + 1000}) {
-      sandbox::SetRows(MakeRows(of_cycle));
-      RestoreScratch(of_plain);
-      plain.QueryDatabase();
-      const Texts expected = ScratchTexts();  // not-a-number equals itself here
-      of_plain = SaveScratch();
-      RestoreScratch(of_observed);
-      recorder.RunCycle();
-      of_observed = SaveScratch();
-      ASSERT_EQ(WithoutTime(observed.m_Status), WithoutTime(plain.m_Status));
-      ASSERT_EQ(ScratchTexts(), expected);
-    }
+    ExpectTheSame({MakeRows(seed), MakeRows(seed + 1000)});
+    ASSERT_FALSE(HasFatalFailure());
   }
+}
+
+TEST_F(RandomRows, OfTheFuzzersAreClaimedAndChangeNothing) {
+  BeforeRows before(m_Collector.m_Status);
+  std::size_t inputs = 0;
+  for (const auto& input :
+       std::filesystem::directory_iterator(sandbox::SourcePath("fuzz/corpus/rows"))) {
+    SCOPED_TRACE(input.path());
+    const std::vector<sandbox::Rows> cycles = CyclesOf(input.path());
+    for (const sandbox::Rows& rows : cycles) {
+      Explain(rows);
+      ExpectClaims(before);
+    }
+    observe::SetObserver(nullptr);
+    ExpectTheSame(cycles);
+    observe::SetObserver(&before);
+    ++inputs;
+  }
+  EXPECT_GT(inputs, 3U);
 }
 
 TEST_F(RandomRows, ClaimEachDifferenceThatTheyMakeAndNoOther) {
