@@ -21,6 +21,7 @@ using insight::Snapshot;
 
 constexpr std::size_t kMostOfAKind = 20;
 constexpr std::size_t kLeastBeside = 56;  // columns that a text has beside paths and keys
+constexpr std::size_t kMostRowErrors = 5;
 constexpr std::size_t kMostOfAText = 240;
 constexpr std::size_t kGap = 2;
 
@@ -98,7 +99,7 @@ std::vector<Choice> Choose(const Snapshot& snapshot, Extent extent) {
   for (const Finding& finding : snapshot.Findings) {
     alike = before != nullptr && before->Id == finding.Id ? alike + 1 : 0;
     before = &finding;
-    if (extent == Extent::kAbridged && alike >= kMostOfAKind) {
+    if (extent != Extent::kFull && alike >= kMostOfAKind) {
       ++chosen.back().Further;
     } else {
       chosen.push_back({&finding, 0});
@@ -169,14 +170,35 @@ class Below {
   Page* m_Page;
 };
 
+// What is wrong with the first rows that have errors, which one finding counts.
 template <class Layout>
-void ShowChosen(const std::vector<Choice>& chosen, Layout layout, Page* page) {
+void AddRowErrors(const Snapshot& snapshot, Layout* layout) {
+  std::size_t shown = 0;
+  for (const insight::Row& row : snapshot.Rows) {
+    if (row.Class() != insight::OutcomeClass::kError) {
+      continue;
+    }
+    if (++shown > kMostRowErrors) {
+      layout->AddNote("...");
+      return;
+    }
+    layout->AddNote(Truncated(
+        "row " + Printable(row.Key) + ": " + Printable(row.Remarks.front().Text), kMostOfAText));
+  }
+}
+
+template <class Layout>
+void ShowChosen(const Snapshot& snapshot, const std::vector<Choice>& chosen, Layout layout,
+                Page* page) {
   std::string hint_before;
   for (const Choice& choice : chosen) {
     // What is to be looked at is said once for findings in a row.
     std::string hint = HintOf(*choice.Shown);
     layout.Add(*choice.Shown, hint == hint_before ? "" : hint);
     hint_before = std::move(hint);
+    if (choice.Shown->Id == "row-errors") {
+      AddRowErrors(snapshot, &layout);
+    }
     if (choice.Further > 0) {
       layout.AddNote(FurtherText(choice.Further));
     }
@@ -184,12 +206,15 @@ void ShowChosen(const std::vector<Choice>& chosen, Layout layout, Page* page) {
   layout.Show(page);
 }
 
-void ShowBrief(const Snapshot& snapshot, Page* page) {
+void ShowBrief(const std::vector<Choice>& chosen, Page* page) {
+  const std::size_t room = page->Columns() - 2 - kLevelWidth - kGap;
   std::vector<Row> rows;
-  for (const Finding& finding : snapshot.Findings) {
-    rows.push_back(
-        {MarkOf(finding.Level),
-         {NameOf(finding.Level), Truncated(WhatAndWhere(finding), page->Columns() - 12)}});
+  for (const Choice& choice : chosen) {
+    rows.push_back(LevelAndText(*choice.Shown));
+    rows.back().Cells.back() = Truncated(rows.back().Cells.back(), room);
+    if (choice.Further > 0) {
+      rows.push_back({Mark::kNone, {"", FurtherText(choice.Further)}});
+    }
   }
   page->Table({{""}, {""}}, rows);
 }
@@ -213,11 +238,11 @@ void ShowFindings(const Snapshot& snapshot, Extent extent, Page* page) {
     return;
   }
   page->Gap();
+  const std::vector<Choice> chosen = Choose(snapshot, extent);
   if (extent == Extent::kBrief) {
-    ShowBrief(snapshot, page);
+    ShowBrief(chosen, page);
     return;
   }
-  const std::vector<Choice> chosen = Choose(snapshot, extent);
   std::size_t paths = 0;
   std::size_t keys = 0;
   for (const Choice& choice : chosen) {
@@ -225,9 +250,9 @@ void ShowFindings(const Snapshot& snapshot, Extent extent, Page* page) {
     keys = std::max(keys, Width(Printable(choice.Shown->Key)));
   }
   if (2 + kLevelWidth + 3 * kGap + kLeastBeside + paths + keys <= page->Columns()) {
-    ShowChosen(chosen, Beside(), page);
+    ShowChosen(snapshot, chosen, Beside(), page);
   } else {
-    ShowChosen(chosen, Below(page), page);
+    ShowChosen(snapshot, chosen, Below(page), page);
   }
 }
 

@@ -15,6 +15,7 @@ namespace {
 
 using host::Extent;
 using insight::Severity;
+using testing::ContainsRegex;
 using testing::EndsWith;
 using testing::HasSubstr;
 using testing::Not;
@@ -164,6 +165,26 @@ TEST(ShowFindings, SaysWhatToLookAtOnceForFindingsInARow) {
             "! warning   fan 2 stands still\n");
 }
 
+// Their number alone named no cause.
+TEST(ShowFindings, NamesTheFirstRowsThatHaveErrors) {
+  insight::Snapshot snapshot = Empty();
+  for (int i = 0; i < 7; ++i) {
+    insight::Row& row = snapshot.Rows.emplace_back();
+    row.Key = "Key_" + std::to_string(i);
+    row.Remarks.emplace_back();
+    row.Remarks.back().What = i == 2 ? insight::Outcome::kWrapped : insight::Outcome::kUnknownKey;
+    row.Remarks.back().Text = "no such key\x1b[2J";
+  }
+  snapshot.Findings.push_back(sample::FindingOf(Severity::kWarning, "6 rows have errors", "P"));
+  snapshot.Findings.back().Id = "row-errors";
+  const std::string text = Findings(snapshot, Extent::kFull);
+  EXPECT_THAT(text, HasSubstr("  row Key_0: no such key\uFFFD[2J\n"));
+  EXPECT_THAT(text, Not(HasSubstr("Key_2"))) << "a notice";
+  EXPECT_THAT(text, ContainsRegex("  row Key_5: no such key\uFFFD.2J\n +...\n"));
+  EXPECT_THAT(text, Not(HasSubstr("Key_6")));
+  EXPECT_THAT(Findings(snapshot, Extent::kFull, 180), HasSubstr("  row Key_5: no such key"));
+}
+
 // A cable that is cut loses hundreds of sensors; the display itself is to stay on the page.
 TEST(ShowFindings, AbridgesManyFindingsOfOneKind) {
   insight::Snapshot snapshot = Empty();
@@ -180,6 +201,8 @@ TEST(ShowFindings, AbridgesManyFindingsOfOneKind) {
   EXPECT_THAT(abridged,
               HasSubstr("\n            and 280 more like it: --section findings shows all\n"
                         "! warning   door open\n"));
+  const std::string brief = Findings(snapshot, Extent::kBrief);
+  EXPECT_EQ(std::count(brief.begin(), brief.end(), '\n'), 1 + 20 + 1 + 1);
   EXPECT_THAT(Findings(snapshot, Extent::kFull), HasSubstr("sensor 299 is lost"));
 }
 
