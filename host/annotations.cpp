@@ -20,17 +20,17 @@ class ValueFinder {
   void Want(std::string_view path, const TreeValue** found) {
     const std::size_t slash = path.rfind('/');
     const bool of_root = slash == std::string_view::npos;
-    m_Wanted[std::string(path.substr(0, of_root ? 0 : slash))].push_back(
+    wanted_[std::string(path.substr(0, of_root ? 0 : slash))].push_back(
         {path.substr(of_root ? 0 : slash + 1), found});
   }
 
   void Find(const QtSts::DocumentTree& document) const {
     for (const TreeElement& element : document.Elements()) {
-      if (m_Wanted.empty()) {
+      if (wanted_.empty()) {
         return;
       }
-      const auto wanted = m_Wanted.find(element.Path());
-      if (wanted == m_Wanted.end()) {
+      const auto wanted = wanted_.find(element.Path());
+      if (wanted == wanted_.end()) {
         continue;
       }
       for (const auto& [name, found] : wanted->second) {
@@ -41,7 +41,7 @@ class ValueFinder {
 
  private:
   std::unordered_map<std::string, std::vector<std::pair<std::string_view, const TreeValue**>>>
-      m_Wanted;
+      wanted_;
 };
 
 // The values at `paths`, null where there is none.

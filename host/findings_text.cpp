@@ -123,34 +123,34 @@ Row LevelAndText(const Finding& finding) {
 class Beside {
  public:
   void Add(const Finding& finding, const std::string& hint) {
-    m_Rows.push_back(LevelAndText(finding));
-    m_Rows.back().Cells.insert(m_Rows.back().Cells.end(),
-                               {Printable(finding.Path), Printable(finding.Key)});
+    rows_.push_back(LevelAndText(finding));
+    rows_.back().Cells.insert(rows_.back().Cells.end(),
+                              {Printable(finding.Path), Printable(finding.Key)});
     AddNote(hint);
   }
   void AddNote(const std::string& text) {
     if (!text.empty()) {
-      m_Rows.push_back({Mark::kNone, {"", text, "", ""}});
+      rows_.push_back({Mark::kNone, {"", text, "", ""}});
     }
   }
-  void Show(Page* page) const { page->Table({{""}, {""}, {""}, {""}}, m_Rows, 1); }
+  void Show(Page* page) const { page->Table({{""}, {""}, {""}, {""}}, rows_, 1); }
 
  private:
-  std::vector<Row> m_Rows;
+  std::vector<Row> rows_;
 };
 
 // The places stand on lines of their own below the texts, as far to the left as they can.
 class Below {
  public:
-  explicit Below(Page* page) : m_Page(page) {}
+  explicit Below(Page* page) : page_(page) {}
 
   void Add(const Finding& finding, const std::string& hint) {
-    m_Page->Table({{""}, {""}}, {LevelAndText(finding)});
+    page_->Table({{""}, {""}}, {LevelAndText(finding)});
     AddNote(hint);
     const std::string path = Printable(finding.Path);
     const std::string key = Printable(finding.Key);
     const std::string both = path + (path.empty() || key.empty() ? "" : "  ") + key;
-    if (Width(both) + kIndent <= m_Page->Columns()) {
+    if (Width(both) + kIndent <= page_->Columns()) {
       AddNote(both);
     } else {
       AddNote(path);
@@ -159,7 +159,7 @@ class Below {
   }
   void AddNote(const std::string& text) {
     if (!text.empty()) {
-      m_Page->Table({{""}, {""}}, {{Mark::kNone, {" ", text}}});
+      page_->Table({{""}, {""}}, {{Mark::kNone, {" ", text}}});
     }
   }
   void Show(Page* /*page*/) const {}
@@ -167,7 +167,7 @@ class Below {
  private:
   static constexpr std::size_t kIndent = 5;
 
-  Page* m_Page;
+  Page* page_;
 };
 
 // What is wrong with the first rows that have errors, which one finding counts.

@@ -17,8 +17,8 @@ enum class Extent {
 void ShowHeadline(const insight::Snapshot& snapshot, Page* page);
 
 // Each finding: what is wrong and where, what to look at, and the path and row key that it is
-// about, beside that where the page has room, otherwise below. The finding that counts rows with errors has
-// the first of them.
+// about, beside that where the page has room, otherwise below. The finding that counts rows with
+// errors has the first of them.
 void ShowFindings(const insight::Snapshot& snapshot, Extent extent, Page* page);
 
 }  // namespace host

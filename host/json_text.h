@@ -12,70 +12,70 @@ namespace host {
 class JsonText {
  public:
   void Open(char bracket) {
-    m_Text += bracket;
-    m_Empty = true;
-    m_Indent += 2;
+    text_ += bracket;
+    empty_ = true;
+    indent_ += 2;
   }
 
   void Close(char bracket) {
-    m_Indent -= 2;
-    if (!m_Empty) {
+    indent_ -= 2;
+    if (!empty_) {
       NewLine();
     }
-    m_Text += bracket;
-    m_Empty = false;
+    text_ += bracket;
+    empty_ = false;
   }
 
   // Before each element of an array.
   void Next() {
-    m_Text += m_Empty ? "" : ",";
-    m_Empty = false;
+    text_ += empty_ ? "" : ",";
+    empty_ = false;
     NewLine();
   }
 
   // Before the value of each member of an object. Names need no escapes.
   void Member(std::string_view name) {
     Next();
-    m_Text.append("\"").append(name).append("\": ");
+    text_.append("\"").append(name).append("\": ");
   }
 
-  void Literal(std::string_view text) { m_Text += text; }
+  void Literal(std::string_view text) { text_ += text; }
 
   // Text of the document has no control characters but these.
   void String(std::string_view text) {
-    m_Text += '"';
+    text_ += '"';
     for (const char c : text) {
       switch (c) {
         case '"':
-          m_Text += "\\\"";
+          text_ += "\\\"";
           break;
         case '\\':
-          m_Text += "\\\\";
+          text_ += "\\\\";
           break;
         case '\t':
-          m_Text += "\\t";
+          text_ += "\\t";
           break;
         case '\n':
-          m_Text += "\\n";
+          text_ += "\\n";
           break;
         case '\r':
-          m_Text += "\\r";
+          text_ += "\\r";
           break;
         default:
-          m_Text += c;
+          text_ += c;
       }
     }
-    m_Text += '"';
+    text_ += '"';
   }
 
-  std::string Take() { return std::move(m_Text); }
+  std::string Take() { return std::move(text_); }
 
  private:
-  void NewLine() { m_Text.append("\n").append(m_Indent, ' '); }
+  void NewLine() { text_.append("\n").append(indent_, ' '); }
 
-  std::string m_Text;
-  std::size_t m_Indent = 0;
-  bool m_Empty = false;  // what was opened last has nothing in it yet
+  std::string text_;
+  std::size_t indent_ = 0;
+  bool empty_ = false;  // what was opened last has nothing in it yet
 };
 
 }  // namespace host

@@ -56,27 +56,27 @@ std::string Padded(const std::string& text, std::size_t width, Align side) {
 void Page::Styled(const char* style, std::string_view text) {
   std::string line = Untied(text);
   line.resize(line.find_last_not_of(' ') + 1);
-  const bool styled = m_Colour && *style != '\0';
-  m_Text.append(styled ? style : "").append(line).append(styled ? "\x1b[0m\n" : "\n");
-  m_AfterTitle = false;
+  const bool styled = colour_ && *style != '\0';
+  text_.append(styled ? style : "").append(line).append(styled ? "\x1b[0m\n" : "\n");
+  after_title_ = false;
 }
 
 void Page::Headline(Mark how, std::string_view text) {
-  Styled(how == Mark::kNone ? kWellStyle : StyleOf(how), Truncated(text, m_Columns));
+  Styled(how == Mark::kNone ? kWellStyle : StyleOf(how), Truncated(text, columns_));
 }
 
-void Page::Plain(std::string_view text) { Styled(kNoStyle, Truncated(text, m_Columns)); }
+void Page::Plain(std::string_view text) { Styled(kNoStyle, Truncated(text, columns_)); }
 
 void Page::Title(std::string_view title) {
-  m_Text += m_Text.empty() ? "" : "\n";
-  Styled(kTitleStyle, Truncated(title, m_Columns));
-  m_AfterTitle = true;
+  text_ += text_.empty() ? "" : "\n";
+  Styled(kTitleStyle, Truncated(title, columns_));
+  after_title_ = true;
 }
 
-void Page::Gap() { m_Text += m_AfterTitle ? "" : "\n"; }
+void Page::Gap() { text_ += after_title_ ? "" : "\n"; }
 
 void Page::Line(std::string_view text) {
-  for (const std::string& line : Wrapped(text, m_Columns - kMargin)) {
+  for (const std::string& line : Wrapped(text, columns_ - kMargin)) {
     Styled(kNoStyle, std::string(kMargin, ' ') + line);
   }
 }
@@ -95,7 +95,7 @@ Page::Grid Page::Measure(const std::vector<Heading>& headings, const std::vector
     widths.push_back(width);
   }
   const std::size_t taken = kMargin + kGap * (headings.size() - 1);
-  const std::size_t room = std::max(m_Columns, taken) - taken;
+  const std::size_t room = std::max(columns_, taken) - taken;
   std::size_t sum = std::accumulate(widths.begin(), widths.end(), std::size_t{0});
   for (; sum > room; --sum) {
     std::size_t& wraps = widths[grid.Wrapped];

@@ -34,9 +34,9 @@ struct Heading {
 class Page {
  public:
   // With `colour`, titles and marked lines carry the escape sequences of terminals.
-  Page(std::size_t columns, bool colour) : m_Columns(columns), m_Colour(colour) {}
+  Page(std::size_t columns, bool colour) : columns_(columns), colour_(colour) {}
 
-  std::size_t Columns() const { return m_Columns; }
+  std::size_t Columns() const { return columns_; }
 
   // The first line, which says how all is: kNone for well.
   void Headline(Mark how, std::string_view text);
@@ -59,7 +59,7 @@ class Page {
   void Table(const std::vector<Heading>& headings, const std::vector<Row>& rows,
              std::size_t wrapped = kLast);
 
-  std::string Take() { return std::move(m_Text); }
+  std::string Take() { return std::move(text_); }
 
  private:
   static constexpr std::size_t kLast = static_cast<std::size_t>(-1);
@@ -76,10 +76,10 @@ class Page {
   void Styled(const char* style, std::string_view text);
   void TableRow(const Grid& columns, const Row& row, const char* style);
 
-  std::size_t m_Columns;
-  bool m_Colour;
-  bool m_AfterTitle = false;
-  std::string m_Text;
+  std::size_t columns_;
+  bool colour_;
+  bool after_title_ = false;
+  std::string text_;
 };
 
 }  // namespace host

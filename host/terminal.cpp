@@ -77,12 +77,12 @@ class SignalsLeftToPager {
     struct sigaction ignore = {};
     ignore.sa_handler = SIG_IGN;
     for (std::size_t i = 0; i < std::size(kSignals); ++i) {
-      sigaction(kSignals[i], &ignore, &m_Before[i]);
+      sigaction(kSignals[i], &ignore, &before_[i]);
     }
   }
   ~SignalsLeftToPager() {
     for (std::size_t i = 0; i < std::size(kSignals); ++i) {
-      sigaction(kSignals[i], &m_Before[i], nullptr);
+      sigaction(kSignals[i], &before_[i], nullptr);
     }
   }
   SignalsLeftToPager(const SignalsLeftToPager&) = delete;
@@ -91,7 +91,7 @@ class SignalsLeftToPager {
   static constexpr int kSignals[] = {SIGINT, SIGQUIT, SIGPIPE};
 
  private:
-  struct sigaction m_Before[std::size(kSignals)] = {};
+  struct sigaction before_[std::size(kSignals)] = {};
 };
 
 // Starts `command`, which reads what is written to `*input` and writes to `terminal`. Returns its

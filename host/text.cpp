@@ -66,21 +66,21 @@ bool IsConnected(const TreeElement& sensor) {
 class TextRenderer {
  public:
   TextRenderer(const insight::Snapshot& snapshot, const Look& look)
-      : m_Snapshot(snapshot),
-        m_Look(look),
-        m_Document(snapshot.Document.Root()),
-        m_Page(look.Columns, look.Colour),
-        m_Annotations(snapshot) {}
+      : snapshot_(snapshot),
+        look_(look),
+        document_(snapshot.Document.Root()),
+        page_(look.Columns, look.Colour),
+        annotations_(snapshot) {}
 
   std::string Render() {
-    ShowHeadline(m_Snapshot, &m_Page);
-    if (m_Look.Brief || Wants(kFindings)) {
-      ShowFindings(m_Snapshot, FindingsExtent(), &m_Page);
+    ShowHeadline(snapshot_, &page_);
+    if (look_.Brief || Wants(kFindings)) {
+      ShowFindings(snapshot_, FindingsExtent(), &page_);
     }
     if (Wants(kDisplay)) {
       ShowDisplay();
     }
-    ShowSections(kDocumentSections, m_Document);
+    ShowSections(kDocumentSections, document_);
     ShowOutputs();
     if (Wants(kSensors)) {
       ForEachSensorList([this](const std::string& where, const TreeElement& sensors) {
@@ -90,40 +90,39 @@ class TextRenderer {
     if (Wants(kPoints)) {
       ShowBoards();
     }
-    ShowSections(kClosingSections, m_Document);
+    ShowSections(kClosingSections, document_);
     if (Wants(kSources)) {
       ShowSources();
     }
-    return m_Page.Take();
+    return page_.Take();
   }
 
  private:
   bool Wants(const char* section) const {
-    return m_Look.Sections.empty() ? !m_Look.Brief
-                                   : std::ranges::count(m_Look.Sections, section) > 0;
+    return look_.Sections.empty() ? !look_.Brief : std::ranges::count(look_.Sections, section) > 0;
   }
 
   Extent FindingsExtent() const {
-    if (m_Look.Brief) {
+    if (look_.Brief) {
       return Extent::kBrief;
     }
-    return m_Look.Sections.empty() ? Extent::kAbridged : Extent::kFull;
+    return look_.Sections.empty() ? Extent::kAbridged : Extent::kFull;
   }
 
   // How much attention the values need that the text has.
   Mark MarkOf(const Filled& filled) const {
     Mark mark = Mark::kNone;
     for (const TreeValue* const value : filled.Used) {
-      const auto found = m_Annotations.Marks.find(value);
-      mark = std::max(mark, found == m_Annotations.Marks.end() ? Mark::kNone : found->second);
+      const auto found = annotations_.Marks.find(value);
+      mark = std::max(mark, found == annotations_.Marks.end() ? Mark::kNone : found->second);
     }
     return mark;
   }
 
   void AddCell(const char* text_template, const TreeElement& element, Row* row,
                const ValueSet* unreported = nullptr) const {
-    Filled filled = Fill(text_template, element,
-                         unreported == nullptr ? m_Annotations.Unreported : *unreported);
+    Filled filled =
+        Fill(text_template, element, unreported == nullptr ? annotations_.Unreported : *unreported);
     row->How = std::max(row->How, MarkOf(filled));
     row->Cells.push_back(std::move(filled.Text));
   }
@@ -137,26 +136,26 @@ class TextRenderer {
   }
 
   void ShowOutputs() {
-    const TreeElement& outputs = *m_Document.Find("Outputs");
+    const TreeElement& outputs = *document_.Find("Outputs");
     for (const TreeElement& output : outputs.Children()) {
       ShowSections(kOutputSections, output);
     }
     const bool wanted = std::ranges::any_of(
         kOutputSections, [this](const Section& section) { return Wants(section.Name); });
     if (outputs.Children().empty() && wanted) {
-      m_Page.Title("Output");
-      m_Page.Line(kNotReported);
+      page_.Title("Output");
+      page_.Line(kNotReported);
     }
   }
 
   void ShowDisplay() {
-    m_Page.Title("Display");
-    const TreeElement& outputs = *m_Document.Find("Outputs");
+    page_.Title("Display");
+    const TreeElement& outputs = *document_.Find("Outputs");
     for (const TreeElement& output : outputs.Children()) {
       ShowDisplayFacts(output);
     }
     if (outputs.Children().empty()) {
-      m_Page.Line(kNotReported);
+      page_.Line(kNotReported);
     }
     ForEachSensorList([this](const std::string& where, const TreeElement& sensors) {
       ShowMeasured("Temperatures and voltages " + where, sensors);
@@ -169,10 +168,10 @@ class TextRenderer {
     for (const Column& fact : kDisplayFacts) {
       const bool power = std::string_view(fact.Template).ends_with(":power}");
       Row row{Mark::kNone, {fact.Heading}};
-      AddCell(fact.Template, output, &row, power ? &m_Annotations.Unfed : nullptr);
+      AddCell(fact.Template, output, &row, power ? &annotations_.Unfed : nullptr);
       rows.push_back(std::move(row));
     }
-    m_Page.Table({{""}, {""}}, rows);
+    page_.Table({{""}, {""}}, rows);
   }
 
   // Nothing where no sensor measures any.
@@ -185,15 +184,15 @@ class TextRenderer {
           AddCell("{Class} {#}", sensor, &row);
           AddCell(sensor.FindValue("Address") == nullptr ? "" : "{Address}", sensor, &row);
           AddCell(IsConnected(sensor) ? measured.Template : "not connected", sensor, &row);
-          row.Cells.push_back(LimitText(m_Look.Limits, measured.Limit));
+          row.Cells.push_back(LimitText(look_.Limits, measured.Limit));
           rows.push_back(std::move(row));
         }
       }
     }
     if (!rows.empty()) {
-      m_Page.Title(title);
-      m_Page.Table({{"Sensor"}, {"Address", Align::kRight}, {"Reading"}, {"Limits (critical)"}},
-                   rows, 2);
+      page_.Title(title);
+      page_.Table({{"Sensor"}, {"Address", Align::kRight}, {"Reading"}, {"Limits (critical)"}},
+                  rows, 2);
     }
   }
 
@@ -203,15 +202,15 @@ class TextRenderer {
       const TreeElement* const shown = element.Find(block.Path);
       const bool empty = shown == nullptr || (shown->IsList() && shown->Children().empty());
       if (block.Title != nullptr) {
-        m_Page.Title(block.Title);
+        page_.Title(block.Title);
       } else if (empty && shown == before) {
         continue;  // said already
       } else {
-        m_Page.Gap();
+        page_.Gap();
       }
       before = shown;
       if (shown == nullptr) {
-        m_Page.Line(std::string(NameOf(block.Shown)) + ": " + kNotReported);
+        page_.Line(std::string(NameOf(block.Shown)) + ": " + kNotReported);
       } else if (shown->IsList()) {
         ShowList(block.Shown, *shown);
       } else {
@@ -233,13 +232,13 @@ class TextRenderer {
       AddCell(fact.Template, record, &row);
       rows.push_back(std::move(row));
     }
-    m_Page.Table({{""}, {""}}, rows);
+    page_.Table({{""}, {""}}, rows);
   }
 
   // Readings, which differ by class, make one more column.
   void ShowList(const Columns& columns, const TreeElement& list, bool readings = false) {
     if (list.Children().empty()) {
-      m_Page.Line(std::string(NameOf(columns)) + ": " + kNotReported);
+      page_.Line(std::string(NameOf(columns)) + ": " + kNotReported);
       return;
     }
     std::vector<Heading> headings;
@@ -260,7 +259,7 @@ class TextRenderer {
       }
       rows.push_back(std::move(row));
     }
-    m_Page.Table(headings, rows);
+    page_.Table(headings, rows);
   }
 
   static const char* ReadingTemplate(const TreeElement& sensor) {
@@ -270,30 +269,34 @@ class TextRenderer {
     return reading == kReadings.end() ? "" : reading->Template;
   }
 
-  // "on the controller", "behind TravexRouterDisplayInterface 0".
+  // "on the controller", "behind TravexRouterDisplayInterface 0 at address 1".
   template <class Visit>
   void ForEachSensorList(const Visit& visit) const {
-    visit("on the controller", *m_Document.Find("Sensors"));
+    visit("on the controller", *document_.Find("Sensors"));
     ForEachInterface([&visit](const TreeElement& interface) {
-      visit(Fill("behind {Class} {#}", interface).Text, *interface.Find("Sensors"));
+      const bool addressed = interface.FindValue("Address") != nullptr;
+      visit(Fill(addressed ? "behind {Class} {#} at address {Address}" : "behind {Class} {#}",
+                 interface)
+                .Text,
+            *interface.Find("Sensors"));
     });
   }
 
   void ShowSensors(const std::string& title, const TreeElement& sensors) {
-    m_Page.Title(title);
+    page_.Title(title);
     ShowList(kSensorReadings, sensors, true);
     if (!sensors.Children().empty()) {
-      m_Page.Gap();
+      page_.Gap();
       ShowList(kSensorAddresses, sensors);
     }
   }
 
   void ShowBoards() {
     for (const Board& board : FindBoards()) {
-      m_Page.Title(board.Title);
+      page_.Title(board.Title);
       ShowBlocks(kPointBlocks, *board.Holder->Find("Points"));
       if (const TreeElement* const fans = board.Holder->Find("FanRpms")) {
-        m_Page.Gap();
+        page_.Gap();
         ShowList(kFanSpeeds, *fans);
       }
     }
@@ -318,11 +321,11 @@ class TextRenderer {
         }
       }
     };
-    add(*m_Document.Find("Sensors"), " on the controller");
+    add(*document_.Find("Sensors"), " on the controller");
     ForEachInterface([&add](const TreeElement& interface) {
       add(*interface.Find("Sensors"), Fill(" behind {Class} {#}", interface).Text);
     });
-    for (const TreeElement& output : m_Document.Find("Outputs")->Children()) {
+    for (const TreeElement& output : document_.Find("Outputs")->Children()) {
       add(*output.Find("DisplayInterfaces"), "");
     }
     return boards;
@@ -330,7 +333,7 @@ class TextRenderer {
 
   template <class Visit>
   void ForEachInterface(const Visit& visit) const {
-    for (const TreeElement& output : m_Document.Find("Outputs")->Children()) {
+    for (const TreeElement& output : document_.Find("Outputs")->Children()) {
       for (const TreeElement& interface : output.Find("DisplayInterfaces")->Children()) {
         visit(interface);
       }
@@ -339,9 +342,9 @@ class TextRenderer {
 
   // What answered, and what did not.
   void ShowSources() {
-    m_Page.Title("Sources");
+    page_.Title("Sources");
     std::vector<Row> rows;
-    for (const insight::Source& source : m_Snapshot.Sources) {
+    for (const insight::Source& source : snapshot_.Sources) {
       const std::string reason =
           source.StoppedBy.empty() ? source.Reason : "stopped by " + source.StoppedBy;
       rows.push_back({Mark::kNone,
@@ -349,17 +352,17 @@ class TextRenderer {
                        source.Required ? "" : "optional", Printable(reason)}});
     }
     if (rows.empty()) {
-      m_Page.Line(kNotReported);
+      page_.Line(kNotReported);
     } else {
-      m_Page.Table({{"Source"}, {"State"}, {""}, {"Reason"}}, rows);
+      page_.Table({{"Source"}, {"State"}, {""}, {"Reason"}}, rows);
     }
   }
 
-  const insight::Snapshot& m_Snapshot;
-  const Look& m_Look;
-  const TreeElement& m_Document;
-  Page m_Page;
-  const Annotations m_Annotations;
+  const insight::Snapshot& snapshot_;
+  const Look& look_;
+  const TreeElement& document_;
+  Page page_;
+  const Annotations annotations_;
 };
 
 }  // namespace

@@ -50,79 +50,79 @@ winsize Window(WindowSize size) {
 PseudoTerminal::PseudoTerminal(const std::vector<std::string>& arguments,
                                const std::vector<std::string>& environment, WindowSize size) {
   const winsize window = Window(size);
-  if (openpty(&m_Terminal, &m_Kept, nullptr, nullptr, &window) != 0) {
+  if (openpty(&terminal_, &kept_, nullptr, nullptr, &window) != 0) {
     throw std::runtime_error("openpty");
   }
-  fcntl(m_Terminal, F_SETFD, FD_CLOEXEC);
-  m_Process = fork();
-  if (m_Process == -1) {
+  fcntl(terminal_, F_SETFD, FD_CLOEXEC);
+  process_ = fork();
+  if (process_ == -1) {
     throw std::runtime_error("fork");
   }
-  if (m_Process == 0) {
-    login_tty(m_Kept);
+  if (process_ == 0) {
+    login_tty(kept_);
     Become(arguments, environment);
   }
 }
 
 PseudoTerminal::~PseudoTerminal() {
-  if (!m_Reaped) {
-    kill(m_Process, SIGKILL);
-    waitpid(m_Process, nullptr, 0);
+  if (!reaped_) {
+    kill(process_, SIGKILL);
+    waitpid(process_, nullptr, 0);
   }
-  close(m_Terminal);
-  close(m_Kept);
+  close(terminal_);
+  close(kept_);
 }
 
 void PseudoTerminal::Resize(WindowSize size) const {
   const winsize window = Window(size);
-  ioctl(m_Terminal, TIOCSWINSZ, &window);
+  ioctl(terminal_, TIOCSWINSZ, &window);
 }
 
 void PseudoTerminal::Type(std::string_view keys) const {
-  if (write(m_Terminal, keys.data(), keys.size()) != static_cast<ssize_t>(keys.size())) {
+  if (write(terminal_, keys.data(), keys.size()) != static_cast<ssize_t>(keys.size())) {
     throw std::runtime_error("the terminal takes no keys");
   }
 }
 
 // False when nothing came within a step.
 bool PseudoTerminal::ReadBlock() {
-  pollfd ready = {.fd = m_Terminal, .events = POLLIN, .revents = 0};
+  pollfd ready = {.fd = terminal_, .events = POLLIN, .revents = 0};
   if (poll(&ready, 1, kStepMilliseconds) <= 0 || (ready.revents & POLLIN) == 0) {
     return false;
   }
   char block[4096];
-  const ssize_t count = read(m_Terminal, block, sizeof block);
+  const ssize_t count = read(terminal_, block, sizeof block);
   if (count > 0) {
-    m_Output.append(block, static_cast<std::size_t>(count));
+    output_.append(block, static_cast<std::size_t>(count));
   }
   return count > 0;
 }
 
 bool PseudoTerminal::WaitFor(std::string_view text) {
   const auto until = std::chrono::steady_clock::now() + kPatience;
-  while (m_Output.find(text) == std::string::npos && std::chrono::steady_clock::now() < until) {
-    if (!ReadBlock() && m_Reaped) {
+  while (output_.find(text) == std::string::npos && std::chrono::steady_clock::now() < until) {
+    if (!ReadBlock() && reaped_) {
       break;
     }
-    m_Reaped = m_Reaped || waitpid(m_Process, &m_Status, WNOHANG) == m_Process;
+    reaped_ = reaped_ || waitpid(process_, &status_, WNOHANG) == process_;
   }
-  return m_Output.find(text) != std::string::npos;
+  return output_.find(text) != std::string::npos;
 }
 
 int PseudoTerminal::WaitForEnd() {
   const auto until = std::chrono::steady_clock::now() + kPatience;
   while (std::chrono::steady_clock::now() < until) {
-    if (!ReadBlock() && m_Reaped) {
+    if (!ReadBlock() && reaped_) {
       break;
     }
-    m_Reaped = m_Reaped || waitpid(m_Process, &m_Status, WNOHANG) == m_Process;
+    reaped_ = reaped_ || waitpid(process_, &status_, WNOHANG) == process_;
   }
-  return m_Reaped && WIFEXITED(m_Status) ? WEXITSTATUS(m_Status) : -1;
+  return reaped_ && WIFEXITED(status_) ? WEXITSTATUS(status_) : -1;
 }
 
 termios PseudoTerminal::Modes() const {
   termios modes = {};
-  tcgetattr(m_Kept, &modes);
+  tcgetattr(kept_, &modes);
   return modes;
 }
 

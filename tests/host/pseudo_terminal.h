@@ -42,7 +42,7 @@ class PseudoTerminal {
   int WaitForEnd();
 
   // All that was written so far, with "\r\n" as the terminal makes it of "\n".
-  const std::string& Output() const { return m_Output; }
+  const std::string& Output() const { return output_; }
 
   // The modes of the terminal: echo, line by line and the like.
   termios Modes() const;
@@ -50,13 +50,13 @@ class PseudoTerminal {
  private:
   bool ReadBlock();
 
-  int m_Terminal = -1;
+  int terminal_ = -1;
   // The other side, so that the terminal and its modes outlive the program.
-  int m_Kept = -1;
-  pid_t m_Process = -1;
-  bool m_Reaped = false;
-  int m_Status = 0;
-  std::string m_Output;
+  int kept_ = -1;
+  pid_t process_ = -1;
+  bool reaped_ = false;
+  int status_ = 0;
+  std::string output_;
 };
 
 // `text` without escape sequences and carriage returns.
