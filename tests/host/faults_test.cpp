@@ -1,0 +1,200 @@
+// Controllers with one fault each: who reads the first 40 lines of `show` can name it.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <sys/time.h>
+
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "hardware/requests.h"
+#include "sandbox/enter.h"
+#include "sandbox/scenario.h"
+#include "sandbox/testing.h"
+#include "tests/support/run_program.h"
+
+namespace {
+
+using sandbox::Scenario;
+using testing::HasSubstr;
+using testing::StartsWith;
+
+constexpr const char* kDatabase = "/dev/shm/status.db";
+
+struct Fault {
+  const char* Name;
+  void (*Change)(Scenario& scenario);  // of the demo, before it becomes the controller
+  void (*Afterwards)();                // null: nothing more
+  const char* Beginning;               // of the first line
+  std::vector<std::string> Words;      // of the first 40 lines
+};
+
+void Nothing(Scenario& /*scenario*/) {}
+
+void ChangedThreeDaysAgo() {
+  timeval times[2] = {};
+  gettimeofday(&times[0], nullptr);
+  times[0].tv_sec -= 3 * 86400;
+  times[1] = times[0];
+  ASSERT_EQ(utimes(kDatabase, times), 0);
+}
+
+void Garbage() { std::ofstream(kDatabase) << std::string(8192, 'x'); }
+
+void WritableByAll() { ASSERT_EQ(chmod(kDatabase, 0666), 0); }
+
+const Fault kFaults[] = {
+    {"display node missing",
+     [](Scenario& demo) { demo.NoDevice("zetdisplay"); },
+     nullptr,
+     "unknown: ",
+     {"/dev/zetdisplay is missing", "Power       not reported"}},
+    {"router node missing",
+     [](Scenario& demo) { demo.NoDevice("travex"); },
+     nullptr,
+     "unknown: ",
+     {"/dev/travex is missing"}},
+    {"router silent",
+     [](Scenario& demo) { demo.NoDevice("travex").Device("travex"); },
+     nullptr,
+     "unknown: ",
+     {"/dev/travex does not answer"}},
+    {"display power off",
+     [](Scenario& demo) { demo.Answer("zetdisplay", hardware::requests::display::kPower, 0); },
+     nullptr,
+     "critical: 1 critical\n",
+     {"display power is off", "! Power       off"}},
+    {"no database",
+     [](Scenario& demo) { demo.NoDatabase(); },
+     nullptr,
+     "unknown: ",
+     {"/dev/shm/status.db is missing", "\n0 rows, "}},
+    {"database is garbage", &Nothing, &Garbage, "unknown: ", {"/dev/shm/status.db"}},
+    {"rows of three days ago",
+     &Nothing,
+     &ChangedThreeDaysAgo,
+     "unknown: 1 unknown\n",
+     {"database last changed 3 d ago\n"}},
+    {"everyone may write", &Nothing, &WritableByAll, "warning: ", {"/dev/shm/status.db"}},
+    {"fan stopped",
+     [](Scenario& demo) { demo.Row("Sensor_14_Fan_03_Rpm", "0"); },
+     nullptr,
+     "warning: 1 warning\n",
+     {"fan stands still, fan 3 of ", " behind the control board at address 16",
+      "Sensor_14_Fan_03_Rpm"}},
+    {"door open",
+     [](Scenario& demo) { demo.Row("DCIO_00_State", "1"); },
+     nullptr,
+     "warning: 1 warning\n",
+     {"door open, door switch 0 at address 64", "DCIO_00_State"}},
+    {"overheated",
+     [](Scenario& demo) { demo.Row("Sensor_08_Celsius", "91.5"); },
+     nullptr,
+     "critical: 1 critical\n",
+     {"temperature 91.5 \u00B0C, above the limit of 80 \u00B0C", "address 34", "Sensor_08_Celsius",
+      "91.5 \u00B0C     -30..65 (-40..80)"}},
+    {"sensor lost",
+     [](Scenario& demo) { demo.Row("Sensor_08_Connected", "false"); },
+     nullptr,
+     "warning: 1 warning\n",
+     {"sensor is not connected, temperature sensor 1 at address 34", "Sensor_08_Connected",
+      "34  not connected"}},
+    {"power supply relay",
+     [](Scenario& demo) { demo.Row("Sensor_12_Input_03_State", "0"); },
+     nullptr,
+     "warning: 1 warning\n",
+     {"power supply is not active", "Sensor_12_Input_03_State"}},
+    {"power supply output",
+     [](Scenario& demo) { demo.Row("Sensor_06_PsrbVout_01_Volts", "0"); },
+     nullptr,
+     "critical: 1 critical\n",
+     {"power supply output at 0 V", "not 0 V"}},
+    {"synchronisation",
+     [](Scenario& demo) { demo.Row("Sensor_02_SyncLossCounter", "5120"); },
+     nullptr,
+     "warning: 1 warning\n",
+     {"synchronisation losses 5120", "Sensor_02_SyncLossCounter"}},
+    {"link that comes and goes",
+     [](Scenario& demo) { demo.File("/dev/shm/netlink-eth0", "4711\n"); },
+     nullptr,
+     "warning: 1 warning\n",
+     {"link transitions 4711", "eth0"}},
+    {"brightness overridden",
+     [](Scenario& demo) { demo.Row("DimmingMode", "override"); },
+     nullptr,
+     "warning: 1 warning\n",
+     {"brightness is overridden", "mode override"}},
+    {"decimal comma",
+     [](Scenario& demo) { demo.Row("DimmingLevel", "62,5"); },
+     nullptr,
+     "warning: 1 warning\n",
+     {"row DimmingLevel: ", "62"}},
+    {"wrong key",
+     [](Scenario& demo) { demo.Row("sensor_01_Celsius", "62.5"); },
+     nullptr,
+     "warning: 1 warning\n",
+     {"row sensor_01_Celsius: "}},
+    {"memory full",
+     [](Scenario& demo) {
+       demo.File("/proc/meminfo", "MemTotal: 2062340 kB\nMemFree: 900 kB\nCached: 800 kB\n");
+     },
+     nullptr,
+     "critical: 1 critical\n",
+     {"free memory 0.08 %"}},
+};
+
+void PrintTo(const Fault& fault, std::ostream* stream) { *stream << fault.Name; }
+
+class OneFault : public testing::TestWithParam<Fault> {
+ protected:
+  // A later scenario would keep a file that is no database, and its mode.
+  void TearDown() override { std::filesystem::remove(kDatabase); }
+};
+
+TEST_P(OneFault, IsNamedInTheFirstFortyLines) {
+  SANDBOX_NEEDS_DEVICES();
+  Scenario demo = Scenario::Load(sandbox::SourcePath("scenarios/demo"));
+  GetParam().Change(demo);
+  demo.Apply();
+  if (GetParam().Afterwards != nullptr) {
+    GetParam().Afterwards();
+  }
+  const std::string output = test_support::RunProgram({HOST_PROGRAM, "show"}).Output;
+  std::istringstream lines(output);
+  std::string first_lines;
+  std::string line;
+  for (int count = 0; count < 40 && std::getline(lines, line); ++count) {
+    first_lines += line + "\n";
+  }
+  EXPECT_THAT(first_lines, StartsWith(GetParam().Beginning));
+  // A text that is wrapped stands on several lines.
+  std::string words = first_lines;
+  for (std::size_t at = words.find("\n            "); at != std::string::npos;
+       at = words.find("\n            ")) {
+    words.replace(at, 13, " ");
+  }
+  for (const std::string& wanted : GetParam().Words) {
+    EXPECT_THAT(words, HasSubstr(wanted));
+  }
+}
+
+INSTANTIATE_TEST_SUITE_P(Controllers, OneFault, testing::ValuesIn(kFaults), [](const auto& fault) {
+  std::string name = fault.param.Name;
+  for (char& c : name) {
+    c = c == ' ' ? '_' : c;
+  }
+  return name;
+});
+
+// The demo itself has none.
+TEST(Demo, HasNoFinding) {
+  SANDBOX_NEEDS_DEVICES();
+  Scenario::Load(sandbox::SourcePath("scenarios/demo")).Apply();
+  EXPECT_THAT(test_support::RunProgram({HOST_PROGRAM, "show"}).Output,
+              StartsWith("all well: no findings in "));
+}
+
+}  // namespace
