@@ -59,7 +59,7 @@ constexpr const char* kNoRow = "";
 // Critical is what darkens the display or a part of it, or soon harms it.
 constexpr ValueRule kValueRules[] = {
     {"error-flags", kWarning, QtSts::CStatus::Class, "ErrorFlags", &HasDigitAboveZero,
-     "error flags {} are set", "the program that writes row ErrorFlags says what they mean"},
+     "error flags {} are set", "what they mean to the program that writes row ErrorFlags"},
     {"power-off", kCritical, QtSts::COutput::Class, "StatusFlags", &HasFlag<QtSts::kFlagPowerOff>,
      "display power is off", "switch, breaker and contactor of the display's power", false, kNoRow},
     {"output-blanked", kCritical, QtSts::COutput::Class, "StatusFlags",
@@ -71,12 +71,10 @@ constexpr ValueRule kValueRules[] = {
      "the system log of that time: what hung", false, kNoRow},
     {"ambient-failed", kWarning, QtSts::COutput::Class, "StatusFlags",
      &HasFlag<QtSts::kFlagAmbientFailure>, "ambient light sensor failed",
-     "the light sensor and its cable; the brightness does not follow the daylight", false,
-     "MdlsAmbientFailure"},
+     "the light sensor and its cable", false, "MdlsAmbientFailure"},
     {"ambient-override", kWarning, QtSts::COutput::Class, "StatusFlags",
      &HasFlag<QtSts::kFlagAmbientOverride>, "ambient light is overridden",
-     "who has overridden it; the brightness does not follow the daylight", false,
-     "MdlsAmbientOverride"},
+     "who has overridden it, and whether it is still wanted", false, "MdlsAmbientOverride"},
     {"dimming-override", kWarning, QtSts::CDimming::Class, "DimmingMode", &IsOverridden,
      "brightness is overridden", "who has overridden it, and whether it is still wanted"},
     {"display-dark", kWarning, QtSts::CDimming::Class, "ActualDimmingLevel", &IsZeroUnscheduled,
@@ -87,13 +85,13 @@ constexpr ValueRule kValueRules[] = {
      &IsFalseWhileSelected, "selected input has no signal",
      "the player or the cable at this input, then the choice of the input"},
     {"door-open", kWarning, QtSts::CDoorSwitch::Class, "State", &IsNotZero, "door open",
-     "close the door, or see whether its switch is right"},
+     "the door, then its switch"},
     {"door-open", kWarning, QtSts::CDoorSensorInputType::Class, "State", &IsNotZero, "door open",
-     "close the door, or see whether its contact is right"},
+     "the door, then its contact"},
     {"power-monitor-inactive", kWarning, QtSts::CPowerMonitor::Class, "State", &IsZero,
      "power monitor reports no power", "the supply or breaker that it monitors"},
     {"sensor-disconnected", kWarning, QtSts::CSensor::Class, "Connected", &IsFalse,
-     "sensor is not connected", "its plug, cable and address; its readings are old, if any"},
+     "sensor is not connected", "its plug, cable and address"},
     {"fan-stopped", kWarning, QtSts::CCANFanRpmSensor::Class, "CurrentRpm", &IsZero,
      "fan stands still", "the fan: blocked, unplugged or worn out", true},
     {"fan-stopped", kWarning, QtSts::FanRpm::Class, "Rpm", &IsZero, "fan stands still",
@@ -121,9 +119,7 @@ constexpr ValueRule kValueRules[] = {
 
 constexpr SourceRule kSourceRules[] = {
     {SourceState::kMissing, "source-missing", "is missing",
-     "for a device node or a file of /proc: whether its driver is loaded; for the database: "
-     "whether "
-     "its host runs"},
+     "whether its driver is loaded, or the program that makes it runs"},
     {SourceState::kDenied, "source-denied", "may not be read by this user",
      "its owner, group and mode"},
     {SourceState::kNoAnswer, "source-silent", "does not answer", "its driver and its device"},

@@ -134,7 +134,8 @@ class Finder {
            const char* key = nullptr, std::optional<double> number = {}) {
     finding.Value = number;
     finding.Path = found.Holder->PathOf(*found.Value);
-    if (!m_Snapshot.IsReported(finding.Path)) {
+    // A row sets a bit of a field whose other bits are not reported.
+    if (!m_Snapshot.IsReported(finding.Path) && (key == nullptr || !m_Origins.HasRow(key))) {
       return;
     }
     finding.Where = PlaceOf(element);
@@ -228,7 +229,7 @@ class Finder {
     const auto errors = std::count_if(first, m_Snapshot.Rows.end(), is_error);
     AddOfDatabase("row-errors", Severity::kWarning,
                   errors == 1 ? "a row has an error" : std::to_string(errors) + " rows have errors",
-                  "`statuscollector explain --problems` names them and the cure");
+                  "`statuscollector explain --problems`, which names them and the cure");
     m_Findings.back().Key = first->Key;
     m_Findings.back().Value = static_cast<double>(errors);
   }

@@ -10,15 +10,15 @@ void Origins::Name(Finding* finding, const QtSts::TreeElement& holder, const cha
   Collect();
   if (key == nullptr) {
     finding->Key = KeyOf(finding->Path, holder);
-  } else if (const auto row = m_Keys.find(key); row != m_Keys.end()) {
-    finding->Key = *row;
+  } else if (HasRow(key)) {
+    finding->Key = key;
   }
-  const auto source = m_Sources.find(finding->Path);
-  if (!finding->Key.empty()) {
-    finding->Source = kDatabaseSource;
-  } else if (source != m_Sources.end()) {
-    finding->Source = source->second;
-  }
+  finding->Source = finding->Key.empty() ? SourceOf(finding->Path) : kDatabaseSource;
+}
+
+bool Origins::HasRow(std::string_view key) {
+  Collect();
+  return m_Keys.contains(key);
 }
 
 void Origins::Collect() {
@@ -28,7 +28,15 @@ void Origins::Collect() {
   for (const Row& row : m_Snapshot.Rows) {
     if (!row.Path.empty()) {
       m_Rows[row.Path] = row.Key;
+    }
+    if (!row.Path.empty() && row.What() != Outcome::kMarkUnset) {
       m_Keys.insert(row.Key);
+    }
+  }
+  // A row that completes an element fills fields that came of other rows, or of none.
+  for (const Row& row : m_Snapshot.Rows) {
+    for (const Change& change : row.Changes) {
+      m_Rows.emplace(change.Path, row.Key);
     }
   }
   for (const Source& source : m_Snapshot.Sources) {
@@ -39,6 +47,18 @@ void Origins::Collect() {
       }
     }
   }
+}
+
+// The one that feeds the field, or else a list that holds it.
+std::string Origins::SourceOf(std::string_view path) const {
+  while (!path.empty()) {
+    if (const auto source = m_Sources.find(path); source != m_Sources.end()) {
+      return std::string(source->second);
+    }
+    const std::size_t end = path.find_last_of("/[");
+    path = path.substr(0, end == std::string_view::npos ? 0 : end);
+  }
+  return "";
 }
 
 // The row that wrote the value, or else the one that completed its element.

@@ -16,6 +16,9 @@ class Origins {
  public:
   explicit Origins(const Snapshot& snapshot) : m_Snapshot(snapshot) {}
 
+  // Whether a row of this key stands in the document, and is no mark that is not set.
+  bool HasRow(std::string_view key);
+
   // Sets Key and Source of `finding`, whose Path is that of a value of `holder` or of a record in
   // it. `key` as ValueRule::Key.
   void Name(Finding* finding, const QtSts::TreeElement& holder, const char* key);
@@ -24,12 +27,13 @@ class Origins {
   using Texts = std::unordered_map<std::string_view, std::string_view>;
 
   void Collect();
+  std::string SourceOf(std::string_view path) const;
   std::string KeyOf(const std::string& path, const QtSts::TreeElement& holder) const;
 
   const Snapshot& m_Snapshot;
   bool m_Collected = false;
   Texts m_Rows;                                 // path to key
-  std::unordered_set<std::string_view> m_Keys;  // of rows that stand in the document
+  std::unordered_set<std::string_view> m_Keys;  // see HasRow
   Texts m_Sources;                              // path to id
 };
 

@@ -550,6 +550,19 @@ TEST(Findings, SayNothingOfWhatIsNotReported) {
   EXPECT_THAT(Ids(FindFindings(snapshot, {})), IsEmpty());
 }
 
+// A node that does not answer sets all bits of the flags.
+TEST(Findings, TakeFlagsThatAreNotReportedForNothingUnlessARowHasSetThem) {
+  CStatus status;
+  AddOutput(status).StatusFlags = 0xFFFFFFFF;
+  Snapshot snapshot = Healthy(status);
+  snapshot.NotReported = {"Outputs[0]/StatusFlags"};
+  snapshot.Rows.push_back(
+      MakeRow("MdlsAmbientOverride", "Outputs[0]/StatusFlags", Outcome::kMarkUnset));
+  EXPECT_THAT(Ids(FindFindings(snapshot, {})), IsEmpty());
+  snapshot.Rows.push_back(MakeRow("MdlsAmbientFailure", "Outputs[0]/StatusFlags"));
+  EXPECT_THAT(Ids(FindFindings(snapshot, {})), ElementsAre("ambient-failed"));
+}
+
 TEST(Findings, SayWhereAFanIs) {
   CStatus status;
   COutput& output = AddOutput(status);
@@ -603,6 +616,16 @@ TEST(Findings, NameTheRowThatTheValueCameFrom) {
   EXPECT_EQ(FindFindings(snapshot, {}).front().Source, "database");
 }
 
+TEST(Findings, NameTheRowThatFilledTheFieldWithOthers) {
+  CStatus status;
+  AddSupply(status).OutputVoltages = {24, 0};
+  Snapshot snapshot = Healthy(status);
+  snapshot.Rows.push_back(MakeRow("Sensor_06_Type", "Sensors[0]"));
+  snapshot.Rows.push_back(MakeRow("Sensor_06_PsrbVout_01_Volts"));
+  snapshot.Rows.back().Changes.emplace_back().Path = "Sensors[0]/OutputVoltages";
+  EXPECT_EQ(FindFindings(snapshot, {}).front().Key, "Sensor_06_PsrbVout_01_Volts");
+}
+
 // Rows and drivers set bits of the same field.
 TEST(Findings, NameNoRowForAFlagThatADriverHasSet) {
   CStatus status;
@@ -624,6 +647,15 @@ TEST(Findings, NameTheSourceThatAloneFeedsTheField) {
   EXPECT_EQ(FindFindings(snapshot, {}).front().Source, "travex");
   snapshot.Sources.push_back(snapshot.Sources[0]);
   EXPECT_EQ(FindFindings(snapshot, {}).front().Source, "");
+}
+
+TEST(Findings, NameTheSourceThatFeedsTheListOfTheField) {
+  CStatus status;
+  AddNetworkDevice(status).Statistics.Second = 5000;
+  Snapshot snapshot = Healthy(status);
+  AddSource(snapshot, SourceState::kOk);
+  snapshot.Sources[0].Fields = {"Network/Devices"};
+  EXPECT_EQ(FindFindings(snapshot, {}).front().Source, "travex");
 }
 
 TEST(Findings, AreOneForASourceAndAllThatItKeptFromBeingAsked) {
