@@ -6,6 +6,9 @@ namespace {
 constexpr Command kCommandRows[] = {
     {"show", "Run collection cycles and show the document",
      "0 all rows were read, 1 the last cycle failed but is shown", &DeclareShow},
+    {"check", "Say what needs attention, as a monitoring plugin",
+     "0 all is well, 1 warning, 2 critical, 3 unknown or wrong usage", &DeclareCheck,
+     kPluginUnknown},
     {"init", "Create the status database and its tables", "0 the database is ready, 1 it is not",
      &DeclareInit},
     {"diff", "List what differs between two documents", "0 nothing differs, 1 something does",

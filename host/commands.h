@@ -16,6 +16,14 @@ enum ExitStatus : int {
   kTrouble = 2,  // wrong usage, or the output or an input cannot be written or read
 };
 
+// What `check` ends with, by the conventions of monitoring plugins.
+enum PluginStatus : int {
+  kPluginOk = 0,
+  kPluginWarning = 1,
+  kPluginCritical = 2,
+  kPluginUnknown = 3,
+};
+
 // One argument of a command. Only main.cpp knows the parser.
 struct Argument {
   const char* Name;  // "-f,--format", or the name of a word in its place
@@ -42,11 +50,13 @@ struct Command {
   const char* About;
   const char* Statuses;  // what it ends with, for the help
   Declaration (*Declare)();
+  int Trouble = kTrouble;  // what wrong usage ends with
 };
 
 extern const std::span<const Command> kCommands;
 
 Declaration DeclareShow();
+Declaration DeclareCheck();
 Declaration DeclareInit();
 Declaration DeclareDiff();
 Declaration DeclareSchema();

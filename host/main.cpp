@@ -17,6 +17,7 @@
 
 #include "host/commands.h"
 #include "host/output.h"
+#include "host/plugin_text.h"
 #include "host/printable.h"
 
 namespace {
@@ -76,7 +77,21 @@ void Add(CLI::App& command, const host::Argument& argument) {
 // The exit statuses of a command; those of wrong usage and of trouble are the same for all.
 std::string Footer(const host::Command& command) {
   return std::string("Exit status: ") + command.Statuses +
-         ";\n2 wrong usage, or something could not be read or written.";
+         (command.Trouble == host::kTrouble
+              ? ";\n2 wrong usage, or something could not be read or written."
+              : ".");
+}
+
+// What wrong usage of the command that was given ends with. A monitoring client shows what a plugin
+// writes to standard output, so that the reason stands there, too.
+int WrongUsage(const CLI::App& app, const CLI::Error& error) {
+  for (const host::Command& command : host::kCommands) {
+    if (app.got_subcommand(command.Name) && command.Trouble == host::kPluginUnknown) {
+      host::StandardOutput().Write("UNKNOWN - " + host::PluginText(error.what()) + "\n");
+      return command.Trouble;
+    }
+  }
+  return host::kTrouble;
 }
 
 int Run(int argc, char** argv) {
@@ -103,7 +118,7 @@ int Run(int argc, char** argv) {
     std::ostringstream text;
     const bool wanted = app.exit(outcome, text, std::cerr) == 0;
     host::StandardOutput().Write(text.str());
-    return wanted ? host::kAllWell : host::kTrouble;
+    return wanted ? static_cast<int>(host::kAllWell) : WrongUsage(app, outcome);
   }
   for (const auto& [declared, run] : commands) {
     if (declared->parsed()) {

@@ -76,7 +76,7 @@ const char* OtherFile(const struct stat& status) {
 // Why the database or what SQLite keeps beside it may not be reached; "" when it may.
 std::string Denied(int access) {
   for (const char* suffix : {"", "-wal", "-shm", "-journal"}) {
-    const std::string why = WhyDenied(std::string(kDatabaseFile) + suffix, access);
+    std::string why = WhyDenied(std::string(kDatabaseFile) + suffix, access);
     if (!why.empty()) {
       return why;
     }

@@ -2,7 +2,7 @@
 
 _statuscollector() {
   local word=${COMP_WORDS[COMP_CWORD]} before=${COMP_WORDS[COMP_CWORD - 1]}
-  local commands='diff init schema show'
+  local commands='check diff init schema show'
   local command=${COMP_WORDS[1]} words=''
   COMPREPLY=()
 
@@ -23,6 +23,12 @@ _statuscollector() {
                sensors sources time ttable' ;;
       'show '*)
         words='--brief --color --cycles --format --help --no-pager --output --section --with' ;;
+      'check -w' | 'check --warning' | 'check -c' | 'check --critical')
+        compopt -o nospace 2>/dev/null
+        words='database-age= device-errors= link-errors= link-transitions= memory-free= storage-free=
+          sync-losses= temperature=' ;;
+      'check -i' | 'check --ignore' | 'check -t' | 'check --timeout') return ;;
+      'check '*) words='--critical --help --ignore --timeout --warning' ;;
       'diff '*)
         words='--help'
         compopt -o filenames 2>/dev/null
