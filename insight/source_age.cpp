@@ -25,25 +25,25 @@ void DatabaseAge::Look(DatabaseState* state) {
   state->EveryoneMayWrite =
       (is_file && (file.st_mode & S_IWOTH) != 0) || (is_log && (log.st_mode & S_IWOTH) != 0);
   if (!is_file && !has_log) {
-    m_Sight.reset();
+    sight_.reset();
     return;
   }
 
   const Sight sight =
       has_log ? Sight{true, log.st_size, changed(log)} : Sight{false, file.st_size, changed(file)};
   const auto now = std::chrono::steady_clock::now();
-  if (m_Sight != sight) {
+  if (sight_ != sight) {
     // What the clock of the file says, but not before this recorder last saw it otherwise.
     auto age = std::max<system_clock::duration>(system_clock::now() - sight.Changed, {});
-    if (m_Sight) {
-      age = std::min<system_clock::duration>(age, now - m_Looked);
+    if (sight_) {
+      age = std::min<system_clock::duration>(age, now - looked_);
     }
-    m_Changed = now - age;
-    m_Sight = sight;
+    changed_ = now - age;
+    sight_ = sight;
   }
-  m_Looked = now;
+  looked_ = now;
   state->LastChanged = sight.Changed;
-  state->Unchanged = std::chrono::floor<std::chrono::seconds>(now - m_Changed);
+  state->Unchanged = std::chrono::floor<std::chrono::seconds>(now - changed_);
 }
 
 }  // namespace insight

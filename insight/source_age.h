@@ -25,10 +25,10 @@ class DatabaseAge {
     bool operator==(const Sight&) const = default;
   };
 
-  std::optional<Sight> m_Sight;
-  std::chrono::steady_clock::time_point m_Looked;
+  std::optional<Sight> sight_;
+  std::chrono::steady_clock::time_point looked_;
   // When it last changed, on the clock that nobody sets.
-  std::chrono::steady_clock::time_point m_Changed;
+  std::chrono::steady_clock::time_point changed_;
 };
 
 }  // namespace insight

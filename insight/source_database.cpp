@@ -124,18 +124,18 @@ void DatabaseRecorder::See(const observe::Event& event) {
       SeeStored(stores->Destination);
     }
   } else if (event.As<observe::RowBegins>() != nullptr) {
-    ++m_Rows;
+    ++rows_;
   } else if (const auto* const begins = event.As<observe::CycleBegins>()) {
-    m_Status = begins->Status;
+    status_ = begins->Status;
   } else if (const auto* const asks = event.As<observe::AsksDatabase>()) {
-    m_ReadRows |= asks->At == observe::Stage::kRows;
+    read_rows_ |= asks->At == observe::Stage::kRows;
   } else if (const auto* const fails = event.As<observe::DatabaseFails>()) {
-    if (!m_Failed) {
-      m_Failed = true;
-      m_FailedAt = fails->At;
-      m_Code = fails->Code;
-      m_Error = fails->SystemError;
-      m_Message = fails->Message;
+    if (!failed_) {
+      failed_ = true;
+      failed_at_ = fails->At;
+      code_ = fails->Code;
+      error_ = fails->SystemError;
+      message_ = fails->Message;
     }
   }
 }
@@ -144,12 +144,12 @@ void DatabaseRecorder::SeeStored(const void* destination) {
   const auto remember = [&](const std::map<std::ptrdiff_t, RowField>& fields, const void* object) {
     const auto field = fields.find(Distance(object, destination));
     if (field != fields.end()) {
-      m_Written.insert(field->second.Path);
+      written_.insert(field->second.Path);
     }
   };
-  if (m_Status != nullptr && destination != nullptr) {
-    remember(FieldsOfRows().Root, m_Status);
-    if (const COutput* const output = m_Status->Outputs[0]) {
+  if (status_ != nullptr && destination != nullptr) {
+    remember(FieldsOfRows().Root, status_);
+    if (const COutput* const output = status_->Outputs[0]) {
       remember(FieldsOfRows().Output, output);
     }
   }
@@ -161,16 +161,16 @@ Source DatabaseRecorder::EndCycle() const {
   source.Id = info.Id;
   source.Name = info.Name;
   source.Required = info.Required;
-  const bool all_rows = m_ReadRows && (!m_Failed || m_FailedAt == observe::Stage::kFinish ||
-                                       m_FailedAt == observe::Stage::kRelease);
-  if (m_Failed) {
-    source.State = StateOf(m_Code, m_Error);
-    source.Error = m_Error;
-    source.Reason = m_Error == 0 ? m_Message : strerrordesc_np(m_Error);
-  } else if (!m_ReadRows) {
+  const bool all_rows = read_rows_ && (!failed_ || failed_at_ == observe::Stage::kFinish ||
+                                       failed_at_ == observe::Stage::kRelease);
+  if (failed_) {
+    source.State = StateOf(code_, error_);
+    source.Error = error_;
+    source.Reason = error_ == 0 ? message_ : strerrordesc_np(error_);
+  } else if (!read_rows_) {
     source.State = SourceState::kFailed;
     source.Reason = "the statement of the cycle before failed at its end";
-  } else if (m_Rows == 0) {
+  } else if (rows_ == 0) {
     source.State = SourceState::kEmpty;
     source.Reason = "no rows";
   } else {
@@ -181,7 +181,7 @@ Source DatabaseRecorder::EndCycle() const {
     for (const auto& [distance, field] : *fields) {
       source.Fields.push_back(field.Path);
       // Without their row no bits are added, which the row's absence says.
-      if (field.AddsBits ? !all_rows : !m_Written.contains(field.Path)) {
+      if (field.AddsBits ? !all_rows : !written_.contains(field.Path)) {
         source.Unfed.push_back(field.Path);
       }
     }

@@ -28,16 +28,16 @@ class DatabaseRecorder {
  private:
   void SeeStored(const void* destination);
 
-  const QtSts::CStatus* m_Status = nullptr;
-  bool m_ReadRows = false;  // the cycle came so far
-  std::size_t m_Rows = 0;
-  std::set<std::string> m_Written;  // fields that a row was stored in
+  const QtSts::CStatus* status_ = nullptr;
+  bool read_rows_ = false;  // the cycle came so far
+  std::size_t rows_ = 0;
+  std::set<std::string> written_;  // fields that a row was stored in
 
-  bool m_Failed = false;
-  observe::Stage m_FailedAt = observe::Stage::kOpen;
-  int m_Code = 0;
-  int m_Error = 0;
-  std::string m_Message;
+  bool failed_ = false;
+  observe::Stage failed_at_ = observe::Stage::kOpen;
+  int code_ = 0;
+  int error_ = 0;
+  std::string message_;
 };
 
 }  // namespace insight

@@ -51,15 +51,15 @@ std::string IdOf(const SourceInfo& info, const std::string& interface) {
 }  // namespace
 
 void SourceRecorder::BeginCycle() {
-  m_Database.BeginCycle();
-  m_Talks.clear();
-  m_Last = nullptr;
-  m_Probe.clear();
-  m_LastOf.clear();
-  m_Interface.clear();
-  m_Interfaces.clear();
-  m_Written.clear();
-  m_Positions.clear();
+  database_.BeginCycle();
+  talks_.clear();
+  last_ = nullptr;
+  probe_.clear();
+  last_of_.clear();
+  interface_.clear();
+  interfaces_.clear();
+  written_.clear();
+  positions_.clear();
 }
 
 void SourceRecorder::See(const observe::Event& event) {
@@ -68,55 +68,55 @@ void SourceRecorder::See(const observe::Event& event) {
   } else if (const auto* const label = event.As<observe::Label>()) {
     SeeLabel(*label);
   } else if (const auto* const begins = event.As<observe::ProbeBegins>()) {
-    m_Probe = begins->Probe;
-    m_Last = nullptr;
+    probe_ = begins->Probe;
+    last_ = nullptr;
   } else if (event.As<observe::ProbeEnds>() != nullptr) {
-    m_LastOf[m_Probe] = m_Last;
-    m_Probe.clear();
+    last_of_[probe_] = last_;
+    probe_.clear();
   } else {
-    m_Database.See(event);
+    database_.See(event);
   }
 }
 
 void SourceRecorder::SeeAnswer(const observe::Answers& answer) {
-  if (m_Probe.empty()) {
+  if (probe_.empty()) {
     return;
   }
   if (answer.Question->What == Call::kHostText) {
     SeeAddress(answer);
   }
   if (Talk* const talk = TalkOf(*answer.Question)) {
-    m_Last = talk;
+    last_ = talk;
     talk->Take(answer);
   }
 }
 
 void SourceRecorder::SeeLabel(const observe::Label& label) {
   const auto feed = std::ranges::find_if(FeedTable(), [&](const Feed& row) {
-    return row.Needs == Part::kLabel && m_Probe == row.Probe && Is(row.Label, label.Text);
+    return row.Needs == Part::kLabel && probe_ == row.Probe && Is(row.Label, label.Text);
   });
   if (feed != FeedTable().end()) {
     TalkWith(SourceNamed(feed->Source))->TakeLabel(label.Text, label.Found);
-  } else if (m_Last != nullptr && Is(m_Last->Asked().Id, "link-counters")) {
+  } else if (last_ != nullptr && Is(last_->Asked().Id, "link-counters")) {
     // An interface that the routes do not name has no gateway: that is an answer, too.
-    m_Last->TakeLabel(label.Text, label.Found);
+    last_->TakeLabel(label.Text, label.Found);
   }
 }
 
 // Of an entry with an IPv4 address the mask comes second, and third what the document has not.
 void SourceRecorder::SeeAddress(const observe::Answers& answer) {
-  m_Interface = BaseOf(answer.Question->Source);
-  if (m_Addresses == 0 && answer.Question->Address != nullptr) {
-    m_Family = answer.Question->Address->sa_family;
+  interface_ = BaseOf(answer.Question->Source);
+  if (addresses_ == 0 && answer.Question->Address != nullptr) {
+    family_ = answer.Question->Address->sa_family;
   }
-  const int number = m_Addresses++;
+  const int number = addresses_++;
   if (answer.Result != 0) {
     return;
   }
-  if (m_Family == AF_INET6) {
-    m_Written.insert(m_Interface + "/IPv6Address");
+  if (family_ == AF_INET6) {
+    written_.insert(interface_ + "/IPv6Address");
   } else if (number < 2) {
-    m_Written.insert(m_Interface + (number == 0 ? "/IPv4Address" : "/Netmask"));
+    written_.insert(interface_ + (number == 0 ? "/IPv4Address" : "/Netmask"));
   }
 }
 
@@ -144,7 +144,7 @@ Talk* SourceRecorder::TalkOf(const observe::Asks& question) {
 Talk* SourceRecorder::TalkOfPath(const std::string& path) {
   const SourceInfo* walked = nullptr;
   for (const Feed& feed : FeedTable()) {
-    if (m_Probe != feed.Probe) {
+    if (probe_ != feed.Probe) {
       continue;
     }
     const SourceInfo& source = SourceNamed(feed.Source);
@@ -153,53 +153,52 @@ Talk* SourceRecorder::TalkOfPath(const std::string& path) {
     }
     const std::string interface = Is(source.Id, "carrier") ? InterfaceIn(source.Name, path) : "";
     if (!interface.empty()) {
-      m_Interface = BaseOf(interface.c_str());
-      m_Addresses = 0;
+      interface_ = BaseOf(interface.c_str());
+      addresses_ = 0;
       // An alias has no carrier of its own.
-      return m_Interface == interface ? TalkWith(source) : nullptr;
+      return interface_ == interface ? TalkWith(source) : nullptr;
     }
     if (source.Trusted) {
       walked = &source;
     }
   }
   // A name on the way to the file, or the file itself once more.
-  return walked == nullptr || path.starts_with("/proc/thread-self/fd/") ? m_Last
-                                                                        : TalkWith(*walked);
+  return walked == nullptr || path.starts_with("/proc/thread-self/fd/") ? last_ : TalkWith(*walked);
 }
 
 Talk* SourceRecorder::TalkWith(const SourceInfo& source) {
   const bool about_interface = source.Bound || Is(source.Id, "routes");
-  const std::string interface = about_interface ? m_Interface : "";
-  if (about_interface && std::ranges::find(m_Interfaces, interface) == m_Interfaces.end()) {
-    m_Interfaces.push_back(interface);
+  const std::string interface = about_interface ? interface_ : "";
+  if (about_interface && std::ranges::find(interfaces_, interface) == interfaces_.end()) {
+    interfaces_.push_back(interface);
   }
-  const auto same = std::ranges::find_if(m_Talks, [&](const Talk& talk) {
-    return &talk.Asked() == &source && talk.Interface() == interface && talk.Probe() == m_Probe;
+  const auto same = std::ranges::find_if(talks_, [&](const Talk& talk) {
+    return &talk.Asked() == &source && talk.Interface() == interface && talk.Probe() == probe_;
   });
-  return same != m_Talks.end() ? &*same : &m_Talks.emplace_back(source, interface, m_Probe);
+  return same != talks_.end() ? &*same : &talks_.emplace_back(source, interface, probe_);
 }
 
 std::vector<Source> SourceRecorder::EndCycle(const QtSts::DocumentTree& document,
                                              DatabaseState* database) {
   for (const QtSts::TreeElement& device : document.Root().Find("Network/Devices")->Children()) {
-    m_Positions.insert({std::string(device.FindValue("Name")->Text()), device.Position()});
+    positions_.insert({std::string(device.FindValue("Name")->Text()), device.Position()});
   }
   std::vector<Source> sources;
   for (const SourceInfo& info : SourceTable()) {
     if (Is(info.Id, kDatabaseId)) {
-      sources.push_back(m_Database.EndCycle());
+      sources.push_back(database_.EndCycle());
     } else if (!info.Bound) {
       sources.push_back(Assemble(info, "", document));
     } else {
-      for (const std::string& interface : m_Interfaces) {
+      for (const std::string& interface : interfaces_) {
         // Without a link nothing but the carrier is asked.
-        if (Is(info.Id, "carrier") || m_Positions.contains(interface)) {
+        if (Is(info.Id, "carrier") || positions_.contains(interface)) {
           sources.push_back(Assemble(info, interface, document));
         }
       }
     }
   }
-  m_Age.Look(database);
+  age_.Look(database);
   return sources;
 }
 
@@ -210,13 +209,13 @@ Source SourceRecorder::Assemble(const SourceInfo& info, const std::string& inter
   source.Name = Replaced(info.Name, kInterfaceMark, interface);
   source.Required = info.Required;
   std::vector<const Talk*> talks;
-  for (const Talk& talk : m_Talks) {
+  for (const Talk& talk : talks_) {
     if (&talk.Asked() == &info && (!info.Bound || talk.Interface() == interface)) {
       talks.push_back(&talk);
     }
   }
   Talk::Judge(talks, &source);
-  if (Is(info.Id, "interfaces") && source.State == SourceState::kOk && m_Interfaces.empty()) {
+  if (Is(info.Id, "interfaces") && source.State == SourceState::kOk && interfaces_.empty()) {
     source.State = SourceState::kEmpty;
     source.Reason = "no interface runs";
   }
@@ -246,7 +245,7 @@ Source SourceRecorder::Assemble(const SourceInfo& info, const std::string& inter
       add(feed, feed.Field, interface);
       continue;
     }
-    for (const auto& [name, position] : m_Positions) {
+    for (const auto& [name, position] : positions_) {
       if (!info.Bound || name == interface) {
         add(feed, Replaced(feed.Field, kNumberMark, std::to_string(position)), name);
       }
@@ -270,19 +269,19 @@ void SourceRecorder::AddSpoiled(const Feed& feed, const QtSts::DocumentTree& doc
 }
 
 const Talk* SourceRecorder::TalkFor(const Feed& feed, const std::string& interface) const {
-  const auto talk = std::ranges::find_if(m_Talks, [&](const Talk& candidate) {
+  const auto talk = std::ranges::find_if(talks_, [&](const Talk& candidate) {
     return Is(candidate.Asked().Id, feed.Source) && candidate.Probe() == feed.Probe &&
            (candidate.Interface().empty() || candidate.Interface() == interface);
   });
-  return talk == m_Talks.end() ? nullptr : &*talk;
+  return talk == talks_.end() ? nullptr : &*talk;
 }
 
 bool SourceRecorder::WasFed(const Feed& feed, const std::string& interface) const {
   switch (feed.Needs) {
     case Part::kInterfaces:
-      return !m_Interfaces.empty();
+      return !interfaces_.empty();
     case Part::kAddress:
-      return m_Written.contains(interface + std::strrchr(feed.Field, '/'));
+      return written_.contains(interface + std::strrchr(feed.Field, '/'));
     default: {
       const Talk* const talk = TalkFor(feed, interface);
       return talk != nullptr && talk->Gave(feed);
@@ -294,12 +293,12 @@ void SourceRecorder::Explain(const Feed& feed, const std::string& interface, Sou
   if (TalkFor(feed, interface) != nullptr || !source->StoppedBy.empty()) {
     return;
   }
-  const auto last = m_LastOf.find(feed.Probe);
-  if (last == m_LastOf.end() || last->second == nullptr) {
+  const auto last = last_of_.find(feed.Probe);
+  if (last == last_of_.end() || last->second == nullptr) {
     return;
   }
   const Talk& stopped = *last->second;
-  if (stopped.Failed() || (Is(feed.Probe, kNetwork) && m_Interfaces.empty())) {
+  if (stopped.Failed() || (Is(feed.Probe, kNetwork) && interfaces_.empty())) {
     source->StoppedBy = IdOf(stopped.Asked(), stopped.Interface());
   } else if (source->State == SourceState::kNotAsked) {
     source->Reason = "no IPv4 address";

@@ -45,20 +45,20 @@ class SourceRecorder {
   // Sets what kept `source` from being asked in the probe of `feed`, if it was.
   void Explain(const Feed& feed, const std::string& interface, Source* source) const;
 
-  DatabaseRecorder m_Database;
-  DatabaseAge m_Age;
+  DatabaseRecorder database_;
+  DatabaseAge age_;
 
-  std::deque<Talk> m_Talks;  // in the order in which they began
-  Talk* m_Last = nullptr;    // the one that was asked last in this probe
-  std::string m_Probe;
-  std::map<std::string, const Talk*> m_LastOf;  // the same when the probe ended
+  std::deque<Talk> talks_;  // in the order in which they began
+  Talk* last_ = nullptr;    // the one that was asked last in this probe
+  std::string probe_;
+  std::map<std::string, const Talk*> last_of_;  // the same when the probe ended
 
-  std::string m_Interface;                         // that the network probe is at
-  std::vector<std::string> m_Interfaces;           // in the order in which it came to them
-  int m_Addresses = 0;                             // that were written for the entry that it is at
-  int m_Family = 0;                                // of the entry
-  std::set<std::string> m_Written;                 // "eth0/IPv4Address"
-  std::map<std::string, std::size_t> m_Positions;  // of the devices, by interface
+  std::string interface_;                         // that the network probe is at
+  std::vector<std::string> interfaces_;           // in the order in which it came to them
+  int addresses_ = 0;                             // that were written for the entry that it is at
+  int family_ = 0;                                // of the entry
+  std::set<std::string> written_;                 // "eth0/IPv4Address"
+  std::map<std::string, std::size_t> positions_;  // of the devices, by interface
 };
 
 }  // namespace insight

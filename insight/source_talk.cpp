@@ -66,7 +66,7 @@ std::string Missing(const std::set<std::string>& missing, std::size_t looked_for
 }  // namespace
 
 Talk::Talk(const SourceInfo& source, std::string interface, std::string probe)
-    : m_Source(&source), m_Interface(std::move(interface)), m_Probe(std::move(probe)) {}
+    : source_(&source), interface_(std::move(interface)), probe_(std::move(probe)) {}
 
 void Talk::Take(const Answers& answer) {
   switch (answer.Question->What) {
@@ -74,25 +74,25 @@ void Talk::Take(const Answers& answer) {
       TakeOpen(answer);
       break;
     case Call::kFileStatus:
-      m_Regular = !m_Opened || answer.Status == nullptr || S_ISREG(answer.Status->st_mode);
+      regular_ = !opened_ || answer.Status == nullptr || S_ISREG(answer.Status->st_mode);
       if (answer.Result < 0) {
         Fail(answer.Error);
       }
       break;
     case Call::kRead:
       if (answer.Result > 0) {
-        m_Delivered = true;
+        delivered_ = true;
       } else if (answer.Result < 0 && answer.Error != EINTR) {
         Fail(answer.Error);
       }
       break;
     case Call::kPathStatus:
       if (answer.Result < 0 &&
-          !(IsMarker(*m_Source) && StateOf(answer.Error) == SourceState::kMissing)) {
+          !(IsMarker(*source_) && StateOf(answer.Error) == SourceState::kMissing)) {
         Fail(answer.Error);
       } else {
-        m_Error = 0;
-        m_Delivered |= IsMarker(*m_Source);
+        error_ = 0;
+        delivered_ |= IsMarker(*source_);
       }
       break;
     case Call::kRequest:
@@ -109,91 +109,91 @@ void Talk::Take(const Answers& answer) {
 // opening, that of the file.
 void Talk::TakeOpen(const Answers& answer) {
   const bool place = (answer.Question->Number & O_PATH) != 0;
-  m_Opened = answer.Result >= 0 && !place;
-  if (m_Opened) {
-    m_Reached = true;
-    m_Regular = true;
-    m_Broken = false;
-    m_Error = 0;
+  opened_ = answer.Result >= 0 && !place;
+  if (opened_) {
+    reached_ = true;
+    regular_ = true;
+    broken_ = false;
+    error_ = 0;
   } else if (answer.Result < 0) {
-    m_Error = answer.Error;
+    error_ = answer.Error;
   }
 }
 
 void Talk::TakeRequest(const Answers& answer) {
   const unsigned long request = answer.Question->Number;
   const bool given = answer.Result != -1;
-  m_Delivered = true;
-  if (!given && m_SilentError == 0) {
-    m_SilentError = answer.Error;
+  delivered_ = true;
+  if (!given && silent_error_ == 0) {
+    silent_error_ = answer.Error;
   }
   bool lost = false;
   const auto feed = std::ranges::find_if(FeedTable(), [&](const Feed& row) {
-    return row.Needs == Part::kStatistic && row.Request == request && m_Probe == row.Probe &&
-           std::strcmp(row.Source, m_Source->Id) == 0;
+    return row.Needs == Part::kStatistic && row.Request == request && probe_ == row.Probe &&
+           std::strcmp(row.Source, source_->Id) == 0;
   });
   // An answer appends one element at most: without the one before, its own is not there.
   if (feed != FeedTable().end() && given) {
     const auto element = static_cast<std::size_t>(feed->Element);
-    if (element >= m_Elements.size()) {
-      m_Elements.push_back(feed->Element);
+    if (element >= elements_.size()) {
+      elements_.push_back(feed->Element);
     }
-    lost = element >= m_Elements.size();
+    lost = element >= elements_.size();
   }
-  m_Requests[request] = {given, lost};
+  requests_[request] = {given, lost};
 }
 
 void Talk::TakeResult(const Answers& answer) {
   if (answer.Question->What == Call::kHostText) {
     if (answer.Result != 0) {
-      m_Words = std::string("address of ") + answer.Question->Source + ": " +
-                gai_strerror(static_cast<int>(answer.Result));
+      words_ = std::string("address of ") + answer.Question->Source + ": " +
+               gai_strerror(static_cast<int>(answer.Result));
       Fail(answer.Error == 0 ? EINVAL : answer.Error);
     }
   } else if (answer.Result < 0) {
     Fail(answer.Error);
   } else if (answer.Question->What != Call::kSocket) {
-    m_Delivered = true;
+    delivered_ = true;
   }
 }
 
 void Talk::Fail(int error) {
-  m_Broken = true;
-  if (m_Error == 0) {
-    m_Error = error;
+  broken_ = true;
+  if (error_ == 0) {
+    error_ = error;
   }
 }
 
-void Talk::TakeLabel(const char* label, bool found) { m_Labels[label] |= found; }
+void Talk::TakeLabel(const char* label, bool found) { labels_[label] |= found; }
 
 bool Talk::IsSilent(unsigned long request) const {
-  const auto answer = m_Requests.find(request);
-  return answer != m_Requests.end() && !answer->second.Given;
+  const auto answer = requests_.find(request);
+  return answer != requests_.end() && !answer->second.Given;
 }
 
 bool Talk::Gave(const Feed& feed) const {
   switch (feed.Needs) {
     case Part::kOpened:
-      return m_Reached;
+      return reached_;
     case Part::kRequest:
     case Part::kStatistic: {
-      const auto answer = m_Requests.find(feed.Request);
-      return answer != m_Requests.end() && answer->second.Given && !answer->second.Lost;
+      const auto answer = requests_.find(feed.Request);
+      return answer != requests_.end() && answer->second.Given && !answer->second.Lost;
     }
     case Part::kElement: {
       const auto element = static_cast<std::size_t>(feed.Element);
-      return element < m_Elements.size() && m_Elements[element] == feed.Element;
+      return element < elements_.size() && elements_[element] == feed.Element;
     }
     case Part::kLabel: {
-      const auto label = m_Labels.find(feed.Label);
-      return m_Reached && (label == m_Labels.end() || label->second);
+      const auto label = labels_.find(feed.Label);
+      return reached_ && (label == labels_.end() || label->second);
     }
     case Part::kRow: {
-      const auto row = m_Labels.find(m_Interface);
-      return row != m_Labels.end() && row->second;
+      const auto row = labels_.find(interface_);
+      return row != labels_.end() && row->second;
     }
     default:
-      return m_Delivered && !Failed();
+      return delivered_ && !Failed();
   }
 }
 
@@ -208,19 +208,19 @@ void Talk::Judge(const std::vector<const Talk*>& talks, Source* source) {
   source->State = SourceState::kOk;
   for (const Talk* const talk : talks) {
     if (talk->Failed()) {
-      source->State = talk->m_Words.empty() ? StateOf(talk->m_Error) : SourceState::kFailed;
-      source->Error = talk->m_Error;
-      source->Reason = talk->m_Words.empty() ? WordsOf(talk->m_Error) : talk->m_Words;
+      source->State = talk->words_.empty() ? StateOf(talk->error_) : SourceState::kFailed;
+      source->Error = talk->error_;
+      source->Reason = talk->words_.empty() ? WordsOf(talk->error_) : talk->words_;
       return;
     }
-    for (const auto& [request, answer] : talk->m_Requests) {
+    for (const auto& [request, answer] : talk->requests_) {
       ++requests;
       silent += answer.Given ? 0 : 1;
       if (!answer.Given && source->Error == 0) {
-        source->Error = talk->m_SilentError;
+        source->Error = talk->silent_error_;
       }
     }
-    for (const auto& [label, found] : talk->m_Labels) {
+    for (const auto& [label, found] : talk->labels_) {
       labels.insert(label);
       if (!found) {
         missing.insert(label);
@@ -234,10 +234,10 @@ void Talk::Judge(const std::vector<const Talk*>& talks, Source* source) {
     return;
   }
   const auto empty =
-      std::ranges::find_if(talks, [](const Talk* talk) { return !talk->m_Delivered; });
+      std::ranges::find_if(talks, [](const Talk* talk) { return !talk->delivered_; });
   if (empty != talks.end()) {
     source->State = SourceState::kEmpty;
-    source->Reason = (*empty)->m_Regular ? "nothing in it" : "not a regular file";
+    source->Reason = (*empty)->regular_ ? "nothing in it" : "not a regular file";
   } else if (!missing.empty()) {
     source->State = SourceState::kMalformed;
     source->Reason = Missing(missing, labels.size());

@@ -17,9 +17,9 @@ class Talk {
   // `interface`: the one that it is about, "" for none.
   Talk(const SourceInfo& source, std::string interface, std::string probe);
 
-  const SourceInfo& Asked() const { return *m_Source; }
-  const std::string& Interface() const { return m_Interface; }
-  const std::string& Probe() const { return m_Probe; }
+  const SourceInfo& Asked() const { return *source_; }
+  const std::string& Interface() const { return interface_; }
+  const std::string& Probe() const { return probe_; }
 
   void Take(const observe::Answers& answer);
   void TakeLabel(const char* label, bool found);
@@ -30,7 +30,7 @@ class Talk {
   bool IsSilent(unsigned long request) const;
 
   // It failed as a whole; the probe may have ended with that.
-  bool Failed() const { return m_Error != 0 && (!m_Delivered || m_Broken); }
+  bool Failed() const { return error_ != 0 && (!delivered_ || broken_); }
 
   // What all talks with one source come to: state, errno and words. `source` has its defaults.
   static void Judge(const std::vector<const Talk*>& talks, Source* source);
@@ -41,26 +41,26 @@ class Talk {
   void TakeResult(const observe::Answers& answer);
   void Fail(int error);
 
-  const SourceInfo* m_Source;
-  std::string m_Interface;
-  std::string m_Probe;
+  const SourceInfo* source_;
+  std::string interface_;
+  std::string probe_;
 
-  bool m_Reached = false;    // it could be opened once
-  bool m_Opened = false;     // the last time
-  bool m_Regular = true;     // it is a file that can be read
-  bool m_Delivered = false;  // something was read, or the call has succeeded
-  bool m_Broken = false;     // after that something failed
-  int m_Error = 0;
-  std::string m_Words;  // of the failure, where errno does not say it
+  bool reached_ = false;    // it could be opened once
+  bool opened_ = false;     // the last time
+  bool regular_ = true;     // it is a file that can be read
+  bool delivered_ = false;  // something was read, or the call has succeeded
+  bool broken_ = false;     // after that something failed
+  int error_ = 0;
+  std::string words_;  // of the failure, where errno does not say it
 
   struct Answer {
     bool Given;
     bool Lost;  // it was not stored
   };
-  std::map<unsigned long, Answer> m_Requests;
-  int m_SilentError = 0;        // errno of the first request without an answer
-  std::vector<int> m_Elements;  // of the output's statistics: the number that each was made for
-  std::map<std::string, bool, std::less<>> m_Labels;  // looked for: found
+  std::map<unsigned long, Answer> requests_;
+  int silent_error_ = 0;       // errno of the first request without an answer
+  std::vector<int> elements_;  // of the output's statistics: the number that each was made for
+  std::map<std::string, bool, std::less<>> labels_;  // looked for: found
 };
 
 }  // namespace insight

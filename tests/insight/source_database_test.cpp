@@ -31,13 +31,13 @@ constexpr seconds kThreeDays{3 * 86400};
 // A host that stays, with its recorder.
 class Host {
  public:
-  Host() : m_Recorder(m_Collector) { m_Collector.InitDatabase(false); }
+  Host() : recorder_(collector_) { collector_.InitDatabase(false); }
 
-  Snapshot Cycle() { return m_Recorder.RunCycle(); }
+  Snapshot Cycle() { return recorder_.RunCycle(); }
 
  private:
-  CStatusInterface m_Collector;
-  Recorder m_Recorder;
+  CStatusInterface collector_;
+  Recorder recorder_;
 };
 
 class Database : public testing::Test {
@@ -133,17 +133,17 @@ TEST_F(Database, IsAsOldAsItsFileWhileTheLogIsEmpty) {
 // A connection of a writer.
 class Writer {
  public:
-  Writer() { EXPECT_EQ(sqlite3_open(kDatabase, &m_Database), SQLITE_OK); }
+  Writer() { EXPECT_EQ(sqlite3_open(kDatabase, &database_), SQLITE_OK); }
   Writer(const Writer&) = delete;
   Writer& operator=(const Writer&) = delete;
-  ~Writer() { sqlite3_close(m_Database); }
+  ~Writer() { sqlite3_close(database_); }
 
   void Do(const char* statement) {
-    EXPECT_EQ(sqlite3_exec(m_Database, statement, nullptr, nullptr, nullptr), SQLITE_OK);
+    EXPECT_EQ(sqlite3_exec(database_, statement, nullptr, nullptr, nullptr), SQLITE_OK);
   }
 
  private:
-  sqlite3* m_Database = nullptr;
+  sqlite3* database_ = nullptr;
 };
 
 TEST_F(Database, WithALogIsAsOldAsItsRowsWhoeverOpensAndClosesIt) {

@@ -81,13 +81,13 @@ void Losses::Add(const Snapshot& before, const Snapshot& after) {
     const auto now = values_after.find(path);
     if (now != values_after.end()) {
       if (now->second != value) {
-        m_Changed[path] = Change::kOtherValue;
+        changed_[path] = Change::kOtherValue;
       }
       continue;
     }
     const auto fresh = initial.find(path);
     const bool as_it_began = fresh != initial.end() && fresh->second == value;
-    m_Changed.insert({path, as_it_began ? Change::kGoneAsItBegan : Change::kOtherValue});
+    changed_.insert({path, as_it_began ? Change::kGoneAsItBegan : Change::kOtherValue});
   }
   for (const auto& [path, value] : values_after) {
     EXPECT_TRUE(values_before.contains(path)) << path << " appears";
@@ -95,19 +95,19 @@ void Losses::Add(const Snapshot& before, const Snapshot& after) {
   const std::set<Feeding> unfed_before = UnfedIn(before);
   for (const Feeding& feeding : UnfedIn(after)) {
     if (!unfed_before.contains(feeding)) {
-      m_Unfed.insert(feeding.second);
+      unfed_.insert(feeding.second);
     }
   }
 }
 
 void Losses::ExpectChangesAreUnfed() const {
-  for (const auto& [changed, change] : m_Changed) {
+  for (const auto& [changed, change] : changed_) {
     const bool named = std::ranges::any_of(
-        m_Unfed, [&](const std::string& field) { return Covers(field, changed); });
+        unfed_, [&](const std::string& field) { return Covers(field, changed); });
     EXPECT_TRUE(named || change == Change::kGoneAsItBegan) << changed << " changes";
   }
-  for (const std::string& field : m_Unfed) {
-    EXPECT_TRUE(std::ranges::any_of(m_Changed,
+  for (const std::string& field : unfed_) {
+    EXPECT_TRUE(std::ranges::any_of(changed_,
                                     [&](const auto& entry) { return Covers(field, entry.first); }))
         << field << " is no longer fed";
   }

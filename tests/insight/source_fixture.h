@@ -51,14 +51,14 @@ class Losses {
   // What has changed is what is no longer fed, no more, no fewer.
   void ExpectChangesAreUnfed() const;
 
-  const std::set<std::string>& Unfed() const { return m_Unfed; }
+  const std::set<std::string>& Unfed() const { return unfed_; }
 
  private:
   // With an element goes what nobody ever stores in it; that need not be named.
   enum class Change { kOtherValue, kGoneAsItBegan };
 
-  std::map<std::string, Change> m_Changed;
-  std::set<std::string> m_Unfed;
+  std::map<std::string, Change> changed_;
+  std::set<std::string> unfed_;
 };
 
 // Applies both controllers one after the other, with a cycle before `lose` and one after it, and

@@ -66,36 +66,36 @@ class TableWatcher : public observe::Observer {
  public:
   void See(const observe::Event& event) override {
     if (const auto* const begins = event.As<observe::ProbeBegins>()) {
-      m_Probe = begins->Probe;
+      probe_ = begins->Probe;
     } else if (const auto* const asks = event.As<observe::Asks>()) {
       if (asks->What == observe::Call::kRequest) {
-        ++m_Seen;
+        ++seen_;
         EXPECT_TRUE(Has([&](const Feed& feed) {
           return feed.Request == asks->Number &&
                  insight::SourceNamed(feed.Source).Name == asks->Source;
-        })) << m_Probe
+        })) << probe_
             << " asks " << asks->Source << ' ' << std::hex << asks->Number;
       } else if (asks->What == observe::Call::kOpen && asks->Descriptor == -1) {
-        ++m_Seen;
+        ++seen_;
         EXPECT_TRUE(Has([&](const Feed& feed) { return IsPathOf(feed.Source, asks->Source); }))
-            << m_Probe << " opens " << asks->Source;
+            << probe_ << " opens " << asks->Source;
       }
     } else if (const auto* const label = event.As<observe::Label>()) {
-      ++m_Seen;
-      EXPECT_TRUE(m_Probe == "Network" || Has([&](const Feed& feed) {
+      ++seen_;
+      EXPECT_TRUE(probe_ == "Network" || Has([&](const Feed& feed) {
                     return feed.Label != nullptr && label->Text == std::string(feed.Label);
                   }))
-          << m_Probe << " looks for " << label->Text;
+          << probe_ << " looks for " << label->Text;
     }
   }
 
-  int Seen() const { return m_Seen; }
+  int Seen() const { return seen_; }
 
  private:
   template <class Matches>
   bool Has(const Matches& matches) const {
     return std::ranges::any_of(
-        FeedTable(), [&](const Feed& feed) { return m_Probe == feed.Probe && matches(feed); });
+        FeedTable(), [&](const Feed& feed) { return probe_ == feed.Probe && matches(feed); });
   }
 
   // The path of the source, or a folder on the way to one that is walked.
@@ -108,8 +108,8 @@ class TableWatcher : public observe::Observer {
     return name == path || (source.Trusted && name.starts_with(path));
   }
 
-  std::string m_Probe;
-  int m_Seen = 0;
+  std::string probe_;
+  int seen_ = 0;
 };
 
 TEST(SourceTable, HasAllThatACycleAsks) {
