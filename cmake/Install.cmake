@@ -2,7 +2,7 @@
 # tools (the command-line host).
 include(CMakePackageConfigHelpers)
 
-set(status_libraries statuscollector status sqlitedb)
+set(status_libraries statusinsight statuscollector status sqlitedb)
 
 # The public headers: what a host or a consumer of documents names, and what those include.
 set(status_public_headers
@@ -20,6 +20,12 @@ set(status_public_headers
   handlers/handlers.h
   hardware/rate_limit.h
   hardware/tolmar_hardware.h
+  insight/export.h
+  insight/findings.h
+  insight/limits.h
+  insight/outcomes.h
+  insight/readings.h
+  insight/snapshot.h
   model/base_status.h
   model/beacons.h
   model/can_sensors.h

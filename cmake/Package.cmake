@@ -15,7 +15,8 @@ set(CPACK_DEBIAN_PACKAGE_CONTROL_STRICT_PERMISSION ON)
 # The dependencies of the programs, read from them; our own libraries are no package yet.
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS
-    ${PROJECT_BINARY_DIR}/collector ${PROJECT_BINARY_DIR}/db ${PROJECT_BINARY_DIR}/model)
+    ${PROJECT_BINARY_DIR}/collector ${PROJECT_BINARY_DIR}/db ${PROJECT_BINARY_DIR}/insight
+    ${PROJECT_BINARY_DIR}/model)
 
 # What packages that are built with ours will depend on.
 set(CPACK_DEBIAN_PACKAGE_GENERATE_SHLIBS ON)
@@ -31,8 +32,8 @@ set(CPACK_COMPONENT_LIBRARIES_DESCRIPTION "status of an LED display controller (
 Collects the state of the controller's hardware and the rows of its status
 database into one typed document, and renders it as XML.
 
-This package holds the shared libraries libstatuscollector, libstatus and
-libsqlitedb.")
+This package holds the shared libraries libstatuscollector, libstatusinsight,
+libstatus and libsqlitedb.")
 
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_NAME libstatuscollector-dev)
 set(CPACK_DEBIAN_DEVELOPMENT_PACKAGE_SECTION libdevel)
