@@ -214,7 +214,27 @@ void Parking::TakeMembers(const observe::Record& record, const Element& element)
       TakeVoltages(variable, where);
     } else if (!taken.From->IsContainer) {
       TakeVariable(variable, reported);
+      if (reported != nullptr && record.Where != Place::kDcioDevices) {
+        RemarkNarrowed(*taken.From, where);
+      }
     }
+  }
+}
+
+// A field of 16 bits keeps the low half of a variable of 32. The state of a DCIO device is reduced
+// to a flag instead.
+void Parking::RemarkNarrowed(const rows::Place& variable, const Change& where) {
+  const Writer& last = m_Variables.at(variable.Address).Last;
+  if (variable.Is != rows::Type::kUnsigned32 || last.Row == kNone || last.Group != m_Group.Number) {
+    return;
+  }
+  const std::uint32_t value = *static_cast<const std::uint32_t*>(variable.Address);
+  const std::uint32_t low = value & 0xFFFFU;
+  if (value != low && where.After == std::to_string(low)) {
+    Row& row = At(last.Row);
+    AddRemark(&row, Outcome::kWrapped,
+              std::to_string(value) + " does not fit: " + where.After + " is in the document",
+              WholeValue(row));
   }
 }
 

@@ -108,6 +108,7 @@ class Parking {
   void TakeVariable(const void* variable, const Change* where);
   bool TakeStaged(const StagedKey& key, const Change* where);
   void TakeMembers(const observe::Record& record, const Element& element);
+  void RemarkNarrowed(const rows::Place& variable, const Change& where);
   void TakeTheSame(const observe::Record& record, const void* variable, const Change* reported);
   void TakeVoltages(const void* container, const Change& where);
   void TakePoint(const observe::Point& point, const Element& element);

@@ -196,9 +196,7 @@ void RowRecorder::SeeStored(const observe::Stores& store) {
   }
   m_Handled.Destination = store.Destination;
   const std::string attribute = row.Key.substr(m_Handled.Attribute);
-  if (!HasRemark(row, Outcome::kParked)) {
-    JudgeAttribute(m_Handled.Entry, store, m_Handled.Attribute, &row);
-  }
+  JudgeAttribute(m_Handled.Entry, store, m_Handled.Attribute, &row);
   JudgeValue(store, ReadingOfAttribute(m_Handled.Entry, attribute, store.Attribute), &row);
   if (store.Destination == &st_Type || store.Destination == &st_DCIO_Type) {
     m_Parking.StoreType(store.Destination == &st_Type);

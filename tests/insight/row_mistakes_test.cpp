@@ -124,6 +124,8 @@ const std::vector<Mistake>& Mistakes() {
        "Sensor_00_Fan_300_Rpm",
        Outcome::kWrapped,
        "300 does not fit and counts as 44"},
+      {"BusBeyondTheSixteenBitsOfTheDocument", Sensor("Bus", "65541"), "Sensor_00_Bus",
+       Outcome::kWrapped, "65541 does not fit: 5 is in the document"},
       {"EmptyNumber", {{"DimmingLevel", ""}}, "DimmingLevel", Outcome::kNoNumber, "is empty"},
       {"MarkThatIsTrue",
        {{"MdlsAmbientFailure", "true"}},
