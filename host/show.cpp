@@ -46,11 +46,11 @@ std::vector<std::string> ParseSections(const std::string& text) {
   std::istringstream rest(text);
   for (std::string name; std::getline(rest, name, ',');) {
     if (std::ranges::count(known, name) == 0) {
-      std::string all;
+      std::string message = "--section: no section \"" + name + "\"; there are: ";
       for (const std::string& each : known) {
-        all += (all.empty() ? "" : ", ") + each;
+        message.append(each == known.front() ? "" : ", ").append(each);
       }
-      throw std::runtime_error("--section: no section \"" + name + "\"; there are: " + all);
+      throw std::runtime_error(message);
     }
     names.push_back(name);
   }
