@@ -40,10 +40,6 @@ std::size_t NumberIn(std::string_view text) {
   return error == std::errc() && end == text.data() + text.size() ? number : 0;
 }
 
-bool IsSmartTerminal(int descriptor) {
-  return isatty(descriptor) == 1 && !Variable("TERM").empty() && Variable("TERM") != "dumb";
-}
-
 // The environment of this process, with the variable where it is not set.
 std::vector<std::string> EnvironmentWith(
     const std::vector<std::pair<const char*, const char*>>& defaults) {
@@ -161,11 +157,15 @@ Window WindowOf(int descriptor) {
   return window;
 }
 
+bool WantsScreen(int descriptor) {
+  return isatty(descriptor) == 1 && !Variable("TERM").empty() && Variable("TERM") != "dumb";
+}
+
 bool WantsColour(int descriptor, Colour when) {
   if (when != Colour::kAuto) {
     return when == Colour::kAlways;
   }
-  return IsSmartTerminal(descriptor) && Variable("NO_COLOR").empty();
+  return WantsScreen(descriptor) && Variable("NO_COLOR").empty();
 }
 
 bool ShowInPager(int descriptor, std::string_view text) {
@@ -174,7 +174,7 @@ bool ShowInPager(int descriptor, std::string_view text) {
   const std::string pager = wanted != nullptr ? wanted : "less";
   const auto lines = static_cast<std::size_t>(std::ranges::count(text, '\n'));
   const bool fits = lines < window.Lines;  // with a line for the prompt of the shell
-  if (!IsSmartTerminal(descriptor) || fits || pager.empty() || pager == "cat") {
+  if (!WantsScreen(descriptor) || fits || pager.empty() || pager == "cat") {
     return false;
   }
   const std::vector<std::string> command = wanted != nullptr

@@ -34,6 +34,10 @@ extern const std::span<const ColourName> kColourNames;
 // is a terminal, TERM is set and is not "dumb", and NO_COLOR is not set or empty.
 bool WantsColour(int descriptor, Colour when);
 
+// Whether text written to `descriptor` can be redrawn in place: a terminal with TERM set and not
+// "dumb".
+bool WantsScreen(int descriptor);
+
 // Shows `text` in the pager on the terminal that `descriptor` leads to, and returns true once the
 // pager has ended. Returns false when the text is still to be written: when it is no terminal or a
 // dumb one, when the text fits the window, when PAGER is empty or "cat", or when the pager cannot

@@ -1,0 +1,153 @@
+#include "host/screen.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <csignal>
+#include <cstdio>
+#include <ctime>
+#include <iterator>
+#include <system_error>
+
+#include "host/printable.h"
+#include "host/terminal.h"
+
+namespace host {
+namespace {
+
+constexpr std::string_view kEnter = "\x1b[?1049h\x1b[?25l";
+constexpr std::string_view kLeave = "\x1b[?25h\x1b[?1049l";
+constexpr std::string_view kHome = "\x1b[H";
+constexpr std::string_view kRestOfLine = "\x1b[K\n";
+constexpr std::string_view kRestOfScreen = "\x1b[J";
+constexpr std::string_view kHighlight = "\x1b[7m";
+constexpr std::string_view kPlain = "\x1b[0m";
+
+constexpr int kEndings[] = {SIGINT, SIGTERM, SIGHUP, SIGQUIT};
+
+// What the handlers of signals use.
+volatile sig_atomic_t g_terminal = -1;
+volatile sig_atomic_t g_interrupted = 0;
+
+void WriteSequence(std::string_view sequence) {
+  static_cast<void>(!write(g_terminal, sequence.data(), sequence.size()));
+}
+
+void Handle(int signal, void (*handler)(int)) {
+  struct sigaction action = {};
+  action.sa_handler = handler;
+  sigaction(signal, &action, nullptr);  // without SA_RESTART, so that a wait ends
+}
+
+// Ends the program as the signal does, after the terminal is as it was.
+void OnEnding(int signal) {
+  WriteSequence(kLeave);
+  Handle(signal, SIG_DFL);
+  raise(signal);  // blocked until the handler returns
+}
+
+// Ctrl-Z: the shell gets the terminal as it was.
+void OnStop(int /*signal*/) {
+  const int error = errno;
+  WriteSequence(kLeave);
+  raise(SIGSTOP);
+  WriteSequence(kEnter);
+  g_interrupted = 1;
+  errno = error;
+}
+
+void OnChange(int /*signal*/) { g_interrupted = 1; }
+
+void HandleAll(bool ours) {
+  for (const int signal : kEndings) {
+    Handle(signal, ours ? &OnEnding : SIG_DFL);
+  }
+  Handle(SIGTSTP, ours ? &OnStop : SIG_DFL);
+  Handle(SIGWINCH, ours ? &OnChange : SIG_DFL);
+}
+
+std::vector<std::string> LinesOf(const std::string& text) {
+  std::vector<std::string> lines;
+  for (std::size_t begin = 0; begin < text.size();) {
+    const std::size_t end = std::min(text.find('\n', begin), text.size());
+    lines.push_back(text.substr(begin, end - begin));
+    begin = end + 1;
+  }
+  return lines;
+}
+
+}  // namespace
+
+Screen::Screen(const StandardOutput& output) : m_Output(output) {
+  m_Errors = fcntl(STDERR_FILENO, F_DUPFD_CLOEXEC, STDERR_FILENO + 1);
+  const int nowhere = open("/dev/null", O_WRONLY | O_CLOEXEC);
+  if (m_Errors == -1 || nowhere == -1) {
+    throw std::system_error(errno, std::generic_category(), "screen");
+  }
+  std::fflush(stderr);
+  dup2(nowhere, STDERR_FILENO);
+  dup2(nowhere, STDOUT_FILENO);
+  close(nowhere);
+  g_terminal = output.Descriptor();
+  HandleAll(true);
+  WriteSequence(kEnter);
+}
+
+Screen::~Screen() {
+  HandleAll(false);
+  WriteSequence(kLeave);
+  std::fflush(stdout);
+  dup2(m_Errors, STDERR_FILENO);
+  dup2(m_Errors, STDOUT_FILENO);  // as StandardOutput has it
+  close(m_Errors);
+}
+
+void Screen::Draw(const std::string& title, const std::string& text) {
+  const Window window = WindowOf(m_Output.Descriptor());
+  const std::vector<std::string> lines = LinesOf(text);
+  const std::size_t room = window.Lines > 1 ? window.Lines - 1 : lines.size();
+  std::string screen(kHome);
+  screen.append(Truncated(title, window.Columns)).append(kRestOfLine);
+  const bool first = m_Before.empty();
+  const bool cut = lines.size() > room;
+  const std::size_t shown = cut ? room - 1 : lines.size();
+  for (std::size_t i = 0; i < shown; ++i) {
+    const bool is_new = !first && !std::ranges::binary_search(m_Before, lines[i]);
+    // A highlighted line has no other style.
+    screen.append(is_new ? kHighlight : "").append(lines[i]).append(is_new ? kPlain : "");
+    screen.append(kRestOfLine);
+  }
+  if (cut) {
+    screen += "(" + std::to_string(lines.size() - shown) + " more lines)";
+  } else {
+    screen.pop_back();  // the last line feed, which would scroll a full window
+  }
+  screen.append(kRestOfScreen);
+  m_Output.Write(screen);
+  if (text != m_Text) {
+    m_Before = lines;
+    std::ranges::sort(m_Before);
+    m_Text = text;
+  }
+}
+
+bool WaitUntil(std::chrono::steady_clock::time_point time) {
+  const auto since = std::chrono::duration_cast<std::chrono::nanoseconds>(time.time_since_epoch());
+  const timespec until = {
+      static_cast<std::time_t>(since.count() / std::nano::den),
+      static_cast<long>(since.count() % std::nano::den),
+  };
+  while (g_interrupted == 0) {
+    // steady_clock is this clock.
+    const int error = clock_nanosleep(CLOCK_MONOTONIC, TIMER_ABSTIME, &until, nullptr);
+    if (error != EINTR) {
+      return true;
+    }
+  }
+  g_interrupted = 0;
+  return false;
+}
+
+}  // namespace host

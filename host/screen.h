@@ -1,0 +1,41 @@
+// The whole screen of a terminal, drawn again and again in place.
+#pragma once
+
+#include <chrono>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "host/output.h"
+
+namespace host {
+
+// While it lives, the terminal shows its alternate screen without a cursor; what was there before
+// is back afterwards, also when a signal ends or stops the program, at whatever moment it comes.
+// What the program and its libraries write to standard output and error goes nowhere meanwhile. One
+// at a time.
+class Screen {
+ public:
+  // `output` must lead to a terminal, and outlive the screen. Throws std::system_error.
+  explicit Screen(const StandardOutput& output);
+  ~Screen();
+  Screen(const Screen&) = delete;
+  Screen& operator=(const Screen&) = delete;
+
+  // Shows `title`, and as many lines of `text` below it as the window has. Lines that were not in
+  // the text before are highlighted. Throws std::system_error.
+  void Draw(const std::string& title, const std::string& text);
+
+ private:
+  const StandardOutput& m_Output;
+  int m_Errors;
+  std::vector<std::string> m_Before;  // sorted lines of the last text
+  std::string m_Title;
+  std::string m_Text;
+};
+
+// Waits until `time`. Returns false when the size of the window has changed, or the program was
+// stopped and goes on, before that time.
+bool WaitUntil(std::chrono::steady_clock::time_point time);
+
+}  // namespace host
