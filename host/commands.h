@@ -57,6 +57,8 @@ extern const std::span<const Command> kCommands;
 
 Declaration DeclareShow();
 Declaration DeclareCheck();
+Declaration DeclareExplain();
+Declaration DeclareWatch();
 Declaration DeclareInit();
 Declaration DeclareDiff();
 Declaration DeclareSchema();

@@ -105,4 +105,15 @@ std::string RenderJson(const insight::Snapshot& snapshot) {
   return Finished(std::move(json));
 }
 
+std::string RenderInsightJson(const insight::Snapshot& snapshot,
+                              const std::vector<std::string>& differing) {
+  JsonText json;
+  json.Open('{');
+  json.Member("Insight");
+  AddInsight(snapshot, &json);
+  AddTexts("Differing", differing, &json);
+  json.Close('}');
+  return Finished(std::move(json));
+}
+
 }  // namespace host

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 #include "insight/snapshot.h"
 #include "model/tree.h"
@@ -18,5 +19,10 @@ std::string RenderJson(const QtSts::DocumentTree& document);
 // The same of the snapshot's document, with one more member of the root, the last: "Insight", an
 // object with what docs/host.md lists.
 std::string RenderJson(const insight::Snapshot& snapshot);
+
+// That object alone: "Insight", and "Differing" with the keys of the rows that became something
+// else than in the cycle before.
+std::string RenderInsightJson(const insight::Snapshot& snapshot,
+                              const std::vector<std::string>& differing);
 
 }  // namespace host

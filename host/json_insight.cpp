@@ -62,16 +62,6 @@ void AddTime(const char* name, std::chrono::system_clock::time_point time, JsonT
   }
 }
 
-void AddTexts(const char* name, const std::vector<std::string>& texts, JsonText* json) {
-  json->Member(name);
-  json->Open('[');
-  for (const std::string& text : texts) {
-    json->Next();
-    AddText(text, json);
-  }
-  json->Close(']');
-}
-
 void AddDatabase(const insight::DatabaseState& database, JsonText* json) {
   json->Open('{');
   AddCount("Rows", static_cast<long long>(database.Rows), json);
@@ -164,6 +154,16 @@ void AddItems(const char* name, const Items& items, JsonText* json) {
 }
 
 }  // namespace
+
+void AddTexts(const char* name, const std::vector<std::string>& texts, JsonText* json) {
+  json->Member(name);
+  json->Open('[');
+  for (const std::string& text : texts) {
+    json->Next();
+    AddText(text, json);
+  }
+  json->Close(']');
+}
 
 void AddInsight(const insight::Snapshot& snapshot, JsonText* json) {
   json->Open('{');

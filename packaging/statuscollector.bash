@@ -2,7 +2,7 @@
 
 _statuscollector() {
   local word=${COMP_WORDS[COMP_CWORD]} before=${COMP_WORDS[COMP_CWORD - 1]}
-  local commands='check diff init schema show'
+  local commands='check diff explain init schema show watch'
   local command=${COMP_WORDS[1]} words=''
   COMPREPLY=()
 
@@ -29,6 +29,10 @@ _statuscollector() {
           sync-losses= temperature=' ;;
       'check -i' | 'check --ignore' | 'check -t' | 'check --timeout') return ;;
       'check '*) words='--critical --help --ignore --timeout --warning' ;;
+      'explain -f' | 'explain --format') words='json text' ;;
+      'explain '*) words='--format --help --problems' ;;
+      'watch -i' | 'watch --interval' | 'watch -n' | 'watch --count') return ;;
+      'watch '*) words='--changes --count --help --interval' ;;
       'diff '*)
         words='--help'
         compopt -o filenames 2>/dev/null

@@ -1,0 +1,262 @@
+#include "host/explain_text.h"
+
+#include <algorithm>
+#include <array>
+#include <map>
+#include <unordered_map>
+
+#include "collector/key_table.h"
+#include "host/page.h"
+#include "host/printable.h"
+
+namespace host {
+namespace {
+
+using insight::OutcomeClass;
+using insight::Remark;
+using insight::Snapshot;
+using insight::SourceState;
+
+// A line that differs from the cycle before ends with it.
+constexpr const char* kDiffers = " ~";
+
+Mark MarkOf(OutcomeClass outcome_class) {
+  switch (outcome_class) {
+    case OutcomeClass::kError:
+      return Mark::kCritical;
+    case OutcomeClass::kNotice:
+      return Mark::kWarning;
+    default:
+      return Mark::kNone;
+  }
+}
+
+// The rows of one element stand together, those of all other keys too: "Sensor_03", or "".
+std::string_view FamilyOf(std::string_view key) {
+  const auto* const entry = std::ranges::find_if(
+      status_primary_keys, [&](const StatusKey& each) { return key.starts_with(each.Key); });
+  if (entry == status_primary_keys.end() || !entry->Key.ends_with('_')) {
+    return "";
+  }
+  return key.substr(0, key.find('_', entry->Key.size()));
+}
+
+// Begins with a capital letter and ends with a stop.
+std::string Sentence(std::string text) {
+  if (!text.empty() && text.front() >= 'a' && text.front() <= 'z') {
+    text.front() = static_cast<char>(text.front() - 'a' + 'A');
+  }
+  if (!text.empty() && !text.ends_with('.')) {
+    text += '.';
+  }
+  return text;
+}
+
+// What became of a row, in its line of the table.
+std::string Fate(const insight::Row& row) {
+  const Remark& first = row.Remarks.front();
+  std::string fate;
+  if (row.Class() != OutcomeClass::kFine || row.Path.empty()) {
+    fate = first.Text.empty() ? insight::InfoOf(first.What).Meaning : first.Text;
+  } else {
+    fate = row.Path;
+    if (row.Before != row.After && !row.Before.empty()) {
+      fate += " (before: " + row.Before + ")";
+    }
+  }
+  return Printable(fate);
+}
+
+class Explanation {
+ public:
+  Explanation(const Snapshot& snapshot, const Snapshot& before, const ExplainOptions& options,
+              std::size_t columns, bool colour)
+      : m_Snapshot(snapshot),
+        m_Before(before),
+        m_Options(options),
+        m_Rows(WantedRows(snapshot, options)),
+        m_Differs(DifferingRows(m_Rows, before)),
+        m_Page(columns, colour) {}
+
+  std::string Render() {
+    if (m_Options.Prefix.empty() && !m_Options.Problems) {
+      ShowSources();
+    }
+    if (!m_Options.Problems) {
+      ShowRows();
+    }
+    ShowProblems();
+    ShowSummary();
+    return m_Page.Take();
+  }
+
+ private:
+  bool SourceDiffers(const insight::Source& source) const {
+    const auto same = std::ranges::find(m_Before.Sources, source.Id, &insight::Source::Id);
+    return same == m_Before.Sources.end() || same->State != source.State;
+  }
+
+  void ShowSources() {
+    m_Page.Title("Sources");
+    std::vector<Row> rows;
+    for (const insight::Source& source : m_Snapshot.Sources) {
+      const bool trouble = source.Required && source.State != SourceState::kOk;
+      const bool stopped = source.State == SourceState::kNotAsked && !source.StoppedBy.empty();
+      const std::string why = stopped ? source.StoppedBy + " stopped the probe" : source.Reason;
+      rows.push_back({trouble ? Mark::kUnknown : Mark::kNone,
+                      {source.Id, NameOf(source.State),
+                       Printable(source.Name + (why.empty() ? "" : ": " + why)) +
+                           (SourceDiffers(source) ? kDiffers : "")}});
+    }
+    m_Page.Table({{""}, {""}, {""}}, rows);
+  }
+
+  void ShowRows() {
+    if (m_Rows.empty()) {
+      m_Page.Title("Rows");
+      m_Page.Line("none");
+    }
+    for (std::size_t i = 0; i < m_Rows.size();) {
+      const std::string_view family = FamilyOf(m_Rows[i]->Key);
+      std::string title = family.empty() ? "Rows" : "Rows of " + Printable(family);
+      std::vector<Row> rows;
+      for (; i < m_Rows.size() && FamilyOf(m_Rows[i]->Key) == family; ++i) {
+        const insight::Row& row = *m_Rows[i];
+        if (std::ranges::count(row.Remarks, insight::Outcome::kCompleted, &Remark::What) != 0) {
+          title += ": " + Printable(row.Path);
+        }
+        std::string_view key = row.Key;
+        key.remove_prefix(family.empty() ? 0 : std::min(key.size(), family.size() + 1));
+        rows.push_back({MarkOf(row.Class()),
+                        {Truncated(Printable(key), kKeyColumns),
+                         row.IsNull ? "NULL" : Truncated(Printable(row.Value), kValueColumns),
+                         Fate(row) + (m_Differs[i] ? kDiffers : "")}});
+      }
+      m_Page.Title(title);
+      m_Page.Table({{""}, {""}, {""}}, rows);
+    }
+  }
+
+  void ShowProblems() {
+    bool first = true;
+    for (const insight::Row* const row : m_Rows) {
+      for (const Remark& remark : row->Remarks) {
+        const insight::OutcomeInfo& info = insight::InfoOf(remark.What);
+        if (info.Class != OutcomeClass::kError) {
+          continue;
+        }
+        first ? m_Page.Title("Problems") : m_Page.Gap();
+        first = false;
+        const Quoted quoted = Quote(*row, remark);
+        m_Page.Plain(quoted.Text);
+        if (!quoted.Carets.empty() && Width(quoted.Carets) <= m_Page.Columns()) {
+          m_Page.Plain(quoted.Carets);
+        }
+        const std::string text = remark.Text.empty() ? info.Meaning : remark.Text;
+        m_Page.Line(Sentence(Printable(text)) + " [" + info.Id + "]");
+        m_Page.Line(Sentence(std::string("Cure: ") + info.Cure));
+      }
+    }
+  }
+
+  void ShowSummary() {
+    std::array<std::size_t, 3> counts = {};
+    for (const insight::Row* const row : m_Rows) {
+      ++counts[static_cast<std::size_t>(row->Class())];
+    }
+    m_Page.Title("Summary");
+    m_Page.Line(std::to_string(m_Rows.size()) + " of " + std::to_string(m_Snapshot.Rows.size()) +
+                " rows: " + std::to_string(counts[0]) + " fine, " + std::to_string(counts[1]) +
+                " notices, " + std::to_string(counts[2]) + " errors.");
+    std::map<SourceState, std::size_t> states;
+    for (const insight::Source& source : m_Snapshot.Sources) {
+      ++states[source.State];
+    }
+    std::string text = std::to_string(m_Snapshot.Sources.size()) + " sources";
+    for (const char* separator = ": "; const auto& [state, count] : states) {
+      text += separator + std::to_string(count) + " " + NameOf(state);
+      separator = ", ";
+    }
+    m_Page.Line(text + ".");
+    const auto differing = std::ranges::count(m_Differs, true);
+    m_Page.Line(
+        "This is the second of two cycles, so that values are carried over as in a host "
+        "that stays. Rows that became something else than in the first: " +
+        std::to_string(differing) + (differing == 0 ? "." : ", marked ~."));
+  }
+
+  static constexpr std::size_t kKeyColumns = 32;
+  static constexpr std::size_t kValueColumns = 24;
+
+  const Snapshot& m_Snapshot;
+  const Snapshot& m_Before;
+  const ExplainOptions& m_Options;
+  std::vector<const insight::Row*> m_Rows;
+  std::vector<bool> m_Differs;  // of m_Rows
+  Page m_Page;
+};
+
+bool IsSame(const insight::Row& left, const insight::Row& right) {
+  return left.Value == right.Value && left.Path == right.Path && left.After == right.After &&
+         std::ranges::equal(left.Remarks, right.Remarks,
+                            [](const Remark& one, const Remark& other) {
+                              return one.What == other.What && one.Text == other.Text;
+                            });
+}
+
+}  // namespace
+
+std::vector<const insight::Row*> WantedRows(const Snapshot& snapshot,
+                                            const ExplainOptions& options) {
+  std::vector<const insight::Row*> rows;
+  for (const insight::Row& row : snapshot.Rows) {
+    if (row.Key.starts_with(options.Prefix) &&
+        (!options.Problems || row.Class() == OutcomeClass::kError)) {
+      rows.push_back(&row);
+    }
+  }
+  return rows;
+}
+
+std::vector<bool> DifferingRows(const std::vector<const insight::Row*>& rows,
+                                const Snapshot& before) {
+  std::unordered_map<std::string_view, const insight::Row*> earlier;
+  for (const insight::Row& row : before.Rows) {
+    earlier.emplace(row.Key, &row);
+  }
+  std::vector<bool> differs;
+  differs.reserve(rows.size());
+  for (const insight::Row* const row : rows) {
+    const auto same = earlier.find(row->Key);
+    differs.push_back(same == earlier.end() || !IsSame(*row, *same->second));
+  }
+  return differs;
+}
+
+Quoted Quote(const insight::Row& row, const Remark& remark) {
+  constexpr std::string_view kEquals = " = ";
+  const std::string key = Printable(row.Key);
+  const std::string value = row.IsNull ? "NULL" : Printable(row.Value);
+  Quoted quoted = {key + std::string(kEquals) + value, ""};
+  if (remark.Part == insight::RowPart::kNone) {
+    return quoted;
+  }
+  const bool in_key = remark.Part == insight::RowPart::kKey;
+  const std::string_view text = in_key ? row.Key : row.Value;
+  const std::size_t begin = std::min(remark.Begin, text.size());
+  const std::size_t end = std::min(std::max(remark.End, begin), text.size());
+  // What Printable leaves out at the ends of a text has no column; a caret stands in its place.
+  const std::size_t before = Width(Printable(std::string(text.substr(0, begin)) + "|")) - 1;
+  const std::size_t width =
+      Width(Printable("|" + std::string(text.substr(begin, end - begin)) + "|"));
+  quoted.Carets = std::string((in_key ? 0 : Width(key) + kEquals.size()) + before, ' ') +
+                  std::string(std::max<std::size_t>(width - 2, 1), '^');
+  return quoted;
+}
+
+std::string ExplainInText(const Snapshot& snapshot, const Snapshot& before,
+                          const ExplainOptions& options, std::size_t columns, bool colour) {
+  return Explanation(snapshot, before, options, columns, colour).Render();
+}
+
+}  // namespace host

@@ -1,0 +1,252 @@
+// explain: what became of the sources and rows of controllers in a box.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <fstream>
+#include <nlohmann/json.hpp>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include "host/explain_text.h"
+#include "host/printable.h"
+#include "insight/outcomes.h"
+#include "sandbox/enter.h"
+#include "sandbox/scenario.h"
+#include "sandbox/testing.h"
+#include "tests/support/run_program.h"
+
+namespace {
+
+using insight::Remark;
+using insight::RowPart;
+using sandbox::Scenario;
+using test_support::ProgramResult;
+using testing::AllOf;
+using testing::HasSubstr;
+using testing::Not;
+using testing::StartsWith;
+
+constexpr int kNoErrors = 0;
+constexpr int kErrors = 1;
+constexpr int kTrouble = 2;
+
+ProgramResult Explain(std::vector<std::string> arguments) {
+  arguments.insert(arguments.begin(), {HOST_PROGRAM, "explain"});
+  return test_support::RunProgram(arguments);
+}
+
+void Load(const char* name) { Scenario::Load(sandbox::SourcePath("scenarios") / name).Apply(); }
+
+TEST(Explain, FindsNoErrorInTheDemo) {
+  Load("demo");
+  const ProgramResult result = Explain({"--problems"});
+  EXPECT_EQ(result.ExitCode, kNoErrors) << result.Output;
+  EXPECT_THAT(result.Output, AllOf(StartsWith("Summary\n"), HasSubstr(" 0 errors.")));
+}
+
+TEST(Explain, NamesSourcesThenRowsThenProblemsThenTheSummary) {
+  Load("mistakes");
+  const ProgramResult result = Explain({});
+  EXPECT_EQ(result.ExitCode, kErrors);
+  const std::size_t sources = result.Output.find("Sources\n");
+  const std::size_t rows = result.Output.find("\nRows of DCIO_00: DCIO/Devices[0]\n");
+  const std::size_t problems = result.Output.find("\nProblems\n");
+  const std::size_t summary = result.Output.find("\nSummary\n");
+  EXPECT_EQ(sources, 0U);
+  EXPECT_LT(sources, rows);
+  EXPECT_LT(rows, problems);
+  EXPECT_LT(problems, summary);
+  EXPECT_LT(summary, result.Output.size());
+}
+
+TEST(Explain, MarksTheBytesOfAProblemAndGivesItsCure) {
+  Scenario().Database().Row("Sensor_03_Zone", "front").Row("Sensor_03_Type", "CANDoor").Apply();
+  const ProgramResult result = Explain({"--problems"});
+  EXPECT_EQ(result.ExitCode, kErrors);
+  EXPECT_THAT(result.Output, HasSubstr("Problems\n"
+                                       "Sensor_03_Zone = front\n"
+                                       "          ^^^^\n"));
+  EXPECT_THAT(result.Output, HasSubstr("[unknown-attribute]"));
+  EXPECT_THAT(result.Output, HasSubstr("Cure: Write one of the attributes of docs/rows.md."));
+}
+
+// A host that stays carries values over; a program that has just started does not.
+TEST(Explain, ReportsTheSecondCycleAndMarksWhatDiffersFromTheFirst) {
+  Scenario()
+      .Database()
+      .Row("Sensor_00_Address", "7")
+      .Row("Sensor_00_Type", "CANDoor")
+      .Row("Sensor_01_Connected", "true")
+      .Row("Sensor_01_Type", "CANDoor")
+      .Apply();
+  const ProgramResult result = Explain({});
+  EXPECT_THAT(result.Output, HasSubstr("inherits"));
+  EXPECT_THAT(result.Output, HasSubstr("something else than in the first: 1, marked"));
+}
+
+TEST(Explain, ShowsOnlyTheRowsThatBeginWithAPrefix) {
+  Load("mistakes");
+  const ProgramResult result = Explain({"Sensor_08"});
+  EXPECT_EQ(result.ExitCode, kErrors);
+  EXPECT_THAT(result.Output, StartsWith("Rows of Sensor_08"));
+  EXPECT_THAT(result.Output, Not(HasSubstr("DCIO_")));
+  EXPECT_EQ(Explain({"DimmingMode"}).ExitCode, kNoErrors);
+  EXPECT_THAT(Explain({"Nothing"}).Output, StartsWith("Rows\n  none\n"));
+}
+
+TEST(Explain, WritesAsJsonWhatItWritesAsText) {
+  Load("mistakes");
+  const ProgramResult result = Explain({"--format", "json", "--problems"});
+  EXPECT_EQ(result.ExitCode, kErrors);
+  const nlohmann::json document = nlohmann::json::parse(result.Output);
+  EXPECT_FALSE(document["Insight"]["Sources"].empty());
+  EXPECT_FALSE(document["Insight"]["Rows"].empty());
+  for (const nlohmann::json& row : document["Insight"]["Rows"]) {
+    EXPECT_EQ(row["Remarks"][0]["Class"], "error") << row;
+    EXPECT_NE(row["Remarks"][0]["Cure"], "") << row;
+  }
+  EXPECT_TRUE(document["Differing"].is_array());
+}
+
+TEST(Explain, EndsWithTroubleWhenTheRowsCannotBeRead) {
+  Scenario().Apply();
+  const ProgramResult missing = Explain({});
+  EXPECT_EQ(missing.ExitCode, kTrouble);
+  EXPECT_THAT(missing.Output, StartsWith("Sources\n"));
+  EXPECT_THAT(missing.Errors, HasSubstr("/dev/shm/status.db does not exist"));
+}
+
+// Each of them was met by users who write rows.
+TEST(Explain, NamesTheRowAndTheCureOfEachCommonMistake) {
+  struct Mistake {
+    std::vector<std::pair<const char*, const char*>> Rows;
+    const char* Key;  // of the row in error
+    const char* Id;
+  };
+  static const Mistake kMistakes[] = {
+      {{{"sensor_01_Celsius", "20"}}, "sensor_01_Celsius", "unknown-key"},
+      {{{"Sensor_90_celsius", "20"}, {"Sensor_90_Type", "CANTemp"}},
+       "Sensor_90_celsius",
+       "unknown-attribute"},
+      {{{"Sensor_00_Connected", "True"}, {"Sensor_00_Type", "CANDoor"}},
+       "Sensor_00_Connected",
+       "looks-true"},
+      {{{"Sensor_00_Connected", "true\n"}, {"Sensor_00_Type", "CANDoor"}},
+       "Sensor_00_Connected",
+       "looks-true"},
+      {{{"Sensor_00_Zone", "1"}, {"Sensor_00_Type", "CANDoor"}},
+       "Sensor_00_Zone",
+       "unknown-attribute"},
+      {{{"Sensor_00_Type", "CANTempSensor"}}, "Sensor_00_Type", "unknown-word"},
+      {{{"Sensor_0_Type", "CANDoor"},
+        {"Sensor_1_Type", "CANDoor"},
+        {"Sensor_2_Type", "CANDoor"},
+        {"Sensor_10_Type", "CANDoor"},
+        {"Sensor_11_Type", "CANDoor"}},
+       "Sensor_1_Type",
+       "position-taken"},
+      {{{"Sensor_000_Type", "CANDoor"}, {"Sensor_00_Type", "CANDoor"}},
+       "Sensor_00_Type",
+       "position-taken"},
+      {{{"DimmingMode", "Manual"}}, "DimmingMode", "unknown-word"},
+      {{{"DimmingLevel", "62,5"}}, "DimmingLevel", "text-after-number"},
+      {{{"FansEnabled", "1"}}, "FansEnabled", "looks-true"},
+      {{{"Sensor_00_Address", "0x12"}, {"Sensor_00_Type", "CANDoor"}},
+       "Sensor_00_Address",
+       "text-after-number"},
+      {{{"Sensor_00_Location", "Local"}, {"Sensor_00_Type", "CANDoor"}},
+       "Sensor_00_Location",
+       "unknown-word"},
+      {{{"Sensor_00_Celsius", "20"}}, "Sensor_00_Celsius", "no-type"},
+      {{{"Sensor_00_Location", "TXR_CAN"}, {"Sensor_00_Type", "OnboardTemp"}},
+       "Sensor_00_Type",
+       "refused-kind"},
+      {{{"Sensor_00_Input_00_Index", "0"},
+        {"Sensor_00_Input_00_Type", "3"},
+        {"Sensor_00_Type", "CANDcio2in1out"}},
+       "Sensor_00_Input_00_Index",
+       "point-index"},
+      {{{"Sensor_00_Input_00_Index", "3"},
+        {"Sensor_00_Input_00_Type", "3"},
+        {"Sensor_00_Type", "CANDcio2in1out"}},
+       "Sensor_00_Input_00_Index",
+       "point-index"},
+      {{{"Sensor_00_Input_00_Index", "1"},
+        {"Sensor_00_Input_00_Type", "Door"},
+        {"Sensor_00_Type", "CANDcio2in1out"}},
+       "Sensor_00_Input_00_Type",
+       "no-number"},
+      {{{"DCIO_00_Type", "Door"}}, "DCIO_00_Type", "unknown-word"},
+      {{{"Sensor_-1_Type", "CANDoor"}}, "Sensor_-1_Type", "bad-number"},
+      {{{"Sensor_A_Type", "CANDoor"}}, "Sensor_A_Type", "bad-number"},
+  };
+  for (const Mistake& mistake : kMistakes) {
+    SCOPED_TRACE(std::string(mistake.Key) + " " + mistake.Id);
+    Scenario scenario;
+    scenario.Database();
+    for (const auto& [key, value] : mistake.Rows) {
+      scenario.Row(key, value);
+    }
+    scenario.Apply();
+    const ProgramResult result = Explain({"--problems", "--format", "json"});
+    EXPECT_EQ(result.ExitCode, kErrors);
+    bool named = false;
+    const nlohmann::json document = nlohmann::json::parse(result.Output);
+    for (const nlohmann::json& row : document["Insight"]["Rows"]) {
+      for (const nlohmann::json& remark : row["Remarks"]) {
+        named = named || (row["Key"] == mistake.Key && remark["Outcome"] == mistake.Id &&
+                          remark.contains("Cure"));
+      }
+    }
+    EXPECT_TRUE(named) << document["Insight"]["Rows"];
+    const ProgramResult check = test_support::RunProgram({HOST_PROGRAM, "check"});
+    EXPECT_NE(check.ExitCode, 0) << check.Output;
+  }
+}
+
+insight::Row RowOf(const std::string& key, const std::string& value) {
+  insight::Row row;
+  row.Key = key;
+  row.Value = value;
+  return row;
+}
+
+Remark RemarkOn(RowPart part, std::size_t begin, std::size_t end) {
+  Remark remark;
+  remark.Part = part;
+  remark.Begin = begin;
+  remark.End = end;
+  return remark;
+}
+
+TEST(Quote, PutsCaretsBelowTheBytesOfAKeyOrValue) {
+  const insight::Row row = RowOf("Sensor_0", "12 C");
+  EXPECT_EQ(host::Quote(row, RemarkOn(RowPart::kKey, 7, 8)).Carets, "       ^");
+  EXPECT_EQ(host::Quote(row, RemarkOn(RowPart::kValue, 2, 4)).Carets, "             ^^");
+  EXPECT_EQ(host::Quote(row, RemarkOn(RowPart::kNone, 0, 0)).Carets, "");
+}
+
+TEST(Quote, CountsColumnsNotBytes) {
+  EXPECT_EQ(host::Quote(RowOf("a", "é€x"), RemarkOn(RowPart::kValue, 5, 6)).Carets, "      ^");
+}
+
+TEST(Quote, HasACaretWhereNothingIsLeftToShow) {
+  const host::Quoted quoted = host::Quote(RowOf("a", ""), RemarkOn(RowPart::kValue, 0, 0));
+  EXPECT_EQ(quoted.Text, "a = ");
+  EXPECT_EQ(quoted.Carets, "    ^");
+}
+
+TEST(Quote, SteersNoTerminal) {
+  const host::Quoted quoted = host::Quote(RowOf("a\x1b[2J", "\x07"), RemarkOn(RowPart::kKey, 1, 5));
+  EXPECT_EQ(quoted.Text.find('\x1b'), std::string::npos);
+  EXPECT_EQ(quoted.Text.find('\x07'), std::string::npos);
+}
+
+// A remark of a snapshot made by hand, or of a later version.
+TEST(Quote, StaysWithinTheTextWhateverTheRemarkSays) {
+  EXPECT_EQ(host::Quote(RowOf("ab", "c"), RemarkOn(RowPart::kKey, 5, 9)).Carets, "  ^");
+  EXPECT_EQ(host::Quote(RowOf("ab", "c"), RemarkOn(RowPart::kKey, 1, 0)).Carets, " ^");
+}
+
+}  // namespace

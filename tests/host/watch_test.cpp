@@ -1,0 +1,136 @@
+// watch: in a pipe, and on a pseudo-terminal.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <chrono>
+#include <csignal>
+#include <string>
+#include <vector>
+
+#include "sandbox/enter.h"
+#include "tests/host/pseudo_terminal.h"
+#include "tests/support/run_program.h"
+
+namespace {
+
+using test_support::ProgramResult;
+using test_support::PseudoTerminal;
+using testing::AllOf;
+using testing::HasSubstr;
+using testing::MatchesRegex;
+using testing::Not;
+
+constexpr std::string_view kEnter = "\x1b[?1049h";
+constexpr std::string_view kLeave = "\x1b[?1049l";
+constexpr std::string_view kShowCursor = "\x1b[?25h";
+
+// A shell in the box of the demo, in which $COLLECTOR is the program.
+std::vector<std::string> InBox(const std::string& line) {
+  return {CONTROLLER_BOX, "--scenario", sandbox::SourcePath("scenarios/demo"), "--",
+          "/bin/sh",      "-c",         "COLLECTOR=" HOST_PROGRAM "; " + line};
+}
+
+std::string WatchFor(const std::string& options) { return "exec $COLLECTOR watch -i 1 " + options; }
+
+TEST(Watch, WritesALineForEachChangeToAPipe) {
+  const ProgramResult result = test_support::RunProgram(
+      InBox("$COLLECTOR watch -i 1 -n 3 & sleep 1.5; "
+            "printf 'MemTotal: 9000 kB\\nMemFree: 500 kB\\n' > /proc/meminfo; wait $!"));
+  EXPECT_EQ(result.ExitCode, 0) << result.Errors;
+  EXPECT_THAT(
+      result.Output,
+      testing::ContainsRegex("[0-9-]{10}T[0-9:]{8}[+-][0-9]{4}\tMemoryTotal\t[0-9]+\t9000\t\n"));
+  // They are other ones in each cycle.
+  EXPECT_THAT(result.Output, AllOf(Not(HasSubstr("\tLocalTime\t")), Not(HasSubstr("\tUptime\t"))));
+}
+
+TEST(Watch, NamesTheRowThatAChangeComesFrom) {
+  const ProgramResult result = test_support::RunProgram(
+      InBox("$COLLECTOR watch -i 1 -n 3 & sleep 1.5; python3 -c \"import sqlite3; "
+            "d = sqlite3.connect('/dev/shm/status.db'); "
+            "d.execute('UPDATE status SET value = 12 WHERE address = \\'Sensor_00_Celsius\\''); "
+            "d.commit()\"; wait $!"));
+  EXPECT_EQ(result.ExitCode, 0) << result.Errors;
+  EXPECT_THAT(result.Output, HasSubstr("\tSensors[0]/Celsius\t41.5\t12\tSensor_00_Celsius\n"));
+}
+
+TEST(Watch, BeginsItsCyclesAnIntervalApart) {
+  const auto before = std::chrono::steady_clock::now();
+  const ProgramResult result = test_support::RunProgram(InBox(WatchFor("-n 3")));
+  EXPECT_EQ(result.ExitCode, 0) << result.Errors;
+  EXPECT_GE(std::chrono::steady_clock::now() - before, std::chrono::seconds(2));
+}
+
+TEST(Watch, EndsWithOneWhenTheLastCycleFailed) {
+  const ProgramResult result =
+      test_support::RunProgram(InBox("rm /dev/shm/status.db*; " + WatchFor("-n 1")));
+  EXPECT_EQ(result.ExitCode, 1);
+  EXPECT_EQ(result.Output, "");
+}
+
+TEST(Watch, IsRedrawnInPlaceOnATerminal) {
+  PseudoTerminal terminal(InBox(WatchFor("-n 2")));
+  EXPECT_EQ(terminal.WaitForEnd(), 0) << terminal.Output();
+  const std::string& output = terminal.Output();
+  EXPECT_NE(output.find(kEnter), std::string::npos);
+  EXPECT_THAT(output, HasSubstr("Every 1 s; Ctrl-C ends."));
+  EXPECT_THAT(output, HasSubstr("all well"));
+  EXPECT_THAT(output, Not(HasSubstr("Dev Name")));
+  EXPECT_TRUE(output.ends_with(kLeave)) << output;
+}
+
+TEST(Watch, FillsTheWindowAndNoMore) {
+  PseudoTerminal terminal(InBox(WatchFor("-n 1")), {}, {.Columns = 80, .Lines = 12});
+  EXPECT_EQ(terminal.WaitForEnd(), 0);
+  EXPECT_THAT(terminal.Output(), HasSubstr(" more lines)"));
+  const std::size_t begin = terminal.Output().find("Every");
+  const std::string screen = terminal.Output().substr(begin);
+  EXPECT_EQ(std::count(screen.begin(), screen.end(), '\n'), 11);
+}
+
+TEST(Watch, HighlightsTheLinesThatChanged) {
+  PseudoTerminal terminal(
+      InBox("(sleep 1.5; printf 'MemTotal: 9000 kB\\nMemFree: 500 kB\\n' > /proc/meminfo) & " +
+            WatchFor("-n 4")),
+      {}, {.Columns = 100, .Lines = 400});
+  EXPECT_EQ(terminal.WaitForEnd(), 0);
+  EXPECT_THAT(terminal.Output(), testing::ContainsRegex("\x1b\\[7m[^\x1b]*9000"));
+}
+
+TEST(Watch, IsDrawnAnewWhenTheWindowChanges) {
+  PseudoTerminal terminal(InBox("exec $COLLECTOR watch -i 1000"), {}, {.Columns = 80, .Lines = 12});
+  ASSERT_TRUE(terminal.WaitFor("more lines)"));
+  terminal.Resize({.Columns = 120, .Lines = 40});
+  // The title of the second picture.
+  const bool redrawn = terminal.WaitFor("\x1b[J\x1b[HEvery 1000 s");
+  EXPECT_TRUE(redrawn) << terminal.Output();
+  terminal.Type("\x03");
+  terminal.WaitForEnd();
+}
+
+TEST(Watch, LeavesTheTerminalAsItWasOnCtrlC) {
+  PseudoTerminal terminal(InBox("exec $COLLECTOR watch -i 1000"));
+  const termios before = terminal.Modes();
+  ASSERT_TRUE(terminal.WaitFor("Every 1000 s"));
+  terminal.Type("\x03");
+  terminal.WaitForEnd();
+  const std::string& output = terminal.Output();
+  const std::size_t leave = output.rfind(kLeave);
+  ASSERT_NE(leave, std::string::npos) << output;
+  EXPECT_EQ(output.find(kEnter, leave), std::string::npos);
+  EXPECT_NE(output.rfind(kShowCursor), std::string::npos);
+  const termios after = terminal.Modes();
+  EXPECT_EQ(before.c_lflag, after.c_lflag);
+  EXPECT_EQ(before.c_iflag, after.c_iflag);
+  EXPECT_EQ(before.c_oflag, after.c_oflag);
+}
+
+TEST(Watch, WritesLinesToATerminalWhenAsked) {
+  PseudoTerminal terminal(InBox(WatchFor("-n 1 --changes")));
+  EXPECT_EQ(terminal.WaitForEnd(), 0);
+  EXPECT_EQ(terminal.Output().find(kEnter), std::string::npos);
+}
+
+}  // namespace
