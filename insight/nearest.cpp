@@ -78,7 +78,7 @@ std::size_t Distance(std::string_view left, std::string_view right, std::size_t 
 
 Names::Names(std::vector<std::string_view> names) {
   for (const std::string_view name : names) {
-    m_Names.push_back({name, LettersOf(name)});
+    names_.push_back({name, LettersOf(name)});
   }
 }
 
@@ -86,7 +86,7 @@ std::string_view Names::Nearest(std::string_view text) const {
   const std::uint32_t letters = LettersOf(text);
   std::string_view nearest;
   std::size_t least = std::max<std::size_t>(text.size() / 3, 1) * kTenths + kTenths;
-  for (const Name& name : m_Names) {
+  for (const Name& name : names_) {
     std::size_t weight = 0;
     if (BeginsWith(text, name.Text) || BeginsWith(name.Text, text)) {
       weight = kTenths / 2 + std::min(Difference(text.size(), name.Text.size()), kTenths - 1);

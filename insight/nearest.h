@@ -27,7 +27,7 @@ class Names {
     std::string_view Text;
     std::uint32_t Letters;
   };
-  std::vector<Name> m_Names;
+  std::vector<Name> names_;
 };
 
 }  // namespace insight

@@ -12,15 +12,15 @@ Element::Element(const QtSts::CBaseStatus& element, std::string path) {
   if (const QtSts::ClassInfo* const info = QtSts::ClassOf(element)) {
     Walk(*info, dynamic_cast<const void*>(&element), path, &element);
   } else {
-    m_Holders.push_back({std::move(path), &element, nullptr});
+    holders_.push_back({std::move(path), &element, nullptr});
   }
 }
 
 // NOLINTNEXTLINE(misc-no-recursion): as deep as elements are in elements
 void Element::Walk(const QtSts::ClassInfo& info, const void* object, const std::string& path,
                    const QtSts::CBaseStatus* element) {
-  const std::size_t holder = m_Holders.size();
-  m_Holders.push_back({path, element, &info});
+  const std::size_t holder = holders_.size();
+  holders_.push_back({path, element, &info});
   const bool is_interface = QtSts::IsA(info, QtSts::CDisplayInterface::Class);
   QtSts::VisitEveryField(
       info, const_cast<void*>(object), [&](const QtSts::Field& field, const void* part) {
@@ -29,7 +29,7 @@ void Element::Walk(const QtSts::ClassInfo& info, const void* object, const std::
           return true;
         }
         if (field.Scalar != nullptr) {
-          m_Values.push_back({value, &field, holder});
+          values_.push_back({value, &field, holder});
           return true;
         }
         const std::string here = path + "/" + field.Name;
@@ -51,12 +51,12 @@ void Element::Walk(const QtSts::ClassInfo& info, const void* object, const std::
 }
 
 const char* Element::ClassName() const {
-  const QtSts::ClassInfo* const info = m_Holders.front().Class;
+  const QtSts::ClassInfo* const info = holders_.front().Class;
   return info == nullptr ? "" : info->Name;
 }
 
 void Element::Get(const Value& value, Change* found) const {
-  *found = {m_Holders[value.Holder].Path + "/" + value.Listed->Name, "",
+  *found = {holders_[value.Holder].Path + "/" + value.Listed->Name, "",
             Written(*value.Listed->Scalar, value.Address)};
 }
 
@@ -64,13 +64,13 @@ bool Element::Find(const void* address, Change* found) const {
   if (address == nullptr) {
     return false;
   }
-  const auto value = std::ranges::find(m_Values, address, &Value::Address);
-  if (value != m_Values.end()) {
+  const auto value = std::ranges::find(values_, address, &Value::Address);
+  if (value != values_.end()) {
     Get(*value, found);
     return true;
   }
-  const auto holder = std::ranges::find(m_Holders, address, &Holder::Address);
-  if (holder == m_Holders.end()) {
+  const auto holder = std::ranges::find(holders_, address, &Holder::Address);
+  if (holder == holders_.end()) {
     return false;
   }
   *found = {holder->Path, "", holder->Class == nullptr ? "" : holder->Class->Name};

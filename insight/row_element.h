@@ -15,7 +15,7 @@ class Element {
  public:
   Element(const QtSts::CBaseStatus& element, std::string path);
 
-  const std::string& Path() const { return m_Holders.front().Path; }
+  const std::string& Path() const { return holders_.front().Path; }
   const char* ClassName() const;
 
   // The field at this address, or the element that begins there, with what it is now; false when
@@ -38,8 +38,8 @@ class Element {
             const QtSts::CBaseStatus* element);
   void Get(const Value& value, Change* found) const;
 
-  std::vector<Holder> m_Holders;  // the element first
-  std::vector<Value> m_Values;
+  std::vector<Holder> holders_;  // the element first
+  std::vector<Value> values_;
 };
 
 }  // namespace insight

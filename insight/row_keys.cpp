@@ -239,9 +239,9 @@ std::string_view NearestAttribute(std::string_view entry, bool is_part, std::str
 }
 
 bool Widths::Add(std::string_view entry, std::size_t width) {
-  const auto seen = m_Seen.find(entry);
-  if (seen == m_Seen.end()) {
-    m_Seen.emplace(entry, Seen{width, width, width});
+  const auto seen = seen_.find(entry);
+  if (seen == seen_.end()) {
+    seen_.emplace(entry, Seen{width, width, width});
     return true;
   }
   seen->second.Least = std::min(seen->second.Least, width);
@@ -250,13 +250,13 @@ bool Widths::Add(std::string_view entry, std::size_t width) {
 }
 
 std::size_t Widths::Least(std::string_view entry) const {
-  const auto seen = m_Seen.find(entry);
-  return seen == m_Seen.end() ? 0 : seen->second.Least;
+  const auto seen = seen_.find(entry);
+  return seen == seen_.end() ? 0 : seen->second.Least;
 }
 
 std::size_t Widths::Most(std::string_view entry) const {
-  const auto seen = m_Seen.find(entry);
-  return seen == m_Seen.end() ? 0 : seen->second.Most;
+  const auto seen = seen_.find(entry);
+  return seen == seen_.end() ? 0 : seen->second.Most;
 }
 
 }  // namespace insight

@@ -43,7 +43,7 @@ class Widths {
   bool Add(std::string_view entry, std::size_t width);
   std::size_t Least(std::string_view entry) const;
   std::size_t Most(std::string_view entry) const;
-  void Clear() { m_Seen.clear(); }
+  void Clear() { seen_.clear(); }
 
  private:
   struct Seen {
@@ -51,7 +51,7 @@ class Widths {
     std::size_t Least;
     std::size_t Most;
   };
-  std::map<std::string, Seen, std::less<>> m_Seen;
+  std::map<std::string, Seen, std::less<>> seen_;
 };
 
 }  // namespace insight

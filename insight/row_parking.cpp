@@ -40,11 +40,11 @@ bool HoldsPoints(const void* container) {
 
 }  // namespace
 
-Parking::Parking(std::vector<Row>* rows) : m_Rows(rows) {
+Parking::Parking(std::vector<Row>* rows) : rows_(rows) {
   for (const auto& attributes : {sensors::ExactAttributes(), sensors::PointFamilies(),
                                  sensors::AttributeFamilies(), handlers::DcioAttributes()}) {
     for (const rows::Attribute& attribute : attributes) {
-      m_Variables.try_emplace(attribute.Where->Address, Variable{&attribute, {}});
+      variables_.try_emplace(attribute.Where->Address, Variable{&attribute, {}});
     }
   }
 }
@@ -54,14 +54,14 @@ void Parking::BeginCycle() {
     writer->Row = kNone;
     writer->Group = kNone;
   };
-  for (auto& [address, variable] : m_Variables) {
+  for (auto& [address, variable] : variables_) {
     forget(&variable.Last);
   }
-  for (auto& [key, writer] : m_Staged) {
+  for (auto& [key, writer] : staged_) {
     forget(&writer);
   }
-  m_Group = {};
-  m_Points.clear();
+  group_ = {};
+  points_.clear();
 }
 
 void Parking::EndCycle() {
@@ -71,29 +71,29 @@ void Parking::EndCycle() {
       writer->Key = At(writer->Row).Key;
     }
   };
-  for (auto& [address, variable] : m_Variables) {
+  for (auto& [address, variable] : variables_) {
     keep(&variable.Last);
   }
-  for (auto& [key, writer] : m_Staged) {
+  for (auto& [key, writer] : staged_) {
     keep(&writer);
   }
   // Voltages that nobody takes become more with every cycle: the first says where they come from.
   for (const void* const voltages : {static_cast<const void*>(&f_Psrb_InputVoltages),
                                      static_cast<const void*>(&f_Psrb_OutputVoltages)}) {
-    const auto begin = m_Staged.lower_bound({voltages, 0, {}});
-    const auto end = m_Staged.lower_bound({voltages, std::numeric_limits<long>::max(), {}});
+    const auto begin = staged_.lower_bound({voltages, 0, {}});
+    const auto end = staged_.lower_bound({voltages, std::numeric_limits<long>::max(), {}});
     if (begin != end) {
-      m_Staged.erase(std::next(begin), end);
+      staged_.erase(std::next(begin), end);
     }
   }
 }
 
 void Parking::BeginRow(std::string_view prefix) {
-  if (prefix != m_Group.Prefix) {
+  if (prefix != group_.Prefix) {
     EndGroup();
-    m_Group = {};
-    m_Group.Number = ++m_Groups;
-    m_Group.Prefix = prefix;
+    group_ = {};
+    group_.Number = ++groups_;
+    group_.Prefix = prefix;
   }
 }
 
@@ -103,11 +103,11 @@ bool Parking::Store(const observe::Stores& store) {
   if (store.Container != nullptr) {
     const StagedKey key = {store.Container, store.Index,
                            HoldsPoints(store.Container) ? store.Attribute : std::string_view()};
-    Park(&m_Staged[key], nullptr, key);
+    Park(&staged_[key], nullptr, key);
     return true;
   }
-  const auto variable = m_Variables.find(store.Destination);
-  if (variable == m_Variables.end()) {
+  const auto variable = variables_.find(store.Destination);
+  if (variable == variables_.end()) {
     return false;
   }
   Park(&variable->second.Last, store.Destination, {});
@@ -120,25 +120,25 @@ void Parking::Park(Writer* last, const void* variable, const StagedKey& staged) 
     return;  // the number of a point and the mark that it is there, or what replaces a value
   }
   if (last->Row != kNone && !IsComplete() &&
-      (variable == nullptr || last->Group == m_Group.Number)) {
+      (variable == nullptr || last->Group == group_.Number)) {
     AddRemark(&At(last->Row),
               HoldsPoints(staged.Container) ? Outcome::kPointOverwritten : Outcome::kOverwritten,
               "overwritten by " + At(row).Key + " before anything took it");
   }
-  *last = {row, m_Group.Number, {}};
+  *last = {row, group_.Number, {}};
   if (IsComplete()) {
     last->Group = kNone;
     AddRemark(&At(row), Outcome::kAfterType,
-              "sorts after " + At(m_Group.TypeRow).Key +
+              "sorts after " + At(group_.TypeRow).Key +
                   ", which completes its element: it is kept for the next one",
-              KeyFrom(At(row), m_Group.Prefix.size()));
+              KeyFrom(At(row), group_.Prefix.size()));
   } else {
-    m_Group.Rows.push_back({row, variable, staged, false});
+    group_.Rows.push_back({row, variable, staged, false});
   }
 }
 
 void Parking::StoreType(bool is_sensor) {
-  m_Group.TypeRow = Current();
+  group_.TypeRow = Current();
   if (is_sensor) {
     TakeVariable(&at_Type, nullptr);  // it says which list the sensor goes into
   }
@@ -147,8 +147,8 @@ void Parking::StoreType(bool is_sensor) {
 // ---- Taking
 
 void Parking::Resolve(std::size_t row, const Change* where) {
-  const auto parked = std::ranges::lower_bound(m_Group.Rows, row, {}, &Parked::Row);
-  if (parked == m_Group.Rows.end() || parked->Row != row) {
+  const auto parked = std::ranges::lower_bound(group_.Rows, row, {}, &Parked::Row);
+  if (parked == group_.Rows.end() || parked->Row != row) {
     return;
   }
   parked->Resolved = true;
@@ -166,18 +166,18 @@ void Parking::Inherit(std::string name, const Writer& writer) {
   } else if (!writer.Key.empty()) {
     from = writer.Key + " of an earlier cycle";
   }
-  if (std::ranges::find(m_Group.Inheritance, name, &Inherited::Name) == m_Group.Inheritance.end()) {
-    m_Group.Inheritance.push_back({std::move(name), std::move(from)});
+  if (std::ranges::find(group_.Inheritance, name, &Inherited::Name) == group_.Inheritance.end()) {
+    group_.Inheritance.push_back({std::move(name), std::move(from)});
   }
 }
 
 void Parking::TakeVariable(const void* variable, const Change* where) {
-  const auto found = m_Variables.find(variable);
-  if (found == m_Variables.end()) {
+  const auto found = variables_.find(variable);
+  if (found == variables_.end()) {
     return;
   }
   const Writer& last = found->second.Last;
-  if (last.Row != kNone && last.Group == m_Group.Number) {
+  if (last.Row != kNone && last.Group == group_.Number) {
     Resolve(last.Row, where);
   } else {
     Inherit(std::string(found->second.Written->Name), last);
@@ -188,17 +188,17 @@ void Parking::Take(const observe::Record& record, const Element* element) {
   const bool is_interface = record.Where == Place::kDisplayInterfaces;
   if (element != nullptr) {
     if (!is_interface) {
-      m_Group.Path = element->Path();
-      m_Group.OnOwnBus = record.Where == Place::kSensors;
-      m_Group.Takes = TakesOf(record);
+      group_.Path = element->Path();
+      group_.OnOwnBus = record.Where == Place::kSensors;
+      group_.Takes = TakesOf(record);
     }
-    for (const observe::Point& point : m_Points) {
+    for (const observe::Point& point : points_) {
       TakePoint(point, *element);
     }
     TakeMembers(record, *element);
   }
   if (!is_interface) {
-    m_Points.clear();
+    points_.clear();
   }
 }
 
@@ -224,8 +224,8 @@ void Parking::TakeMembers(const observe::Record& record, const Element& element)
 // A field of 16 bits keeps the low half of a variable of 32. The state of a DCIO device is reduced
 // to a flag instead.
 void Parking::RemarkNarrowed(const rows::Place& variable, const Change& where) {
-  const Writer& last = m_Variables.at(variable.Address).Last;
-  if (variable.Is != rows::Type::kUnsigned32 || last.Row == kNone || last.Group != m_Group.Number) {
+  const Writer& last = variables_.at(variable.Address).Last;
+  if (variable.Is != rows::Type::kUnsigned32 || last.Row == kNone || last.Group != group_.Number) {
     return;
   }
   const std::uint32_t value = *static_cast<const std::uint32_t*>(variable.Address);
@@ -244,8 +244,8 @@ void Parking::TakeTheSame(const observe::Record& record, const void* variable,
   if (record.What != Ending::kFound || variable != &u16_DispInterfaceAddress) {
     return;
   }
-  const Writer& last = m_Variables.at(variable).Last;
-  const bool is_own = last.Row != kNone && last.Group == m_Group.Number;
+  const Writer& last = variables_.at(variable).Last;
+  const bool is_own = last.Row != kNone && last.Group == group_.Number;
   if (is_own &&
       (reported == nullptr || reported->After == std::to_string(u16_DispInterfaceAddress))) {
     Resolve(last.Row, reported);
@@ -255,78 +255,77 @@ void Parking::TakeTheSame(const observe::Record& record, const void* variable,
 // ---- Ends
 
 void Parking::EndRow() {
-  if (m_Group.Inheritance.empty()) {
+  if (group_.Inheritance.empty()) {
     return;
   }
   // What comes from one place is named together.
-  if (!std::ranges::is_sorted(m_Group.Inheritance, {}, &Inherited::From)) {
-    std::ranges::stable_sort(m_Group.Inheritance, {}, &Inherited::From);
+  if (!std::ranges::is_sorted(group_.Inheritance, {}, &Inherited::From)) {
+    std::ranges::stable_sort(group_.Inheritance, {}, &Inherited::From);
   }
   std::string text = "inherits ";
-  for (std::size_t i = 0; i < m_Group.Inheritance.size(); ++i) {
-    const auto& [name, from] = m_Group.Inheritance[i];
-    const bool is_last = i + 1 == m_Group.Inheritance.size();
+  for (std::size_t i = 0; i < group_.Inheritance.size(); ++i) {
+    const auto& [name, from] = group_.Inheritance[i];
+    const bool is_last = i + 1 == group_.Inheritance.size();
     text += name;
-    if (is_last || m_Group.Inheritance[i + 1].From != from) {
+    if (is_last || group_.Inheritance[i + 1].From != from) {
       text += " from ";
       text += from.empty() ? "what stood there before the first observed cycle" : from;
     }
     text += is_last ? "" : ", ";
   }
   AddRemark(&At(Current()), Outcome::kInherited, std::move(text));
-  m_Group.Inheritance.clear();
+  group_.Inheritance.clear();
 }
 
 void Parking::EndGroup() {
-  for (const Parked& parked : m_Group.Rows) {
+  for (const Parked& parked : group_.Rows) {
     EndParked(parked);
   }
-  m_Group.Rows.clear();
+  group_.Rows.clear();
 }
 
 bool Parking::IsLast(const Parked& parked) const {
   if (parked.Variable != nullptr) {
-    return m_Variables.at(parked.Variable).Last.Row == parked.Row;
+    return variables_.at(parked.Variable).Last.Row == parked.Row;
   }
-  const auto staged = m_Staged.find(parked.Staged);
-  return staged != m_Staged.end() && staged->second.Row == parked.Row;
+  const auto staged = staged_.find(parked.Staged);
+  return staged != staged_.end() && staged->second.Row == parked.Row;
 }
 
 void Parking::EndParked(const Parked& parked) {
   Row& row = At(parked.Row);
   if (!IsComplete()) {
-    AddRemark(&row, Outcome::kNoType, "no row " + m_Group.Prefix + "Type completes its element",
+    AddRemark(&row, Outcome::kNoType, "no row " + group_.Prefix + "Type completes its element",
               WholeKey(row));
     AddRemark(&row, Outcome::kParked, "kept for the next element that takes it");
     return;
   }
-  const std::string& completes = At(m_Group.TypeRow).Key;
+  const std::string& completes = At(group_.TypeRow).Key;
   if (!parked.Resolved && IsLast(parked)) {
     if (parked.Variable == nullptr) {
       AddRemark(&row, Outcome::kWaits, "waits for the next board that takes it",
-                KeyFrom(row, m_Group.Prefix.size()));
-    } else if (!m_Group.Path.empty()) {
-      AddRemark(&row, Outcome::kUntakenAttribute, WhyUntaken(m_Variables.at(parked.Variable)),
-                KeyFrom(row, m_Group.Prefix.size()));
+                KeyFrom(row, group_.Prefix.size()));
+    } else if (!group_.Path.empty()) {
+      AddRemark(&row, Outcome::kUntakenAttribute, WhyUntaken(variables_.at(parked.Variable)),
+                KeyFrom(row, group_.Prefix.size()));
     }
   }
-  AddRemark(
-      &row, Outcome::kParked,
-      "kept for " + completes + ", " +
-          (m_Group.Path.empty() ? "whose element is lost" : "which completes " + m_Group.Path));
+  AddRemark(&row, Outcome::kParked,
+            "kept for " + completes + ", " +
+                (group_.Path.empty() ? "whose element is lost" : "which completes " + group_.Path));
 }
 
 std::string Parking::WhyUntaken(const Variable& variable) {
   const void* const address = variable.Written->Where->Address;
-  const std::string& kind = At(m_Group.TypeRow).Value;
+  const std::string& kind = At(group_.TypeRow).Value;
   const std::string name(variable.Written->Name);
-  if (address == &u16_DispInterfaceAddress && !m_Group.OnOwnBus) {
+  if (address == &u16_DispInterfaceAddress && !group_.OnOwnBus) {
     return "its display interface is there already, with another address";
   }
   const bool is_of_interface =
       address == &u16_DispInterfaceAddress || address == &u32_DispInterfaceNumAttribute;
-  if (m_Group.OnOwnBus &&
-      (is_of_interface || elements::Takes(m_Group.Takes, *variable.Written->Where))) {
+  if (group_.OnOwnBus &&
+      (is_of_interface || elements::Takes(group_.Takes, *variable.Written->Where))) {
     return kind + " takes " + name + " behind a display interface only";
   }
   return kind + " does not take " + name;

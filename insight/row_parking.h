@@ -45,7 +45,7 @@ class Parking {
   void EndRow();
 
   // The rows of the element that the row belongs to, so far.
-  std::string_view Prefix() const { return m_Group.Prefix; }
+  std::string_view Prefix() const { return group_.Prefix; }
 
  private:
   static constexpr std::size_t kNone = static_cast<std::size_t>(-1);
@@ -91,9 +91,9 @@ class Parking {
     std::vector<Inherited> Inheritance;
   };
 
-  Row& At(std::size_t row) { return (*m_Rows)[row]; }
-  std::size_t Current() const { return m_Rows->size() - 1; }
-  bool IsComplete() const { return m_Group.TypeRow != kNone; }
+  Row& At(std::size_t row) { return (*rows_)[row]; }
+  std::size_t Current() const { return rows_->size() - 1; }
+  bool IsComplete() const { return group_.TypeRow != kNone; }
   Row* RowOf(StagedKey key, std::string_view part);
   std::string NameOf(const StagedKey& key) const;
   bool IsLast(const Parked& parked) const;
@@ -114,12 +114,12 @@ class Parking {
   void TakePoint(const observe::Point& point, const Element& element);
   void RefusePoint(const observe::Point& point);
 
-  std::vector<Row>* m_Rows;
-  std::unordered_map<const void*, Variable> m_Variables;
-  std::map<StagedKey, Writer> m_Staged;
-  std::size_t m_Groups = 0;
-  Group m_Group;
-  std::vector<observe::Point> m_Points;  // that the board takes that is being made
+  std::vector<Row>* rows_;
+  std::unordered_map<const void*, Variable> variables_;
+  std::map<StagedKey, Writer> staged_;
+  std::size_t groups_ = 0;
+  Group group_;
+  std::vector<observe::Point> points_;  // that the board takes that is being made
 };
 
 }  // namespace insight

@@ -24,7 +24,7 @@ const void* ContainerOf(observe::PointPlace where) {
 }  // namespace
 
 std::string Parking::NameOf(const StagedKey& key) const {
-  std::string name(m_Variables.at(key.Container).Written->Name);
+  std::string name(variables_.at(key.Container).Written->Name);
   name += name.ends_with('_') ? "" : "_";
   name += std::to_string(key.Index);
   return key.Part.empty() ? name : name + "_" + std::string(key.Part);
@@ -33,13 +33,13 @@ std::string Parking::NameOf(const StagedKey& key) const {
 // A value that is staged goes into the document, or, without `where`, nowhere. False: no row of it
 // was seen.
 bool Parking::TakeStaged(const StagedKey& key, const Change* where) {
-  const auto staged = m_Staged.find(key);
-  if (staged == m_Staged.end()) {
+  const auto staged = staged_.find(key);
+  if (staged == staged_.end()) {
     return false;
   }
   const Writer writer = staged->second;
-  m_Staged.erase(staged);
-  if (writer.Row != kNone && writer.Group == m_Group.Number) {
+  staged_.erase(staged);
+  if (writer.Row != kNone && writer.Group == group_.Number) {
     Resolve(writer.Row, where);
   } else if (where != nullptr) {
     if (writer.Row != kNone) {
@@ -52,13 +52,13 @@ bool Parking::TakeStaged(const StagedKey& key, const Change* where) {
 }
 
 void Parking::TakeVoltages(const void* container, const Change& where) {
-  auto staged = m_Staged.lower_bound({container, 0, {}});
+  auto staged = staged_.lower_bound({container, 0, {}});
   const auto is_here = [&] {
-    return staged != m_Staged.end() && staged->first.Container == container;
+    return staged != staged_.end() && staged->first.Container == container;
   };
   const bool lacks_the_first = is_here() ? staged->first.Index > 0 : !where.After.empty();
   if (lacks_the_first) {
-    Inherit(std::string(m_Variables.at(container).Written->Name), {});
+    Inherit(std::string(variables_.at(container).Written->Name), {});
   }
   while (is_here()) {
     const StagedKey key = staged->first;
@@ -70,7 +70,7 @@ void Parking::TakeVoltages(const void* container, const Change& where) {
 void Parking::Take(const observe::Point& point) {
   switch (point.What) {
     case observe::PointFate::kTaken:
-      m_Points.push_back(point);
+      points_.push_back(point);
       break;
     case observe::PointFate::kRefused:
     case observe::PointFate::kNoClass:
@@ -110,8 +110,8 @@ void Parking::TakePoint(const observe::Point& point, const Element& element) {
 // The row of this cycle that wrote a part; null when none did.
 Row* Parking::RowOf(StagedKey key, std::string_view part) {
   key.Part = part;
-  const auto written = m_Staged.find(key);
-  const bool is_here = written != m_Staged.end() && written->second.Row != kNone;
+  const auto written = staged_.find(key);
+  const bool is_here = written != staged_.end() && written->second.Row != kNone;
   return is_here ? &At(written->second.Row) : nullptr;
 }
 

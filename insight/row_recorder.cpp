@@ -45,27 +45,27 @@ std::string Padded(std::uint32_t number, std::size_t width) {
 
 }  // namespace
 
-RowRecorder::RowRecorder() : m_Parking(&m_Rows) {}
+RowRecorder::RowRecorder() : parking_(&rows_) {}
 
 void RowRecorder::BeginCycle(const QtSts::CStatus& status) {
-  m_Status = &status;
-  m_Rows.clear();
-  m_Rows.reserve(m_LastCount);
-  m_Widths.Clear();
-  m_FieldRows.clear();
-  m_Owners.clear();
-  m_Parking.BeginCycle();
+  status_ = &status;
+  rows_.clear();
+  rows_.reserve(last_count_);
+  widths_.Clear();
+  field_rows_.clear();
+  owners_.clear();
+  parking_.BeginCycle();
 }
 
 void RowRecorder::See(const observe::Event& event) {
   if (const auto* const begins = event.As<observe::RowBegins>()) {
     Begin(*begins);
-  } else if (m_Rows.empty()) {
+  } else if (rows_.empty()) {
     return;  // of a probe
   } else if (const auto* const stores = event.As<observe::Stores>()) {
     See(*stores);
   } else if (const auto* const point = event.As<observe::Point>()) {
-    m_Parking.Take(*point);
+    parking_.Take(*point);
   } else if (const auto* const record = event.As<observe::Record>()) {
     See(*record);
   } else if (event.As<observe::RowEnds>() != nullptr) {
@@ -74,24 +74,24 @@ void RowRecorder::See(const observe::Event& event) {
 }
 
 void RowRecorder::Begin(const observe::RowBegins& begins) {
-  if (m_Rows.empty()) {
-    m_Shadow.Begin(*m_Status);
+  if (rows_.empty()) {
+    shadow_.Begin(*status_);
   }
-  Row& row = m_Rows.emplace_back();
+  Row& row = rows_.emplace_back();
   row.Key = begins.CutKey;
   row.Value = begins.CutValue;
   row.IsNull = begins.Value == nullptr;
-  m_Handled = {};
-  m_Handled.Entry = EntryAt(begins.Entry);
-  m_Handled.EntryAt = begins.Entry;
-  m_Handled.Key = begins.CutKey;
+  handled_ = {};
+  handled_.Entry = EntryAt(begins.Entry);
+  handled_.EntryAt = begins.Entry;
+  handled_.Key = begins.CutKey;
   JudgeCells(begins, &row);
 }
 
 // ---- Values
 
 void RowRecorder::See(const observe::Stores& store) {
-  m_Handled.HasEvents = true;
+  handled_.HasEvents = true;
   switch (store.What) {
     case Fate::kStored:
     case Fate::kOtherWord:
@@ -109,30 +109,30 @@ void RowRecorder::See(const observe::Stores& store) {
 
 void RowRecorder::SeeKeyNumber(const observe::Stores& store) {
   Row& row = Current();
-  const bool is_element = m_Handled.Entry != rows::kDevicePrefix;
-  const auto begin = static_cast<std::size_t>(store.Text - m_Handled.Key);
+  const bool is_element = handled_.Entry != rows::kDevicePrefix;
+  const auto begin = static_cast<std::size_t>(store.Text - handled_.Key);
   JudgeKeyNumber(store, begin, is_element ? '_' : '\0', &row);
   const char* const rest = rows::AfterUnderscore(store.Text);
-  m_Handled.Attribute =
-      rest == nullptr ? row.Key.size() : static_cast<std::size_t>(rest - m_Handled.Key);
-  m_Handled.Width = store.Consumed;
-  m_Handled.IsFirstWidth = store.Consumed == 0 || m_Widths.Add(m_Handled.Entry, store.Consumed);
-  m_Parking.BeginRow(is_element && rest != nullptr
-                         ? std::string_view(row.Key).substr(0, m_Handled.Attribute)
-                         : std::string_view());
+  handled_.Attribute =
+      rest == nullptr ? row.Key.size() : static_cast<std::size_t>(rest - handled_.Key);
+  handled_.Width = store.Consumed;
+  handled_.IsFirstWidth = store.Consumed == 0 || widths_.Add(handled_.Entry, store.Consumed);
+  parking_.BeginRow(is_element && rest != nullptr
+                        ? std::string_view(row.Key).substr(0, handled_.Attribute)
+                        : std::string_view());
 }
 
 // What does not reach its destination.
 void RowRecorder::SeeKept(const observe::Stores& store) {
   Row& row = Current();
-  const std::size_t attribute = m_Handled.Attribute;
+  const std::size_t attribute = handled_.Attribute;
   const bool is_part = store.Container != nullptr;
   switch (store.What) {
     case Fate::kRefusedNumber:
       AddRemark(&row, Outcome::kBadNumber,
                 "the number begins with " + Quoted(std::string_view(store.Text).substr(0, 1)) +
                     ": the row is ignored",
-                KeyFrom(row, m_Handled.Entry.size()));
+                KeyFrom(row, handled_.Entry.size()));
       break;
     case Fate::kNoAttribute:
       AddRemark(
@@ -144,7 +144,7 @@ void RowRecorder::SeeKept(const observe::Stores& store) {
     case Fate::kUnknownAttribute:
       AddRemark(&row, Outcome::kUnknownAttribute,
                 Quoted(store.Attribute) + " is no attribute" +
-                    NearestIs(NearestAttribute(m_Handled.Entry, is_part, store.Attribute)),
+                    NearestIs(NearestAttribute(handled_.Entry, is_part, store.Attribute)),
                 KeyFrom(row, row.Key.size() - std::min(row.Key.size(), store.Attribute.size())));
       break;
     case Fate::kOutsideTable:
@@ -166,7 +166,7 @@ void RowRecorder::SeeKept(const observe::Stores& store) {
       AddRemark(&row, Outcome::kSecondSpeed,
                 "fan " + std::to_string(store.Index) + " has a speed already, which stays",
                 KeyFrom(row, attribute));
-      JudgeAttribute(m_Handled.Entry, store, attribute, &row);
+      JudgeAttribute(handled_.Entry, store, attribute, &row);
       break;
     default:
       break;
@@ -176,44 +176,44 @@ void RowRecorder::SeeKept(const observe::Stores& store) {
 void RowRecorder::SeeStored(const observe::Stores& store) {
   Row& row = Current();
   const bool is_element =
-      m_Handled.Entry == rows::kSensorPrefix || m_Handled.Entry == rows::kDcioPrefix;
+      handled_.Entry == rows::kSensorPrefix || handled_.Entry == rows::kDcioPrefix;
   if (!is_element) {
-    if (m_Handled.Destination == nullptr) {
-      m_Handled.Destination = store.Destination;
-      JudgeValue(store, ReadingOfKey(m_Handled.EntryAt), &row);
+    if (handled_.Destination == nullptr) {
+      handled_.Destination = store.Destination;
+      JudgeValue(store, ReadingOfKey(handled_.EntryAt), &row);
       if (store.What != Fate::kUnknownWord) {
         StoreInField(store);
       }
     }
     return;
   }
-  if (store.Destination == m_Handled.Destination) {
+  if (store.Destination == handled_.Destination) {
     AddRemark(&row, Outcome::kReplaced,
               std::to_string(store.Stored.Unsigned) +
                   " is stored instead, since the ambient "
                   "light is overridden");
     return;
   }
-  m_Handled.Destination = store.Destination;
-  const std::string attribute = row.Key.substr(m_Handled.Attribute);
-  JudgeAttribute(m_Handled.Entry, store, m_Handled.Attribute, &row);
-  JudgeValue(store, ReadingOfAttribute(m_Handled.Entry, attribute, store.Attribute), &row);
+  handled_.Destination = store.Destination;
+  const std::string attribute = row.Key.substr(handled_.Attribute);
+  JudgeAttribute(handled_.Entry, store, handled_.Attribute, &row);
+  JudgeValue(store, ReadingOfAttribute(handled_.Entry, attribute, store.Attribute), &row);
   if (store.Destination == &st_Type || store.Destination == &st_DCIO_Type) {
-    m_Parking.StoreType(store.Destination == &st_Type);
+    parking_.StoreType(store.Destination == &st_Type);
   } else if (store.What != Fate::kUnknownWord) {
-    m_Parking.Store(store);
+    parking_.Store(store);
   }
 }
 
 // Bits are added, so that one row does not overwrite another.
 void RowRecorder::StoreInField(const observe::Stores& store) {
-  if (ReadingOfKey(m_Handled.EntryAt).Is == rows::Type::kBits) {
+  if (ReadingOfKey(handled_.EntryAt).Is == rows::Type::kBits) {
     return;
   }
-  const std::size_t row = m_Rows.size() - 1;
-  const auto [before, is_first] = m_FieldRows.try_emplace(store.Destination, row);
+  const std::size_t row = rows_.size() - 1;
+  const auto [before, is_first] = field_rows_.try_emplace(store.Destination, row);
   if (!is_first) {
-    AddRemark(&m_Rows[before->second], Outcome::kOverwritten, "overwritten by " + Current().Key);
+    AddRemark(&rows_[before->second], Outcome::kOverwritten, "overwritten by " + Current().Key);
     before->second = row;
   }
 }
@@ -221,12 +221,12 @@ void RowRecorder::StoreInField(const observe::Stores& store) {
 // ---- Elements
 
 void RowRecorder::See(const observe::Record& record) {
-  m_Handled.HasEvents = true;
+  handled_.HasEvents = true;
   if (record.Where == observe::Place::kInterfaceSensors) {
-    m_Handled.Interface = record.Interface;
+    handled_.Interface = record.Interface;
   }
   if (record.Element == nullptr) {
-    m_Parking.Take(record, nullptr);
+    parking_.Take(record, nullptr);
     SeeRefused(record);
   } else {
     const Element element(*record.Element, PathOf(record));
@@ -238,22 +238,22 @@ void RowRecorder::SeeElement(const observe::Record& record, const Element& eleme
   Row& row = Current();
   if (record.Where == observe::Place::kTtableDevices) {
     Change value;
-    element.Find(m_Handled.Destination, &value);
+    element.Find(handled_.Destination, &value);
     row.Path = value.Path;
     row.After = value.After;
     AddRemark(&row, Outcome::kStored, "makes " + element.Path());
   } else {
-    m_Parking.Take(record, &element);
+    parking_.Take(record, &element);
   }
   if (record.Where == observe::Place::kDisplayInterfaces) {
     return;
   }
-  if (!m_Handled.IsFirstWidth) {
+  if (!handled_.IsFirstWidth) {
     AddRemark(&row, Outcome::kMixedWidths,
-              "numbers of " + std::to_string(m_Widths.Least(m_Handled.Entry)) + " to " +
-                  std::to_string(m_Widths.Most(m_Handled.Entry)) + " digits are mixed after " +
-                  Quoted(m_Handled.Entry),
-              KeyFrom(row, m_Handled.Entry.size()));
+              "numbers of " + std::to_string(widths_.Least(handled_.Entry)) + " to " +
+                  std::to_string(widths_.Most(handled_.Entry)) + " digits are mixed after " +
+                  Quoted(handled_.Entry),
+              KeyFrom(row, handled_.Entry.size()));
   }
   if (record.Where == observe::Place::kTtableDevices) {
     return;
@@ -265,9 +265,9 @@ void RowRecorder::SeeElement(const observe::Record& record, const Element& eleme
     AddRemark(&row, Outcome::kNotThePosition,
               "number " + std::to_string(record.Number) + " becomes position " +
                   std::to_string(record.Position),
-              KeyFrom(row, m_Handled.Entry.size()));
+              KeyFrom(row, handled_.Entry.size()));
   }
-  m_Owners[{record.Where, record.Interface}].push_back(m_Rows.size() - 1);
+  owners_[{record.Where, record.Interface}].push_back(rows_.size() - 1);
 }
 
 void RowRecorder::SeeRefused(const observe::Record& record) {
@@ -297,38 +297,38 @@ void RowRecorder::SeeRefused(const observe::Record& record) {
 
 void RowRecorder::RemarkTaken(const observe::Record& record) {
   Row& row = Current();
-  const std::vector<std::size_t>& owners = m_Owners[{record.Where, record.Interface}];
+  const std::vector<std::size_t>& owners = owners_[{record.Where, record.Interface}];
   std::string text = "the element is lost: position " + std::to_string(record.Number) + " is taken";
   std::string owner;
   if (record.Number < owners.size()) {
-    owner = m_Rows[owners[record.Number]].Key;
+    owner = rows_[owners[record.Number]].Key;
     text += " by " + owner;
   }
-  const std::size_t least = m_Widths.Least(m_Handled.Entry);
-  const std::size_t most = m_Widths.Most(m_Handled.Entry);
+  const std::size_t least = widths_.Least(handled_.Entry);
+  const std::size_t most = widths_.Most(handled_.Entry);
   std::string would_do = Padded(record.Position, most);
   if (least != most && !HasRemark(row, Outcome::kBadNumber)) {
     text += ", since numbers of " + std::to_string(least) + " to " + std::to_string(most) +
             " digits are mixed and do not come in their order";
     const std::string padded = Padded(record.Number, most);
     const std::string key =
-        std::string(m_Handled.Entry) + padded + "_" + row.Key.substr(m_Handled.Attribute);
-    if (m_Handled.Width < most && key != owner) {
+        std::string(handled_.Entry) + padded + "_" + row.Key.substr(handled_.Attribute);
+    if (handled_.Width < most && key != owner) {
       would_do = padded;
     }
   }
   text += "; number " + would_do + " would do";
-  AddRemark(&row, Outcome::kPositionTaken, std::move(text), KeyFrom(row, m_Handled.Entry.size()));
+  AddRemark(&row, Outcome::kPositionTaken, std::move(text), KeyFrom(row, handled_.Entry.size()));
 }
 
 // ---- Ends
 
 void RowRecorder::End() {
   Row& row = Current();
-  m_Parking.EndRow();
-  if (row.Path.empty() && m_Handled.Destination != nullptr) {
+  parking_.EndRow();
+  if (row.Path.empty() && handled_.Destination != nullptr) {
     Change field;
-    if (m_Shadow.Find(m_Handled.Destination, &field)) {
+    if (shadow_.Find(handled_.Destination, &field)) {
       row.Path = field.Path;
       row.Before = field.Before;
       row.After = field.After;
@@ -337,21 +337,21 @@ void RowRecorder::End() {
       }
     }
   }
-  const bool is_exact = !m_Handled.Entry.ends_with('_');
-  if (m_Handled.EntryAt >= 0 && is_exact && row.Key.size() > m_Handled.Entry.size() &&
+  const bool is_exact = !handled_.Entry.ends_with('_');
+  if (handled_.EntryAt >= 0 && is_exact && row.Key.size() > handled_.Entry.size() &&
       !HasRemark(row, Outcome::kIgnoredKey)) {
-    AddRemark(&row, Outcome::kLongerName, "taken for " + Quoted(m_Handled.Entry),
-              KeyFrom(row, m_Handled.Entry.size()));
+    AddRemark(&row, Outcome::kLongerName, "taken for " + Quoted(handled_.Entry),
+              KeyFrom(row, handled_.Entry.size()));
   }
-  if (m_Handled.EntryAt >= 0 && !m_Handled.HasEvents) {
+  if (handled_.EntryAt >= 0 && !handled_.HasEvents) {
     AddRemark(&row, Outcome::kUnused, "known, and not used by the collector");
   }
-  m_Shadow.Compare(m_Handled.Interface, &row.Changes, &row.Carried);
+  shadow_.Compare(handled_.Interface, &row.Changes, &row.Carried);
 }
 
 std::vector<Row> RowRecorder::EndCycle(const QtSts::DocumentTree& /*document*/) {
-  m_Parking.EndCycle();
-  for (Row& row : m_Rows) {
+  parking_.EndCycle();
+  for (Row& row : rows_) {
     if (row.Remarks.empty()) {
       row.Remarks.emplace_back();
     }
@@ -362,8 +362,8 @@ std::vector<Row> RowRecorder::EndCycle(const QtSts::DocumentTree& /*document*/) 
       std::ranges::stable_sort(row.Remarks, is_worse);
     }
   }
-  m_LastCount = m_Rows.size();
-  return std::move(m_Rows);
+  last_count_ = rows_.size();
+  return std::move(rows_);
 }
 
 }  // namespace insight

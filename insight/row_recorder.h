@@ -42,7 +42,7 @@ class RowRecorder {
     bool IsFirstWidth = true;
   };
 
-  Row& Current() { return m_Rows.back(); }
+  Row& Current() { return rows_.back(); }
   void Begin(const observe::RowBegins& begins);
   void See(const observe::Stores& store);
   void SeeKeyNumber(const observe::Stores& store);
@@ -55,16 +55,16 @@ class RowRecorder {
   void RemarkTaken(const observe::Record& record);
   void End();
 
-  const QtSts::CStatus* m_Status = nullptr;
-  std::vector<Row> m_Rows;
-  std::size_t m_LastCount = 0;  // of the cycle before
-  Handled m_Handled;
-  Shadow m_Shadow;
-  Parking m_Parking;
-  Widths m_Widths;
-  std::map<const void*, std::size_t> m_FieldRows;  // the last row of each field of the document
+  const QtSts::CStatus* status_ = nullptr;
+  std::vector<Row> rows_;
+  std::size_t last_count_ = 0;  // of the cycle before
+  Handled handled_;
+  Shadow shadow_;
+  Parking parking_;
+  Widths widths_;
+  std::map<const void*, std::size_t> field_rows_;  // the last row of each field of the document
   // The rows that completed the elements of each list: of the display interface at this position.
-  std::map<std::pair<observe::Place, int>, std::vector<std::size_t>> m_Owners;
+  std::map<std::pair<observe::Place, int>, std::vector<std::size_t>> owners_;
 };
 
 }  // namespace insight

@@ -215,7 +215,7 @@ void Shadow::Walk(const QtSts::ClassInfo& info, const void* object, const std::s
                              return true;  // nothing of the fixed part is optional
                            }
                            if (field.Elements != nullptr) {
-                             m_Tails.push_back({&field, value, field.Elements->Count(value), here});
+                             tails_.push_back({&field, value, field.Elements->Count(value), here});
                            } else if (field.Scalar == nullptr) {
                              Walk(*field.Record, value, here, group);
                            } else {
@@ -233,29 +233,29 @@ void Shadow::Walk(const QtSts::CBaseStatus& object, const std::string& path, Gro
 }
 
 void Shadow::Begin(const QtSts::CStatus& status) {
-  m_Status = &status;
-  m_OutputZero = nullptr;
-  for (Group* group : {&m_Root, &m_Output, &m_Scratch}) {
+  status_ = &status;
+  output_zero_ = nullptr;
+  for (Group* group : {&root_, &output_, &scratch_}) {
     group->Clear();
   }
-  m_Tails.clear();
-  m_BehindInterfaces.clear();
-  Walk(status, "", &m_Root);
+  tails_.clear();
+  behind_interfaces_.clear();
+  Walk(status, "", &root_);
   WatchOutputZero();
   WatchScratch();
 }
 
 void Shadow::WatchOutputZero() {
-  m_OutputZero = m_Status->Outputs[0];
-  if (m_OutputZero != nullptr) {
-    Walk(*m_OutputZero, "Outputs[0]", &m_Output);
+  output_zero_ = status_->Outputs[0];
+  if (output_zero_ != nullptr) {
+    Walk(*output_zero_, "Outputs[0]", &output_);
   }
 }
 
 void Shadow::WatchScratch() {
   const auto add = [this]<class T>(const char* name, const T& variable) {
     if constexpr (std::is_arithmetic_v<T> || std::is_enum_v<T>) {
-      m_Scratch.Add(&variable, ScalarOf(rows::TypeOf<T>()), name);
+      scratch_.Add(&variable, ScalarOf(rows::TypeOf<T>()), name);
     }
   };
 #define WATCH(name, ...) add(#name, name);
@@ -264,11 +264,11 @@ void Shadow::WatchScratch() {
 #define WATCH(name, ...) add("beaconRoundel." #name, beaconRoundel.name);
   BEACON_ROUNDEL_FIELDS(WATCH)
 #undef WATCH
-  m_Fans = FanRpms;
-  m_InputVoltages = f_Psrb_InputVoltages;
-  m_OutputVoltages = f_Psrb_OutputVoltages;
-  m_Inputs = dcioInputs;
-  m_Outputs = dcioOutputs;
+  fans_ = FanRpms;
+  input_voltages_ = f_Psrb_InputVoltages;
+  output_voltages_ = f_Psrb_OutputVoltages;
+  inputs_ = dcioInputs;
+  outputs_ = dcioOutputs;
 }
 
 void Shadow::CompareTail(Tail* tail, std::vector<Change>* changes) {
@@ -282,23 +282,23 @@ void Shadow::CompareTail(Tail* tail, std::vector<Change>* changes) {
 }
 
 void Shadow::CompareTails(int interface, std::vector<Change>* changes) {
-  for (Tail& tail : m_Tails) {
+  for (Tail& tail : tails_) {
     CompareTail(&tail, changes);
   }
-  if (interface < 0 || m_OutputZero == nullptr) {
+  if (interface < 0 || output_zero_ == nullptr) {
     return;
   }
-  const QtSts::CDisplayInterfaceList& interfaces = m_OutputZero->DisplayInterfaces;
-  while (m_BehindInterfaces.size() < interfaces.Count()) {
-    const auto position = static_cast<unsigned int>(m_BehindInterfaces.size());
+  const QtSts::CDisplayInterfaceList& interfaces = output_zero_->DisplayInterfaces;
+  while (behind_interfaces_.size() < interfaces.Count()) {
+    const auto position = static_cast<unsigned int>(behind_interfaces_.size());
     static const QtSts::Field* const kSensors =
         QtSts::FieldNamed(QtSts::CDisplayInterface::Class, "Sensors");
-    m_BehindInterfaces.push_back(
+    behind_interfaces_.push_back(
         {kSensors, &interfaces[position]->Sensors, 0,
          At("Outputs[0]/DisplayInterfaces", position) + "/" + kSensors->Name});
   }
-  if (static_cast<std::size_t>(interface) < m_BehindInterfaces.size()) {
-    CompareTail(&m_BehindInterfaces[static_cast<std::size_t>(interface)], changes);
+  if (static_cast<std::size_t>(interface) < behind_interfaces_.size()) {
+    CompareTail(&behind_interfaces_[static_cast<std::size_t>(interface)], changes);
   }
 }
 
@@ -317,39 +317,39 @@ void Shadow::CompareVoltages(const char* name, const std::vector<float>& now,
 }
 
 void Shadow::CompareContainers(std::vector<Change>* changes) {
-  CompareFans(&m_Fans, changes);
-  CompareVoltages("f_Psrb_InputVoltages", f_Psrb_InputVoltages, &m_InputVoltages, changes);
-  CompareVoltages("f_Psrb_OutputVoltages", f_Psrb_OutputVoltages, &m_OutputVoltages, changes);
-  ComparePoints("dcioInputs", dcioInputs, &m_Inputs, changes);
-  ComparePoints("dcioOutputs", dcioOutputs, &m_Outputs, changes);
+  CompareFans(&fans_, changes);
+  CompareVoltages("f_Psrb_InputVoltages", f_Psrb_InputVoltages, &input_voltages_, changes);
+  CompareVoltages("f_Psrb_OutputVoltages", f_Psrb_OutputVoltages, &output_voltages_, changes);
+  ComparePoints("dcioInputs", dcioInputs, &inputs_, changes);
+  ComparePoints("dcioOutputs", dcioOutputs, &outputs_, changes);
 }
 
 void Shadow::FindOutputZero() {
-  if (m_OutputZero == nullptr && m_Status->Outputs[0] != nullptr) {
-    const std::size_t own = m_Tails.size();
+  if (output_zero_ == nullptr && status_->Outputs[0] != nullptr) {
+    const std::size_t own = tails_.size();
     WatchOutputZero();
-    for (std::size_t i = own; i < m_Tails.size(); ++i) {
-      m_Tails[i].Count = 0;  // its elements are new as well
+    for (std::size_t i = own; i < tails_.size(); ++i) {
+      tails_[i].Count = 0;  // its elements are new as well
     }
-    m_OutputIsNew = true;
+    output_is_new_ = true;
   }
 }
 
 void Shadow::Compare(int interface, std::vector<Change>* document, std::vector<Change>* scratch) {
   FindOutputZero();
-  m_OutputIsNew = false;
-  m_Root.Compare(document);
-  m_Output.Compare(document);
+  output_is_new_ = false;
+  root_.Compare(document);
+  output_.Compare(document);
   CompareTails(interface, document);
-  m_Scratch.Compare(scratch);
+  scratch_.Compare(scratch);
   CompareContainers(scratch);
 }
 
 bool Shadow::Find(const void* address, Change* field) {
   FindOutputZero();
-  for (const Group* group : {&m_Root, &m_Output}) {
+  for (const Group* group : {&root_, &output_}) {
     if (const Watch* const watch = group->Find(address)) {
-      const bool is_new = m_OutputIsNew && group == &m_Output;
+      const bool is_new = output_is_new_ && group == &output_;
       *field = {watch->Path, is_new ? "" : group->KeptText(*watch), Written(*watch->Type, address)};
       return true;
     }

@@ -82,19 +82,19 @@ class Shadow {
   void CompareVoltages(const char* name, const std::vector<float>& now, std::vector<float>* before,
                        std::vector<Change>* changes);
 
-  const QtSts::CStatus* m_Status = nullptr;
-  const QtSts::COutput* m_OutputZero = nullptr;
-  bool m_OutputIsNew = false;  // a row made it since the last comparison
-  Group m_Root;
-  Group m_Output;  // 0; empty without one
-  Group m_Scratch;
-  std::vector<Tail> m_Tails;
-  std::vector<Tail> m_BehindInterfaces;  // by position of the interface
-  decltype(FanRpms) m_Fans;
-  decltype(f_Psrb_InputVoltages) m_InputVoltages;
-  decltype(f_Psrb_OutputVoltages) m_OutputVoltages;
-  decltype(dcioInputs) m_Inputs;
-  decltype(dcioOutputs) m_Outputs;
+  const QtSts::CStatus* status_ = nullptr;
+  const QtSts::COutput* output_zero_ = nullptr;
+  bool output_is_new_ = false;  // a row made it since the last comparison
+  Group root_;
+  Group output_;  // 0; empty without one
+  Group scratch_;
+  std::vector<Tail> tails_;
+  std::vector<Tail> behind_interfaces_;  // by position of the interface
+  decltype(FanRpms) fans_;
+  decltype(f_Psrb_InputVoltages) input_voltages_;
+  decltype(f_Psrb_OutputVoltages) output_voltages_;
+  decltype(dcioInputs) inputs_;
+  decltype(dcioOutputs) outputs_;
 };
 
 // The listing of a value of this type; null for a container's element that is none.

@@ -54,8 +54,8 @@ class RowCost : public ExplainedRows {
     sandbox::SetRows(rows);
     Cost least = {1e9, 1e9};
     for (int i = 0; i < 5; ++i) {
-      least.Plain = std::min(least.Plain, Seconds([this] { m_Collector.QueryDatabase(); }));
-      least.Explained = std::min(least.Explained, Seconds([this] { m_Recorder.RunCycle(); }));
+      least.Plain = std::min(least.Plain, Seconds([this] { collector_.QueryDatabase(); }));
+      least.Explained = std::min(least.Explained, Seconds([this] { recorder_.RunCycle(); }));
     }
     return least;
   }

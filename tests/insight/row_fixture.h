@@ -23,7 +23,7 @@ class ExplainedRows : public testing::Test {
     sandbox::RemoveDatabase();  // a test before may have left another table
     sandbox::Scenario().Database().Apply();
     ClearScratch();
-    m_Collector.InitDatabase(false);
+    collector_.InitDatabase(false);
   }
 
   // The next cycle, with these rows.
@@ -32,12 +32,12 @@ class ExplainedRows : public testing::Test {
     return Explain();
   }
   const insight::Snapshot& Explain() {
-    m_Snapshot.emplace(m_Recorder.RunCycle());
-    return *m_Snapshot;
+    snapshot_.emplace(recorder_.RunCycle());
+    return *snapshot_;
   }
 
   const insight::Row& RowOf(const std::string& key) const {
-    for (const insight::Row& row : m_Snapshot->Rows) {
+    for (const insight::Row& row : snapshot_->Rows) {
       if (row.Key == key) {
         return row;
       }
@@ -58,7 +58,7 @@ class ExplainedRows : public testing::Test {
   // Of all rows, those that are worse than fine: "Sensor_00_Type: inherited".
   std::vector<std::string> Problems() const {
     std::vector<std::string> problems;
-    for (const insight::Row& row : m_Snapshot->Rows) {
+    for (const insight::Row& row : snapshot_->Rows) {
       for (const insight::Remark& remark : row.Remarks) {
         const insight::OutcomeInfo& info = insight::InfoOf(remark.What);
         if (info.Class != insight::OutcomeClass::kFine) {
@@ -69,7 +69,7 @@ class ExplainedRows : public testing::Test {
     return problems;
   }
 
-  CStatusInterface m_Collector;
-  insight::Recorder m_Recorder{m_Collector};
-  std::optional<insight::Snapshot> m_Snapshot;
+  CStatusInterface collector_;
+  insight::Recorder recorder_{collector_};
+  std::optional<insight::Snapshot> snapshot_;
 };

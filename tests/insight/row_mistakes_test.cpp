@@ -159,7 +159,7 @@ TEST_F(ScenarioOfMistakes, HasOneOfEveryErrorAndNotice) {
   sandbox::Scenario::Load(sandbox::SourcePath("scenarios/mistakes")).Apply();
   Explain();
   std::set<std::string> found;
-  for (const insight::Row& row : m_Snapshot->Rows) {
+  for (const insight::Row& row : snapshot_->Rows) {
     for (const insight::Remark& remark : row.Remarks) {
       found.insert(insight::InfoOf(remark.What).Id);
     }

@@ -57,8 +57,8 @@ TEST_P(RowOutcome, IsToldOfTheRowThatItBefalls) {
 TEST_P(RowOutcome, IsNotToldOfRowsThatJustMissIt) {
   const RowCase& expected = GetParam();
   ExplainInItsTable(expected.Misses, "");
-  ASSERT_EQ(m_Snapshot->Rows.size(), expected.Misses.size());
-  for (const insight::Row& row : m_Snapshot->Rows) {
+  ASSERT_EQ(snapshot_->Rows.size(), expected.Misses.size());
+  for (const insight::Row& row : snapshot_->Rows) {
     EXPECT_EQ(TextOf(row.Key, expected.What), "") << row.Key;
   }
 }

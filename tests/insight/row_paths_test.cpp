@@ -110,12 +110,12 @@ TEST_F(RowPaths, LeadToValuesOfTheDocument) {
   Explain();
   Explain();
   int found = 0;
-  for (const insight::Row& row : m_Snapshot->Rows) {
-    if (const auto* const value = m_Snapshot->Document.Root().FindValue(row.Path)) {
+  for (const insight::Row& row : snapshot_->Rows) {
+    if (const auto* const value = snapshot_->Document.Root().FindValue(row.Path)) {
       EXPECT_EQ(value->Written(), row.After) << row.Key;
       ++found;
     } else if (!row.Path.empty()) {
-      EXPECT_NE(m_Snapshot->Document.Root().Find(row.Path), nullptr) << row.Key << " " << row.Path;
+      EXPECT_NE(snapshot_->Document.Root().Find(row.Path), nullptr) << row.Key << " " << row.Path;
     }
   }
   EXPECT_GT(found, 300);
@@ -124,7 +124,7 @@ TEST_F(RowPaths, LeadToValuesOfTheDocument) {
 TEST_F(RowPaths, OfTheDemoHaveNoErrors) {
   sandbox::Scenario::Load(sandbox::SourcePath("scenarios/demo")).Apply();
   Explain();
-  for (const insight::Row& row : m_Snapshot->Rows) {
+  for (const insight::Row& row : snapshot_->Rows) {
     EXPECT_NE(row.Class(), insight::OutcomeClass::kError)
         << row.Key << ": " << row.Remarks.front().Text;
   }

@@ -163,7 +163,7 @@ std::map<std::string, std::pair<std::string, std::string>> ClaimsOf(
 // Keeps what stood there before the rows.
 class BeforeRows : public observe::Observer {
  public:
-  explicit BeforeRows(const QtSts::CStatus& status) : m_Status(status) {
+  explicit BeforeRows(const QtSts::CStatus& status) : status_(status) {
     observe::SetObserver(this);
   }
   BeforeRows(const BeforeRows&) = delete;
@@ -173,7 +173,7 @@ class BeforeRows : public observe::Observer {
   void See(const observe::Event& event) override {
     const auto* const asks = event.As<observe::AsksDatabase>();
     if (asks != nullptr && asks->At == observe::Stage::kRows) {
-      Document = DocumentTexts(QtSts::DocumentTree(m_Status));
+      Document = DocumentTexts(QtSts::DocumentTree(status_));
       Scratch = ScratchTexts();
     }
   }
@@ -182,14 +182,14 @@ class BeforeRows : public observe::Observer {
   Texts Scratch;
 
  private:
-  const QtSts::CStatus& m_Status;
+  const QtSts::CStatus& status_;
 };
 
 class RandomRows : public ExplainedRows {
  protected:
   void ExpectClaims(const BeforeRows& before) const {
-    const Texts after = DocumentTexts(m_Snapshot->Document);
-    const auto claims = ClaimsOf(m_Snapshot->Rows, &insight::Row::Changes);
+    const Texts after = DocumentTexts(snapshot_->Document);
+    const auto claims = ClaimsOf(snapshot_->Rows, &insight::Row::Changes);
     for (const auto& [path, claim] : claims) {
       EXPECT_EQ(claim.second, At(after, path)) << path;
       if (before.Document.contains(path)) {
@@ -223,7 +223,7 @@ class RandomRows : public ExplainedRows {
 
   void ExpectScratchClaims(const BeforeRows& before) const {
     const Texts after = ScratchTexts();
-    const auto claims = ClaimsOf(m_Snapshot->Rows, &insight::Row::Carried);
+    const auto claims = ClaimsOf(snapshot_->Rows, &insight::Row::Carried);
     for (const auto& [name, claim] : claims) {
       EXPECT_EQ(claim.first, At(before.Scratch, name)) << name;
       EXPECT_EQ(claim.second, At(after, name)) << name;
@@ -270,7 +270,7 @@ TEST_F(RandomRows, GiveTheDocumentAndTheScratchStateThatPlainCyclesGive) {
 }
 
 TEST_F(RandomRows, OfTheFuzzersAreClaimedAndChangeNothing) {
-  BeforeRows before(m_Collector.m_Status);
+  BeforeRows before(collector_.m_Status);
   std::size_t inputs = 0;
   for (const auto& input :
        std::filesystem::directory_iterator(sandbox::SourcePath("fuzz/corpus/rows"))) {
@@ -289,11 +289,11 @@ TEST_F(RandomRows, OfTheFuzzersAreClaimedAndChangeNothing) {
 }
 
 TEST_F(RandomRows, ClaimEachDifferenceThatTheyMakeAndNoOther) {
-  const BeforeRows before(m_Collector.m_Status);
+  const BeforeRows before(collector_.m_Status);
   for (unsigned seed = 1; seed <= kSeeds; ++seed) {
     SCOPED_TRACE(testing::Message() << "seed " << seed);
     Explain(MakeRows(seed));
-    ASSERT_GT(m_Snapshot->Rows.size(), 50U);
+    ASSERT_GT(snapshot_->Rows.size(), 50U);
     ExpectClaims(before);
     ASSERT_FALSE(HasFailure());
   }
@@ -302,7 +302,7 @@ TEST_F(RandomRows, ClaimEachDifferenceThatTheyMakeAndNoOther) {
 TEST_F(RandomRows, HaveEachARemarkAndTheWorstOneFirst) {
   for (unsigned seed = 1; seed <= kSeeds; ++seed) {
     Explain(MakeRows(seed));
-    for (const insight::Row& row : m_Snapshot->Rows) {
+    for (const insight::Row& row : snapshot_->Rows) {
       ASSERT_FALSE(row.Remarks.empty());
       for (const insight::Remark& remark : row.Remarks) {
         EXPECT_FALSE(remark.Text.empty()) << row.Key;
@@ -320,9 +320,9 @@ TEST_F(RandomRows, HaveThePathsOfTheirValues) {
   for (unsigned seed = 1; seed <= kSeeds; ++seed) {
     SCOPED_TRACE(testing::Message() << "seed " << seed);
     Explain(MakeRows(seed));
-    const Texts after = DocumentTexts(m_Snapshot->Document);
+    const Texts after = DocumentTexts(snapshot_->Document);
     std::map<std::string, std::string> last;
-    for (const insight::Row& row : m_Snapshot->Rows) {
+    for (const insight::Row& row : snapshot_->Rows) {
       if (!row.Path.empty()) {
         last[row.Path] = row.After;
       }
