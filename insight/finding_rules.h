@@ -1,6 +1,7 @@
 // What needs attention in a document, as tables. Private to this library.
 #pragma once
 
+#include <cstdint>
 #include <span>
 
 #include "insight/snapshot.h"
@@ -8,13 +9,15 @@
 
 namespace insight {
 
-// The Id of the database among the sources.
-inline constexpr const char* kDatabaseSource = "database";
+// A sensor that is not connected reports nothing, so that its zeros say nothing, nor do those of
+// its fans and points.
+enum class When : std::uint8_t { kAlways, kWhileConnected };
 
 // A value that needs attention whatever the limits.
 struct ValueRule {
   const char* Id;
   Severity Level;
+  When Counts;
   const QtSts::ClassInfo& Class;  // the classes derived from it included
   const char* Field;
   bool (*NeedsAttention)(const QtSts::TreeElement& element, const QtSts::TreeValue& value);
@@ -22,9 +25,6 @@ struct ValueRule {
   // digits.
   const char* Message;
   const char* Hint;
-  // A sensor that is not connected reports nothing, so that its zeros say nothing, nor do those of
-  // its fans and points.
-  bool OnlyWhileConnected = false;
   // The row that the value comes from, where another row may have written the same field; "" when
   // none does.
   const char* Key = nullptr;

@@ -4,11 +4,13 @@
 #include <cmath>
 #include <utility>
 
+#include "hardware/paths.h"
 #include "insight/finding_rules.h"
 #include "insight/finding_texts.h"
 #include "insight/origins.h"
 #include "insight/places.h"
 #include "insight/reading_rules.h"
+#include "insight/source_database.h"
 #include "model/document.h"
 
 namespace insight {
@@ -16,8 +18,6 @@ namespace {
 
 using QtSts::TreeElement;
 using QtSts::TreeValue;
-
-constexpr const char* kDatabaseFile = "/dev/shm/status.db";
 
 Finding Make(const char* id, Severity level, std::string message, const char* hint) {
   Finding finding;
@@ -91,7 +91,7 @@ class Finder {
 
   void FindInDatabase() {
     const bool told = std::ranges::any_of(m_Snapshot.Sources, [](const Source& source) {
-      return source.Id == kDatabaseSource && NeedsAttention(source);
+      return source.Id == kDatabaseId && NeedsAttention(source);
     });
     if (m_Snapshot.Result != 0 && !told) {
       AddOfDatabase("cycle-failed", Severity::kUnknown, "not all rows of the database were read",
@@ -125,8 +125,8 @@ class Finder {
 
   void AddOfDatabase(const char* id, Severity level, std::string message, const char* hint) {
     m_Findings.push_back(Make(id, level, std::move(message), hint));
-    m_Findings.back().Where = kDatabaseFile;
-    m_Findings.back().Source = kDatabaseSource;
+    m_Findings.back().Where = hardware::paths::kStatusDatabase;
+    m_Findings.back().Source = kDatabaseId;
   }
 
   // Adds `finding` with what is known of its value; not when that is not reported.
@@ -147,7 +147,7 @@ class Finder {
     for (const ValueRule& rule : ValueRules()) {
       const FoundValue found = FindIn(element, rule.Class, rule.Field);
       if (found.Value != nullptr && rule.NeedsAttention(element, *found.Value) &&
-          (!rule.OnlyWhileConnected || IsOfConnected(element))) {
+          (rule.Counts == When::kAlways || IsOfConnected(element))) {
         Add(Make(rule.Id, rule.Level, Told(rule.Message, *found.Value), rule.Hint), element, found,
             rule.Key);
       }

@@ -2,7 +2,7 @@
 
 #include <utility>
 
-#include "insight/finding_rules.h"
+#include "insight/source_database.h"
 
 namespace insight {
 
@@ -13,7 +13,7 @@ void Origins::Name(Finding* finding, const QtSts::TreeElement& holder, const cha
   } else if (HasRow(key)) {
     finding->Key = key;
   }
-  finding->Source = finding->Key.empty() ? SourceOf(finding->Path) : kDatabaseSource;
+  finding->Source = finding->Key.empty() ? SourceOf(finding->Path) : kDatabaseId;
 }
 
 bool Origins::HasRow(std::string_view key) {
