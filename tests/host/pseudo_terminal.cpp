@@ -109,12 +109,14 @@ bool PseudoTerminal::WaitFor(std::string_view text) {
   return output_.find(text) != std::string::npos;
 }
 
-int PseudoTerminal::WaitForEnd() {
+int PseudoTerminal::WaitForEnd(std::string_view keys) {
   const auto until = std::chrono::steady_clock::now() + kPatience;
   while (std::chrono::steady_clock::now() < until) {
-    if (!ReadBlock() && reaped_) {
+    const bool silent = !ReadBlock();
+    if (silent && reaped_) {
       break;
     }
+    Type(silent ? keys : "");
     reaped_ = reaped_ || waitpid(process_, &status_, WNOHANG) == process_;
   }
   return reaped_ && WIFEXITED(status_) ? WEXITSTATUS(status_) : -1;

@@ -37,9 +37,10 @@ class PseudoTerminal {
   // has written it.
   bool WaitFor(std::string_view text);
 
-  // Waits until the program has ended, at most a minute. Its exit code; -1 when it did not end, or
-  // was ended by a signal.
-  int WaitForEnd();
+  // Waits until the program has ended, at most a minute. Types `keys` each time that it is silent:
+  // a program that gets a signal may throw away what was typed before. Its exit code; -1 when it
+  // did not end, or was ended by a signal.
+  int WaitForEnd(std::string_view keys = "");
 
   // All that was written so far, with "\r\n" as the terminal makes it of "\n".
   const std::string& Output() const { return output_; }
