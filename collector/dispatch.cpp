@@ -36,10 +36,10 @@ std::size_t BytesOfTexts(void* texts, int column) {
 
 // The position in the key table; -1 when there is none.
 inline int Dispatcher::Find(std::string_view key) {
-  for (std::size_t i = m_Resume; i < status_primary_keys.size(); ++i) {
+  for (std::size_t i = resume_; i < status_primary_keys.size(); ++i) {
     const std::string& prefix = status_primary_keys[i].Key;
     if (prefix.size() <= key.size() && std::memcmp(prefix.data(), key.data(), prefix.size()) == 0) {
-      m_Resume = i;  // not the one after it: several rows may match one prefix
+      resume_ = i;  // not the one after it: several rows may match one prefix
       return static_cast<int>(i);
     }
   }
@@ -48,7 +48,7 @@ inline int Dispatcher::Find(std::string_view key) {
 
 inline void Dispatcher::Call(const Cells& cells, std::string_view key, char* writable_key,
                              char* value) {
-  const std::size_t searched_from = m_Resume;
+  const std::size_t searched_from = resume_;
   const int entry = Find(key);
   observe::Report([&] {
     observe::RowBegins event;
@@ -63,7 +63,7 @@ inline void Dispatcher::Call(const Cells& cells, std::string_view key, char* wri
     return event;
   });
   const int result =
-      entry < 0 ? 0 : status_primary_keys[m_Resume].Handler(m_Status, value, writable_key);
+      entry < 0 ? 0 : status_primary_keys[resume_].Handler(status_, value, writable_key);
   observe::Report([&] {
     observe::RowEnds event;
     event.Result = result;
@@ -72,9 +72,9 @@ inline void Dispatcher::Call(const Cells& cells, std::string_view key, char* wri
 }
 
 inline void Dispatcher::DispatchCopy(const Cells& cells) {
-  const std::size_t key_length = CopyText(m_Key, TextOrEmpty(cells.Key));
-  CopyText(m_Value, TextOrEmpty(cells.Value));
-  Call(cells, {m_Key, key_length}, m_Key, m_Value);
+  const std::size_t key_length = CopyText(key_, TextOrEmpty(cells.Key));
+  CopyText(value_, TextOrEmpty(cells.Value));
+  Call(cells, {key_, key_length}, key_, value_);
 }
 
 void Dispatcher::Dispatch(const char* key, const char* value) {

@@ -18,7 +18,7 @@ inline constexpr char kSelect[] = "SELECT * FROM status ORDER BY address ASC;";
 // deliberately never wraps. An unknown key is ignored, and so is a handler's result.
 class Dispatcher {
  public:
-  explicit Dispatcher(QtSts::CStatus* status) : m_Status(status) {}
+  explicit Dispatcher(QtSts::CStatus* status) : status_(status) {}
 
   // A row as the database returns it: NULL, which is a null pointer here, is read as "", and a key
   // or value that is longer than the table's triggers allow is cut to that length.
@@ -43,10 +43,10 @@ class Dispatcher {
   void DispatchCopy(const Cells& cells);
   void Call(const Cells& cells, std::string_view key, char* writable_key, char* value);
 
-  QtSts::CStatus* m_Status;
-  std::size_t m_Resume = 0;
-  char m_Key[CSQLdatabase::kMaxAddressBytes + 1] = {};
-  char m_Value[CSQLdatabase::kMaxValueBytes + 1] = {};
+  QtSts::CStatus* status_;
+  std::size_t resume_ = 0;
+  char key_[CSQLdatabase::kMaxAddressBytes + 1] = {};
+  char value_[CSQLdatabase::kMaxValueBytes + 1] = {};
 };
 
 // Hands every row of a running `query` to its handler and finalizes the query after the last one.

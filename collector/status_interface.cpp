@@ -46,13 +46,13 @@ class CycleEnd {
   CycleEnd(const CycleEnd&) = delete;
   CycleEnd& operator=(const CycleEnd&) = delete;
   ~CycleEnd() {
-    if (!m_Returned) {
+    if (!returned_) {
       Report(0, true);
     }
   }
 
   int Return(int result) {
-    m_Returned = true;
+    returned_ = true;
     Report(result, false);
     return result;
   }
@@ -67,7 +67,7 @@ class CycleEnd {
     });
   }
 
-  bool m_Returned = false;
+  bool returned_ = false;
 };
 
 void ReportStage(Stage stage, const char* table = nullptr) {

@@ -7,16 +7,16 @@
 namespace hardware {
 
 Descriptor& Descriptor::operator=(Descriptor&& other) noexcept {
-  std::swap(m_Number, other.m_Number);
+  std::swap(number_, other.number_);
   return *this;
 }
 
 Descriptor::~Descriptor() {
   if (IsOpen()) {
-    close(m_Number);
+    close(number_);
   }
 }
 
-int Descriptor::Release() { return std::exchange(m_Number, -1); }
+int Descriptor::Release() { return std::exchange(number_, -1); }
 
 }  // namespace hardware

@@ -15,39 +15,39 @@ class TextFile {
  public:
   // `path` stays the caller's, for as long as this lives.
   TextFile(const char* path, Access mode, Links links)
-      : m_Path(path), m_Descriptor(OpenFile(path, mode, links)) {
+      : path_(path), descriptor_(OpenFile(path, mode, links)) {
     struct stat status;
-    m_Readable = IsOpen() && calls::FileStatus(m_Descriptor.Number(), m_Path, &status) == 0 &&
-                 S_ISREG(status.st_mode);
+    readable_ = IsOpen() && calls::FileStatus(descriptor_.Number(), path_, &status) == 0 &&
+                S_ISREG(status.st_mode);
   }
 
-  bool IsOpen() const { return m_Descriptor.IsOpen(); }
+  bool IsOpen() const { return descriptor_.IsOpen(); }
 
   // One read of at most `limit` bytes, repeated only when a signal interrupts it. Returns the
   // number of bytes, nothing when reading fails.
   std::optional<std::size_t> Read(char* bytes, std::size_t limit) {
-    if (!m_Readable) {
+    if (!readable_) {
       return std::nullopt;
     }
     ssize_t count;
     do {
-      count = calls::Read(m_Descriptor.Number(), m_Path, m_Offset, bytes, limit);
+      count = calls::Read(descriptor_.Number(), path_, offset_, bytes, limit);
     } while (count == -1 && errno == EINTR);
     if (count < 0) {
       return std::nullopt;
     }
-    m_Offset += static_cast<std::size_t>(count);
+    offset_ += static_cast<std::size_t>(count);
     return static_cast<std::size_t>(count);
   }
 
   // How much was read.
-  std::size_t Offset() const { return m_Offset; }
+  std::size_t Offset() const { return offset_; }
 
  private:
-  const char* m_Path;
-  Descriptor m_Descriptor;
-  std::size_t m_Offset = 0;
-  bool m_Readable;
+  const char* path_;
+  Descriptor descriptor_;
+  std::size_t offset_ = 0;
+  bool readable_;
 };
 
 }  // namespace

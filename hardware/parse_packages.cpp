@@ -29,17 +29,17 @@ bool PackageSearch::Take(std::string_view piece) {
                 kRules[kDisplayFallback].Of == kDisplayFallback);
   // The longest part of a label that can stand at the end of a piece.
   constexpr std::size_t kOverlap = kRules[kDisplayFallback].Package.size() - 1;
-  const std::size_t begin = m_Size - m_Tail.size();
-  m_Tail += piece.substr(0, kOverlap);
-  Search(m_Tail, begin);
+  const std::size_t begin = size_ - tail_.size();
+  tail_ += piece.substr(0, kOverlap);
+  Search(tail_, begin);
   if (piece.size() > kOverlap) {
-    Search(piece, m_Size);
-    m_Tail = piece.substr(piece.size() - kOverlap);
+    Search(piece, size_);
+    tail_ = piece.substr(piece.size() - kOverlap);
   } else {
-    m_Tail.erase(0, m_Tail.size() - std::min(m_Tail.size(), kOverlap));
+    tail_.erase(0, tail_.size() - std::min(tail_.size(), kOverlap));
   }
-  m_Size += piece.size();
-  return m_Found[kDistribution].Wanted != Stage::kDone || m_Found[kDisplay].Wanted != Stage::kDone;
+  size_ += piece.size();
+  return found_[kDistribution].Wanted != Stage::kDone || found_[kDisplay].Wanted != Stage::kDone;
 }
 
 PackageVersions PackageSearch::TakeVersions() {
@@ -49,37 +49,37 @@ PackageVersions PackageSearch::TakeVersions() {
     }
     return std::move(found->Version);
   };
-  const bool has_display = m_Found[kDisplay].Wanted != Stage::kName;
-  return {version(&m_Found[kDistribution]),
-          version(&m_Found[has_display ? kDisplay : kDisplayFallback])};
+  const bool has_display = found_[kDisplay].Wanted != Stage::kName;
+  return {version(&found_[kDistribution]),
+          version(&found_[has_display ? kDisplay : kDisplayFallback])};
 }
 
 void PackageSearch::Search(std::string_view text, std::size_t begin) {
   // The fallback is only wanted as long as the display's own package is.
-  if (m_Found[kDistribution].Wanted == Stage::kName || m_Found[kDisplay].Wanted == Stage::kName) {
+  if (found_[kDistribution].Wanted == Stage::kName || found_[kDisplay].Wanted == Stage::kName) {
     FindNames(text, begin);
   }
   for (std::size_t i = 0; i < kNameCount; ++i) {
-    Advance(text, begin, kRules[i], &m_Found[i]);
+    Advance(text, begin, kRules[i], &found_[i]);
   }
 }
 
 void PackageSearch::FindNames(std::string_view text, std::size_t begin) {
-  std::size_t position = text.find(kPackage, m_NamesFrom - begin);
+  std::size_t position = text.find(kPackage, names_from_ - begin);
   // From here on a name may begin that the next piece continues; that part is searched again.
   std::size_t open = text.size() - std::min(text.size(), kPackage.size() - 1);
   for (; position != kNone; position = text.find(kPackage, position + 1)) {
     const std::string_view rest = text.substr(position);
     for (std::size_t i = 0; i < kNameCount; ++i) {
-      if (m_Found[i].Wanted == Stage::kName && rest.starts_with(kRules[i].Package)) {
-        m_Found[i] = {kRules[i].Next, begin + position, {}};
+      if (found_[i].Wanted == Stage::kName && rest.starts_with(kRules[i].Package)) {
+        found_[i] = {kRules[i].Next, begin + position, {}};
       }
     }
     if (rest.size() < kRules[kDisplayFallback].Package.size()) {
       open = std::min(open, position);
     }
   }
-  m_NamesFrom = std::max(m_NamesFrom, begin + open);
+  names_from_ = std::max(names_from_, begin + open);
 }
 
 void PackageSearch::Advance(std::string_view text, std::size_t begin, const Rule& rule,

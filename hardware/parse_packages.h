@@ -66,10 +66,10 @@ class PackageSearch {
   void FindNames(std::string_view text, std::size_t begin);
   static void Advance(std::string_view text, std::size_t begin, const Rule& rule, Found* found);
 
-  std::array<Found, kNameCount> m_Found;
-  std::size_t m_NamesFrom = 0;  // where to go on looking for names
-  std::size_t m_Size = 0;       // of all pieces
-  std::string m_Tail;           // the last of them
+  std::array<Found, kNameCount> found_;
+  std::size_t names_from_ = 0;  // where to go on looking for names
+  std::size_t size_ = 0;        // of all pieces
+  std::string tail_;            // the last of them
 };
 
 }  // namespace hardware

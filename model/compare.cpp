@@ -48,40 +48,40 @@ TreeElement::Range ChildrenOf(const TreeElement* list) {
 class Taker {
  public:
   explicit Taker(const TreeElement& element)
-      : m_Values(element.Values()),
-        m_Child(element.Children().begin()),
-        m_End(element.Children().end()) {}
+      : values_(element.Values()),
+        child_(element.Children().begin()),
+        end_(element.Children().end()) {}
 
   // What the element reports of `field`; null when nothing.
   const TreeValue* TakeValue(const Field& field) {
-    if (m_Values.empty() || &m_Values.front().Listed() != &field) {
+    if (values_.empty() || &values_.front().Listed() != &field) {
       return nullptr;
     }
-    const TreeValue* const taken = m_Values.data();
-    m_Values = m_Values.subspan(1);
+    const TreeValue* const taken = values_.data();
+    values_ = values_.subspan(1);
     return taken;
   }
 
   const TreeElement* TakeChild(const Field& field) {
-    if (m_Child == m_End || m_Child->Listed() != &field) {
+    if (child_ == end_ || child_->Listed() != &field) {
       return nullptr;
     }
-    const TreeElement* const taken = &*m_Child;
-    ++m_Child;
+    const TreeElement* const taken = &*child_;
+    ++child_;
     return taken;
   }
 
  private:
-  std::span<const TreeValue> m_Values;
-  TreeElement::Iterator m_Child;
-  TreeElement::Iterator m_End;
+  std::span<const TreeValue> values_;
+  TreeElement::Iterator child_;
+  TreeElement::Iterator end_;
 };
 
 using Visit = std::function<void(const Difference&)>;
 
 class Comparison {
  public:
-  explicit Comparison(const Visit& visit) : m_Visit(visit) {}
+  explicit Comparison(const Visit& visit) : visit_(visit) {}
 
   // Null stands for an element that one side lacks.
   void CompareElements(const TreeElement* before, const TreeElement* after) {
@@ -95,23 +95,23 @@ class Comparison {
  private:
   void Note(std::string before, std::string after) {
     if (before != after) {
-      m_Visit({m_Path.empty() ? "." : m_Path, std::move(before), std::move(after)});
+      visit_({path_.empty() ? "." : path_, std::move(before), std::move(after)});
     }
   }
 
   void CompareFields(const TreeElement& before, const TreeElement& after) {
     Taker of_before(before);
     Taker of_after(after);
-    const std::size_t outer = m_Path.size();
+    const std::size_t outer = path_.size();
     VisitEveryField(*before.Class(), [&](const Field& field) {
-      m_Path += outer == 0 ? "" : "/";
-      m_Path += field.Name;
+      path_ += outer == 0 ? "" : "/";
+      path_ += field.Name;
       if (field.Scalar != nullptr) {
         Note(TextOf(of_before.TakeValue(field)), TextOf(of_after.TakeValue(field)));
       } else {
         CompareChildren(field, of_before.TakeChild(field), of_after.TakeChild(field));
       }
-      m_Path.resize(outer);
+      path_.resize(outer);
       return true;
     });
   }
@@ -134,21 +134,21 @@ class Comparison {
       }
       return found;
     };
-    const std::size_t outer = m_Path.size();
+    const std::size_t outer = path_.size();
     for (std::size_t position = 0;; ++position) {
       const TreeElement* const of_before = next(left, before);
       const TreeElement* const of_after = next(right, after);
       if (of_before == nullptr && of_after == nullptr) {
         break;
       }
-      m_Path += "[" + std::to_string(position) + "]";
+      path_ += "[" + std::to_string(position) + "]";
       CompareElements(of_before, of_after);
-      m_Path.resize(outer);
+      path_.resize(outer);
     }
   }
 
-  const Visit& m_Visit;
-  std::string m_Path;
+  const Visit& visit_;
+  std::string path_;
 };
 
 }  // namespace

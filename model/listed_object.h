@@ -23,7 +23,7 @@ class ListedObject {
   }
 
   // Null when it is not listed; then it has no fields.
-  const ClassInfo* Class() const { return m_Class; }
+  const ClassInfo* Class() const { return class_; }
 
   // Calls `visit` with the ListedField of each field, those of bases first, until it returns false.
   // Returns whether it never did. The object must outlive what `visit` is called with.
@@ -32,31 +32,31 @@ class ListedObject {
 
  private:
   friend class ListedField;
-  ListedObject(const ClassInfo* info, const void* object) : m_Class(info), m_Object(object) {}
+  ListedObject(const ClassInfo* info, const void* object) : class_(info), object_(object) {}
 
-  const ClassInfo* m_Class;
-  const void* m_Object;
+  const ClassInfo* class_;
+  const void* object_;
 };
 
 // One field of one object.
 class ListedField {
  public:
-  ListedField(const Field& field, const void* part) : m_Field(&field), m_Value(field.Read(part)) {}
+  ListedField(const Field& field, const void* part) : field_(&field), value_(field.Read(part)) {}
 
-  const Field& Listed() const { return *m_Field; }
+  const Field& Listed() const { return *field_; }
 
   // False when the value is absent. Then nothing below may be called.
-  bool IsReported() const { return m_Value != nullptr; }
+  bool IsReported() const { return value_ != nullptr; }
 
   // Of a scalar: its text, appended, as its source gave it; and its value as a T, null when it is
   // of another type.
-  void Format(std::string* text) const { m_Field->Scalar->Format(m_Value, text); }
+  void Format(std::string* text) const { field_->Scalar->Format(value_, text); }
   const void* ValueIf(const ScalarType& type) const {
-    return m_Field->Scalar == &type ? m_Value : nullptr;
+    return field_->Scalar == &type ? value_ : nullptr;
   }
 
   // Of a record.
-  ListedObject Record() const { return {m_Field->Record, m_Value}; }
+  ListedObject Record() const { return {field_->Record, value_}; }
 
   // Of a list: calls `visit` with the ListedObject of each element of a listed class, in order,
   // until it returns false. Returns whether it never did. Other elements do not belong to the
@@ -65,23 +65,23 @@ class ListedField {
   bool VisitElements(const Visit& visit) const;
 
  private:
-  const Field* m_Field;
-  const void* m_Value;
+  const Field* field_;
+  const void* value_;
 };
 
 template <class Visit>
 bool ListedObject::VisitFields(const Visit& visit) const {
-  return m_Class == nullptr || VisitEveryField(*m_Class, const_cast<void*>(m_Object),
-                                               [&visit](const Field& field, const void* part) {
-                                                 return visit(ListedField(field, part));
-                                               });
+  return class_ == nullptr || VisitEveryField(*class_, const_cast<void*>(object_),
+                                              [&visit](const Field& field, const void* part) {
+                                                return visit(ListedField(field, part));
+                                              });
 }
 
 template <class Visit>
 bool ListedField::VisitElements(const Visit& visit) const {
-  const std::size_t count = m_Field->Elements->Count(m_Value);
+  const std::size_t count = field_->Elements->Count(value_);
   for (std::size_t position = 0; position < count; ++position) {
-    const CBaseStatus* const element = m_Field->Elements->At(m_Value, position);
+    const CBaseStatus* const element = field_->Elements->At(value_, position);
     if (element == nullptr) {
       continue;
     }

@@ -37,27 +37,27 @@ class COwningList {
   // Appends `element`, which belongs to the list from this call on, even if memory runs out in it.
   void Add(T* element) {
     std::unique_ptr<T> owned(element);
-    m_Elements.push_back(element);
+    elements_.push_back(element);
     static_cast<void>(owned.release());
   }
 
   // Deletes the elements from front to back, each distinct one once however often it was added, and
   // leaves the list empty.
   void Clear() noexcept {
-    owning::DestroyEachOnce<void*>(m_Elements,
+    owning::DestroyEachOnce<void*>(elements_,
                                    [](void* element) { delete static_cast<T*>(element); });
-    m_Elements.clear();
+    elements_.clear();
   }
 
   // The element at `position`, or null past the end. Never creates anything.
   T* operator[](const unsigned int& position) const {
-    return position < m_Elements.size() ? static_cast<T*>(m_Elements[position]) : nullptr;
+    return position < elements_.size() ? static_cast<T*>(elements_[position]) : nullptr;
   }
 
-  unsigned int Count() const { return static_cast<unsigned int>(m_Elements.size()); }
+  unsigned int Count() const { return static_cast<unsigned int>(elements_.size()); }
 
  private:
-  std::vector<void*> m_Elements;  // of T; all lists share what handles plain pointers
+  std::vector<void*> elements_;  // of T; all lists share what handles plain pointers
 };
 
 }  // namespace QtSts

@@ -19,43 +19,43 @@ class XmlText {
 
   void Open(const char* name, Attributes attributes = {}) {
     Begin(name, attributes);
-    m_Text += ">\n";
-    m_Indent += 2;
+    text_ += ">\n";
+    indent_ += 2;
   }
 
   void Close(const char* name) {
-    m_Indent -= 2;
+    indent_ -= 2;
     Indent();
-    m_Text.append("</").append(name).append(">\n");
+    text_.append("</").append(name).append(">\n");
   }
 
   void Empty(const char* name, Attributes attributes) {
     Begin(name, attributes);
-    m_Text += "/>\n";
+    text_ += "/>\n";
   }
 
   void Leaf(const char* name, std::string_view content) {
     Begin(name, {});
-    m_Text.append(">").append(content).append("</").append(name).append(">\n");
+    text_.append(">").append(content).append("</").append(name).append(">\n");
   }
 
-  void Line(std::string_view line) { m_Text.append(line).append("\n"); }
+  void Line(std::string_view line) { text_.append(line).append("\n"); }
 
-  std::string Take() { return std::move(m_Text); }
+  std::string Take() { return std::move(text_); }
 
  private:
-  void Indent() { m_Text.append(m_Indent, ' '); }
+  void Indent() { text_.append(indent_, ' '); }
 
   void Begin(const char* name, Attributes attributes) {
     Indent();
-    m_Text.append("<").append(name);
+    text_.append("<").append(name);
     for (const auto& [attribute, value] : attributes) {
-      m_Text.append(" ").append(attribute).append("=\"").append(value).append("\"");
+      text_.append(" ").append(attribute).append("=\"").append(value).append("\"");
     }
   }
 
-  std::string m_Text;
-  std::size_t m_Indent = 0;
+  std::string text_;
+  std::size_t indent_ = 0;
 };
 
 // "Temperature. Unit: °C." and, for codes, "Values: 0 auto, 1 manual."

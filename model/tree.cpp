@@ -14,7 +14,7 @@ namespace QtSts {
 // vectors, which still grow, are set at the end.
 class TreeBuilder {
  public:
-  explicit TreeBuilder(DocumentTree* tree) : m_Tree(*tree) {}
+  explicit TreeBuilder(DocumentTree* tree) : tree_(*tree) {}
 
   void Build(const ListedObject& root) {
     Reserve(Count(root));
@@ -30,8 +30,8 @@ class TreeBuilder {
 
   // A document may be large: its vectors are made for what it holds, no larger.
   void Reserve(const Counts& counts) {
-    m_Tree.m_Elements.reserve(counts.Elements);
-    m_Tree.m_Values.reserve(counts.Values);
+    tree_.elements_.reserve(counts.Elements);
+    tree_.values_.reserve(counts.Values);
   }
 
   // NOLINTNEXTLINE(misc-no-recursion): the document's depth is that of its classes
@@ -63,33 +63,31 @@ class TreeBuilder {
   // Begins an element; its position among all.
   std::size_t Begin(const Field* field, const ClassInfo* info, std::size_t position,
                     std::size_t parent) {
-    const std::size_t begun = m_Tree.m_Elements.size();
-    TreeElement& element = m_Tree.m_Elements.emplace_back();
-    element.m_Field = field;
-    element.m_Class = info;
-    element.m_Position = static_cast<std::uint32_t>(position);
-    element.m_ToParent = static_cast<std::uint32_t>(begun - parent);
+    const std::size_t begun = tree_.elements_.size();
+    TreeElement& element = tree_.elements_.emplace_back();
+    element.field_ = field;
+    element.class_ = info;
+    element.position_ = static_cast<std::uint32_t>(position);
+    element.to_parent_ = static_cast<std::uint32_t>(begun - parent);
     return begun;
   }
 
   void End(std::size_t begun) {
-    m_Tree.m_Elements[begun].m_Extent =
-        static_cast<std::uint32_t>(m_Tree.m_Elements.size() - begun);
+    tree_.elements_[begun].extent_ = static_cast<std::uint32_t>(tree_.elements_.size() - begun);
   }
 
   // NOLINTNEXTLINE(misc-no-recursion): the document's depth is that of its classes
   void AddObject(const Field* field, const ListedObject& object, std::size_t position,
                  std::size_t parent) {
     const std::size_t begun = Begin(field, object.Class(), position, parent);
-    const std::size_t values = m_Tree.m_Values.size();
+    const std::size_t values = tree_.values_.size();
     object.VisitFields([this](const ListedField& held) {
       if (held.Listed().Scalar != nullptr && held.IsReported()) {
         AddValue(held);
       }
       return true;
     });
-    m_Tree.m_Elements[begun].m_ValueCount =
-        static_cast<std::uint32_t>(m_Tree.m_Values.size() - values);
+    tree_.elements_[begun].value_count_ = static_cast<std::uint32_t>(tree_.values_.size() - values);
     object.VisitFields([this, begun](const ListedField& held) {
       if (held.Listed().Scalar == nullptr && held.IsReported()) {
         AddChild(held, begun);
@@ -115,11 +113,11 @@ class TreeBuilder {
   }
 
   void AddValue(const ListedField& field) {
-    TreeValue& value = m_Tree.m_Values.emplace_back();
-    value.m_Field = &field.Listed();
+    TreeValue& value = tree_.values_.emplace_back();
+    value.field_ = &field.Listed();
     for (const Taker& taker : Takers()) {
       if (const void* const source = field.ValueIf(*taker.Type)) {
-        value.m_Kind = taker.Kind;
+        value.kind_ = taker.Kind;
         (this->*taker.Take)(source, &value);
         return;
       }
@@ -128,28 +126,28 @@ class TreeBuilder {
 
   template <class T>
   void TakeUnsigned(const void* source, TreeValue* value) {
-    value->m_Data.Unsigned = *static_cast<const T*>(source);
+    value->data_.Unsigned = *static_cast<const T*>(source);
   }
   template <class T>
   void TakeSigned(const void* source, TreeValue* value) {
-    value->m_Data.Signed = *static_cast<const T*>(source);
+    value->data_.Signed = *static_cast<const T*>(source);
   }
   void TakeFloat(const void* source, TreeValue* value) {
-    value->m_Data.Float = *static_cast<const float*>(source);
+    value->data_.Float = *static_cast<const float*>(source);
   }
   void TakeDouble(const void* source, TreeValue* value) {
-    value->m_Data.Double = *static_cast<const double*>(source);
+    value->data_.Double = *static_cast<const double*>(source);
   }
   void TakeText(const void* source, TreeValue* value) {
-    m_Clean = *static_cast<const std::string*>(source);
-    CleanText(&m_Clean);
-    m_Tree.m_Texts.insert(m_Tree.m_Texts.end(), m_Clean.begin(), m_Clean.end());
-    value->m_Size = static_cast<std::uint32_t>(m_Clean.size());
+    clean_ = *static_cast<const std::string*>(source);
+    CleanText(&clean_);
+    tree_.texts_.insert(tree_.texts_.end(), clean_.begin(), clean_.end());
+    value->size_ = static_cast<std::uint32_t>(clean_.size());
   }
   void TakeReals(const void* source, TreeValue* value) {
     const auto& reals = *static_cast<const std::vector<float>*>(source);
-    m_Tree.m_Reals.insert(m_Tree.m_Reals.end(), reals.begin(), reals.end());
-    value->m_Size = static_cast<std::uint32_t>(reals.size());
+    tree_.reals_.insert(tree_.reals_.end(), reals.begin(), reals.end());
+    value->size_ = static_cast<std::uint32_t>(reals.size());
   }
 
   struct Taker {
@@ -160,26 +158,26 @@ class TreeBuilder {
   static std::span<const Taker> Takers();
 
   void SetPointers() {
-    const TreeValue* values = m_Tree.m_Values.data();
-    for (TreeElement& element : m_Tree.m_Elements) {
-      element.m_Values = values;
-      values += element.m_ValueCount;
+    const TreeValue* values = tree_.values_.data();
+    for (TreeElement& element : tree_.elements_) {
+      element.values_ = values;
+      values += element.value_count_;
     }
-    const char* text = m_Tree.m_Texts.data();
-    const float* reals = m_Tree.m_Reals.data();
-    for (TreeValue& value : m_Tree.m_Values) {
-      if (value.m_Kind == ValueKind::kText) {
-        value.m_Data.Text = text;
-        text += value.m_Size;
-      } else if (value.m_Kind == ValueKind::kReals) {
-        value.m_Data.Reals = reals;
-        reals += value.m_Size;
+    const char* text = tree_.texts_.data();
+    const float* reals = tree_.reals_.data();
+    for (TreeValue& value : tree_.values_) {
+      if (value.kind_ == ValueKind::kText) {
+        value.data_.Text = text;
+        text += value.size_;
+      } else if (value.kind_ == ValueKind::kReals) {
+        value.data_.Reals = reals;
+        reals += value.size_;
       }
     }
   }
 
-  DocumentTree& m_Tree;
-  std::string m_Clean;  // room for one text
+  DocumentTree& tree_;
+  std::string clean_;  // room for one text
 };
 
 // One for each type of scalar, the frequent ones first.
@@ -225,21 +223,21 @@ std::optional<std::size_t> ParsePosition(std::string_view text) {
 }  // namespace
 
 void TreeValue::AppendTo(std::string* text) const {
-  switch (m_Kind) {
+  switch (kind_) {
     case ValueKind::kFlag:
       *text += Flag() ? "true" : "false";
       break;
     case ValueKind::kUnsigned:
-      listing::kUInt64.Format(&m_Data.Unsigned, text);
+      listing::kUInt64.Format(&data_.Unsigned, text);
       break;
     case ValueKind::kSigned:
-      listing::kInt64.Format(&m_Data.Signed, text);
+      listing::kInt64.Format(&data_.Signed, text);
       break;
     case ValueKind::kFloat:
-      listing::kFloat.Format(&m_Data.Float, text);
+      listing::kFloat.Format(&data_.Float, text);
       break;
     case ValueKind::kDouble:
-      listing::kDouble.Format(&m_Data.Double, text);
+      listing::kDouble.Format(&data_.Double, text);
       break;
     case ValueKind::kText:
       *text += Text();
@@ -257,11 +255,11 @@ std::string TreeValue::Written() const {
 }
 
 const char* TreeValue::CodeName() const {
-  if (m_Kind != ValueKind::kUnsigned && m_Kind != ValueKind::kSigned) {
+  if (kind_ != ValueKind::kUnsigned && kind_ != ValueKind::kSigned) {
     return nullptr;
   }
-  for (const Code& code : m_Field->Codes) {
-    if (m_Kind == ValueKind::kSigned ? code.Value == Signed() : code.Value == Unsigned()) {
+  for (const Code& code : field_->Codes) {
+    if (kind_ == ValueKind::kSigned ? code.Value == Signed() : code.Value == Unsigned()) {
       return code.Text;
     }
   }
@@ -269,14 +267,14 @@ const char* TreeValue::CodeName() const {
 }
 
 const char* TreeElement::Name() const {
-  if (m_Field != nullptr) {
-    return m_Field->Name;
+  if (field_ != nullptr) {
+    return field_->Name;
   }
-  return m_Class != nullptr ? m_Class->Name : "";
+  return class_ != nullptr ? class_->Name : "";
 }
 
 bool TreeElement::IsA(const ClassInfo& base) const {
-  return m_Class != nullptr && QtSts::IsA(*m_Class, base);
+  return class_ != nullptr && QtSts::IsA(*class_, base);
 }
 
 // "Outputs", "Outputs[0]" or, of a list, "[0]".
@@ -337,7 +335,7 @@ std::string TreeElement::Path() const {
   }
   const std::string path = parent->Path();
   if (parent->IsList()) {
-    return path + "[" + std::to_string(m_Position) + "]";
+    return path + "[" + std::to_string(position_) + "]";
   }
   return path.empty() ? Name() : path + "/" + Name();
 }

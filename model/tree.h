@@ -23,16 +23,16 @@ enum class ValueKind : std::uint8_t { kFlag, kUnsigned, kSigned, kFloat, kDouble
 class STATUS_API TreeValue {
  public:
   // Name, unit, meaning, names of codes.
-  const Field& Listed() const { return *m_Field; }
-  ValueKind Kind() const { return m_Kind; }
+  const Field& Listed() const { return *field_; }
+  ValueKind Kind() const { return kind_; }
 
   // Each is asked for values of its own kind only; Real is for floats, too.
-  bool Flag() const { return m_Data.Unsigned != 0; }
-  std::uint64_t Unsigned() const { return m_Data.Unsigned; }
-  std::int64_t Signed() const { return m_Data.Signed; }
-  double Real() const { return m_Kind == ValueKind::kFloat ? m_Data.Float : m_Data.Double; }
-  std::string_view Text() const { return {m_Data.Text, m_Size}; }  // UTF-8 that XML can carry
-  std::span<const float> Reals() const { return {m_Data.Reals, m_Size}; }
+  bool Flag() const { return data_.Unsigned != 0; }
+  std::uint64_t Unsigned() const { return data_.Unsigned; }
+  std::int64_t Signed() const { return data_.Signed; }
+  double Real() const { return kind_ == ValueKind::kFloat ? data_.Float : data_.Double; }
+  std::string_view Text() const { return {data_.Text, size_}; }  // UTF-8 that XML can carry
+  std::span<const float> Reals() const { return {data_.Reals, size_}; }
 
   // The value as XML and all other renderings write it, numbers in their shortest form.
   std::string Written() const;
@@ -45,7 +45,7 @@ class STATUS_API TreeValue {
   friend class DocumentTree;
   friend class TreeBuilder;
 
-  const Field* m_Field;
+  const Field* field_;
   union {
     std::uint64_t Unsigned;
     std::int64_t Signed;
@@ -53,9 +53,9 @@ class STATUS_API TreeValue {
     double Double;
     const char* Text;
     const float* Reals;
-  } m_Data;
-  std::uint32_t m_Size;  // of a text or reals
-  ValueKind m_Kind;
+  } data_;
+  std::uint32_t size_;  // of a text or reals
+  ValueKind kind_;
 };
 
 // A record, a list, or an element of a list. Lives as long as its tree.
@@ -63,49 +63,49 @@ class STATUS_API TreeElement {
  public:
   class Iterator {
    public:
-    explicit Iterator(const TreeElement* element) : m_Element(element) {}
-    const TreeElement& operator*() const { return *m_Element; }
-    const TreeElement* operator->() const { return m_Element; }
+    explicit Iterator(const TreeElement* element) : element_(element) {}
+    const TreeElement& operator*() const { return *element_; }
+    const TreeElement* operator->() const { return element_; }
     Iterator& operator++() {
-      m_Element += m_Element->m_Extent;
+      element_ += element_->extent_;
       return *this;
     }
     bool operator==(const Iterator&) const = default;
 
    private:
-    const TreeElement* m_Element;
+    const TreeElement* element_;
   };
 
   // Records and lists in order of the fields, or the elements of a list.
   class Range {
    public:
-    Range(const TreeElement* first, const TreeElement* last) : m_First(first), m_Last(last) {}
-    Iterator begin() const { return Iterator(m_First); }
-    Iterator end() const { return Iterator(m_Last); }
-    bool empty() const { return m_First == m_Last; }
+    Range(const TreeElement* first, const TreeElement* last) : first_(first), last_(last) {}
+    Iterator begin() const { return Iterator(first_); }
+    Iterator end() const { return Iterator(last_); }
+    bool empty() const { return first_ == last_; }
 
    private:
-    const TreeElement* m_First;
-    const TreeElement* m_Last;
+    const TreeElement* first_;
+    const TreeElement* last_;
   };
 
   // The name of the field that it is; of the root and of a list's elements, that of the class.
   const char* Name() const;
   // The field that it is; null for the root and for a list's elements.
-  const Field* Listed() const { return m_Field; }
+  const Field* Listed() const { return field_; }
   // Null for a list.
-  const ClassInfo* Class() const { return m_Class; }
-  bool IsList() const { return m_Class == nullptr; }
+  const ClassInfo* Class() const { return class_; }
+  bool IsList() const { return class_ == nullptr; }
   bool IsA(const ClassInfo& base) const;
   // In its list, from 0; otherwise 0.
-  std::size_t Position() const { return m_Position; }
+  std::size_t Position() const { return position_; }
 
-  std::span<const TreeValue> Values() const { return {m_Values, m_ValueCount}; }
-  Range Children() const { return {this + 1, this + m_Extent}; }
+  std::span<const TreeValue> Values() const { return {values_, value_count_}; }
+  Range Children() const { return {this + 1, this + extent_}; }
   // Null for the root.
   // The parent stands in front of its children.
   // cppcheck-suppress thisSubtraction
-  const TreeElement* Parent() const { return m_ToParent == 0 ? nullptr : this - m_ToParent; }
+  const TreeElement* Parent() const { return to_parent_ == 0 ? nullptr : this - to_parent_; }
 
   // What a path of names leads to, positions in lists between brackets:
   // "Outputs[0]/Dimming/DimmingLevel", from a list "[0]/Dimming". The empty path leads to this
@@ -124,13 +124,13 @@ class STATUS_API TreeElement {
   const TreeElement* FindStep(std::string_view step) const;
   const TreeElement* FindChild(std::string_view name) const;
 
-  const Field* m_Field;
-  const ClassInfo* m_Class;
-  const TreeValue* m_Values;
-  std::uint32_t m_ValueCount;
-  std::uint32_t m_Position;
-  std::uint32_t m_ToParent;
-  std::uint32_t m_Extent;  // elements from this one to the end of what it holds
+  const Field* field_;
+  const ClassInfo* class_;
+  const TreeValue* values_;
+  std::uint32_t value_count_;
+  std::uint32_t position_;
+  std::uint32_t to_parent_;
+  std::uint32_t extent_;  // elements from this one to the end of what it holds
 };
 
 // The tree of one object. Holds copies: the object may change or go. Moving leaves its values and
@@ -145,18 +145,18 @@ class STATUS_API DocumentTree {
   DocumentTree(DocumentTree&&) = default;
   DocumentTree& operator=(DocumentTree&&) = default;
 
-  const TreeElement& Root() const { return m_Elements.front(); }
+  const TreeElement& Root() const { return elements_.front(); }
 
   // All of it in order of the document, the root first, each element before what it holds.
-  std::span<const TreeElement> Elements() const { return m_Elements; }
+  std::span<const TreeElement> Elements() const { return elements_; }
 
  private:
   friend class TreeBuilder;
 
-  std::vector<TreeElement> m_Elements;
-  std::vector<TreeValue> m_Values;  // of the elements in their order
-  std::vector<char> m_Texts;        // of the values in their order
-  std::vector<float> m_Reals;       // likewise
+  std::vector<TreeElement> elements_;
+  std::vector<TreeValue> values_;  // of the elements in their order
+  std::vector<char> texts_;        // of the values in their order
+  std::vector<float> reals_;       // likewise
 };
 
 }  // namespace QtSts

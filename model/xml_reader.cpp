@@ -27,29 +27,29 @@ Member FindMember(const ClassInfo& info, void* object, std::string_view name) {
 }  // namespace
 
 XmlReader::XmlReader(const ClassInfo& info, void* object, XmlError* error, const char* name)
-    : m_Root{info.Name, 0, &info, object, nullptr, {}, nullptr}, m_RootName(name), m_Error(error) {}
+    : root_{info.Name, 0, &info, object, nullptr, {}, nullptr}, root_name_(name), error_(error) {}
 
 void XmlReader::Fail(const char* element, long line, const char* attribute, std::string message) {
-  m_Error->Element = element;
-  m_Error->Attribute = attribute;
-  m_Error->Line = line;
-  m_Error->Message = std::move(message);
-  m_Failed = true;
+  error_->Element = element;
+  error_->Attribute = attribute;
+  error_->Line = line;
+  error_->Message = std::move(message);
+  failed_ = true;
 }
 
 void XmlReader::Begin(const char* name, bool has_namespace,
                       std::span<const XmlAttribute> attributes, long line) {
-  if (m_Failed) {
+  if (failed_) {
     return;
   }
-  if (m_Open.empty() && m_RootName != nullptr && std::strcmp(name, m_RootName) != 0) {
-    Fail("", 0, "", std::string("the outermost element is not <") + m_RootName + ">");
+  if (open_.empty() && root_name_ != nullptr && std::strcmp(name, root_name_) != 0) {
+    Fail("", 0, "", std::string("the outermost element is not <") + root_name_ + ">");
   } else if (has_namespace) {
     Fail(name, line, "", "unknown element");
-  } else if (m_Open.empty()) {
-    m_Root.Line = line;
-    BeginObject(std::move(m_Root), attributes);
-  } else if (m_Open.back().Class == nullptr) {
+  } else if (open_.empty()) {
+    root_.Line = line;
+    BeginObject(std::move(root_), attributes);
+  } else if (open_.back().Class == nullptr) {
     BeginElement(name, attributes, line);
   } else {
     BeginField(name, attributes, line);
@@ -58,7 +58,7 @@ void XmlReader::Begin(const char* name, bool has_namespace,
 
 // A child of an object: a record or a list, once.
 void XmlReader::BeginField(const char* name, std::span<const XmlAttribute> attributes, long line) {
-  Open& parent = m_Open.back();
+  Open& parent = open_.back();
   const auto [field, part] = FindMember(*parent.Class, parent.Object, name);
   if (field == nullptr || field->Scalar != nullptr) {
     Fail(name, line, "", "unknown element");
@@ -75,7 +75,7 @@ void XmlReader::BeginField(const char* name, std::span<const XmlAttribute> attri
   } else if (!attributes.empty()) {
     Fail(name, line, attributes.front().Name, "unknown attribute");
   } else {
-    m_Open.push_back({field->Name, line, nullptr, field->Make(part), field, {}, nullptr});
+    open_.push_back({field->Name, line, nullptr, field->Make(part), field, {}, nullptr});
   }
 }
 
@@ -83,7 +83,7 @@ void XmlReader::BeginField(const char* name, std::span<const XmlAttribute> attri
 void XmlReader::BeginElement(const char* name, std::span<const XmlAttribute> attributes,
                              long line) {
   const ClassInfo* const info = ClassNamed(name);
-  if (info == nullptr || info->Create == nullptr || !IsA(*info, *m_Open.back().List->Record)) {
+  if (info == nullptr || info->Create == nullptr || !IsA(*info, *open_.back().List->Record)) {
     Fail(name, line, "", "not an element of this list");
     return;
   }
@@ -94,7 +94,7 @@ void XmlReader::BeginElement(const char* name, std::span<const XmlAttribute> att
 
 void XmlReader::BeginObject(Open object, std::span<const XmlAttribute> attributes) {
   if (HasOnlyListed(object, attributes) && ReadScalars(object, attributes)) {
-    m_Open.push_back(std::move(object));
+    open_.push_back(std::move(object));
   }
 }
 
@@ -134,19 +134,19 @@ bool XmlReader::ReadScalar(const Open& object, const Field& field, void* part,
 }
 
 void XmlReader::Text(std::string_view text) {
-  if (!m_Failed && !m_Open.empty() && text.find_first_not_of(" \t\r\n") != std::string_view::npos) {
-    Fail(m_Open.back().Name, m_Open.back().Line, "", "text where only elements may stand");
+  if (!failed_ && !open_.empty() && text.find_first_not_of(" \t\r\n") != std::string_view::npos) {
+    Fail(open_.back().Name, open_.back().Line, "", "text where only elements may stand");
   }
 }
 
 void XmlReader::End() {
-  if (m_Failed) {
+  if (failed_) {
     return;
   }
-  Open ended = std::move(m_Open.back());
-  m_Open.pop_back();
+  Open ended = std::move(open_.back());
+  open_.pop_back();
   if (ended.Class != nullptr && HasAllElements(ended) && ended.Made != nullptr) {
-    m_Open.back().List->Elements->Add(m_Open.back().Object, ended.Made.release());
+    open_.back().List->Elements->Add(open_.back().Object, ended.Made.release());
   }
 }
 

@@ -31,7 +31,7 @@ class XmlReader {
   void Text(std::string_view text);
   void End();
 
-  bool Failed() const { return m_Failed; }
+  bool Failed() const { return failed_; }
 
  private:
   // An element that has begun and not ended: an object, or a list when it has no class.
@@ -55,11 +55,11 @@ class XmlReader {
                   std::span<const XmlAttribute> attributes);
   bool HasAllElements(const Open& object);
 
-  Open m_Root;
-  const char* m_RootName;
-  std::vector<Open> m_Open;
-  XmlError* m_Error;
-  bool m_Failed = false;
+  Open root_;
+  const char* root_name_;
+  std::vector<Open> open_;
+  XmlError* error_;
+  bool failed_ = false;
 };
 
 }  // namespace QtSts

@@ -200,13 +200,13 @@ constexpr Attribute kFamilies[] = {
 class ExactIndex {
  public:
   consteval ExactIndex() {
-    m_Positions.fill(kFree);
+    positions_.fill(kFree);
     for (std::size_t position = 0; position < std::size(kExact); ++position) {
       std::size_t slot = Slot(kExact[position].Name);
-      while (m_Positions[slot] != kFree) {
+      while (positions_[slot] != kFree) {
         slot = Next(slot);
       }
-      m_Positions[slot] = static_cast<std::uint8_t>(position);
+      positions_[slot] = static_cast<std::uint8_t>(position);
     }
   }
 
@@ -214,8 +214,8 @@ class ExactIndex {
     if (name.empty()) {
       return nullptr;
     }
-    for (std::size_t slot = Slot(name); m_Positions[slot] != kFree; slot = Next(slot)) {
-      const Attribute& attribute = kExact[m_Positions[slot]];
+    for (std::size_t slot = Slot(name); positions_[slot] != kFree; slot = Next(slot)) {
+      const Attribute& attribute = kExact[positions_[slot]];
       if (attribute.Name == name) {
         return &attribute;
       }
@@ -236,7 +236,7 @@ class ExactIndex {
   }
   static constexpr std::size_t Next(std::size_t slot) { return (slot + 1) % kSlots; }
 
-  std::array<std::uint8_t, kSlots> m_Positions;
+  std::array<std::uint8_t, kSlots> positions_;
 };
 constexpr ExactIndex kExactIndex;
 

@@ -57,7 +57,7 @@ CycleTest::~CycleTest() {
 
 CycleResult CycleTest::Cycle() {
   CycleResult result{};
-  result.Errors = ErrorsOf([&] { result.Result = m_Collector.QueryDatabase(); });
+  result.Errors = ErrorsOf([&] { result.Result = collector_.QueryDatabase(); });
   return result;
 }
 

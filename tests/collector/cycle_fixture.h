@@ -34,15 +34,15 @@ class CycleTest : public testing::Test {
   ~CycleTest() override;
 
   // Opens the database for reading.
-  void Open() { m_Collector.InitDatabase(false); }
+  void Open() { collector_.InitDatabase(false); }
 
   CycleResult Cycle();
 
   // Replaces table `status` by a view of that name.
   static void MakeView(const std::string& select);
 
-  CStatusInterface m_Collector;
-  QtSts::CStatus& m_Status = m_Collector.m_Status;
+  CStatusInterface collector_;
+  QtSts::CStatus& status_ = collector_.m_Status;
 
   static constexpr CycleResult kDone{0, ""};
 };

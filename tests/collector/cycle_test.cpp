@@ -30,12 +30,12 @@ class DispatchTest : public CycleTest {
 TEST_F(DispatchTest, OfAnEmptyTableLeavesTheProbesResultsAndTheTime) {
   Open();
   EXPECT_EQ(Cycle(), kDone);
-  EXPECT_NE(m_Status.LocalTime, "");
-  EXPECT_NE(m_Status.Uptime, "P0S");
-  EXPECT_EQ(m_Status.Outputs.Count(), 0U);
-  EXPECT_EQ(m_Status.DCIO.Devices.Count(), 0U);
-  EXPECT_EQ(m_Status.Sensors.Count(), 0U);
-  EXPECT_EQ(m_Status.GUID, "");
+  EXPECT_NE(status_.LocalTime, "");
+  EXPECT_NE(status_.Uptime, "P0S");
+  EXPECT_EQ(status_.Outputs.Count(), 0U);
+  EXPECT_EQ(status_.DCIO.Devices.Count(), 0U);
+  EXPECT_EQ(status_.Sensors.Count(), 0U);
+  EXPECT_EQ(status_.GUID, "");
 }
 
 TEST_F(DispatchTest, HandsEachRowToTheHandlerOfItsKey) {
@@ -75,15 +75,15 @@ TEST_F(DispatchTest, HandsEachRowToTheHandlerOfItsKey) {
            {"TtableTitle", "title"}});
   Open();
   EXPECT_EQ(Cycle(), kDone);
-  EXPECT_EQ(m_Status.SolarInfo.CalculatedSunrise, "06:00");
-  EXPECT_EQ(m_Status.SolarInfo.CalculatedSunset, "22:00");
-  EXPECT_EQ(m_Status.ErrorFlags, "0x01");
-  EXPECT_EQ(m_Status.GUID, "abc");
-  EXPECT_EQ(m_Status.ProductFamily, 4);
-  EXPECT_EQ(m_Status.DCIO.Devices.Count(), 1U);
-  EXPECT_EQ(m_Status.Sensors.Count(), 1U);
-  ASSERT_EQ(m_Status.Outputs.Count(), 1U);
-  const QtSts::COutput& output = *m_Status.Outputs[0];
+  EXPECT_EQ(status_.SolarInfo.CalculatedSunrise, "06:00");
+  EXPECT_EQ(status_.SolarInfo.CalculatedSunset, "22:00");
+  EXPECT_EQ(status_.ErrorFlags, "0x01");
+  EXPECT_EQ(status_.GUID, "abc");
+  EXPECT_EQ(status_.ProductFamily, 4);
+  EXPECT_EQ(status_.DCIO.Devices.Count(), 1U);
+  EXPECT_EQ(status_.Sensors.Count(), 1U);
+  ASSERT_EQ(status_.Outputs.Count(), 1U);
+  const QtSts::COutput& output = *status_.Outputs[0];
   EXPECT_EQ(output.Dimming.ActualDimmingLevel, 55);
   EXPECT_EQ(output.Dimming.DimmingLevel, 56);
   EXPECT_EQ(output.Dimming.DimmingMode, 3U);
@@ -112,18 +112,18 @@ TEST_F(DispatchTest, MatchesAKeyThatBeginsWithATableKeyInItsCase) {
   SetRows({{"GUIDX", "by prefix"}, {"guid", "lower"}, {"Zzz", "1"}, {"TtableTitleX", "title"}});
   Open();
   EXPECT_EQ(Cycle(), kDone);
-  EXPECT_EQ(m_Status.GUID, "by prefix");
-  ASSERT_EQ(m_Status.Outputs.Count(), 1U);
-  EXPECT_EQ(m_Status.Outputs[0]->Title, "title");
+  EXPECT_EQ(status_.GUID, "by prefix");
+  ASSERT_EQ(status_.Outputs.Count(), 1U);
+  EXPECT_EQ(status_.Outputs[0]->Title, "title");
 }
 
 TEST_F(DispatchTest, PassesTheWholeKeyToAHandlerThatComparesIt) {
   SetRows({{"CalculatedSunriseX", "1"}, {"CalculatedSunsetX", "2"}, {"ErrorFlagsX", "3"}});
   Open();
   EXPECT_EQ(Cycle(), kDone);
-  EXPECT_EQ(m_Status.SolarInfo.CalculatedSunrise, "nil");
-  EXPECT_EQ(m_Status.SolarInfo.CalculatedSunset, "nil");
-  EXPECT_EQ(m_Status.ErrorFlags, "0x0000000000000000");
+  EXPECT_EQ(status_.SolarInfo.CalculatedSunrise, "nil");
+  EXPECT_EQ(status_.SolarInfo.CalculatedSunset, "nil");
+  EXPECT_EQ(status_.ErrorFlags, "0x0000000000000000");
 }
 
 TEST_F(DispatchTest, IgnoresKeysThatAreShorterThanTheirTableKey) {
@@ -132,8 +132,8 @@ TEST_F(DispatchTest, IgnoresKeysThatAreShorterThanTheirTableKey) {
   Open();
   EXPECT_EQ(Cycle(), kDone);
   EXPECT_EQ(u32_DCIO_SensorNumber, 99U);
-  EXPECT_EQ(m_Status.Outputs.Count(), 0U);
-  EXPECT_EQ(m_Status.GUID, "");
+  EXPECT_EQ(status_.Outputs.Count(), 0U);
+  EXPECT_EQ(status_.GUID, "");
 }
 
 TEST_F(DispatchTest, TakesABarePrefixAsItsFamily) {
@@ -142,9 +142,9 @@ TEST_F(DispatchTest, TakesABarePrefixAsItsFamily) {
   Open();
   EXPECT_EQ(Cycle(), kDone);
   EXPECT_EQ(u32_DCIO_SensorNumber, 0U);
-  ASSERT_EQ(m_Status.Outputs.Count(), 1U);
-  ASSERT_EQ(m_Status.Outputs[0]->Devices.Count(), 1U);
-  EXPECT_EQ(m_Status.Outputs[0]->Devices[0]->Node, 3);
+  ASSERT_EQ(status_.Outputs.Count(), 1U);
+  ASSERT_EQ(status_.Outputs[0]->Devices.Count(), 1U);
+  EXPECT_EQ(status_.Outputs[0]->Devices[0]->Node, 3);
 }
 
 TEST_F(DispatchTest, FindsTheLastTableKeyAndIgnoresWhatSortsAfterIt) {
@@ -155,9 +155,9 @@ TEST_F(DispatchTest, FindsTheLastTableKeyAndIgnoresWhatSortsAfterIt) {
            {"a", "x"}});
   Open();
   EXPECT_EQ(Cycle(), kDone);
-  ASSERT_EQ(m_Status.Outputs.Count(), 1U);
-  EXPECT_EQ(m_Status.Outputs[0]->Time, "time");
-  EXPECT_EQ(m_Status.Outputs[0]->Title, "title");
+  ASSERT_EQ(status_.Outputs.Count(), 1U);
+  EXPECT_EQ(status_.Outputs[0]->Time, "time");
+  EXPECT_EQ(status_.Outputs[0]->Title, "title");
 }
 
 TEST_F(DispatchTest, GoesOnAfterAKeyThatMatchesNothing) {
@@ -166,8 +166,8 @@ TEST_F(DispatchTest, GoesOnAfterAKeyThatMatchesNothing) {
       {{"DimmingLevel", "37.5"}, {"DimmingLevelX", "38.5"}, {"Dimmingx", "1"}, {"GUID", "abc"}});
   Open();
   EXPECT_EQ(Cycle(), kDone);
-  EXPECT_EQ(m_Status.Outputs[0]->Dimming.DimmingLevel, 38.5F);
-  EXPECT_EQ(m_Status.GUID, "abc");
+  EXPECT_EQ(status_.Outputs[0]->Dimming.DimmingLevel, 38.5F);
+  EXPECT_EQ(status_.GUID, "abc");
 }
 
 TEST_F(DispatchTest, HandsAllRowsOfOnePrefixToItsHandler) {
@@ -186,7 +186,7 @@ TEST_F(DispatchTest, HandsAllRowsOfOnePrefixToItsHandler) {
                                         Pair("ThermalScalerY", "c")));
   EXPECT_EQ(u32_DCIO_SensorNumber, 2U);
   EXPECT_EQ(u32_DCIO_State, 2U);
-  EXPECT_EQ(m_Status.Outputs[0]->Dimming.DimmingLevel, 3);
+  EXPECT_EQ(status_.Outputs[0]->Dimming.DimmingLevel, 3);
   EXPECT_EQ(f_celsius, 21.5F);
   EXPECT_THAT(FanRpms, ElementsAre(Pair(1, 700), Pair(2, 800)));
   EXPECT_EQ(u32_SensorNumber, 7U);
@@ -199,12 +199,12 @@ TEST_F(DispatchTest, NeverGoesBackToAnEarlierTableKeyWithinACycle) {
   SetRow("DimmingLevel", "37.5");
   Open();
   EXPECT_EQ(Cycle(), kDone);
-  EXPECT_EQ(m_Status.Outputs[0]->Dimming.DimmingLevel, 37.5F);
-  EXPECT_EQ(m_Status.Outputs[0]->Dimming.ActualDimmingLevel, 1) << "not delivered";
+  EXPECT_EQ(status_.Outputs[0]->Dimming.DimmingLevel, 37.5F);
+  EXPECT_EQ(status_.Outputs[0]->Dimming.ActualDimmingLevel, 1) << "not delivered";
 
   RemoveRow("DimmingLevel");
   EXPECT_EQ(Cycle(), kDone);
-  EXPECT_EQ(m_Status.Outputs[0]->Dimming.ActualDimmingLevel, 55) << "found from the start again";
+  EXPECT_EQ(status_.Outputs[0]->Dimming.ActualDimmingLevel, 55) << "found from the start again";
 }
 
 TEST_F(DispatchTest, StaysWhereItWasAfterAKeyBeyondTheLastTableKey) {
@@ -212,7 +212,7 @@ TEST_F(DispatchTest, StaysWhereItWasAfterAKeyBeyondTheLastTableKey) {
   RunSql("INSERT INTO status VALUES(CAST('TtableTitle' AS BLOB), 'title');");
   Open();
   EXPECT_EQ(Cycle(), kDone);
-  EXPECT_EQ(m_Status.Outputs[0]->Title, "title");
+  EXPECT_EQ(status_.Outputs[0]->Title, "title");
 }
 
 TEST_F(DispatchTest, StartsAtTheFirstTableKeyInEveryCycle) {
@@ -220,7 +220,7 @@ TEST_F(DispatchTest, StartsAtTheFirstTableKeyInEveryCycle) {
   Open();
   for (int cycle = 0; cycle < 3; ++cycle) {
     EXPECT_EQ(Cycle(), kDone);
-    EXPECT_EQ(m_Status.Outputs[0]->Dimming.ActualDimmingLevel, 55);
+    EXPECT_EQ(status_.Outputs[0]->Dimming.ActualDimmingLevel, 55);
   }
 }
 
@@ -230,7 +230,7 @@ TEST_F(DispatchTest, HandsTheDocumentToTheHandler) {
   g_on_thermal_scaler = [&](const DispatchedRow& row) { given = row.Status; };
   Open();
   EXPECT_EQ(Cycle(), kDone);
-  EXPECT_EQ(given, &m_Collector.m_Status);
+  EXPECT_EQ(given, &collector_.m_Status);
 }
 
 TEST_F(DispatchTest, GoesOnAfterAHandlerThatRefusedItsRow) {
@@ -241,11 +241,11 @@ TEST_F(DispatchTest, GoesOnAfterAHandlerThatRefusedItsRow) {
            {"TtableTitle", "title"}});
   Open();
   EXPECT_EQ(Cycle(), kDone);
-  EXPECT_EQ(m_Status.DCIO.Devices.Count(), 0U);
-  EXPECT_EQ(m_Status.Sensors.Count(), 0U);
-  EXPECT_EQ(m_Status.GUID, "abc");
-  EXPECT_EQ(m_Status.Outputs[0]->Devices.Count(), 0U);
-  EXPECT_EQ(m_Status.Outputs[0]->Title, "title");
+  EXPECT_EQ(status_.DCIO.Devices.Count(), 0U);
+  EXPECT_EQ(status_.Sensors.Count(), 0U);
+  EXPECT_EQ(status_.GUID, "abc");
+  EXPECT_EQ(status_.Outputs[0]->Devices.Count(), 0U);
+  EXPECT_EQ(status_.Outputs[0]->Title, "title");
 }
 
 TEST_F(DispatchTest, ReadsNullAsEmptyText) {
@@ -253,13 +253,13 @@ TEST_F(DispatchTest, ReadsNullAsEmptyText) {
       "DROP TABLE status; CREATE TABLE status(address TEXT, value TEXT);"
       "INSERT INTO status VALUES(NULL, 'no key'), ('', 'empty key'), ('GUID', NULL),"
       "('ProductFamily', NULL), ('ThermalScaler', NULL), ('TtableTitle', NULL);");
-  m_Status.GUID = "old";
+  status_.GUID = "old";
   Open();
   EXPECT_THAT(Dispatched(), ElementsAre(Pair("ThermalScaler", "")));
-  EXPECT_EQ(m_Status.GUID, "");
-  EXPECT_EQ(m_Status.ProductFamily, 8);
-  ASSERT_EQ(m_Status.Outputs.Count(), 1U);
-  EXPECT_EQ(m_Status.Outputs[0]->Title, "");
+  EXPECT_EQ(status_.GUID, "");
+  EXPECT_EQ(status_.ProductFamily, 8);
+  ASSERT_EQ(status_.Outputs.Count(), 1U);
+  EXPECT_EQ(status_.Outputs[0]->Title, "");
 }
 
 // Only a database without our triggers can hold such rows.
@@ -308,7 +308,7 @@ TEST_F(DispatchTest, ReadsRowsInByteOrderWhateverOrderTheyWereWrittenIn) {
   Open();
   EXPECT_THAT(Dispatched(), ElementsAre(Pair("ThermalScaler", "1"), Pair("ThermalScalerB", "2"),
                                         Pair("ThermalScaler_", "3"), Pair("ThermalScalerb", "4")));
-  EXPECT_EQ(m_Status.GUID, "abc");
+  EXPECT_EQ(status_.GUID, "abc");
 }
 
 TEST_F(DispatchTest, SeesWhatAnotherProcessWroteBetweenTwoCycles) {

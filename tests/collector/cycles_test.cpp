@@ -20,8 +20,8 @@ class CyclesTest : public CycleTest {
  protected:
   std::vector<std::uint32_t> DcioAddresses() {
     std::vector<std::uint32_t> addresses;
-    for (unsigned int i = 0; i < m_Status.DCIO.Devices.Count(); ++i) {
-      addresses.push_back(*m_Status.DCIO.Devices[i]->Address);
+    for (unsigned int i = 0; i < status_.DCIO.Devices.Count(); ++i) {
+      addresses.push_back(*status_.DCIO.Devices[i]->Address);
     }
     return addresses;
   }
@@ -29,7 +29,7 @@ class CyclesTest : public CycleTest {
   // "index/node" of each device node of output 0.
   std::vector<std::string> Nodes() {
     std::vector<std::string> nodes;
-    const QtSts::CDeviceList& devices = m_Status.Outputs[0]->Devices;
+    const QtSts::CDeviceList& devices = status_.Outputs[0]->Devices;
     for (unsigned int i = 0; i < devices.Count(); ++i) {
       nodes.push_back(std::to_string(devices[i]->Index) + "/" + std::to_string(devices[i]->Node));
     }
@@ -103,16 +103,16 @@ TEST_F(CyclesTest, HandASensorsAttributesOnToTheNextAlsoAcrossCycles) {
            {"Sensor_02_Type", "CANTemp"}});
   Open();
   EXPECT_EQ(Cycle(), kDone);
-  ASSERT_EQ(m_Status.Sensors.Count(), 2U);
-  const auto* const second = dynamic_cast<QtSts::CCANTempSensor*>(m_Status.Sensors[1]);
+  ASSERT_EQ(status_.Sensors.Count(), 2U);
+  const auto* const second = dynamic_cast<QtSts::CCANTempSensor*>(status_.Sensors[1]);
   ASSERT_NE(second, nullptr);
   EXPECT_EQ(second->Address, 18U);
   EXPECT_EQ(second->Celsius, 21.5F);
 
   SetRows({{"Sensor_03_Type", "CANTemp"}});
   EXPECT_EQ(Cycle(), kDone);
-  ASSERT_EQ(m_Status.Sensors.Count(), 1U);
-  const auto* const third = dynamic_cast<QtSts::CCANTempSensor*>(m_Status.Sensors[0]);
+  ASSERT_EQ(status_.Sensors.Count(), 1U);
+  const auto* const third = dynamic_cast<QtSts::CCANTempSensor*>(status_.Sensors[0]);
   ASSERT_NE(third, nullptr);
   EXPECT_EQ(third->Address, 18U);
   EXPECT_EQ(third->Celsius, 21.5F);
@@ -129,50 +129,50 @@ TEST_F(CyclesTest, RebuildListsButKeepScalarsOfTheRoot) {
            {"TtableTitle", "title"}});
   Open();
   EXPECT_EQ(Cycle(), kDone);
-  EXPECT_EQ(m_Status.DCIO.Devices.Count(), 1U);
-  EXPECT_EQ(m_Status.Sensors.Count(), 1U);
+  EXPECT_EQ(status_.DCIO.Devices.Count(), 1U);
+  EXPECT_EQ(status_.Sensors.Count(), 1U);
 
   SetRows({{"FansEnabled", "true"}});
   EXPECT_EQ(Cycle(), kDone);
-  EXPECT_EQ(m_Status.SolarInfo.CalculatedSunrise, "06:00");
-  EXPECT_EQ(m_Status.ErrorFlags, "0x01");
-  EXPECT_EQ(m_Status.GUID, "abc");
-  EXPECT_EQ(m_Status.ProductFamily, 4);
-  EXPECT_EQ(m_Status.DCIO.Devices.Count(), 0U);
-  EXPECT_EQ(m_Status.Sensors.Count(), 0U);
-  ASSERT_EQ(m_Status.Outputs.Count(), 1U);
-  EXPECT_EQ(m_Status.Outputs[0]->Dimming.DimmingLevel, 1) << "output 0 starts anew";
-  EXPECT_EQ(m_Status.Outputs[0]->Title, "") << "output 0 starts anew";
-  EXPECT_TRUE(m_Status.Outputs[0]->Fans.Enabled);
+  EXPECT_EQ(status_.SolarInfo.CalculatedSunrise, "06:00");
+  EXPECT_EQ(status_.ErrorFlags, "0x01");
+  EXPECT_EQ(status_.GUID, "abc");
+  EXPECT_EQ(status_.ProductFamily, 4);
+  EXPECT_EQ(status_.DCIO.Devices.Count(), 0U);
+  EXPECT_EQ(status_.Sensors.Count(), 0U);
+  ASSERT_EQ(status_.Outputs.Count(), 1U);
+  EXPECT_EQ(status_.Outputs[0]->Dimming.DimmingLevel, 1) << "output 0 starts anew";
+  EXPECT_EQ(status_.Outputs[0]->Title, "") << "output 0 starts anew";
+  EXPECT_TRUE(status_.Outputs[0]->Fans.Enabled);
 
   SetRows({});
   EXPECT_EQ(Cycle(), kDone);
-  EXPECT_EQ(m_Status.Outputs.Count(), 0U);
+  EXPECT_EQ(status_.Outputs.Count(), 0U);
 }
 
 TEST_F(CyclesTest, KeepNameServersWithoutAResolverFileButNoneOfTheSixLists) {
   sandbox::WriteFile("/etc/resolv.conf", "nameserver 10.0.0.1\n");
   Open();
   EXPECT_EQ(Cycle(), kDone);
-  ASSERT_EQ(m_Status.Network.DNS.Addresses.Count(), 1U);
+  ASSERT_EQ(status_.Network.DNS.Addresses.Count(), 1U);
 
   sandbox::RemoveFile("/etc/resolv.conf");
-  m_Status.Sensors.Add(new QtSts::CSensor);
-  m_Status.Network.Devices.Add(new QtSts::CNetworkDevice);
-  m_Status.DCIO.Devices.Add(new QtSts::CRunLED);
-  m_Status.Compositors.Add(new QtSts::CCompositor);
-  m_Status.Inputs.Add(new QtSts::CAnalogInput);
-  m_Status.Outputs.Add(new QtSts::CTravex6Output);
-  m_Status.Network.Devices[0]->Name = "old";
+  status_.Sensors.Add(new QtSts::CSensor);
+  status_.Network.Devices.Add(new QtSts::CNetworkDevice);
+  status_.DCIO.Devices.Add(new QtSts::CRunLED);
+  status_.Compositors.Add(new QtSts::CCompositor);
+  status_.Inputs.Add(new QtSts::CAnalogInput);
+  status_.Outputs.Add(new QtSts::CTravex6Output);
+  status_.Network.Devices[0]->Name = "old";
   EXPECT_EQ(Cycle(), kDone);
-  EXPECT_EQ(m_Status.Network.DNS.Addresses.Count(), 1U);
-  EXPECT_EQ(m_Status.Sensors.Count(), 0U);
-  EXPECT_EQ(m_Status.DCIO.Devices.Count(), 0U);
-  EXPECT_EQ(m_Status.Compositors.Count(), 0U);
-  EXPECT_EQ(m_Status.Inputs.Count(), 0U);
-  EXPECT_EQ(m_Status.Outputs.Count(), 0U);
-  for (unsigned int i = 0; i < m_Status.Network.Devices.Count(); ++i) {
-    EXPECT_NE(m_Status.Network.Devices[i]->Name, "old");
+  EXPECT_EQ(status_.Network.DNS.Addresses.Count(), 1U);
+  EXPECT_EQ(status_.Sensors.Count(), 0U);
+  EXPECT_EQ(status_.DCIO.Devices.Count(), 0U);
+  EXPECT_EQ(status_.Compositors.Count(), 0U);
+  EXPECT_EQ(status_.Inputs.Count(), 0U);
+  EXPECT_EQ(status_.Outputs.Count(), 0U);
+  for (unsigned int i = 0; i < status_.Network.Devices.Count(); ++i) {
+    EXPECT_NE(status_.Network.Devices[i]->Name, "old");
   }
 }
 
@@ -182,19 +182,19 @@ TEST_F(CyclesTest, ProbeAndStampTheDocumentAlsoWhenTheDatabaseFails) {
   sandbox::RunSql("DROP TABLE status;");
   Open();
   EXPECT_EQ(Cycle().Result, 1);
-  EXPECT_EQ(m_Status.GUID, "first");
-  EXPECT_NE(m_Status.LocalTime, "");
-  EXPECT_NE(m_Collector.m_UTCTime, "");
+  EXPECT_EQ(status_.GUID, "first");
+  EXPECT_NE(status_.LocalTime, "");
+  EXPECT_NE(collector_.m_UTCTime, "");
 
   sandbox::WriteFile(kUuid, "second");
-  m_Status.LocalTime = "";
-  m_Collector.m_UTCTime = "";
-  m_Status.Outputs.Add(new QtSts::CTravex6Output);
+  status_.LocalTime = "";
+  collector_.m_UTCTime = "";
+  status_.Outputs.Add(new QtSts::CTravex6Output);
   EXPECT_EQ(Cycle().Result, 1);
-  EXPECT_EQ(m_Status.GUID, "second");
-  EXPECT_NE(m_Status.LocalTime, "");
-  EXPECT_NE(m_Collector.m_UTCTime, "");
-  EXPECT_EQ(m_Status.Outputs.Count(), 0U);
+  EXPECT_EQ(status_.GUID, "second");
+  EXPECT_NE(status_.LocalTime, "");
+  EXPECT_NE(collector_.m_UTCTime, "");
+  EXPECT_EQ(status_.Outputs.Count(), 0U);
 }
 
 TEST_F(CyclesTest, LetTheGuidRowOverwriteTheUuidFile) {
@@ -202,10 +202,10 @@ TEST_F(CyclesTest, LetTheGuidRowOverwriteTheUuidFile) {
   SetRow("GUID", "row");
   Open();
   EXPECT_EQ(Cycle(), kDone);
-  EXPECT_EQ(m_Status.GUID, "row");
+  EXPECT_EQ(status_.GUID, "row");
   RemoveRow("GUID");
   EXPECT_EQ(Cycle(), kDone);
-  EXPECT_EQ(m_Status.GUID, "file");
+  EXPECT_EQ(status_.GUID, "file");
 }
 
 TEST_F(CyclesTest, OfAWholeControllerWriteToStandardOutputAtMost) {
@@ -213,8 +213,8 @@ TEST_F(CyclesTest, OfAWholeControllerWriteToStandardOutputAtMost) {
   Open();
   const std::string output = OutputOf([&] { EXPECT_EQ(Cycle(), kDone); });
   EXPECT_THAT(output, testing::HasSubstr("Dev Name"));
-  EXPECT_GT(m_Status.Network.Devices.Count(), 0U);
-  EXPECT_GT(m_Status.DCIO.Devices.Count(), 0U);
+  EXPECT_GT(status_.Network.Devices.Count(), 0U);
+  EXPECT_GT(status_.DCIO.Devices.Count(), 0U);
 }
 
 TEST_F(CyclesTest, ShareTheStateOfTheProcessWhicheverInterfaceRunsThem) {

@@ -29,15 +29,15 @@ class FailureTest : public CycleTest {
   void ExpectNormalCycle() {
     g_on_thermal_scaler = nullptr;
     SetRows({{"GUID", "normal"}});
-    m_Status.GUID = "";
+    status_.GUID = "";
     EXPECT_EQ(Cycle(), kDone);
-    EXPECT_EQ(m_Status.GUID, "normal");
+    EXPECT_EQ(status_.GUID, "normal");
   }
 
   // Whether the cycle left its statement as it was.
   bool StatementIsAlive() {
     try {
-      m_Collector.m_Statement.execQuery();
+      collector_.m_Statement.execQuery();
       return true;
     } catch (const CppSQLite3Exception& failure) {
       EXPECT_EQ(failure.errorCode(), SQLITE_MISUSE);
@@ -53,7 +53,7 @@ TEST_F(FailureTest, OfPreparationIsReportedEveryTimeUntilTheTableIsThere) {
   Open();
   for (int cycle = 0; cycle < 3; ++cycle) {
     EXPECT_EQ(Cycle(), kMissingTable);
-    EXPECT_EQ(m_Collector.m_LastError, 0) << "stored, then read and cleared";
+    EXPECT_EQ(collector_.m_LastError, 0) << "stored, then read and cleared";
   }
   ExpectNormalCycle();
 }
@@ -71,7 +71,7 @@ TEST_F(FailureTest, WithoutInitDatabaseIsOneLine) {
   const CycleResult expected{1, "21:bad parameter or other API misuse\n"};
   EXPECT_EQ(Cycle(), expected);
   EXPECT_EQ(Cycle(), expected);
-  EXPECT_NE(m_Status.LocalTime, "");
+  EXPECT_NE(status_.LocalTime, "");
   Open();
   ExpectNormalCycle();
 }
@@ -79,9 +79,9 @@ TEST_F(FailureTest, WithoutInitDatabaseIsOneLine) {
 TEST_F(FailureTest, AfterCloseDatabaseIsTheSame) {
   Open();
   EXPECT_EQ(Cycle(), kDone);
-  EXPECT_EQ(m_Collector.CloseDatabase(), 0);
+  EXPECT_EQ(collector_.CloseDatabase(), 0);
   EXPECT_EQ(Cycle(), (CycleResult{1, "21:bad parameter or other API misuse\n"}));
-  EXPECT_EQ(m_Collector.CloseDatabase(), 0);
+  EXPECT_EQ(collector_.CloseDatabase(), 0);
 }
 
 constexpr const char* kTooBig =
@@ -100,8 +100,8 @@ TEST_F(FailureTest, OfExecutionIsReportedAndNotStored) {
   MakeView("SELECT address, value || value AS value FROM items WHERE address > 'H';");
   Open();
   EXPECT_EQ(Cycle(), (CycleResult{1, kTooBig}));
-  EXPECT_EQ(m_Collector.m_LastError, 0);
-  EXPECT_EQ(m_Status.GUID, "");
+  EXPECT_EQ(collector_.m_LastError, 0);
+  EXPECT_EQ(status_.GUID, "");
   RunSql("DROP VIEW status;");
   ExpectNormalCycle();
 }
@@ -117,9 +117,9 @@ TEST_F(FailureTest, OfARowIsReportedAndSkipsTheRest) {
   MakeView(kFailsAtSecondRow);
   Open();
   EXPECT_EQ(Cycle(), (CycleResult{1, kTooBig}));
-  EXPECT_EQ(m_Status.GUID, "first");
-  EXPECT_EQ(m_Status.Outputs.Count(), 0U);
-  EXPECT_EQ(m_Collector.m_LastError, 0);
+  EXPECT_EQ(status_.GUID, "first");
+  EXPECT_EQ(status_.Outputs.Count(), 0U);
+  EXPECT_EQ(collector_.m_LastError, 0);
   EXPECT_TRUE(StatementIsAlive()) << "nothing is finalized after a row failure";
   RunSql("DROP VIEW status;");
   ExpectNormalCycle();
@@ -138,9 +138,9 @@ TEST_F(FailureTest, OfAHandlerIsARowFailure) {
   g_on_thermal_scaler = [](const DispatchedRow&) { throw CppSQLite3Exception(7, "by a handler"); };
   Open();
   EXPECT_EQ(Cycle(), (CycleResult{1, "7:by a handler\n"}));
-  EXPECT_EQ(m_Status.GUID, "first");
-  EXPECT_EQ(m_Status.Outputs.Count(), 0U);
-  EXPECT_EQ(m_Collector.m_LastError, 0);
+  EXPECT_EQ(status_.GUID, "first");
+  EXPECT_EQ(status_.Outputs.Count(), 0U);
+  EXPECT_EQ(collector_.m_LastError, 0);
   ExpectNormalCycle();
 }
 
@@ -151,7 +151,7 @@ TEST_F(FailureTest, OfAnotherKindLeavesTheCycleUnreported) {
   };
   Open();
   const std::string errors =
-      ErrorsOf([&] { EXPECT_THROW(m_Collector.QueryDatabase(), std::runtime_error); });
+      ErrorsOf([&] { EXPECT_THROW(collector_.QueryDatabase(), std::runtime_error); });
   EXPECT_EQ(errors, "");
   ExpectNormalCycle();
 }
@@ -162,7 +162,7 @@ TEST_F(FailureTest, OfTheQuerysFinalizeInTheLoopIsARowFailure) {
   Open();
   EXPECT_EQ(Cycle(), (CycleResult{1, kIoReport}));
   EXPECT_TRUE(interposed::Struck()) << "it was not called";
-  EXPECT_EQ(m_Collector.m_LastError, 0);
+  EXPECT_EQ(collector_.m_LastError, 0);
   EXPECT_TRUE(StatementIsAlive());
   ExpectNormalCycle();
 }
@@ -170,12 +170,12 @@ TEST_F(FailureTest, OfTheQuerysFinalizeInTheLoopIsARowFailure) {
 TEST_F(FailureTest, OfTheQuerysFinalFinalizeLeavesTheStatement) {
   SetRows({{"ThermalScaler", "1"}, {"TtableTitle", "title"}});
   g_on_thermal_scaler = [&](const DispatchedRow&) {
-    m_Collector.m_LastError = 5;  // ends the loop before the last row
+    collector_.m_LastError = 5;  // ends the loop before the last row
     FailNext(Call::kSqlReset);
   };
   Open();
   EXPECT_EQ(Cycle(), (CycleResult{1, kIoReport}));
-  EXPECT_EQ(m_Collector.m_LastError, 0);
+  EXPECT_EQ(collector_.m_LastError, 0);
   EXPECT_TRUE(StatementIsAlive());
   ExpectNormalCycle();
 }
@@ -186,29 +186,29 @@ TEST_F(FailureTest, OfTheStatementsFinalizeFailsTheNextCycleOnly) {
   Open();
   EXPECT_EQ(Cycle(), (CycleResult{0, kIoReport}));
   EXPECT_TRUE(interposed::Struck()) << "it was not called";
-  EXPECT_EQ(m_Status.GUID, "abc");
-  EXPECT_EQ(m_Collector.m_LastError, kIoError) << "pending";
+  EXPECT_EQ(status_.GUID, "abc");
+  EXPECT_EQ(collector_.m_LastError, kIoError) << "pending";
 
   g_on_thermal_scaler = nullptr;
-  m_Status.GUID = "";
-  m_Status.LocalTime = "";
+  status_.GUID = "";
+  status_.LocalTime = "";
   EXPECT_EQ(Cycle(), (CycleResult{1, ""}));
-  EXPECT_EQ(m_Status.GUID, "") << "no row may be read";
-  EXPECT_NE(m_Status.LocalTime, "");
-  EXPECT_EQ(m_Collector.m_LastError, 0);
+  EXPECT_EQ(status_.GUID, "") << "no row may be read";
+  EXPECT_NE(status_.LocalTime, "");
+  EXPECT_EQ(collector_.m_LastError, 0);
 
   EXPECT_EQ(Cycle(), kDone);
-  EXPECT_EQ(m_Status.GUID, "abc");
+  EXPECT_EQ(status_.GUID, "abc");
 }
 
 TEST_F(FailureTest, ThatIsPendingWhenARowWasReadEndsTheLoopButNotTheCycle) {
   SetRows({{"GUID", "abc"}, {"ThermalScaler", "1"}, {"TtableTitle", "title"}});
-  g_on_thermal_scaler = [&](const DispatchedRow&) { m_Collector.m_LastError = 5; };
+  g_on_thermal_scaler = [&](const DispatchedRow&) { collector_.m_LastError = 5; };
   Open();
   EXPECT_EQ(Cycle(), kDone);
-  EXPECT_EQ(m_Status.GUID, "abc");
-  EXPECT_EQ(m_Status.Outputs.Count(), 0U) << "the rest is skipped";
-  EXPECT_EQ(m_Collector.m_LastError, 0);
+  EXPECT_EQ(status_.GUID, "abc");
+  EXPECT_EQ(status_.Outputs.Count(), 0U) << "the rest is skipped";
+  EXPECT_EQ(collector_.m_LastError, 0);
   EXPECT_FALSE(StatementIsAlive()) << "both are finalized";
   ExpectNormalCycle();
 }
@@ -216,9 +216,9 @@ TEST_F(FailureTest, ThatIsPendingWhenARowWasReadEndsTheLoopButNotTheCycle) {
 TEST_F(FailureTest, ThatWasPendingBeforeTheCycleIsReadAndCleared) {
   SetRow("GUID", "abc");
   Open();
-  m_Collector.m_LastError = -5;
+  collector_.m_LastError = -5;
   EXPECT_EQ(Cycle(), (CycleResult{1, ""}));
-  EXPECT_EQ(m_Status.GUID, "");
+  EXPECT_EQ(status_.GUID, "");
   EXPECT_EQ(Cycle(), kDone);
 }
 
@@ -228,16 +228,16 @@ class Writer {
   Writer() {
     sqlite3* opened = nullptr;
     EXPECT_EQ(sqlite3_open(sandbox::kDatabase, &opened), SQLITE_OK);
-    m_Database.reset(opened);
+    database_.reset(opened);
   }
 
   int Write() {
-    return sqlite3_exec(m_Database.get(), "INSERT INTO items VALUES(hex(randomblob(8)), '1');",
+    return sqlite3_exec(database_.get(), "INSERT INTO items VALUES(hex(randomblob(8)), '1');",
                         nullptr, nullptr, nullptr);
   }
 
  private:
-  std::unique_ptr<sqlite3, int (*)(sqlite3*)> m_Database{nullptr, sqlite3_close};
+  std::unique_ptr<sqlite3, int (*)(sqlite3*)> database_{nullptr, sqlite3_close};
 };
 
 TEST_F(FailureTest, OfARowLeavesNoLockOnTheFile) {

@@ -23,7 +23,7 @@ class InitTest : public CycleTest {
 
   // What `InitDatabase` writes to standard error; its result must be 0.
   std::string Init(bool write) {
-    return ErrorsOf([&] { EXPECT_EQ(m_Collector.InitDatabase(write), 0); });
+    return ErrorsOf([&] { EXPECT_EQ(collector_.InitDatabase(write), 0); });
   }
 
   static bool DatabaseExists() { return std::filesystem::exists(sandbox::kDatabase); }
@@ -55,8 +55,8 @@ TEST_F(InitTest, OpensNothingInTheConstructor) {
 }
 
 TEST_F(InitTest, HoldsDocumentProbeAndUtcTextInThisOrder) {
-  const void* const members[] = {&m_Collector.m_Status, &m_Collector.m_Hardware,
-                                 &m_Collector.m_UTCTime};
+  const void* const members[] = {&collector_.m_Status, &collector_.m_Hardware,
+                                 &collector_.m_UTCTime};
   EXPECT_LT(members[0], members[1]);
   EXPECT_LT(members[1], members[2]);
 }
@@ -75,9 +75,9 @@ TEST_F(InitTest, CreatesThreeTablesThenThreeTriggersOfEach) {
                      "WHERE type IN ('table', 'trigger') GROUP BY 1 ORDER BY min(rowid)"),
               ElementsAre("table of status", "table of io", "table of packages",
                           "trigger of status", "trigger of io", "trigger of packages"));
-  EXPECT_EQ(m_Collector.TableName(100), "status");
-  EXPECT_EQ(m_Collector.TableName(101), "io");
-  EXPECT_EQ(m_Collector.TableName(102), "packages");
+  EXPECT_EQ(collector_.TableName(100), "status");
+  EXPECT_EQ(collector_.TableName(101), "io");
+  EXPECT_EQ(collector_.TableName(102), "packages");
 }
 
 TEST_F(InitTest, MakesTablesWhoseFirstColumnsAreAddressAndValue) {
@@ -94,7 +94,7 @@ static_assert(std::has_virtual_destructor_v<CSQLdatabase>);
 
 TEST_F(InitTest, ForWritingDoesNotWaitForADisk) {
   Init(true);
-  CppSQLite3Statement statement = m_Collector.m_DB.compileStatement("PRAGMA synchronous");
+  CppSQLite3Statement statement = collector_.m_DB.compileStatement("PRAGMA synchronous");
   CppSQLite3Query level = statement.execQuery();
   EXPECT_STREQ(level.getStringField(0, ""), "0");
 }
@@ -104,7 +104,7 @@ TEST_F(InitTest, ForWritingTwiceKeepsTheRows) {
   sandbox::SetRow("GUID", "abc");
   EXPECT_EQ(Init(true), "");
   EXPECT_EQ(Cycle(), kDone);
-  EXPECT_EQ(m_Status.GUID, "abc");
+  EXPECT_EQ(status_.GUID, "abc");
 }
 
 TEST_F(InitTest, ForReadingCreatesNothing) {
@@ -120,7 +120,7 @@ TEST_F(InitTest, ForReadingFindsWhatAWriterCreated) {
   sandbox::SetRow("GUID", "abc");
   EXPECT_EQ(Init(false), "");
   EXPECT_EQ(Cycle(), kDone);
-  EXPECT_EQ(m_Status.GUID, "abc");
+  EXPECT_EQ(status_.GUID, "abc");
 }
 
 TEST_F(InitTest, ReturnsZeroAndReportsWhenNothingCanBeOpened) {
@@ -132,16 +132,16 @@ TEST_F(InitTest, ReturnsZeroAndReportsWhenNothingCanBeOpened) {
 }
 
 TEST_F(InitTest, LetsTheDatabaseBeClosedTwiceAndWithoutOpening) {
-  EXPECT_EQ(m_Collector.CloseDatabase(), 0);
+  EXPECT_EQ(collector_.CloseDatabase(), 0);
   Init(true);
-  EXPECT_EQ(m_Collector.CloseDatabase(), 0);
-  EXPECT_EQ(m_Collector.CloseDatabase(), 0);
+  EXPECT_EQ(collector_.CloseDatabase(), 0);
+  EXPECT_EQ(collector_.CloseDatabase(), 0);
 }
 
 TEST_F(InitTest, ReturnsTheResultOfClosing) {
   Init(true);
   interposed::FailNext(interposed::Call::kSqlClose);
-  EXPECT_EQ(ErrorsOf([&] { EXPECT_EQ(m_Collector.CloseDatabase(), SQLITE_IOERR); }),
+  EXPECT_EQ(ErrorsOf([&] { EXPECT_EQ(collector_.CloseDatabase(), SQLITE_IOERR); }),
             "10:disk I/O error\n");
 }
 
@@ -164,11 +164,11 @@ TEST_F(InitTest, WorksAgainAfterCloseDatabase) {
   Init(true);
   sandbox::SetRow("GUID", "abc");
   EXPECT_EQ(Cycle(), kDone);
-  m_Collector.CloseDatabase();
+  collector_.CloseDatabase();
   EXPECT_EQ(Init(false), "");
-  m_Status.GUID = "";
+  status_.GUID = "";
   EXPECT_EQ(Cycle(), kDone);
-  EXPECT_EQ(m_Status.GUID, "abc");
+  EXPECT_EQ(status_.GUID, "abc");
 }
 
 }  // namespace

@@ -185,9 +185,9 @@ std::string TextOf(const Event& event) {
   return text.str();
 }
 
-Observed::Observed() : m_Before(SetObserver(this)) {}
+Observed::Observed() : before_(SetObserver(this)) {}
 
-Observed::~Observed() { SetObserver(m_Before); }
+Observed::~Observed() { SetObserver(before_); }
 
 void Observed::See(const Event& event) {
   All.push_back(TextOf(event));

@@ -27,7 +27,7 @@ class Observed : public observe::Observer {
   std::function<void(const observe::Event&)> Then;
 
  private:
-  observe::Observer* m_Before;
+  observe::Observer* before_;
 };
 
 // The event in a line: "asks open /proc/meminfo", "row 3 DimmingLevel=75".

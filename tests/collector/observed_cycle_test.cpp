@@ -38,7 +38,7 @@ class ObservedCycle : public CycleTest {
                                    const std::vector<std::string>& wanted) {
     scenario.Apply();
     Observed observer;
-    OutputOf([&] { m_Collector.QueryDatabase(); });
+    OutputOf([&] { collector_.QueryDatabase(); });
     return observer.Lines(wanted);
   }
 
@@ -61,7 +61,7 @@ class ObservedCycle : public CycleTest {
   // The same of InitDatabase for writing.
   std::vector<std::string> InitLines() {
     Observed observer;
-    m_Errors = ErrorsOf([&] { EXPECT_EQ(m_Collector.InitDatabase(true), 0); });
+    errors_ = ErrorsOf([&] { EXPECT_EQ(collector_.InitDatabase(true), 0); });
     return observer.Lines({"asks database", "database"});
   }
 
@@ -73,7 +73,7 @@ class ObservedCycle : public CycleTest {
     return lines;
   }
 
-  std::string m_Errors;  // what InitLines left on standard error
+  std::string errors_;  // what InitLines left on standard error
 };
 
 Scenario Bare() { return Scenario().Database(); }
@@ -105,7 +105,7 @@ TEST_F(ObservedCycle, NamesItsDocument) {
     }
   };
   Cycle();
-  EXPECT_EQ(status, &m_Status);
+  EXPECT_EQ(status, &status_);
 }
 
 TEST_F(ObservedCycle, ReportsTheQuestionsAboutAFileAndItsBytes) {
@@ -248,7 +248,7 @@ TEST_F(ObservedCycle, ReportsWhichLabelsAreMissing) {
 TEST_F(ObservedCycle, ReportsAgainADatabaseThatCouldNotBeOpened) {
   sandbox::RemoveDatabase();
   Observed observer;
-  ErrorsOf([&] { m_Collector.InitDatabase(false); });
+  ErrorsOf([&] { collector_.InitDatabase(false); });
   EXPECT_THAT(observer.Lines({"asks database", "database"}),
               ElementsAre("asks database open",
                           "database fails open: 14, 14, No such file or directory, unable to open "
@@ -276,7 +276,7 @@ TEST_F(ObservedCycle, InitDatabaseReportsAFileThatItCannotSwitchToWriteAheadMode
                   "asks database trigger status", "database fails trigger status" + failure,
                   "asks database trigger io", "database fails trigger io" + failure,
                   "asks database trigger packages", "database fails trigger packages" + failure));
-  EXPECT_EQ(m_Errors, RepeatedLine("26:file is not a database\n", 7));
+  EXPECT_EQ(errors_, RepeatedLine("26:file is not a database\n", 7));
 }
 
 TEST_F(ObservedCycle, InitDatabaseReportsTheTableAndTheTriggerThatItCannotMake) {
@@ -292,7 +292,7 @@ TEST_F(ObservedCycle, InitDatabaseReportsTheTableAndTheTriggerThatItCannotMake) 
                   "asks database trigger io",
                   "database fails trigger io: 1, 1, no error, no such table: io",
                   "asks database trigger packages"));
-  EXPECT_EQ(m_Errors,
+  EXPECT_EQ(errors_,
             "1:there is already an index named io\n1:no such column: address\n"
             "1:no such table: io\n");
 }
@@ -314,7 +314,7 @@ TEST_F(ObservedCycle, InitDatabaseReportsNoFailureOfADatabaseThatItMakes) {
                                        "asks database table io", "asks database table packages",
                                        "asks database trigger status", "asks database trigger io",
                                        "asks database trigger packages"));
-  EXPECT_EQ(m_Errors, "");
+  EXPECT_EQ(errors_, "");
 }
 
 TEST_F(ObservedCycle, ReportsAtWhichStageTheDatabaseFails) {
@@ -324,7 +324,7 @@ TEST_F(ObservedCycle, ReportsAtWhichStageTheDatabaseFails) {
   EXPECT_THAT(DatabaseLines().back(), StartsWith("database fails release: 10, 10, "));
   EXPECT_THAT(DatabaseLines().back(), "asks database prepare") << "the pending code ends the cycle";
   g_on_thermal_scaler = [this](const DispatchedRow&) {
-    m_Collector.m_LastError = 5;  // ends the loop before the last row
+    collector_.m_LastError = 5;  // ends the loop before the last row
     FailNext(Call::kSqlReset);
   };
   EXPECT_THAT(DatabaseLines().back(), StartsWith("database fails finish: 10, 10, "));

@@ -18,15 +18,15 @@ class ObservedRows : public CycleTest {
     Open();
     Observed observer;
     observer.Then = [this](const observe::Event& event) {
-      if (m_Then) {
-        m_Then(event);
+      if (then_) {
+        then_(event);
       }
     };
     EXPECT_EQ(Cycle(), kDone);
     return observer.Lines(wanted);
   }
 
-  std::function<void(const observe::Event&)> m_Then;
+  std::function<void(const observe::Event&)> then_;
 };
 
 }  // namespace
@@ -49,7 +49,7 @@ TEST_F(ObservedRows, HaveTheResultOfTheirHandler) {
 TEST_F(ObservedRows, AreWholeAndAsTheyAreCut) {
   sandbox::RunSql("DROP TABLE status; CREATE TABLE status(address, value);");
   std::vector<std::size_t> lengths;
-  m_Then = [&](const observe::Event& event) {
+  then_ = [&](const observe::Event& event) {
     if (const auto* row = event.As<observe::RowBegins>()) {
       for (const char* text : {row->Key, row->Value, row->CutKey, row->CutValue}) {
         lengths.push_back(std::string(text).size());
@@ -62,7 +62,7 @@ TEST_F(ObservedRows, AreWholeAndAsTheyAreCut) {
 
 TEST_F(ObservedRows, HaveTheBytesThatAreStoredAfterAZeroByte) {
   std::vector<std::size_t> bytes;
-  m_Then = [&](const observe::Event& event) {
+  then_ = [&](const observe::Event& event) {
     if (const auto* row = event.As<observe::RowBegins>()) {
       bytes = {row->StoredBytes(0), row->StoredBytes(1)};
     }
@@ -75,7 +75,7 @@ TEST_F(ObservedRows, HaveTheBytesThatAreStoredAfterAZeroByte) {
 // A row that does not come in byte order is searched for after its entry.
 TEST_F(ObservedRows, ReportWhereTheSearchForTheirKeyBegan) {
   std::vector<std::pair<int, int>> searches;
-  m_Then = [&](const observe::Event& event) {
+  then_ = [&](const observe::Event& event) {
     if (const auto* row = event.As<observe::RowBegins>()) {
       searches.emplace_back(row->SearchedFrom, row->Entry);
     }
@@ -86,7 +86,7 @@ TEST_F(ObservedRows, ReportWhereTheSearchForTheirKeyBegan) {
 
 TEST_F(ObservedRows, ReportWhichSensorTheyComplete) {
   const QtSts::CBaseStatus* element = nullptr;
-  m_Then = [&](const observe::Event& event) {
+  then_ = [&](const observe::Event& event) {
     if (const auto* record = event.As<observe::Record>()) {
       element = record->Element;
     }
@@ -94,7 +94,7 @@ TEST_F(ObservedRows, ReportWhichSensorTheyComplete) {
   EXPECT_THAT(
       LinesOf({{"Sensor_05_Location", "Local_CAN"}, {"Sensor_05_Type", "CANTemp"}}, {"record"}),
       ElementsAre("record sensor 5, type 0: completed at 0, took 7"));
-  EXPECT_EQ(element, m_Status.Sensors[0]);
+  EXPECT_EQ(element, status_.Sensors[0]);
 }
 
 TEST_F(ObservedRows, ReportWhyASensorIsRefused) {
@@ -152,7 +152,7 @@ TEST_F(ObservedRows, ReportWhichFansABoardTakes) {
 
 TEST_F(ObservedRows, ReportWhichScratchVariablesARecordTakes) {
   std::vector<const void*> taken;
-  m_Then = [&](const observe::Event& event) {
+  then_ = [&](const observe::Event& event) {
     if (const auto* record = event.As<observe::Record>()) {
       taken.assign(record->Taken.begin(), record->Taken.end());
     }

@@ -26,11 +26,11 @@ class ObservedStores : public testing::Test {
     Observed observer;
     observer.Then = [this](const observe::Event& event) {
       if (const auto* stores = event.As<observe::Stores>()) {
-        m_Destination = stores->Destination;
-        m_Container = stores->Container;
+        destination_ = stores->Destination;
+        container_ = stores->Container;
       }
     };
-    handler(&m_Status, value.data(), key.data());
+    handler(&status_, value.data(), key.data());
     std::vector<std::string> lines = observer.Lines({"stores"});
     std::erase_if(lines, [](const std::string& line) { return line.starts_with("stores  "); });
     return lines;
@@ -40,9 +40,9 @@ class ObservedStores : public testing::Test {
     return Send(Status_Sensor, "Sensor_3_" + attribute, value);
   }
 
-  QtSts::CStatus m_Status;
-  const void* m_Destination = nullptr;
-  const void* m_Container = nullptr;
+  QtSts::CStatus status_;
+  const void* destination_ = nullptr;
+  const void* container_ = nullptr;
 };
 
 }  // namespace
@@ -50,17 +50,17 @@ class ObservedStores : public testing::Test {
 TEST_F(ObservedStores, NameTheScratchVariableByItsAddress) {
   EXPECT_THAT(Sensor("Address", "17"),
               ElementsAre("stores Address \"17\": stored, integer of 2, 17 as 17"));
-  EXPECT_EQ(m_Destination, &u32_Address);
-  EXPECT_EQ(m_Container, nullptr);
+  EXPECT_EQ(destination_, &u32_Address);
+  EXPECT_EQ(container_, nullptr);
 }
 
 TEST_F(ObservedStores, NameTheFieldByItsAddress) {
   EXPECT_THAT(Send(Status_DimmingLevel, "DimmingLevel", "37.5"),
               ElementsAre("stores DimmingLevel \"37.5\": stored, number of 4, 37.5 as 37.5"));
-  EXPECT_EQ(m_Destination, &m_Status.Outputs[0]->Dimming.DimmingLevel);
+  EXPECT_EQ(destination_, &status_.Outputs[0]->Dimming.DimmingLevel);
   EXPECT_THAT(Send(Status_GUID, "GUIDX", "abc"),
               ElementsAre("stores GUID \"abc\": stored, text of 3, none as none"));
-  EXPECT_EQ(m_Destination, &m_Status.GUID);
+  EXPECT_EQ(destination_, &status_.GUID);
 }
 
 TEST_F(ObservedStores, DistinguishZeroFromNoNumberAndAnInheritedValueFromANewOne) {
@@ -104,7 +104,7 @@ TEST_F(ObservedStores, ReportTheNumberInTheKey) {
   for (const char* key : {"Sensor_07_Bus", "Sensor_A_Bus", "Sensor_-1_Bus"}) {
     std::string text = key;
     std::string value = "1";
-    Status_Sensor(&m_Status, value.data(), text.data());
+    Status_Sensor(&status_, value.data(), text.data());
   }
   EXPECT_THAT(observer.Lines({"stores  "}),
               ElementsAre("stores  \"07_Bus\": stored, integer of 2, 7 as 7",
@@ -117,7 +117,7 @@ TEST_F(ObservedStores, ReportWhichAttributesAreMissingOrUnknown) {
   Observed observer;
   std::string key = "Sensor_3";
   std::string value = "1";
-  Status_Sensor(&m_Status, value.data(), key.data());
+  Status_Sensor(&status_, value.data(), key.data());
   EXPECT_EQ(observer.All.back(), "stores  \"Sensor_3\": no attribute");
   EXPECT_THAT(Send(Status_DCIO, "DCIO_1_Zone", "1"),
               ElementsAre("stores Zone \"1\": unknown attribute"));
@@ -130,8 +130,8 @@ TEST_F(ObservedStores, ReportWhichAttributesAreMissingOrUnknown) {
 TEST_F(ObservedStores, ReportWhereAPointGoesOrWhyItGoesNowhere) {
   EXPECT_THAT(Sensor("Input_2_Index", "1"),
               ElementsAre("stores Index \"1\": stored, integer of 1, 1 as 1, index 2"));
-  EXPECT_EQ(m_Destination, &dcioInputs[2].Index);
-  EXPECT_EQ(m_Container, &dcioInputs);
+  EXPECT_EQ(destination_, &dcioInputs[2].Index);
+  EXPECT_EQ(container_, &dcioInputs);
   EXPECT_THAT(Sensor("Input_2_Type", "3"),
               ElementsAre("stores Type \"3\": stored, any text of 0, 1 as 1, index 2",
                           "stores Type \"3\": stored, integer of 1, 3 as 3, index 2"));
@@ -146,7 +146,7 @@ TEST_F(ObservedStores, ReportWhereAPointGoesOrWhyItGoesNowhere) {
 TEST_F(ObservedStores, ReportThatTheFirstSpeedOfAFanStays) {
   EXPECT_THAT(Sensor("Fan_1_Rpm", "1200"),
               ElementsAre("stores Fan_ \"1200\": stored, integer of 4, 1200 as 1200, index 1"));
-  EXPECT_EQ(m_Container, &FanRpms);
+  EXPECT_EQ(container_, &FanRpms);
   EXPECT_THAT(Sensor("Fan_1_Rpm", "1300"),
               ElementsAre("stores Fan_ \"1300\": first stays, index 1"));
   EXPECT_THAT(Sensor("Fan_1_Speed", "1300"),
@@ -156,7 +156,7 @@ TEST_F(ObservedStores, ReportThatTheFirstSpeedOfAFanStays) {
 TEST_F(ObservedStores, ReportThePositionOfAVoltage) {
   EXPECT_THAT(Sensor("PsrbVin_9_Volts", "5"),
               ElementsAre("stores PsrbVin_ \"5\": stored, number of 1, 5 as 5, index 0"));
-  EXPECT_EQ(m_Container, &f_Psrb_InputVoltages);
+  EXPECT_EQ(container_, &f_Psrb_InputVoltages);
   EXPECT_THAT(Sensor("PsrbVin_9", "5"),
               ElementsAre("stores PsrbVin_ \"PsrbVin_9\": not volts, index 1"));
 }
@@ -167,7 +167,7 @@ TEST_F(ObservedStores, ReportThatAnAmbientReadingIsReplaced) {
   EXPECT_THAT(Sensor("Ambient", "80"),
               ElementsAre("stores Ambient \"80\": stored, integer of 2, 80 as 80",
                           "stores Ambient \"80\": stored, any text of 0, 201 as 201"));
-  EXPECT_EQ(m_Destination, &u16_Ambient);
+  EXPECT_EQ(destination_, &u16_Ambient);
 }
 
 TEST_F(ObservedStores, ReportBothPlacesOfAColumnCount) {

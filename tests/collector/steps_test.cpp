@@ -42,7 +42,7 @@ class StepsTest : public CycleTest {
     }
     sandbox::SetRows(rows);
     const std::uint64_t before = interposed::g_allocations.Made;
-    EXPECT_EQ(m_Collector.QueryDatabase(), 0);
+    EXPECT_EQ(collector_.QueryDatabase(), 0);
     return interposed::g_allocations.Made - before;
   }
 };

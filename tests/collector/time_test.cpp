@@ -25,17 +25,17 @@ class TimeTest : public CycleTest {
   // Stamps the document in time zone `zone`.
   void GetTime(const char* zone) {
     setenv("TZ", zone, 1);
-    m_Collector.GetTime();
+    collector_.GetTime();
   }
 
   std::string LocalTime(const char* zone) {
     GetTime(zone);
-    return m_Status.LocalTime;
+    return status_.LocalTime;
   }
 
   std::string Timestamp() {
-    m_Collector.GetTime();
-    return m_Status.ConfigurationTimestamp;
+    collector_.GetTime();
+    return status_.ConfigurationTimestamp;
   }
 };
 
@@ -72,9 +72,9 @@ TEST_F(TimeTest, IsLocalWithItsOffsetAndUtcWithout) {
       before = std::time(nullptr);
       GetTime(row.Zone);
     } while (std::time(nullptr) != before);
-    EXPECT_EQ(m_Collector.m_UTCTime, Utc(before));
-    EXPECT_EQ(m_Status.LocalTime, Utc(before + row.Seconds) + row.Offset);
-    EXPECT_FALSE(m_Status.DaylightSaving);
+    EXPECT_EQ(collector_.m_UTCTime, Utc(before));
+    EXPECT_EQ(status_.LocalTime, Utc(before + row.Seconds) + row.Offset);
+    EXPECT_FALSE(status_.DaylightSaving);
   }
 }
 
@@ -90,29 +90,29 @@ TEST_F(TimeTest, LeavesTheBrokenDownTimeOfTheHostAlone) {
   for (auto* const look_up : {&std::localtime, &std::gmtime}) {
     constexpr std::time_t kLongAgo = 40000000;
     const std::tm* const held = look_up(&kLongAgo);
-    m_Collector.GetTime();
+    collector_.GetTime();
     EXPECT_EQ(held->tm_year, 71);
   }
 }
 
 TEST_F(TimeTest, ReportsDaylightSaving) {
   GetTime("WINTER0SUMMER,0/0,J365/25");  // summer all the year
-  EXPECT_TRUE(m_Status.DaylightSaving);
-  EXPECT_THAT(m_Status.LocalTime, testing::EndsWith("+01:00"));
+  EXPECT_TRUE(status_.DaylightSaving);
+  EXPECT_THAT(status_.LocalTime, testing::EndsWith("+01:00"));
   GetTime("WINTER0");
-  EXPECT_FALSE(m_Status.DaylightSaving);
-  EXPECT_THAT(m_Status.LocalTime, testing::EndsWith("+00:00"));
+  EXPECT_FALSE(status_.DaylightSaving);
+  EXPECT_THAT(status_.LocalTime, testing::EndsWith("+00:00"));
 }
 
 TEST_F(TimeTest, HasTheseForms) {
   GetTime("<+01>-1");
-  EXPECT_THAT(m_Collector.m_UTCTime, MatchesRegex("[0-9]{4}(-[0-9]{2}){2}T([0-9]{2}:){2}[0-9]{2}"));
-  EXPECT_THAT(m_Status.LocalTime,
+  EXPECT_THAT(collector_.m_UTCTime, MatchesRegex("[0-9]{4}(-[0-9]{2}){2}T([0-9]{2}:){2}[0-9]{2}"));
+  EXPECT_THAT(status_.LocalTime,
               MatchesRegex("[0-9]{4}(-[0-9]{2}){2}T([0-9]{2}:){2}[0-9]{2}[+]01:00"));
 }
 
 TEST_F(TimeTest, NeedsNoDatabaseAndReportsNothing) {
-  EXPECT_EQ(ErrorsOf([&] { m_Collector.GetTime(); }), "");
+  EXPECT_EQ(ErrorsOf([&] { collector_.GetTime(); }), "");
 }
 
 TEST_F(TimeTest, OfTheConfigurationIsTheFileAsItStands) {

@@ -14,8 +14,8 @@ class DcioHandler : public HandlerTest {
     return Row(Status_DCIO, key.c_str(), value);
   }
 
-  QtSts::CDCIODevice* Device(unsigned int position) { return m_Status.DCIO.Devices[position]; }
-  unsigned int Count() { return m_Status.DCIO.Devices.Count(); }
+  QtSts::CDCIODevice* Device(unsigned int position) { return status_.DCIO.Devices[position]; }
+  unsigned int Count() { return status_.DCIO.Devices.Count(); }
 };
 
 TEST_F(DcioHandler, ParksFiveRowsAndCompletesTheDeviceAtTheLast) {
@@ -135,7 +135,7 @@ TEST_F(DcioHandler, ReducesTheStateOfTheDeviceToAFlagButNotTheParkedOne) {
 
 TEST_F(DcioHandler, GivesLedsAndOutputsAnAddressOnly) {
   for (const char* type : {"RunLED", "GenericOutput"}) {
-    m_Status.DCIO.Devices.Clear();
+    status_.DCIO.Devices.Clear();
     Dcio("DCIO_0_State", "1");
     Dcio("DCIO_0_ErrCnt", "2");
     Dcio("DCIO_0_Address", "34");

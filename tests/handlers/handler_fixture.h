@@ -16,15 +16,15 @@ class Text {
   Text(const char* text) {  // NOLINT(google-explicit-constructor): null stays null
     if (text != nullptr) {
       const std::string_view view = text;
-      m_Bytes = std::make_unique<char[]>(view.size() + 1);
-      view.copy(m_Bytes.get(), view.size());
+      bytes_ = std::make_unique<char[]>(view.size() + 1);
+      view.copy(bytes_.get(), view.size());
     }
   }
 
-  char* Get() const { return m_Bytes.get(); }
+  char* Get() const { return bytes_.get(); }
 
  private:
-  std::unique_ptr<char[]> m_Bytes;
+  std::unique_ptr<char[]> bytes_;
 };
 
 class HandlerTest : public testing::Test {
@@ -36,17 +36,17 @@ class HandlerTest : public testing::Test {
   int Row(int (*handler)(QtSts::CStatus*, char*, char*), const char* key, const char* value) {
     const Text key_text = key;
     const Text value_text = value;
-    return handler(&m_Status, value_text.Get(), key_text.Get());
+    return handler(&status_, value_text.Get(), key_text.Get());
   }
 
   // Output 0, which must be there.
   QtSts::COutput& Output() {
-    if (m_Status.Outputs[0] == nullptr) {
+    if (status_.Outputs[0] == nullptr) {
       ADD_FAILURE() << "there is no output 0";
-      m_Status.Outputs.Add(new QtSts::CTravex6Output);
+      status_.Outputs.Add(new QtSts::CTravex6Output);
     }
-    return *m_Status.Outputs[0];
+    return *status_.Outputs[0];
   }
 
-  QtSts::CStatus m_Status;
+  QtSts::CStatus status_;
 };

@@ -42,10 +42,10 @@ TEST_F(Locale, WithACommaStaysTheHostsOwn) {
 
 TEST_F(Locale, WithACommaChangesNoNumberOfTheDocumentAsXml) {
   Row(Status_DimmingLevel, "DimmingLevel", "37.5");
-  const std::string plain = QtSts::WriteDocument(m_Status);
+  const std::string plain = QtSts::WriteDocument(status_);
   EXPECT_THAT(plain, testing::HasSubstr("37.5"));
   const CommaLocale comma;
-  EXPECT_EQ(QtSts::WriteDocument(m_Status), plain);
+  EXPECT_EQ(QtSts::WriteDocument(status_), plain);
 }
 
 }  // namespace

@@ -10,54 +10,54 @@ using ScalarHandler = HandlerTest;
 
 TEST_F(ScalarHandler, StoresTheGuidWhole) {
   EXPECT_EQ(Row(Status_GUID, "GUID", "5f0c-11\xE4 "), 0);
-  EXPECT_EQ(m_Status.GUID, "5f0c-11\xE4 ");
+  EXPECT_EQ(status_.GUID, "5f0c-11\xE4 ");
   EXPECT_EQ(Row(Status_GUID, "GUID", ""), 0);
-  EXPECT_EQ(m_Status.GUID, "");
+  EXPECT_EQ(status_.GUID, "");
 }
 
 TEST_F(ScalarHandler, TrustsThePrefixOfTheGuidKey) {
   EXPECT_EQ(Row(Status_GUID, "GUIDX", "abc"), 0);
-  EXPECT_EQ(m_Status.GUID, "abc");
+  EXPECT_EQ(status_.GUID, "abc");
 }
 
 TEST_F(ScalarHandler, KeepsTheGuidWithoutAValue) {
-  m_Status.GUID = "old";
+  status_.GUID = "old";
   EXPECT_EQ(Row(Status_GUID, "GUID", nullptr), 0);
-  EXPECT_EQ(m_Status.GUID, "old");
+  EXPECT_EQ(status_.GUID, "old");
 }
 
 TEST_F(ScalarHandler, StoresErrorFlagsAsTextForTheWholeKeyOnly) {
   EXPECT_EQ(Row(Status_ErrorFlags, "ErrorFlags", "0xZZ no number"), 0);
-  EXPECT_EQ(m_Status.ErrorFlags, "0xZZ no number");
+  EXPECT_EQ(status_.ErrorFlags, "0xZZ no number");
   for (const char* key : {"ErrorFlagsX", "ErrorFlag", "errorflags", ""}) {
     EXPECT_EQ(Row(Status_ErrorFlags, key, "1"), 0);
-    EXPECT_EQ(m_Status.ErrorFlags, "0xZZ no number") << key;
+    EXPECT_EQ(status_.ErrorFlags, "0xZZ no number") << key;
   }
   EXPECT_EQ(Row(Status_ErrorFlags, nullptr, "1"), 0);
   EXPECT_EQ(Row(Status_ErrorFlags, "ErrorFlags", nullptr), 0);
-  EXPECT_EQ(m_Status.ErrorFlags, "0xZZ no number");
+  EXPECT_EQ(status_.ErrorFlags, "0xZZ no number");
 }
 
 TEST_F(ScalarHandler, StoresEachSunEventUnderItsOwnKeyVerbatim) {
   EXPECT_EQ(Row(Status_CalculatedSunInfo, "CalculatedSunrise", "06:12 or so"), 0);
-  EXPECT_EQ(m_Status.SolarInfo.CalculatedSunrise, "06:12 or so");
-  EXPECT_EQ(m_Status.SolarInfo.CalculatedSunset, "nil");
+  EXPECT_EQ(status_.SolarInfo.CalculatedSunrise, "06:12 or so");
+  EXPECT_EQ(status_.SolarInfo.CalculatedSunset, "nil");
   EXPECT_EQ(Row(Status_CalculatedSunInfo, "CalculatedSunset", "21:40"), 0);
-  EXPECT_EQ(m_Status.SolarInfo.CalculatedSunrise, "06:12 or so");
-  EXPECT_EQ(m_Status.SolarInfo.CalculatedSunset, "21:40");
+  EXPECT_EQ(status_.SolarInfo.CalculatedSunrise, "06:12 or so");
+  EXPECT_EQ(status_.SolarInfo.CalculatedSunset, "21:40");
 }
 
 TEST_F(ScalarHandler, ComparesTheWholeKeyOfASunEvent) {
   for (const char* key : {"CalculatedSunriseX", "CalculatedSunsetX", "CalculatedSun", ""}) {
     EXPECT_EQ(Row(Status_CalculatedSunInfo, key, "x"), 0);
-    EXPECT_EQ(m_Status.SolarInfo.CalculatedSunrise, "nil") << key;
-    EXPECT_EQ(m_Status.SolarInfo.CalculatedSunset, "nil") << key;
+    EXPECT_EQ(status_.SolarInfo.CalculatedSunrise, "nil") << key;
+    EXPECT_EQ(status_.SolarInfo.CalculatedSunset, "nil") << key;
   }
   EXPECT_EQ(Row(Status_CalculatedSunInfo, nullptr, "x"), 0);
   EXPECT_EQ(Row(Status_CalculatedSunInfo, "CalculatedSunrise", nullptr), 0);
   EXPECT_EQ(Row(Status_CalculatedSunInfo, "CalculatedSunset", nullptr), 0);
-  EXPECT_EQ(m_Status.SolarInfo.CalculatedSunrise, "nil");
-  EXPECT_EQ(m_Status.SolarInfo.CalculatedSunset, "nil");
+  EXPECT_EQ(status_.SolarInfo.CalculatedSunrise, "nil");
+  EXPECT_EQ(status_.SolarInfo.CalculatedSunset, "nil");
 }
 
 TEST_F(ScalarHandler, FindsTheProductFamilyInTheText) {
@@ -84,16 +84,16 @@ TEST_F(ScalarHandler, FindsTheProductFamilyInTheText) {
       {"qtm3210 qtm3310 qtm3200", 5},
   };
   for (const auto& row : kRows) {
-    m_Status.ProductFamily = 99;
+    status_.ProductFamily = 99;
     EXPECT_EQ(Row(Status_ProductFamily, "ProductFamily", row.Value), 0);
-    EXPECT_EQ(m_Status.ProductFamily, row.Family) << '"' << row.Value << '"';
+    EXPECT_EQ(status_.ProductFamily, row.Family) << '"' << row.Value << '"';
   }
-  EXPECT_EQ(m_Status.Outputs.Count(), 0U);
+  EXPECT_EQ(status_.Outputs.Count(), 0U);
 }
 
 TEST_F(ScalarHandler, KeepsTheProductFamilyWithoutAValue) {
   EXPECT_EQ(Row(Status_ProductFamily, "ProductFamily", nullptr), 0);
-  EXPECT_EQ(m_Status.ProductFamily, 1);
+  EXPECT_EQ(status_.ProductFamily, 1);
 }
 
 TEST_F(ScalarHandler, StoresDimmingLevelsAsFloats) {
@@ -122,7 +122,7 @@ TEST_F(ScalarHandler, KnowsTheDimmingModesByTheirExactText) {
     std::uint32_t Mode;
   } kRows[] = {{"auto", 0}, {"manual", 1}, {"gps", 3},     {"schedule", 2},
                {"vmax", 4}, {"remote", 5}, {"override", 6}};
-  m_Status.Outputs.Add(new QtSts::CTravex6Output);
+  status_.Outputs.Add(new QtSts::CTravex6Output);
   for (const auto& row : kRows) {
     Output().Dimming.DimmingMode = 99;
     EXPECT_EQ(Row(Status_DimmingMode, "DimmingMode", row.Value), 0);
@@ -137,7 +137,7 @@ TEST_F(ScalarHandler, KnowsTheDimmingModesByTheirExactText) {
 
 TEST_F(ScalarHandler, CreatesTheOutputEvenForAnUnknownDimmingMode) {
   EXPECT_EQ(Row(Status_DimmingMode, "DimmingMode", "Auto"), 0);
-  EXPECT_EQ(m_Status.Outputs.Count(), 1U);
+  EXPECT_EQ(status_.Outputs.Count(), 1U);
   EXPECT_EQ(Output().Dimming.DimmingMode, 0U);
 }
 
@@ -156,7 +156,7 @@ TEST_F(ScalarHandler, KnowsTheFansOverridesByTheirExactText) {
     const char* Value;
     std::uint32_t Override;
   } kRows[] = {{"none", 0}, {"player", 1}, {"thermal", 2}, {"sensor", 3}, {"brightness", 4}};
-  m_Status.Outputs.Add(new QtSts::CTravex6Output);
+  status_.Outputs.Add(new QtSts::CTravex6Output);
   for (const auto& row : kRows) {
     Output().Fans.Override = 99;
     EXPECT_EQ(Row(Status_FansOverride, "FansOverride", row.Value), 0);
@@ -193,13 +193,13 @@ TEST_F(ScalarHandler, SetsTheAmbientFlagsForExactlyOneAndBesideOtherBits) {
 }
 
 TEST_F(ScalarHandler, ConsumesContentLevelAndThermalScalerWithoutATrace) {
-  const std::string before = QtSts::WriteDocument(m_Status);
+  const std::string before = QtSts::WriteDocument(status_);
   EXPECT_EQ(Row(Status_ContentLevelAvg, "ContentLevelAvg", "55"), 0);
   EXPECT_EQ(Row(Status_ThermalScaler, "ThermalScaler", "0.5"), 0);
   EXPECT_EQ(Row(Status_ContentLevelAvg, nullptr, nullptr), 0);
   EXPECT_EQ(Row(Status_ThermalScaler, nullptr, nullptr), 0);
-  EXPECT_EQ(m_Status.Outputs.Count(), 0U);
-  EXPECT_EQ(QtSts::WriteDocument(m_Status), before);
+  EXPECT_EQ(status_.Outputs.Count(), 0U);
+  EXPECT_EQ(QtSts::WriteDocument(status_), before);
 }
 
 // The handlers that write to output 0, with a value that changes it.
@@ -220,38 +220,38 @@ constexpr struct {
 TEST_F(ScalarHandler, FirstCreatesTheOutputAndOnlyOnce) {
   for (const auto& row : kOutputRows) {
     SCOPED_TRACE(row.Key);
-    m_Status.Outputs.Clear();
+    status_.Outputs.Clear();
     EXPECT_EQ(Row(row.Handler, row.Key, row.Value), 0);
     EXPECT_EQ(Row(row.Handler, row.Key, row.Value), 0);
-    EXPECT_EQ(m_Status.Outputs.Count(), 1U);
+    EXPECT_EQ(status_.Outputs.Count(), 1U);
   }
 }
 
 TEST_F(ScalarHandler, WithoutAValueCreatesTheOutputButChangesNothing) {
   for (const auto& row : kOutputRows) {
     SCOPED_TRACE(row.Key);
-    m_Status.Outputs.Clear();
+    status_.Outputs.Clear();
     EXPECT_EQ(Row(row.Handler, row.Key, nullptr), 0);
-    ASSERT_EQ(m_Status.Outputs.Count(), 1U);
-    const std::string fresh = QtSts::WriteDocument(m_Status);
+    ASSERT_EQ(status_.Outputs.Count(), 1U);
+    const std::string fresh = QtSts::WriteDocument(status_);
 
     Row(row.Handler, row.Key, row.Value);
-    const std::string written = QtSts::WriteDocument(m_Status);
+    const std::string written = QtSts::WriteDocument(status_);
     EXPECT_NE(written, fresh);
     EXPECT_EQ(Row(row.Handler, row.Key, nullptr), 0);
-    EXPECT_EQ(QtSts::WriteDocument(m_Status), written);
+    EXPECT_EQ(QtSts::WriteDocument(status_), written);
   }
 }
 
 TEST_F(ScalarHandler, NeverLooksAtTheKeyOfAnOutputRow) {
   for (const auto& row : kOutputRows) {
     SCOPED_TRACE(row.Key);
-    m_Status.Outputs.Clear();
+    status_.Outputs.Clear();
     EXPECT_EQ(Row(row.Handler, row.Key, row.Value), 0);
-    const std::string expected = QtSts::WriteDocument(m_Status);
-    m_Status.Outputs.Clear();
+    const std::string expected = QtSts::WriteDocument(status_);
+    status_.Outputs.Clear();
     EXPECT_EQ(Row(row.Handler, nullptr, row.Value), 0);
-    EXPECT_EQ(QtSts::WriteDocument(m_Status), expected);
+    EXPECT_EQ(QtSts::WriteDocument(status_), expected);
   }
 }
 

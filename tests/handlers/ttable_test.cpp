@@ -102,7 +102,7 @@ TEST_F(TtableHandler, StoresEachIntegerInItsField) {
       EXPECT_EQ(Output().Ttable.*integer.Field, row.Number) << '"' << row.Value << '"';
     }
     Output().Ttable.*integer.Field = 0;
-    m_Status.Outputs.Clear();
+    status_.Outputs.Clear();
   }
 }
 
@@ -148,15 +148,15 @@ TEST_F(TtableHandler, StoresEachTextWholeInItsField) {
     EXPECT_EQ(Output().*text.Field, std::string(" the ") + text.Key);
   }
   EXPECT_EQ(Output().SpareText, "");
-  EXPECT_EQ(m_Status.Outputs.Count(), 1U);
+  EXPECT_EQ(status_.Outputs.Count(), 1U);
 }
 
 TEST_F(TtableHandler, LeavesATextAloneWithoutAValueButCreatesTheOutput) {
   for (const auto& text : kTexts) {
     SCOPED_TRACE(text.Key);
-    m_Status.Outputs.Clear();
+    status_.Outputs.Clear();
     EXPECT_EQ(Row(text.Handler, text.Key, nullptr), 0);
-    EXPECT_EQ(m_Status.Outputs.Count(), 1U);
+    EXPECT_EQ(status_.Outputs.Count(), 1U);
     Output().*text.Field = "old";
     EXPECT_EQ(Row(text.Handler, text.Key, nullptr), 0);
     EXPECT_EQ(Output().*text.Field, "old");
@@ -179,14 +179,14 @@ TEST_F(TtableHandler, LeavesANumberAloneWithoutAValueButCreatesTheOutput) {
   };
   for (const auto& row : kRows) {
     SCOPED_TRACE(row.Key);
-    m_Status.Outputs.Clear();
+    status_.Outputs.Clear();
     EXPECT_EQ(Row(row.Handler, row.Key, nullptr), 0);
-    EXPECT_EQ(m_Status.Outputs.Count(), 1U);
+    EXPECT_EQ(status_.Outputs.Count(), 1U);
     EXPECT_EQ(Row(row.Handler, row.Key, "23"), 0);
-    const std::string written = QtSts::WriteDocument(m_Status);
+    const std::string written = QtSts::WriteDocument(status_);
     EXPECT_THAT(written, testing::HasSubstr("\"23\""));
     EXPECT_EQ(Row(row.Handler, row.Key, nullptr), 0);
-    EXPECT_EQ(QtSts::WriteDocument(m_Status), written);
+    EXPECT_EQ(QtSts::WriteDocument(status_), written);
   }
 }
 
@@ -209,7 +209,7 @@ TEST_F(TtableHandler, NumbersDeviceNodesInTheOrderOfTheirRows) {
   EXPECT_EQ(Node("TtableDeviceNode_1", "-10"), 0);
   EXPECT_EQ(Node("TtableDeviceNode_7", "abc"), 0);
   EXPECT_THAT(Nodes(), ElementsAre("0/3/30", "1/1/-10", "2/7/0"));
-  EXPECT_EQ(m_Status.Outputs.Count(), 1U);
+  EXPECT_EQ(status_.Outputs.Count(), 1U);
 }
 
 TEST_F(TtableHandler, AppendsADeviceNodeAgainInsteadOfReplacingIt) {
@@ -223,7 +223,7 @@ TEST_F(TtableHandler, RefusesANodeThatBeginsWithASignAndCountsOn) {
        {"TtableDeviceNode_-2", "TtableDeviceNode_(", "TtableDeviceNode_)", "TtableDeviceNode_*",
         "TtableDeviceNode_+1", "TtableDeviceNode_,", "TtableDeviceNode_.5", "TtableDeviceNode_/"}) {
     EXPECT_EQ(Node(key, "1"), -1) << key;
-    EXPECT_EQ(m_Status.Outputs.Count(), 0U) << key;
+    EXPECT_EQ(status_.Outputs.Count(), 0U) << key;
     EXPECT_EQ(u32_TTableNumAttribute, 0U) << key;
   }
   EXPECT_EQ(Node("TtableDeviceNode_4", "1"), 0);
@@ -272,13 +272,13 @@ TEST_F(TtableHandler, DoesNothingForANodeKeyShorterThanItsPrefix) {
     EXPECT_EQ(Node(key, "1"), 0) << key;
   }
   EXPECT_EQ(Node(nullptr, "1"), 0);
-  EXPECT_EQ(m_Status.Outputs.Count(), 0U);
+  EXPECT_EQ(status_.Outputs.Count(), 0U);
   EXPECT_EQ(u32_TTableNumAttribute, 0U);
 }
 
 TEST_F(TtableHandler, AddsNoNodeWithoutAValueButCreatesTheOutput) {
   EXPECT_EQ(Node("TtableDeviceNode_1", nullptr), 0);
-  EXPECT_EQ(m_Status.Outputs.Count(), 1U);
+  EXPECT_EQ(status_.Outputs.Count(), 1U);
   EXPECT_THAT(Nodes(), IsEmpty());
   EXPECT_EQ(u32_TTableNumAttribute, 0U);
   EXPECT_EQ(Node("TtableDeviceNode_-1", nullptr), -1);

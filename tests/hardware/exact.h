@@ -9,26 +9,26 @@
 // With its terminating zero.
 class ExactText {
  public:
-  explicit ExactText(std::string_view text) : m_Bytes(new char[text.size() + 1]) {
-    std::copy(text.begin(), text.end(), m_Bytes.get());
-    m_Bytes[text.size()] = '\0';
+  explicit ExactText(std::string_view text) : bytes_(new char[text.size() + 1]) {
+    std::copy(text.begin(), text.end(), bytes_.get());
+    bytes_[text.size()] = '\0';
   }
-  char* Get() const { return m_Bytes.get(); }
-  operator const char*() const { return m_Bytes.get(); }  // NOLINT: stands for the literal
+  char* Get() const { return bytes_.get(); }
+  operator const char*() const { return bytes_.get(); }  // NOLINT: stands for the literal
 
  private:
-  std::unique_ptr<char[]> m_Bytes;
+  std::unique_ptr<char[]> bytes_;
 };
 
 // Without any terminator.
 class ExactView {
  public:
-  explicit ExactView(std::string_view text) : m_Bytes(new char[text.size()]), m_Size(text.size()) {
-    std::copy(text.begin(), text.end(), m_Bytes.get());
+  explicit ExactView(std::string_view text) : bytes_(new char[text.size()]), size_(text.size()) {
+    std::copy(text.begin(), text.end(), bytes_.get());
   }
-  operator std::string_view() const { return {m_Bytes.get(), m_Size}; }  // NOLINT: as above
+  operator std::string_view() const { return {bytes_.get(), size_}; }  // NOLINT: as above
 
  private:
-  std::unique_ptr<char[]> m_Bytes;
-  std::size_t m_Size;
+  std::unique_ptr<char[]> bytes_;
+  std::size_t size_;
 };

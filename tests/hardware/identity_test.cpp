@@ -24,43 +24,43 @@ class Guid : public ProbeTest {};
 
 TEST_F(Guid, IsTheFileWithItsLineFeed) {
   Scenario().File(kUuid, "abc\n").Apply();
-  EXPECT_EQ(m_Probe.GUID(), 0);
-  EXPECT_EQ(m_Status.GUID, "abc\n");
+  EXPECT_EQ(probe_.GUID(), 0);
+  EXPECT_EQ(status_.GUID, "abc\n");
   WriteFile(kUuid, "abc");
-  EXPECT_EQ(m_Probe.GUID(), 0);
-  EXPECT_EQ(m_Status.GUID, "abc");
+  EXPECT_EQ(probe_.GUID(), 0);
+  EXPECT_EQ(status_.GUID, "abc");
 }
 
 TEST_F(Guid, IsCutAt128Bytes) {
   for (const std::size_t size : {127, 128, 129, 1000}) {
     SCOPED_TRACE(size);
     Scenario().File(kUuid, std::string(size, 'u')).Apply();
-    EXPECT_EQ(m_Probe.GUID(), 0);
-    EXPECT_EQ(m_Status.GUID, std::string(std::min<std::size_t>(size, 128), 'u'));
+    EXPECT_EQ(probe_.GUID(), 0);
+    EXPECT_EQ(status_.GUID, std::string(std::min<std::size_t>(size, 128), 'u'));
   }
 }
 
 TEST_F(Guid, EndsAtAZeroByte) {
   Scenario().File(kUuid, std::string("abc\0def", 7)).Apply();
-  EXPECT_EQ(m_Probe.GUID(), 0);
-  EXPECT_EQ(m_Status.GUID, "abc");
+  EXPECT_EQ(probe_.GUID(), 0);
+  EXPECT_EQ(status_.GUID, "abc");
 }
 
 TEST_F(Guid, OfAnEmptyOrUnreadableFileIsEmpty) {
-  m_Status.GUID = "former";
+  status_.GUID = "former";
   Scenario().File(kUuid, "").Apply();
-  EXPECT_EQ(m_Probe.GUID(), 0);
-  EXPECT_EQ(m_Status.GUID, "");
-  m_Status.GUID = "former";
+  EXPECT_EQ(probe_.GUID(), 0);
+  EXPECT_EQ(status_.GUID, "");
+  status_.GUID = "former";
   Scenario().Folder(kUuid).Apply();
-  EXPECT_EQ(m_Probe.GUID(), 0);
-  EXPECT_EQ(m_Status.GUID, "");
+  EXPECT_EQ(probe_.GUID(), 0);
+  EXPECT_EQ(status_.GUID, "");
 }
 
 TEST_F(Guid, OfAFileThatVanishedStays) {
-  m_Status.GUID = "former";
-  EXPECT_EQ(m_Probe.GUID(), 1);
-  EXPECT_EQ(m_Status.GUID, "former");
+  status_.GUID = "former";
+  EXPECT_EQ(probe_.GUID(), 1);
+  EXPECT_EQ(status_.GUID, "former");
 }
 
 // A host may have closed its standard input; the next file that is opened then takes its number.
@@ -68,17 +68,17 @@ TEST_F(Guid, IsReadAlsoAsDescriptorZero) {
   Scenario().File(kUuid, "abc").Apply();
   const sandbox::Descriptor input(dup(STDIN_FILENO));
   close(STDIN_FILENO);
-  EXPECT_EQ(m_Probe.GUID(), 0);
+  EXPECT_EQ(probe_.GUID(), 0);
   dup2(input.Number(), STDIN_FILENO);
-  EXPECT_EQ(m_Status.GUID, "abc");
+  EXPECT_EQ(status_.GUID, "abc");
 }
 
 // A pipe without a writer used to be able to hold up every cycle in open().
 TEST_F(Guid, IsNotWaitedForWhenTheFileIsAPipe) {
   Scenario().Folder("/home/Zet/.settings").Apply();
   ASSERT_EQ(mkfifo(kUuid, 0600), 0);
-  EXPECT_EQ(m_Probe.GUID(), 0);
-  EXPECT_EQ(m_Status.GUID, "");
+  EXPECT_EQ(probe_.GUID(), 0);
+  EXPECT_EQ(status_.GUID, "");
 }
 
 // Whatever somebody wrote into a pipe used to become the identity.
@@ -87,9 +87,9 @@ TEST_F(Guid, IsNotTakenFromAPipe) {
   ASSERT_EQ(mkfifo(kUuid, 0600), 0);
   const sandbox::Descriptor pipe(open(kUuid, O_RDWR | O_CLOEXEC));
   ASSERT_EQ(write(pipe.Number(), "abc", 3), 3);
-  m_Status.GUID = "former";
-  EXPECT_EQ(m_Probe.GUID(), 0);
-  EXPECT_EQ(m_Status.GUID, "");
+  status_.GUID = "former";
+  EXPECT_EQ(probe_.GUID(), 0);
+  EXPECT_EQ(status_.GUID, "");
 }
 
 // A terminal, "/pts/0"; a sandbox has none.
@@ -98,20 +98,20 @@ class Terminal {
   Terminal() {
     mkdir("/pts", 0755);
     mount("devpts", "/pts", "devpts", MS_NOSUID | MS_NOEXEC, "newinstance,ptmxmode=0666");
-    m_Master = open("/pts/ptmx", O_RDWR | O_NOCTTY | O_CLOEXEC);
-    unlockpt(m_Master);
+    master_ = open("/pts/ptmx", O_RDWR | O_NOCTTY | O_CLOEXEC);
+    unlockpt(master_);
   }
   Terminal(const Terminal&) = delete;
   Terminal& operator=(const Terminal&) = delete;
   ~Terminal() {
-    close(m_Master);
+    close(master_);
     umount2("/pts", MNT_DETACH);
   }
 
   bool IsThere() const { return access("/pts/0", F_OK) == 0; }
 
  private:
-  int m_Master;
+  int master_;
 };
 
 // Number of the process's controlling terminal, 0 when it has none.
@@ -131,7 +131,7 @@ TEST_F(Guid, GivesTheHostNoControllingTerminal) {
   const pid_t host = fork();
   if (host == 0) {
     setsid();
-    m_Probe.GUID();
+    probe_.GUID();
     _exit(ControllingTerminal() == 0 ? 0 : 1);
   }
   int status = -1;
@@ -155,12 +155,12 @@ TEST_F(Ids, AreTheDriversAnswersTwoOfThemCrossed) {
   SANDBOX_NEEDS_DEVICES();
   Identified().Apply();
   sandbox::ClearDeviceLog();
-  EXPECT_EQ(m_Probe.IDs(), 0);
-  EXPECT_EQ(m_Status.HardwareID1, 35);
-  EXPECT_EQ(m_Status.HardwareID2, 2);
-  EXPECT_EQ(m_Status.HardwareID3, 3);
-  EXPECT_EQ(m_Status.ProductFamily, 4);
-  EXPECT_EQ(m_Status.SerialNumber, 0x12AF0U);
+  EXPECT_EQ(probe_.IDs(), 0);
+  EXPECT_EQ(status_.HardwareID1, 35);
+  EXPECT_EQ(status_.HardwareID2, 2);
+  EXPECT_EQ(status_.HardwareID3, 3);
+  EXPECT_EQ(status_.ProductFamily, 4);
+  EXPECT_EQ(status_.SerialNumber, 0x12AF0U);
   EXPECT_THAT(sandbox::DeviceLog(), ElementsAre("zetdisplay open", "zetdisplay ioctl 0x8004DA5C",
                                                 "zetdisplay ioctl 0x8004DA5E",
                                                 "zetdisplay ioctl 0x8004DA5D", "zetdisplay close"));
@@ -176,41 +176,41 @@ TEST_F(Ids, FirstOneDeterminesTheProductFamily) {
   for (const auto& row : kRows) {
     SCOPED_TRACE(row.Id);
     SetAnswer("zetdisplay", kHardwareIds[0], row.Id);
-    m_Probe.IDs();
-    EXPECT_EQ(m_Status.HardwareID1, row.Id);
-    EXPECT_EQ(m_Status.ProductFamily, row.Family);
+    probe_.IDs();
+    EXPECT_EQ(status_.HardwareID1, row.Id);
+    EXPECT_EQ(status_.ProductFamily, row.Family);
   }
 }
 
 TEST_F(Ids, WithoutAnswerAreMinusOne) {
   SANDBOX_NEEDS_DEVICES();
   Scenario().Device("zetdisplay").Apply();
-  m_Probe.IDs();
-  EXPECT_EQ(m_Status.HardwareID1, -1);
-  EXPECT_EQ(m_Status.HardwareID2, -1);
-  EXPECT_EQ(m_Status.HardwareID3, -1);
-  EXPECT_EQ(m_Status.ProductFamily, 1);
+  probe_.IDs();
+  EXPECT_EQ(status_.HardwareID1, -1);
+  EXPECT_EQ(status_.HardwareID2, -1);
+  EXPECT_EQ(status_.HardwareID3, -1);
+  EXPECT_EQ(status_.ProductFamily, 1);
 }
 
 TEST_F(Ids, WithoutDisplayDriverStayWithSerialAndFamily) {
-  m_Status.HardwareID1 = 7;
-  m_Status.ProductFamily = 8;
-  m_Status.SerialNumber = 9;
+  status_.HardwareID1 = 7;
+  status_.ProductFamily = 8;
+  status_.SerialNumber = 9;
   Scenario().File(kSerial, "0x1").Apply();
-  EXPECT_EQ(m_Probe.IDs(), 1);
-  EXPECT_EQ(m_Status.HardwareID1, 7);
-  EXPECT_EQ(m_Status.ProductFamily, 8);
-  EXPECT_EQ(m_Status.SerialNumber, 9U);
+  EXPECT_EQ(probe_.IDs(), 1);
+  EXPECT_EQ(status_.HardwareID1, 7);
+  EXPECT_EQ(status_.ProductFamily, 8);
+  EXPECT_EQ(status_.SerialNumber, 9U);
 }
 
 TEST_F(Ids, AreKeptWhenTheSerialIsMissing) {
   SANDBOX_NEEDS_DEVICES();
-  m_Status.SerialNumber = 9;
+  status_.SerialNumber = 9;
   Identified().NoFile(kSerial).Apply();
-  EXPECT_EQ(m_Probe.IDs(), 1);
-  EXPECT_EQ(m_Status.HardwareID1, 35);
-  EXPECT_EQ(m_Status.ProductFamily, 4);
-  EXPECT_EQ(m_Status.SerialNumber, 9U);
+  EXPECT_EQ(probe_.IDs(), 1);
+  EXPECT_EQ(status_.HardwareID1, 35);
+  EXPECT_EQ(status_.ProductFamily, 4);
+  EXPECT_EQ(status_.SerialNumber, 9U);
 }
 
 TEST_F(Ids, SerialIsHexadecimalText) {
@@ -228,8 +228,8 @@ TEST_F(Ids, SerialIsHexadecimalText) {
   for (const auto& row : kRows) {
     SCOPED_TRACE(row.Text);
     WriteFile(kSerial, row.Text);
-    EXPECT_EQ(m_Probe.IDs(), 0);
-    EXPECT_EQ(m_Status.SerialNumber, row.Serial);
+    EXPECT_EQ(probe_.IDs(), 0);
+    EXPECT_EQ(status_.SerialNumber, row.Serial);
   }
 }
 

@@ -25,13 +25,13 @@ TEST_F(Compositor, TakesTheDriversAnswerAsItsState) {
   SANDBOX_NEEDS_DEVICES();
   for (const int answer : {0, 5, 2147483647}) {
     SCOPED_TRACE(answer);
-    m_Status.Compositors.Clear();
+    status_.Compositors.Clear();
     Scenario().Answer("zetdisplay", kCompositorState, answer).Apply();
     sandbox::ClearDeviceLog();
-    EXPECT_EQ(m_Probe.Compositor(), 0);
-    ASSERT_EQ(m_Status.Compositors.Count(), 1U);
-    EXPECT_EQ(m_Status.Compositors[0]->SpareWord, 0);
-    EXPECT_EQ(m_Status.Compositors[0]->State, answer);
+    EXPECT_EQ(probe_.Compositor(), 0);
+    ASSERT_EQ(status_.Compositors.Count(), 1U);
+    EXPECT_EQ(status_.Compositors[0]->SpareWord, 0);
+    EXPECT_EQ(status_.Compositors[0]->State, answer);
     EXPECT_THAT(sandbox::DeviceLog(),
                 ElementsAre("zetdisplay open", "zetdisplay ioctl 0x8004DA5F", "zetdisplay close"));
   }
@@ -40,9 +40,9 @@ TEST_F(Compositor, TakesTheDriversAnswerAsItsState) {
 TEST_F(Compositor, IsTheOnlyOneHoweverOftenItIsAsked) {
   SANDBOX_NEEDS_DEVICES();
   Scenario().Answer("zetdisplay", kCompositorState, 5).Apply();
-  EXPECT_EQ(m_Probe.Compositor(), 0);
-  EXPECT_EQ(m_Probe.Compositor(), 0);
-  EXPECT_EQ(m_Status.Compositors.Count(), 1U);
+  EXPECT_EQ(probe_.Compositor(), 0);
+  EXPECT_EQ(probe_.Compositor(), 0);
+  EXPECT_EQ(status_.Compositors.Count(), 1U);
 }
 
 TEST_F(Compositor, IsNotThereWhenTheAnswerIsNegative) {
@@ -50,14 +50,14 @@ TEST_F(Compositor, IsNotThereWhenTheAnswerIsNegative) {
   for (const int answer : {-1, -5000}) {
     SCOPED_TRACE(answer);
     Scenario().Answer("zetdisplay", kCompositorState, answer).Apply();
-    EXPECT_EQ(m_Probe.Compositor(), 0);
-    EXPECT_EQ(m_Status.Compositors.Count(), 0U);
+    EXPECT_EQ(probe_.Compositor(), 0);
+    EXPECT_EQ(status_.Compositors.Count(), 0U);
   }
 }
 
 TEST_F(Compositor, IsNotThereWithoutDisplayDriver) {
-  EXPECT_EQ(m_Probe.Compositor(), 1);
-  EXPECT_EQ(m_Status.Compositors.Count(), 0U);
+  EXPECT_EQ(probe_.Compositor(), 1);
+  EXPECT_EQ(status_.Compositors.Count(), 0U);
 }
 
 constexpr char kRegisters[] =
@@ -84,15 +84,15 @@ Scenario Connected() {
 
 class Inputs : public ProbeTest {
  protected:
-  QtSts::CInput* Input(unsigned int position) { return m_Status.Inputs[position]; }
+  QtSts::CInput* Input(unsigned int position) { return status_.Inputs[position]; }
 };
 
 TEST_F(Inputs, TakeTheirRegistersAndPositions) {
   SANDBOX_NEEDS_DEVICES();
   Connected().Apply();
-  EXPECT_EQ(m_Probe.InputGraphic(), 0);
-  EXPECT_EQ(m_Probe.InputDVI(), 0);
-  ASSERT_EQ(m_Status.Inputs.Count(), 2U);
+  EXPECT_EQ(probe_.InputGraphic(), 0);
+  EXPECT_EQ(probe_.InputDVI(), 0);
+  ASSERT_EQ(status_.Inputs.Count(), 2U);
 
   const QtSts::CInput* player = Input(0);
   EXPECT_NE(dynamic_cast<const QtSts::CPlayerInput*>(player), nullptr);
@@ -129,9 +129,9 @@ TEST_F(Inputs, OpenTheirSourcesInOrder) {
   Connected().Apply();
   sandbox::ClearDeviceLog();
   const Opens opens;
-  m_Probe.InputGraphic();
+  probe_.InputGraphic();
   EXPECT_THAT(opens.Paths(), ElementsAre(kFrameControl, kVideoMux));
-  m_Probe.InputDVI();
+  probe_.InputDVI();
   EXPECT_THAT(opens.Paths(),
               ElementsAre(kFrameControl, kVideoMux, kFrameControl, "/dev/zetdisplay", kVideoMux));
   EXPECT_THAT(sandbox::DeviceLog(),
@@ -141,15 +141,15 @@ TEST_F(Inputs, OpenTheirSourcesInOrder) {
 TEST_F(Inputs, AreNotThereWithoutRegisterDump) {
   SANDBOX_NEEDS_DEVICES();
   Connected().NoFile(kFrameControl).Apply();
-  EXPECT_EQ(m_Probe.InputGraphic(), 1);
-  EXPECT_EQ(m_Probe.InputDVI(), 1);
-  EXPECT_EQ(m_Status.Inputs.Count(), 0U);
+  EXPECT_EQ(probe_.InputGraphic(), 1);
+  EXPECT_EQ(probe_.InputDVI(), 1);
+  EXPECT_EQ(status_.Inputs.Count(), 0U);
 }
 
 TEST_F(Inputs, OfAnEmptyDumpStayAtTheirInitialState) {
   SANDBOX_NEEDS_DEVICES();
   Connected().File(kFrameControl, "").Apply();
-  EXPECT_EQ(m_Probe.InputGraphic(), 0);
+  EXPECT_EQ(probe_.InputGraphic(), 0);
   EXPECT_EQ(Input(0)->Frequency.Vertical, 0.0F);
   EXPECT_EQ(Input(0)->Frequency.PixelClock, 0.0F);
   EXPECT_FALSE(Input(0)->SignalPresent);
@@ -157,7 +157,7 @@ TEST_F(Inputs, OfAnEmptyDumpStayAtTheirInitialState) {
 
 TEST_F(Inputs, ValueWithoutPrefixTakesTheNextPrefixedOne) {
   Scenario().File(kFrameControl, "dss_detected_columns: 780\ndss_detected_rows: 0x438\n").Apply();
-  m_Probe.InputGraphic();
+  probe_.InputGraphic();
   EXPECT_EQ(Input(0)->DetectedArea.Width, 1080U);
   EXPECT_EQ(Input(0)->DetectedArea.Height, 1080U);
 }
@@ -174,9 +174,9 @@ TEST_F(Inputs, PlayerHasASignalFrom600By480On) {
   };
   for (const auto& row : kRows) {
     SCOPED_TRACE(row.Registers);
-    m_Status.Inputs.Clear();
+    status_.Inputs.Clear();
     WriteFile(kFrameControl, row.Registers);
-    m_Probe.InputGraphic();
+    probe_.InputGraphic();
     EXPECT_EQ(Input(0)->SignalPresent, row.Present);
   }
 }
@@ -185,14 +185,14 @@ TEST_F(Inputs, PlayerHasASignalFrom600By480On) {
 TEST_F(Inputs, PlayersPixelClockIsItsPictureTimesItsRate) {
   WriteFile(kFrameControl,
             "dss_detected_vsync: 0x7D0\ndss_detected_columns: 0x780\ndss_detected_rows: 0x438\n");
-  m_Probe.InputGraphic();
+  probe_.InputGraphic();
   EXPECT_EQ(Input(0)->Frequency.Vertical, 50.0F);
   EXPECT_EQ(Input(0)->Frequency.PixelClock, 103680000.0F);
 }
 
 TEST_F(Inputs, StoppedClocksAreStoredAsTheyAre) {
   Scenario().File(kFrameControl, "dss_detected_vsync: 0x0\ndss_detected_hsync: 0x0\n").Apply();
-  m_Probe.InputGraphic();
+  probe_.InputGraphic();
   EXPECT_EQ(Input(0)->Frequency.Vertical, std::numeric_limits<float>::infinity());
   EXPECT_EQ(Input(0)->Frequency.Horizontal, std::numeric_limits<float>::infinity());
   EXPECT_TRUE(std::isnan(Input(0)->Frequency.PixelClock));
@@ -214,10 +214,10 @@ TEST_F(Inputs, MultiplexerRoutesOneOfThem) {
   Connected().Apply();
   for (const auto& row : kRows) {
     SCOPED_TRACE(row.Multiplexer);
-    m_Status.Inputs.Clear();
+    status_.Inputs.Clear();
     WriteFile(kVideoMux, row.Multiplexer);
-    EXPECT_EQ(m_Probe.InputGraphic(), 0);
-    EXPECT_EQ(m_Probe.InputDVI(), 0);
+    EXPECT_EQ(probe_.InputGraphic(), 0);
+    EXPECT_EQ(probe_.InputDVI(), 0);
     EXPECT_EQ(Input(0)->MultiplexerSelected, row.Player);
     EXPECT_EQ(Input(1)->MultiplexerSelected, row.Dvi);
   }
@@ -226,8 +226,8 @@ TEST_F(Inputs, MultiplexerRoutesOneOfThem) {
 TEST_F(Inputs, WithoutMultiplexerKeepTheirRegisters) {
   SANDBOX_NEEDS_DEVICES();
   Connected().NoFile(kVideoMux).Apply();
-  EXPECT_EQ(m_Probe.InputGraphic(), 1);
-  EXPECT_EQ(m_Probe.InputDVI(), 1);
+  EXPECT_EQ(probe_.InputGraphic(), 1);
+  EXPECT_EQ(probe_.InputDVI(), 1);
   EXPECT_EQ(Input(0)->DetectedArea.Width, 1920U);
   EXPECT_TRUE(Input(0)->SignalPresent);
   EXPECT_FALSE(Input(0)->MultiplexerSelected);
@@ -241,7 +241,7 @@ TEST_F(Inputs, DviWithoutDisplayDriverKeepsItsRegisters) {
       .File(kFrameControl, kRegisters)
       .File(kVideoMux, "video mux status register: 0x4\n")
       .Apply();
-  EXPECT_EQ(m_Probe.InputDVI(), 1);
+  EXPECT_EQ(probe_.InputDVI(), 1);
   EXPECT_EQ(Input(0)->DetectedArea.Width, 1280U);
   EXPECT_EQ(Input(0)->Statistics.First, 3);
   EXPECT_FALSE(Input(0)->SignalPresent);
@@ -254,7 +254,7 @@ TEST_F(Inputs, DviHasASignalUnlessTheDriverAnswersZero) {
   for (const int answer : {0, 1, 2, -1, -5000}) {
     SCOPED_TRACE(answer);
     SetAnswer("zetdisplay", kDviSignal, answer);
-    m_Probe.InputDVI();
+    probe_.InputDVI();
     EXPECT_EQ(Input(0)->SignalPresent, answer != 0);
   }
 }
@@ -268,15 +268,15 @@ TEST_F(Inputs, RegistersBeyondTheReadLimitAreNotSeen) {
       .File(kFrameControl, Padded(kLimit - rows.size(), rows + "0\ndss_detected_columns: 0x780\n"))
       .File(kVideoMux, Padded(kLimit, mux))
       .Apply();
-  EXPECT_EQ(m_Probe.InputGraphic(), 0);
+  EXPECT_EQ(probe_.InputGraphic(), 0);
   EXPECT_EQ(Input(0)->DetectedArea.Height, 1080U);
   EXPECT_EQ(Input(0)->DetectedArea.Width, 0U);
   EXPECT_FALSE(Input(0)->MultiplexerSelected) << "the multiplexer is silent";
-  EXPECT_EQ(m_Probe.InputDVI(), 0);
+  EXPECT_EQ(probe_.InputDVI(), 0);
   EXPECT_FALSE(Input(1)->MultiplexerSelected);
 
   WriteFile(kVideoMux, Padded(kLimit - mux.size(), mux + "00"));
-  EXPECT_EQ(m_Probe.InputDVI(), 0);
+  EXPECT_EQ(probe_.InputDVI(), 0);
   EXPECT_TRUE(Input(1)->MultiplexerSelected);
 }
 

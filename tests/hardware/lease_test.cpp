@@ -20,8 +20,8 @@ class LeaseHolder {
   explicit LeaseHolder(const char* path) {
     int ready[2];
     EXPECT_EQ(pipe(ready), 0);
-    m_Process = fork();
-    if (m_Process == 0) {
+    process_ = fork();
+    if (process_ == 0) {
       Hold(path, ready[1]);
     }
     close(ready[1]);
@@ -32,8 +32,8 @@ class LeaseHolder {
   LeaseHolder(const LeaseHolder&) = delete;
   LeaseHolder& operator=(const LeaseHolder&) = delete;
   ~LeaseHolder() {
-    kill(m_Process, SIGKILL);
-    waitpid(m_Process, nullptr, 0);
+    kill(process_, SIGKILL);
+    waitpid(process_, nullptr, 0);
   }
 
  private:
@@ -53,7 +53,7 @@ class LeaseHolder {
     _exit(0);
   }
 
-  pid_t m_Process;
+  pid_t process_;
 };
 
 class Lease : public ProbeTest {};
@@ -62,22 +62,22 @@ class Lease : public ProbeTest {};
 TEST_F(Lease, OnTheIdentityIsWaitedFor) {
   Scenario().File(kUuid, "abc").Apply();
   const LeaseHolder holder(kUuid);
-  EXPECT_EQ(m_Probe.GUID(), 0);
-  EXPECT_EQ(m_Status.GUID, "abc");
+  EXPECT_EQ(probe_.GUID(), 0);
+  EXPECT_EQ(status_.GUID, "abc");
 }
 
 TEST_F(Lease, OnAFileThatALinkLeadsToIsWaitedFor) {
   Scenario().File("/data/uuid", "abc").Link(kUuid, "/data/uuid").Apply();
   const LeaseHolder holder("/data/uuid");
-  EXPECT_EQ(m_Probe.GUID(), 0);
-  EXPECT_EQ(m_Status.GUID, "abc");
+  EXPECT_EQ(probe_.GUID(), 0);
+  EXPECT_EQ(status_.GUID, "abc");
 }
 
 TEST_F(Lease, OnThePackagesIsWaitedFor) {
   Scenario().File(kPackages, "Package: qtm-distro\nVersion: 4.1\n").Apply();
   const LeaseHolder holder(kPackages);
-  EXPECT_EQ(m_Probe.FirmwareVersion(), 0);
-  EXPECT_EQ(m_Status.FirmwareVersion, "4.1");
+  EXPECT_EQ(probe_.FirmwareVersion(), 0);
+  EXPECT_EQ(status_.FirmwareVersion, "4.1");
 }
 
 }  // namespace

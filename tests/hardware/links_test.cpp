@@ -51,12 +51,12 @@ class Links : public ProbeTest {
 
   // What the probe makes of the identity: "" when there is none.
   std::string Guid() {
-    m_Status.GUID = "";
-    EXPECT_EQ(m_Probe.GUID(), 0);
-    return m_Status.GUID;
+    status_.GUID = "";
+    EXPECT_EQ(probe_.GUID(), 0);
+    return status_.GUID;
   }
 
-  bool HasGuid() { return m_Probe.GUID() == 0; }
+  bool HasGuid() { return probe_.GUID() == 0; }
 };
 
 // The owner of the settings folder could read in the document every file that the host may read.
@@ -153,20 +153,20 @@ TEST_F(Links, ToTheSerialNumberObeyTheSameRule) {
   SANDBOX_NEEDS_DEVICES();
   Scenario().Device("zetdisplay").File("/secret", "0x12AF0").Apply();
   MakeLinkOf(kOwner, kSerial, "/secret");
-  EXPECT_EQ(m_Probe.IDs(), 1);
-  EXPECT_EQ(m_Status.SerialNumber, 0U);
+  EXPECT_EQ(probe_.IDs(), 1);
+  EXPECT_EQ(status_.SerialNumber, 0U);
   MakeLink(kSerial, "/secret");
-  EXPECT_EQ(m_Probe.IDs(), 0);
-  EXPECT_EQ(m_Status.SerialNumber, 0x12AF0U);
+  EXPECT_EQ(probe_.IDs(), 0);
+  EXPECT_EQ(status_.SerialNumber, 0x12AF0U);
 }
 
 // Everyone may write to the folder of the counters of link transitions.
 TEST_F(Links, ToTheTransitionsObeyTheSameRule) {
   WriteFile("/secret", "17");
   MakeLinkOf(kOwner, kTransitions, "/secret");
-  EXPECT_EQ(m_Probe.NetworkLinkTransitionCount("eth0"), -1);
+  EXPECT_EQ(probe_.NetworkLinkTransitionCount("eth0"), -1);
   MakeLink(kTransitions, "/secret");
-  EXPECT_EQ(m_Probe.NetworkLinkTransitionCount("eth0"), 17);
+  EXPECT_EQ(probe_.NetworkLinkTransitionCount("eth0"), 17);
 }
 
 }  // namespace

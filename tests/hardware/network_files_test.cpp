@@ -15,26 +15,26 @@ constexpr char kEth0Carrier[] = "/sys/class/net/eth0/carrier";
 class Link : public ProbeTest {};
 
 TEST_F(Link, IsReadFromTheCarrierFile) {
-  EXPECT_EQ(m_Probe.CheckHardwareLink("eth0"), 0) << "no file";
+  EXPECT_EQ(probe_.CheckHardwareLink("eth0"), 0) << "no file";
   WriteFile(kEth0Carrier, "1\n");
-  EXPECT_EQ(m_Probe.CheckHardwareLink("eth0"), 0);
+  EXPECT_EQ(probe_.CheckHardwareLink("eth0"), 0);
   WriteFile(kEth0Carrier, "0\n");
-  EXPECT_EQ(m_Probe.CheckHardwareLink("eth0"), -1);
+  EXPECT_EQ(probe_.CheckHardwareLink("eth0"), -1);
   WriteFile(kEth0Carrier, "");
-  EXPECT_EQ(m_Probe.CheckHardwareLink("eth0"), 0);
+  EXPECT_EQ(probe_.CheckHardwareLink("eth0"), 0);
   WriteFile(kEth0Carrier, std::string_view("\0", 1));
-  EXPECT_EQ(m_Probe.CheckHardwareLink("eth0"), -1) << "not empty, and no number";
+  EXPECT_EQ(probe_.CheckHardwareLink("eth0"), -1) << "not empty, and no number";
   WriteFile(kEth0Carrier, "  1");
-  EXPECT_EQ(m_Probe.CheckHardwareLink("eth0"), -1) << "two bytes are read";
+  EXPECT_EQ(probe_.CheckHardwareLink("eth0"), -1) << "two bytes are read";
   sandbox::MakeUnopenable(kEth0Carrier);
-  EXPECT_EQ(m_Probe.CheckHardwareLink("eth0"), 1);
+  EXPECT_EQ(probe_.CheckHardwareLink("eth0"), 1);
   sandbox::MakeFolder(kEth0Carrier);
-  EXPECT_EQ(m_Probe.CheckHardwareLink("eth0"), 0) << "opens but cannot be read";
+  EXPECT_EQ(probe_.CheckHardwareLink("eth0"), 0) << "opens but cannot be read";
 }
 
 TEST_F(Link, TransitionsAreTheNumberInTheCountersFile) {
   constexpr char kTransitions[] = "/dev/shm/netlink-eth0";
-  EXPECT_EQ(m_Probe.NetworkLinkTransitionCount("eth0"), -1);
+  EXPECT_EQ(probe_.NetworkLinkTransitionCount("eth0"), -1);
   struct {
     std::string Text;
     int Count;
@@ -52,20 +52,20 @@ TEST_F(Link, TransitionsAreTheNumberInTheCountersFile) {
   for (const auto& row : kRows) {
     SCOPED_TRACE(row.Text);
     WriteFile(kTransitions, row.Text);
-    EXPECT_EQ(m_Probe.NetworkLinkTransitionCount("eth0"), row.Count);
+    EXPECT_EQ(probe_.NetworkLinkTransitionCount("eth0"), row.Count);
   }
   sandbox::MakeUnopenable(kTransitions);
-  EXPECT_EQ(m_Probe.NetworkLinkTransitionCount("eth0"), -1);
-  EXPECT_EQ(m_Probe.NetworkLinkTransitionCount("eth1"), -1);
+  EXPECT_EQ(probe_.NetworkLinkTransitionCount("eth0"), -1);
+  EXPECT_EQ(probe_.NetworkLinkTransitionCount("eth1"), -1);
 }
 
 TEST_F(Link, ErrorsAreSummedFromTheKernelsList) {
-  EXPECT_EQ(m_Probe.NetworkLinkErrorCount("eth0"), -1);
+  EXPECT_EQ(probe_.NetworkLinkErrorCount("eth0"), -1);
   WriteFile(kLinkCounters, "  eth0: 100 2 3 0 0 0 0 0 200 4 5 0 0 0 0 0\n");
-  EXPECT_EQ(m_Probe.NetworkLinkErrorCount("eth0"), 8);
-  EXPECT_EQ(m_Probe.NetworkLinkErrorCount("eth1"), 0);
+  EXPECT_EQ(probe_.NetworkLinkErrorCount("eth0"), 8);
+  EXPECT_EQ(probe_.NetworkLinkErrorCount("eth1"), 0);
   WriteFile(kLinkCounters, "");
-  EXPECT_EQ(m_Probe.NetworkLinkErrorCount("eth0"), 0);
+  EXPECT_EQ(probe_.NetworkLinkErrorCount("eth0"), 0);
 }
 
 TEST_F(Link, ErrorsAreThoseOfTheFirstPlaceThatHoldsTheName) {
@@ -74,23 +74,23 @@ TEST_F(Link, ErrorsAreThoseOfTheFirstPlaceThatHoldsTheName) {
             "  eth1: 7 7 70 7 7 7 7 7 7 7 77 7 7 7 7 7\n"
             "  eth2:100 2 3 4 5 6 7 8 200 10 11 12 13 14 15 16\n"
             "  eth3: 0 0 4294967297 0 0 0 0 0 0 0 2147483647 0 0 0 0 0\n");
-  EXPECT_EQ(m_Probe.NetworkLinkErrorCount("eth1"), 300) << "the tail of veth10";
-  EXPECT_EQ(m_Probe.NetworkLinkErrorCount("eth2"), 4 + 12) << "a glued counter shifts the columns";
-  EXPECT_EQ(m_Probe.NetworkLinkErrorCount("eth3"), -2147483647 - 1) << "the low 32 bits";
+  EXPECT_EQ(probe_.NetworkLinkErrorCount("eth1"), 300) << "the tail of veth10";
+  EXPECT_EQ(probe_.NetworkLinkErrorCount("eth2"), 4 + 12) << "a glued counter shifts the columns";
+  EXPECT_EQ(probe_.NetworkLinkErrorCount("eth3"), -2147483647 - 1) << "the low 32 bits";
 }
 
 TEST_F(Link, ErrorsBeyondTheReadLimitAreNotSeen) {
   constexpr std::size_t kLimit = 2048;
   const std::string counters = "eth0: 0 0 12";
   WriteFile(kLinkCounters, Padded(kLimit - counters.size(), counters + "3 0 0 0 0 0 0 0 5\n"));
-  EXPECT_EQ(m_Probe.NetworkLinkErrorCount("eth0"), 12);
+  EXPECT_EQ(probe_.NetworkLinkErrorCount("eth0"), 12);
   WriteFile(kLinkCounters, Padded(kLimit - 3, counters));
-  EXPECT_EQ(m_Probe.NetworkLinkErrorCount("eth0"), 0);
+  EXPECT_EQ(probe_.NetworkLinkErrorCount("eth0"), 0);
 }
 
 class Gateway : public ProbeTest {
  protected:
-  std::string m_Gateway = "former";
+  std::string gateway_ = "former";
 };
 
 TEST_F(Gateway, IsThatOfTheDefaultRoute) {
@@ -98,8 +98,8 @@ TEST_F(Gateway, IsThatOfTheDefaultRoute) {
             "Iface\tDestination\tGateway \tFlags\n"
             "eth0\t0001A8C0\t00000000\t0001\n"
             "eth0\t00000000\t0101A8C0\t0003\n");
-  EXPECT_EQ(m_Probe.GetGateway("eth0", &m_Gateway), 0);
-  EXPECT_EQ(m_Gateway, "192.168.1.1");
+  EXPECT_EQ(probe_.GetGateway("eth0", &gateway_), 0);
+  EXPECT_EQ(gateway_, "192.168.1.1");
 }
 
 TEST_F(Gateway, IsReadFromATableOfAnyLength) {
@@ -108,36 +108,36 @@ TEST_F(Gateway, IsReadFromATableOfAnyLength) {
     routes += "eth9\t0001A8C0\t00000000\t0001\n";
   }
   WriteFile(kRoutes, routes + "eth0\t00000000\t0101A8C0");
-  EXPECT_EQ(m_Probe.GetGateway("eth0", &m_Gateway), 0);
-  EXPECT_EQ(m_Gateway, "192.168.1.1");
+  EXPECT_EQ(probe_.GetGateway("eth0", &gateway_), 0);
+  EXPECT_EQ(gateway_, "192.168.1.1");
 }
 
 TEST_F(Gateway, OfALongLineIsReadInPiecesOf255) {
   const std::string route = "eth0 00000000 0101A8C0\n";
   WriteFile(kRoutes, std::string(255, 'x') + route);
-  EXPECT_EQ(m_Probe.GetGateway("eth0", &m_Gateway), 0);
-  EXPECT_EQ(m_Gateway, "192.168.1.1");
+  EXPECT_EQ(probe_.GetGateway("eth0", &gateway_), 0);
+  EXPECT_EQ(gateway_, "192.168.1.1");
   WriteFile(kRoutes, std::string(256, 'x') + route);
-  EXPECT_EQ(m_Probe.GetGateway("eth0", &m_Gateway), 1);
-  EXPECT_EQ(m_Gateway, kNoAddress);
+  EXPECT_EQ(probe_.GetGateway("eth0", &gateway_), 1);
+  EXPECT_EQ(gateway_, kNoAddress);
 }
 
 TEST_F(Gateway, WithoutDefaultRouteIsNone) {
   WriteFile(kRoutes, "eth1 00000000 0101A8C0\n");
-  EXPECT_EQ(m_Probe.GetGateway("eth0", &m_Gateway), 1);
-  EXPECT_EQ(m_Gateway, kNoAddress);
+  EXPECT_EQ(probe_.GetGateway("eth0", &gateway_), 1);
+  EXPECT_EQ(gateway_, kNoAddress);
 }
 
 TEST_F(Gateway, WithoutTableIsNone) {
-  EXPECT_EQ(m_Probe.GetGateway("eth0", &m_Gateway), 1);
-  EXPECT_EQ(m_Gateway, kNoAddress);
+  EXPECT_EQ(probe_.GetGateway("eth0", &gateway_), 1);
+  EXPECT_EQ(gateway_, kNoAddress);
 }
 
 class NameServers : public ProbeTest {
  protected:
   std::vector<std::string> Servers() {
     std::vector<std::string> servers;
-    const QtSts::CAddressList& list = m_Status.Network.DNS.Addresses;
+    const QtSts::CAddressList& list = status_.Network.DNS.Addresses;
     for (unsigned int i = 0; const QtSts::CAddress* server = list[i]; ++i) {
       EXPECT_EQ(server->Index, i);
       servers.push_back(server->Address);
@@ -148,43 +148,43 @@ class NameServers : public ProbeTest {
 
 TEST_F(NameServers, AreListedInOrder) {
   WriteFile(kResolver, "search example.com\nnameserver 8.8.8.8\nnameserver 8.8.4.4\n");
-  EXPECT_EQ(m_Probe.DNS(), 0);
+  EXPECT_EQ(probe_.DNS(), 0);
   EXPECT_THAT(Servers(), ElementsAre("8.8.8.8", "8.8.4.4"));
 }
 
 TEST_F(NameServers, AreTakenAsTheyStandAndNeedAnEnd) {
   WriteFile(kResolver,
             "#nameserver 1.1.1.1\nnameserver fe80::1\nnameserver 8.8.8.8\nnameserver 8.8.4.4");
-  EXPECT_EQ(m_Probe.DNS(), 0);
+  EXPECT_EQ(probe_.DNS(), 0);
   EXPECT_THAT(Servers(), ElementsAre("1.1.1.1", "", "8.8.8.8"));
 }
 
 TEST_F(NameServers, AreReplacedNotAdded) {
   WriteFile(kResolver, "nameserver 8.8.8.8\nnameserver 8.8.4.4\n");
-  m_Probe.DNS();
+  probe_.DNS();
   WriteFile(kResolver, "nameserver 1.1.1.1\n");
-  EXPECT_EQ(m_Probe.DNS(), 0);
+  EXPECT_EQ(probe_.DNS(), 0);
   EXPECT_THAT(Servers(), ElementsAre("1.1.1.1"));
   WriteFile(kResolver, "");
-  EXPECT_EQ(m_Probe.DNS(), 0);
+  EXPECT_EQ(probe_.DNS(), 0);
   EXPECT_THAT(Servers(), IsEmpty());
 }
 
 TEST_F(NameServers, StayWhenTheResolverFileIsGone) {
   WriteFile(kResolver, "nameserver 8.8.8.8\n");
-  m_Probe.DNS();
+  probe_.DNS();
   sandbox::RemoveFile(kResolver);
-  EXPECT_EQ(m_Probe.DNS(), 1);
+  EXPECT_EQ(probe_.DNS(), 1);
   EXPECT_THAT(Servers(), ElementsAre("8.8.8.8"));
-  EXPECT_EQ(m_Probe.UpdateStatus(&m_Status), 0);
+  EXPECT_EQ(probe_.UpdateStatus(&status_), 0);
   EXPECT_THAT(Servers(), ElementsAre("8.8.8.8"));
 }
 
 TEST_F(NameServers, GoWhenTheResolverFileCannotBeRead) {
   WriteFile(kResolver, "nameserver 8.8.8.8\n");
-  m_Probe.DNS();
+  probe_.DNS();
   sandbox::MakeFolder(kResolver);
-  EXPECT_EQ(m_Probe.DNS(), 0);
+  EXPECT_EQ(probe_.DNS(), 0);
   EXPECT_THAT(Servers(), IsEmpty());
 }
 
@@ -192,13 +192,13 @@ TEST_F(NameServers, BeyondTheReadLimitOrAZeroByteAreNotSeen) {
   constexpr std::size_t kLimit = 2662;
   const std::string server = "nameserver 8.8.8.8\n";
   WriteFile(kResolver, Padded(kLimit - server.size(), server + server));
-  EXPECT_EQ(m_Probe.DNS(), 0);
+  EXPECT_EQ(probe_.DNS(), 0);
   EXPECT_THAT(Servers(), ElementsAre("8.8.8.8"));
   WriteFile(kResolver, Padded(kLimit - server.size() + 1, server));
-  EXPECT_EQ(m_Probe.DNS(), 0);
+  EXPECT_EQ(probe_.DNS(), 0);
   EXPECT_THAT(Servers(), IsEmpty()) << "the address runs to the end of what is read";
   WriteFile(kResolver, server + std::string(1, '\0') + server);
-  EXPECT_EQ(m_Probe.DNS(), 0);
+  EXPECT_EQ(probe_.DNS(), 0);
   EXPECT_THAT(Servers(), ElementsAre("8.8.8.8"));
 }
 

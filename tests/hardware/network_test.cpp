@@ -36,7 +36,7 @@ class Network : public ProbeTest {
  protected:
   // The walk, whose result is to be `result`; gives standard output.
   std::string Walk(int result) {
-    return OutputOf([&] { EXPECT_EQ(m_Probe.Network(), result); });
+    return OutputOf([&] { EXPECT_EQ(probe_.Network(), result); });
   }
 
   std::vector<std::string> Names() {
@@ -48,9 +48,7 @@ class Network : public ProbeTest {
     return names;
   }
 
-  QtSts::CNetworkDevice* Device(unsigned int position) {
-    return m_Status.Network.Devices[position];
-  }
+  QtSts::CNetworkDevice* Device(unsigned int position) { return status_.Network.Devices[position]; }
 };
 
 TEST_F(Network, DescribesAnInterface) {
@@ -171,7 +169,7 @@ TEST_F(Network, LeavesOutInterfacesWhoseCarrierReadsZero) {
   Scenario().Interface(Plain("eth0")).Apply();
   for (const auto& row : kRows) {
     SCOPED_TRACE(row.Carrier);
-    m_Status.Network.Devices.Clear();
+    status_.Network.Devices.Clear();
     WriteFile(kEth0Carrier, row.Carrier);
     Walk(0);
     EXPECT_EQ(Names().size(), row.Listed ? 1U : 0U);
@@ -182,7 +180,7 @@ TEST_F(Network, ListsInterfacesWhoseCarrierCannotBeRead) {
   Scenario().Interface(Plain("eth0")).Unopenable(kEth0Carrier).Apply();
   Walk(0);
   EXPECT_THAT(Names(), ElementsAre("eth0"));
-  m_Status.Network.Devices.Clear();
+  status_.Network.Devices.Clear();
   Scenario().Interface(Plain("eth0")).Folder(kEth0Carrier).Apply();
   Walk(0);
   EXPECT_THAT(Names(), ElementsAre("eth0"));
@@ -223,7 +221,7 @@ TEST_F(Network, AliasPassesWithoutACarrierOfItsOwn) {
   EXPECT_EQ(Device(0)->IPv4Address, "10.0.0.5");
   EXPECT_EQ(Device(0)->Statistics.First, 0) << "counters are read for packet entries only";
 
-  m_Status.Network.Devices.Clear();
+  status_.Network.Devices.Clear();
   WriteFile("/sys/class/net/eth0:1/carrier", "0\n");
   Walk(0);
   EXPECT_THAT(Names(), IsEmpty());
@@ -337,7 +335,7 @@ TEST_F(Network, WalkEndsAtTheFirstAddressThatHasNoText) {
   };
   for (const auto& row : kRows) {
     SCOPED_TRACE(row.Nth);
-    m_Status.Network.Devices.Clear();
+    status_.Network.Devices.Clear();
     const Failure failure(Call::kGetnameinfo, row.Nth);
     EXPECT_EQ(Walk(1), "Dev Name eth0\r\ngetnameinfo() failed: Memory allocation failure\n");
     EXPECT_EQ(Device(0)->IPv4Address, row.IPv4);
@@ -369,7 +367,7 @@ TEST_F(Network, OfTheNextCycleIsWholeAgain) {
     const Failure failure(Call::kGetnameinfo);
     Walk(1);
   }
-  OutputOf([&] { m_Probe.UpdateStatus(&m_Status); });
+  OutputOf([&] { probe_.UpdateStatus(&status_); });
   ASSERT_THAT(Names(), ElementsAre("eth0"));
   EXPECT_EQ(Device(0)->IPv4Address, "192.168.1.20");
 }

@@ -35,5 +35,5 @@ inline sandbox::Scenario Healthy() {
 
 class OutputPortTest : public ProbeTest {
  protected:
-  QtSts::COutput* Output() { return m_Status.Outputs[0]; }
+  QtSts::COutput* Output() { return status_.Outputs[0]; }
 };

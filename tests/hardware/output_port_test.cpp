@@ -22,8 +22,8 @@ class OutputPort : public OutputPortTest {};
 TEST_F(OutputPort, FillsTheOutput) {
   SANDBOX_NEEDS_DEVICES();
   Healthy().Apply();
-  EXPECT_EQ(m_Probe.OutputPort(0), 0);
-  ASSERT_EQ(m_Status.Outputs.Count(), 1U);
+  EXPECT_EQ(probe_.OutputPort(0), 0);
+  ASSERT_EQ(status_.Outputs.Count(), 1U);
   EXPECT_EQ(Output()->Frequency.Vertical, 59.94F);
   EXPECT_EQ(Output()->Dimming.OutputLevel, 75.0F);
   ASSERT_EQ(Output()->Statistics.Count(), 2U);
@@ -45,7 +45,7 @@ TEST_F(OutputPort, AsksEachDeviceInOrderAndClosesItBeforeTheNext) {
   Healthy().Apply();
   sandbox::ClearDeviceLog();
   const Opens opens;
-  m_Probe.OutputPort(0);
+  probe_.OutputPort(0);
   const std::vector<std::string> opened = opens.Paths();
   EXPECT_THAT(
       sandbox::DeviceLog(),
@@ -63,8 +63,8 @@ TEST_F(OutputPort, WithoutRouterMakesNoOutputAndOpensNothingElse) {
   SANDBOX_NEEDS_DEVICES();
   Healthy().NoDevice("travex").Apply();
   const Opens opens;
-  EXPECT_EQ(m_Probe.OutputPort(0), 1);
-  EXPECT_EQ(m_Status.Outputs.Count(), 0U);
+  EXPECT_EQ(probe_.OutputPort(0), 1);
+  EXPECT_EQ(status_.Outputs.Count(), 0U);
   EXPECT_THAT(opens.Paths(), ElementsAre("/dev/travex"));
 }
 
@@ -72,8 +72,8 @@ TEST_F(OutputPort, WhoseRouterCannotBeOpenedIsAsIfThereWereNone) {
   SANDBOX_NEEDS_DEVICES();
   Healthy().Apply();
   sandbox::SetOpenError("travex", EACCES);
-  EXPECT_EQ(m_Probe.OutputPort(0), 1);
-  EXPECT_EQ(m_Status.Outputs.Count(), 0U);
+  EXPECT_EQ(probe_.OutputPort(0), 1);
+  EXPECT_EQ(status_.Outputs.Count(), 0U);
 }
 
 TEST_F(OutputPort, FrameRateIsAnsweredInThousandths) {
@@ -87,9 +87,9 @@ TEST_F(OutputPort, FrameRateIsAnsweredInThousandths) {
   Healthy().Apply();
   for (const auto& row : kRows) {
     SCOPED_TRACE(row.Answer);
-    m_Status.Outputs.Clear();
+    status_.Outputs.Clear();
     SetAnswer("travex", kFrameRate, row.Answer);
-    m_Probe.OutputPort(0);
+    probe_.OutputPort(0);
     EXPECT_EQ(Output()->Frequency.Vertical, row.Hertz);
   }
 }
@@ -103,9 +103,9 @@ TEST_F(OutputPort, LevelWithoutAnswerStaysAt100) {
   Healthy().Apply();
   for (const auto& row : kRows) {
     SCOPED_TRACE(row.Answer);
-    m_Status.Outputs.Clear();
+    status_.Outputs.Clear();
     SetAnswer("travex", kOutputLevel, row.Answer);
-    m_Probe.OutputPort(0);
+    probe_.OutputPort(0);
     EXPECT_EQ(Output()->Dimming.OutputLevel, row.Level);
   }
 }
@@ -113,7 +113,7 @@ TEST_F(OutputPort, LevelWithoutAnswerStaysAt100) {
 TEST_F(OutputPort, StatisticWithoutFirstValueKeepsTheSecond) {
   SANDBOX_NEEDS_DEVICES();
   Healthy().Answer("travex", kStatistics[0][0], -1).Answer("travex", kStatistics[0][1], 7).Apply();
-  m_Probe.OutputPort(0);
+  probe_.OutputPort(0);
   ASSERT_EQ(Output()->Statistics.Count(), 2U);
   EXPECT_EQ(Output()->Statistics[0]->First, 0);
   EXPECT_EQ(Output()->Statistics[0]->Second, 7);
@@ -122,8 +122,8 @@ TEST_F(OutputPort, StatisticWithoutFirstValueKeepsTheSecond) {
 TEST_F(OutputPort, SingleAnswerOfAllIsNotLost) {
   SANDBOX_NEEDS_DEVICES();
   Scenario().Answer("travex", kStatistics[0][1], 7).Apply();
-  EXPECT_EQ(m_Probe.OutputPort(0), 1) << "there is no register dump";
-  ASSERT_EQ(m_Status.Outputs.Count(), 1U);
+  EXPECT_EQ(probe_.OutputPort(0), 1) << "there is no register dump";
+  ASSERT_EQ(status_.Outputs.Count(), 1U);
   ASSERT_EQ(Output()->Statistics.Count(), 1U);
   EXPECT_EQ(Output()->Statistics[0]->Number, 0);
   EXPECT_EQ(Output()->Statistics[0]->First, 0);
@@ -135,14 +135,14 @@ TEST_F(OutputPort, SingleAnswerOfAllIsNotLost) {
 TEST_F(OutputPort, SecondStatisticWithoutTheFirstLosesItsFirstValue) {
   SANDBOX_NEEDS_DEVICES();
   Scenario().Answer("travex", kStatistics[1][0], 5).Apply();
-  m_Probe.OutputPort(0);
+  probe_.OutputPort(0);
   ASSERT_EQ(Output()->Statistics.Count(), 1U);
   EXPECT_EQ(Output()->Statistics[0]->Number, 1);
   EXPECT_EQ(Output()->Statistics[0]->First, 0);
 
-  m_Status.Outputs.Clear();
+  status_.Outputs.Clear();
   SetAnswer("travex", kStatistics[1][1], 6);
-  m_Probe.OutputPort(0);
+  probe_.OutputPort(0);
   ASSERT_EQ(Output()->Statistics.Count(), 2U);
   EXPECT_EQ(Output()->Statistics[0]->First, 0);
   EXPECT_EQ(Output()->Statistics[0]->Second, 0);
@@ -154,8 +154,8 @@ TEST_F(OutputPort, SecondStatisticWithoutTheFirstLosesItsFirstValue) {
 TEST_F(OutputPort, WithoutAnyAnswerAppearsOnlyForItsFlags) {
   SANDBOX_NEEDS_DEVICES();
   Scenario().Device("travex").Apply();
-  EXPECT_EQ(m_Probe.OutputPort(0), 1);
-  EXPECT_EQ(m_Status.Outputs.Count(), 0U);
+  EXPECT_EQ(probe_.OutputPort(0), 1);
+  EXPECT_EQ(status_.Outputs.Count(), 0U);
 
   Scenario()
       .Device("travex")
@@ -163,8 +163,8 @@ TEST_F(OutputPort, WithoutAnyAnswerAppearsOnlyForItsFlags) {
       .Device("diagnostics")
       .File(kFrameControl, "")
       .Apply();
-  EXPECT_EQ(m_Probe.OutputPort(0), 0);
-  ASSERT_EQ(m_Status.Outputs.Count(), 1U);
+  EXPECT_EQ(probe_.OutputPort(0), 0);
+  ASSERT_EQ(status_.Outputs.Count(), 1U);
   EXPECT_EQ(Output()->StatusFlags, 0xFFFFFFFF);
   EXPECT_EQ(Output()->Statistics.Count(), 0U);
 }
@@ -173,7 +173,7 @@ TEST_F(OutputPort, WithoutRegisterDumpKeepsWhatTheRouterAnswered) {
   SANDBOX_NEEDS_DEVICES();
   Healthy().Answer("zetdisplay", kLevel, 3).NoFile(kFrameControl).Apply();
   const Opens opens;
-  EXPECT_EQ(m_Probe.OutputPort(0), 1);
+  EXPECT_EQ(probe_.OutputPort(0), 1);
   EXPECT_EQ(Output()->Frequency.Vertical, 59.94F);
   EXPECT_EQ(Output()->StatusFlags, 0U);
   EXPECT_THAT(opens.Paths(), ElementsAre("/dev/travex", kFrameControl));
@@ -183,7 +183,7 @@ TEST_F(OutputPort, WithoutDisplayDriverKeepsTheScalerOutput) {
   SANDBOX_NEEDS_DEVICES();
   Healthy().Answer("diagnostics", kDiagnostics, 1).NoDevice("zetdisplay").Apply();
   const Opens opens;
-  EXPECT_EQ(m_Probe.OutputPort(0), 1);
+  EXPECT_EQ(probe_.OutputPort(0), 1);
   EXPECT_EQ(Output()->ScalerOutputArea.Width, 0x180U);
   EXPECT_EQ(Output()->StatusFlags, 0U);
   EXPECT_THAT(opens.Paths(), ElementsAre("/dev/travex", kFrameControl, "/dev/zetdisplay"));
@@ -192,14 +192,14 @@ TEST_F(OutputPort, WithoutDisplayDriverKeepsTheScalerOutput) {
 TEST_F(OutputPort, WithoutDiagnosticsHasNoFlags) {
   SANDBOX_NEEDS_DEVICES();
   Healthy().Answer("zetdisplay", kLevel, 3).NoDevice("diagnostics").Apply();
-  EXPECT_EQ(m_Probe.OutputPort(0), 1);
+  EXPECT_EQ(probe_.OutputPort(0), 1);
   EXPECT_EQ(Output()->StatusFlags, 0U);
 }
 
 TEST_F(OutputPort, ScalerRegistersThatAreAbsentLeaveTheirSide) {
   SANDBOX_NEEDS_DEVICES();
   Healthy().File(kFrameControl, "scale_output_height: 0xC0\nscale_input_width: 0x5\n").Apply();
-  m_Probe.OutputPort(0);
+  probe_.OutputPort(0);
   EXPECT_EQ(Output()->ScalerOutputArea.Height, 0xC0U);
   EXPECT_EQ(Output()->ScalerOutputArea.Width, 0U);
 }
@@ -225,7 +225,7 @@ TEST_F(OutputPort, FlagsAreMadeOfTheDriversAnswers) {
     SetAnswer("zetdisplay", kLevel, row.Level);
     SetAnswer("zetdisplay", kPower, row.Power);
     SetAnswer("diagnostics", kDiagnostics, row.Diagnostics);
-    EXPECT_EQ(m_Probe.OutputPort(0), 0);
+    EXPECT_EQ(probe_.OutputPort(0), 0);
     EXPECT_EQ(Output()->StatusFlags, row.Flags);
   }
 }
@@ -233,9 +233,9 @@ TEST_F(OutputPort, FlagsAreMadeOfTheDriversAnswers) {
 TEST_F(OutputPort, FlagsOfAnEarlierCycleAreReplaced) {
   SANDBOX_NEEDS_DEVICES();
   Healthy().Apply();
-  m_Probe.OutputPort(0);
+  probe_.OutputPort(0);
   Output()->StatusFlags = 0x6000;
-  m_Probe.OutputPort(0);
+  probe_.OutputPort(0);
   EXPECT_EQ(Output()->StatusFlags, 0U);
 }
 
@@ -243,13 +243,13 @@ TEST_F(OutputPort, WatchdogMarkerOfAnyKindIsAnEvent) {
   SANDBOX_NEEDS_DEVICES();
   constexpr char kMarker[] = "/var/run/wd_event";
   Healthy().File(kMarker, "").Apply();
-  m_Probe.OutputPort(0);
+  probe_.OutputPort(0);
   EXPECT_EQ(Output()->StatusFlags, 0x400U);
   Healthy().Folder(kMarker).Apply();
-  m_Probe.OutputPort(0);
+  probe_.OutputPort(0);
   EXPECT_EQ(Output()->StatusFlags, 0x400U);
   Healthy().Link(kMarker, "/nowhere").Apply();
-  m_Probe.OutputPort(0);
+  probe_.OutputPort(0);
   EXPECT_EQ(Output()->StatusFlags, 0U);
 }
 
@@ -270,9 +270,9 @@ TEST_F(OutputPort, RegistersBeyondTheReadLimitAreNotSeen) {
   };
   for (const auto& row : kRows) {
     SCOPED_TRACE(row.Padding);
-    m_Status.Outputs.Clear();
+    status_.Outputs.Clear();
     Healthy().File(kFrameControl, Padded(row.Padding, scaler + "\n")).Apply();
-    m_Probe.OutputPort(0);
+    probe_.OutputPort(0);
     EXPECT_EQ(Output()->ScalerOutputArea.Width, row.Width);
   }
 }
@@ -281,7 +281,7 @@ TEST_F(OutputPort, DumpThatCannotBeReadIsEmpty) {
   SANDBOX_NEEDS_DEVICES();
   // A folder cannot be opened for writing; the first page of a process's memory cannot be read.
   Healthy().Link(kFrameControl, "/.proc/self/mem").Apply();
-  EXPECT_EQ(m_Probe.OutputPort(0), 0);
+  EXPECT_EQ(probe_.OutputPort(0), 0);
   EXPECT_EQ(Output()->ScalerOutputArea.Width, 0U);
 }
 
@@ -289,7 +289,7 @@ TEST_F(OutputPort, DumpIsReadAgainAfterASignal) {
   SANDBOX_NEEDS_DEVICES();
   Healthy().Apply();
   const Failure failure(Call::kRead, 1, interposed::Extent::kOnce, EINTR);
-  EXPECT_EQ(m_Probe.OutputPort(0), 0);
+  EXPECT_EQ(probe_.OutputPort(0), 0);
   EXPECT_EQ(Output()->ScalerOutputArea.Width, 0x180U);
 }
 
@@ -298,7 +298,7 @@ TEST_F(OutputPort, DumpIsReadOnce) {
   SANDBOX_NEEDS_DEVICES();
   Healthy().File(kFrameControl, "scale_output_width: 0x180").Apply();
   const ShortReads reads(std::string_view("scale_output_width: 0x1").size());
-  EXPECT_EQ(m_Probe.OutputPort(0), 0);
+  EXPECT_EQ(probe_.OutputPort(0), 0);
   EXPECT_EQ(Output()->ScalerOutputArea.Width, 0x1U);
 }
 
@@ -307,15 +307,15 @@ TEST_F(OutputPort, DumpIsNotWaitedForWhenItIsAPipe) {
   SANDBOX_NEEDS_DEVICES();
   Healthy().NoFile(kFrameControl).Folder("/proc/driver/frame_control").Apply();
   ASSERT_EQ(mkfifo(kFrameControl, 0600), 0);
-  EXPECT_EQ(m_Probe.OutputPort(0), 0);
+  EXPECT_EQ(probe_.OutputPort(0), 0);
   EXPECT_EQ(Output()->ScalerOutputArea.Width, 0U);
 }
 
 TEST_F(OutputPort, BeyondTheNextFreeOneStoresNothing) {
   SANDBOX_NEEDS_DEVICES();
   Healthy().Apply();
-  EXPECT_EQ(m_Probe.OutputPort(100), 0);
-  ASSERT_GT(m_Status.Outputs.Count(), 0U) << "one more with each attempt";
+  EXPECT_EQ(probe_.OutputPort(100), 0);
+  ASSERT_GT(status_.Outputs.Count(), 0U) << "one more with each attempt";
   EXPECT_EQ(Output()->Frequency.Vertical, 0.0F);
   EXPECT_EQ(Output()->Statistics.Count(), 0U);
 }
@@ -330,8 +330,8 @@ TEST_F(ContentLimit, TakesEachAnswerIntoItsWidth) {
       .Answer("travex", 0x8004DA64, 0x12345678)
       .Apply();
   sandbox::ClearDeviceLog();
-  EXPECT_EQ(m_Probe.ContentLimit(0), 0);
-  ASSERT_EQ(m_Status.Outputs.Count(), 1U);
+  EXPECT_EQ(probe_.ContentLimit(0), 0);
+  ASSERT_EQ(status_.Outputs.Count(), 1U);
   EXPECT_EQ(Output()->Dimming.Content.First, 0x2345);
   EXPECT_EQ(Output()->Dimming.Content.Second, 0xFFFE);
   EXPECT_EQ(Output()->Dimming.Content.Third, 0x12345678U);
@@ -343,28 +343,28 @@ TEST_F(ContentLimit, TakesEachAnswerIntoItsWidth) {
 TEST_F(ContentLimit, WithoutAnswerHasAllBitsSet) {
   SANDBOX_NEEDS_DEVICES();
   Scenario().Device("travex").Apply();
-  EXPECT_EQ(m_Probe.ContentLimit(0), 0);
+  EXPECT_EQ(probe_.ContentLimit(0), 0);
   EXPECT_EQ(Output()->Dimming.Content.First, 65535);
   EXPECT_EQ(Output()->Dimming.Content.Second, 65535);
   EXPECT_EQ(Output()->Dimming.Content.Third, 0xFFFFFFFF);
 }
 
 TEST_F(ContentLimit, WithoutRouterMakesNoOutput) {
-  EXPECT_EQ(m_Probe.ContentLimit(0), 1);
-  EXPECT_EQ(m_Status.Outputs.Count(), 0U);
+  EXPECT_EQ(probe_.ContentLimit(0), 1);
+  EXPECT_EQ(status_.Outputs.Count(), 0U);
 }
 
 TEST_F(ContentLimit, IsReadAlsoWhenTheOutputPortFailed) {
   SANDBOX_NEEDS_DEVICES();
   Healthy().Answer("travex", 0x8004DA63, 11).NoDevice("zetdisplay").Apply();
-  EXPECT_EQ(m_Probe.UpdateStatus(&m_Status), 0);
+  EXPECT_EQ(probe_.UpdateStatus(&status_), 0);
   EXPECT_EQ(Output()->Dimming.Content.First, 11);
 }
 
 TEST_F(ContentLimit, BeyondTheNextFreePortStoresNothing) {
   SANDBOX_NEEDS_DEVICES();
   Scenario().Device("travex").Apply();
-  EXPECT_EQ(m_Probe.ContentLimit(100), 0);
+  EXPECT_EQ(probe_.ContentLimit(100), 0);
   EXPECT_EQ(Output()->Dimming.Content.First, 0);
 }
 

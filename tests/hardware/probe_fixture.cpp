@@ -9,7 +9,7 @@ std::string Padded(std::size_t size, const std::string& text) {
 
 ProbeTest::ProbeTest() {
   sandbox::Scenario().Folder("/tmp").Apply();
-  m_Probe.m_pStatus = &m_Status;
+  probe_.m_pStatus = &status_;
 }
 
 ProbeTest::~ProbeTest() {

@@ -34,6 +34,6 @@ class ProbeTest : public testing::Test {
     return testing::internal::GetCapturedStdout();
   }
 
-  QtSts::CStatus m_Status;
-  CTolmarHardware m_Probe;  // fills m_Status
+  QtSts::CStatus status_;
+  CTolmarHardware probe_;  // fills status_
 };

@@ -29,7 +29,7 @@ class Limiter : public testing::Test {
 
   std::vector<std::string> Logged() {
     std::vector<std::string> texts;
-    for (const sandbox::SystemLog::Message& message : m_Log.Read()) {
+    for (const sandbox::SystemLog::Message& message : log_.Read()) {
       EXPECT_EQ(message.Priority, LOG_INFO) << message.Text;
       texts.push_back(message.Text);
     }
@@ -37,7 +37,7 @@ class Limiter : public testing::Test {
   }
 
  private:
-  sandbox::SystemLog m_Log;
+  sandbox::SystemLog log_;
 };
 
 TEST(LimiterOfTheProcess, AllowsOneEventAnHour) {

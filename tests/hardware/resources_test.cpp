@@ -24,33 +24,33 @@ TEST_F(Memory, IsReadFromTheKernelsList) {
       .File(kMemory,
             "MemTotal:        1030712 kB\nMemFree:          512000 kB\nCached:  12345 kB\n")
       .Apply();
-  EXPECT_EQ(m_Probe.SystemMemoryKB(), 0);
-  EXPECT_EQ(m_Status.MemoryTotal, 1030712);
-  EXPECT_EQ(m_Status.MemoryFree, 524345);
+  EXPECT_EQ(probe_.SystemMemoryKB(), 0);
+  EXPECT_EQ(status_.MemoryTotal, 1030712);
+  EXPECT_EQ(status_.MemoryFree, 524345);
 }
 
 TEST_F(Memory, FirstCachedIsAddedEvenTheTailOfAnotherLabelAndWithoutFree) {
   WriteFile(kMemory, "MemFree: 1000 kB\nSwapCached: 7 kB\nCached: 500 kB\n");
-  EXPECT_EQ(m_Probe.SystemMemoryKB(), 0);
-  EXPECT_EQ(m_Status.MemoryFree, 1007);
+  EXPECT_EQ(probe_.SystemMemoryKB(), 0);
+  EXPECT_EQ(status_.MemoryFree, 1007);
   WriteFile(kMemory, "Cached: 5 kB\n");
-  EXPECT_EQ(m_Probe.SystemMemoryKB(), 0);
-  EXPECT_EQ(m_Status.MemoryFree, 1012) << "the last cycle's value is there still";
+  EXPECT_EQ(probe_.SystemMemoryKB(), 0);
+  EXPECT_EQ(status_.MemoryFree, 1012) << "the last cycle's value is there still";
 }
 
 TEST_F(Memory, LabelsBeyondTheReadLimitAreNotSeen) {
   const std::string total = "MemTotal: 123";
   constexpr std::size_t kLimit = 2048;
   Scenario().File(kMemory, Padded(kLimit - total.size(), total + "4 kB\nMemFree: 7 kB\n")).Apply();
-  EXPECT_EQ(m_Probe.SystemMemoryKB(), 0);
-  EXPECT_EQ(m_Status.MemoryTotal, 123);
-  EXPECT_EQ(m_Status.MemoryFree, kUntouched);
+  EXPECT_EQ(probe_.SystemMemoryKB(), 0);
+  EXPECT_EQ(status_.MemoryTotal, 123);
+  EXPECT_EQ(status_.MemoryFree, kUntouched);
 }
 
 TEST_F(Memory, WithoutAListStays) {
-  EXPECT_EQ(m_Probe.SystemMemoryKB(), 0);
-  EXPECT_EQ(m_Status.MemoryTotal, kUntouched);
-  EXPECT_EQ(m_Status.MemoryFree, kUntouched);
+  EXPECT_EQ(probe_.SystemMemoryKB(), 0);
+  EXPECT_EQ(status_.MemoryTotal, kUntouched);
+  EXPECT_EQ(status_.MemoryFree, kUntouched);
 }
 
 class Uptime : public ProbeTest {
@@ -61,9 +61,9 @@ class Uptime : public ProbeTest {
     struct sysinfo system;
     do {
       SetUptime(seconds(second - 1));
-      EXPECT_EQ(m_Probe.SystemMemoryKB(), 0);
+      EXPECT_EQ(probe_.SystemMemoryKB(), 0);
     } while (sysinfo(&system) == 0 && system.uptime != second);
-    return m_Status.Uptime;
+    return status_.Uptime;
   }
 };
 
@@ -78,21 +78,21 @@ TEST_F(Uptime, IsADurationWithOrWithoutAMemoryList) {
 TEST_F(Uptime, StaysWhenTheSystemDoesNotAnswer) {
   WriteFile(kMemory, "MemTotal: 5 kB\n");
   const Failure failure(Call::kSysinfo);
-  EXPECT_EQ(m_Probe.SystemMemoryKB(), 0);
-  EXPECT_EQ(m_Status.MemoryTotal, 5);
-  EXPECT_EQ(m_Status.Uptime, "P0S");
+  EXPECT_EQ(probe_.SystemMemoryKB(), 0);
+  EXPECT_EQ(status_.MemoryTotal, 5);
+  EXPECT_EQ(status_.Uptime, "P0S");
 }
 
 class Storage : public ProbeTest {};
 
 TEST_F(Storage, IsThatOfTheRootFileSystem) {
-  EXPECT_EQ(m_Probe.SystemStorageKB(), 0);
-  EXPECT_EQ(m_Status.StorageTotal, 65536U) << "the sandbox's root has 64 MiB";
-  const std::uint64_t free = m_Status.StorageFree;
+  EXPECT_EQ(probe_.SystemStorageKB(), 0);
+  EXPECT_EQ(status_.StorageTotal, 65536U) << "the sandbox's root has 64 MiB";
+  const std::uint64_t free = status_.StorageFree;
   EXPECT_LE(free, 65536U);
   WriteFile("/filler", std::string(std::size_t{1} << 20, 'x'));
-  EXPECT_EQ(m_Probe.SystemStorageKB(), 0);
-  EXPECT_EQ(m_Status.StorageFree, free - 1024);
+  EXPECT_EQ(probe_.SystemStorageKB(), 0);
+  EXPECT_EQ(status_.StorageFree, free - 1024);
 }
 
 TEST_F(Storage, CountsBlocksInFoursIn32BitsAndThoseReservedAsFree) {
@@ -102,16 +102,16 @@ TEST_F(Storage, CountsBlocksInFoursIn32BitsAndThoseReservedAsFree) {
     storage->f_bfree = 1000;
     storage->f_bavail = 900;
   });
-  EXPECT_EQ(m_Probe.SystemStorageKB(), 0);
-  EXPECT_EQ(m_Status.StorageTotal, 4U);
-  EXPECT_EQ(m_Status.StorageFree, 4000U);
+  EXPECT_EQ(probe_.SystemStorageKB(), 0);
+  EXPECT_EQ(status_.StorageTotal, 4U);
+  EXPECT_EQ(status_.StorageFree, 4000U);
 }
 
 TEST_F(Storage, StaysWhenTheSystemDoesNotAnswer) {
   const Failure failure(Call::kStatfs);
-  EXPECT_EQ(m_Probe.SystemStorageKB(), 0);
-  EXPECT_EQ(m_Status.StorageTotal, 100000U);
-  EXPECT_EQ(m_Status.StorageFree, 100000U);
+  EXPECT_EQ(probe_.SystemStorageKB(), 0);
+  EXPECT_EQ(status_.StorageTotal, 100000U);
+  EXPECT_EQ(status_.StorageFree, 100000U);
 }
 
 }  // namespace

@@ -54,7 +54,7 @@ TEST_F(Tracker, IsSkippedOnlyWhenEnabledAndNotReported) {
     SCOPED_TRACE(testing::Message() << row.Enable << ", " << row.Tracker);
     SetAnswer("travex", kTrackerEnable, row.Enable);
     SetAnswer("zetdisplay", kTracker, row.Tracker);
-    m_Probe.OutputPort(0);
+    probe_.OutputPort(0);
     EXPECT_EQ(Output()->StatusFlags, row.Flags);
   }
 }
@@ -63,7 +63,7 @@ TEST_F(Tracker, ThatIsSkippedIgnoresTheRegisters) {
   SANDBOX_NEEDS_DEVICES();
   Blanked().Answer("travex", kTrackerEnable, 1).Apply();
   sandbox::SystemLog log;
-  m_Probe.OutputPort(0);
+  probe_.OutputPort(0);
   EXPECT_EQ(Output()->StatusFlags, 0U);
   EXPECT_THAT(Logged(&log), IsEmpty());
 }
@@ -72,18 +72,18 @@ TEST_F(Tracker, BlankedOutputIsReportedWithEveryTrackerLineOnceAnHour) {
   SANDBOX_NEEDS_DEVICES();
   Blanked().Apply();
   sandbox::SystemLog log;
-  EXPECT_EQ(m_Probe.OutputPort(0), 0);
+  EXPECT_EQ(probe_.OutputPort(0), 0);
   EXPECT_EQ(Output()->StatusFlags, 0x1800U);
   EXPECT_THAT(Logged(&log), ElementsAre(kBlankedLine, "pixel_tracker_bits: 0x8\n",
                                         "the pixel_tracker_count: 0x2\n"));
   for (int cycle = 0; cycle < 2; ++cycle) {
-    m_Status.Outputs.Clear();
-    m_Probe.OutputPort(0);
+    status_.Outputs.Clear();
+    probe_.OutputPort(0);
     EXPECT_EQ(Output()->StatusFlags, 0x1800U);
     EXPECT_THAT(Logged(&log), IsEmpty());
   }
   rs.begin = static_cast<std::uint32_t>(time(nullptr)) - 3601;
-  m_Probe.OutputPort(0);
+  probe_.OutputPort(0);
   EXPECT_THAT(Logged(&log),
               ElementsAre("OutputPort: 2 callbacks suppressed\n", kBlankedLine,
                           "pixel_tracker_bits: 0x8\n", "the pixel_tracker_count: 0x2\n"));
@@ -93,7 +93,7 @@ TEST_F(Tracker, BlankedOutputThrowsASystemErrorWhenTheLimiterCannotLock) {
   SANDBOX_NEEDS_DEVICES();
   Blanked().Apply();
   rs.lock.native_handle()->__data.__kind = 0x7F;  // no kind of mutex
-  EXPECT_THROW(m_Probe.OutputPort(0), std::system_error);
+  EXPECT_THROW(probe_.OutputPort(0), std::system_error);
   rs.lock.native_handle()->__data.__kind = 0;
 }
 
@@ -101,8 +101,8 @@ TEST_F(Tracker, BlankedOutputIsNotReportedWhenTheHostWantsNoReports) {
   SANDBOX_NEEDS_DEVICES();
   Blanked().Apply();
   sandbox::SystemLog log;
-  m_Probe.m_bLogTrackerPixel = false;
-  m_Probe.OutputPort(0);
+  probe_.m_bLogTrackerPixel = false;
+  probe_.OutputPort(0);
   EXPECT_EQ(Output()->StatusFlags, 0x1800U);
   EXPECT_THAT(Logged(&log), IsEmpty());
   EXPECT_EQ(rs.begin, 0U) << "the limiter must not be asked";
@@ -113,7 +113,7 @@ TEST_F(Tracker, LimiterIsNotAskedUnlessTheOutputIsBlanked) {
   SANDBOX_NEEDS_DEVICES();
   Blanked().File(kFrameControl, "pixel_tracker_bits: 0x7\n").Apply();
   sandbox::SystemLog log;
-  m_Probe.OutputPort(0);
+  probe_.OutputPort(0);
   EXPECT_EQ(Output()->StatusFlags, 0x800U);
   EXPECT_THAT(Logged(&log), IsEmpty());
   EXPECT_EQ(rs.begin, 0U);
@@ -126,7 +126,7 @@ TEST_F(Tracker, ReportIsOneLineWhenTheDumpCannotBeOpenedAgain) {
   sandbox::SystemLog log;
   Opens opens;
   opens.Refuse(kFrameControl, 2);
-  EXPECT_EQ(m_Probe.OutputPort(0), 0);
+  EXPECT_EQ(probe_.OutputPort(0), 0);
   EXPECT_EQ(Output()->StatusFlags, 0x1800U);
   EXPECT_THAT(Logged(&log), ElementsAre(kBlankedLine));
 }
@@ -138,7 +138,7 @@ TEST_F(Tracker, ReportHasLinesOfAnyLengthAndThoseBeyondTheReadLimit) {
       .File(kFrameControl, "pixel_tracker_bits: 0x8\n" + long_line + "\r\npixel_tracker end")
       .Apply();
   sandbox::SystemLog log;
-  m_Probe.OutputPort(0);
+  probe_.OutputPort(0);
   EXPECT_THAT(Logged(&log), ElementsAre(kBlankedLine, "pixel_tracker_bits: 0x8\n",
                                         long_line + "\r\n", "pixel_tracker end\n"));
 }

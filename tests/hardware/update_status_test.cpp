@@ -19,7 +19,7 @@ class UpdateStatus : public ProbeTest {
  protected:
   int Update() {
     int result = -1;
-    OutputOf([&] { result = m_Probe.UpdateStatus(&m_Status); });
+    OutputOf([&] { result = probe_.UpdateStatus(&status_); });
     return result;
   }
 };
@@ -66,24 +66,24 @@ TEST(Probe, WithoutDocumentDoesNothing) {
 
 TEST_F(UpdateStatus, KeepsTheDocumentItWasGiven) {
   QtSts::CStatus other;
-  EXPECT_EQ(m_Probe.UpdateStatus(&other), 0);
-  EXPECT_EQ(m_Probe.m_pStatus, &other);
-  EXPECT_EQ(m_Probe.UpdateStatus(nullptr), 0);
-  EXPECT_EQ(m_Probe.m_pStatus, nullptr);
+  EXPECT_EQ(probe_.UpdateStatus(&other), 0);
+  EXPECT_EQ(probe_.m_pStatus, &other);
+  EXPECT_EQ(probe_.UpdateStatus(nullptr), 0);
+  EXPECT_EQ(probe_.m_pStatus, nullptr);
 }
 
 TEST_F(UpdateStatus, SucceedsOnABareMachine) {
   Scenario().Folder("/home/Zet/.settings").Apply();
   const Opens opens;
   EXPECT_EQ(Update(), 0);
-  EXPECT_EQ(m_Status.Compositors.Count(), 0U);
-  EXPECT_EQ(m_Status.Outputs.Count(), 0U);
-  EXPECT_EQ(m_Status.Inputs.Count(), 0U);
-  EXPECT_EQ(m_Status.Network.Devices.Count(), 0U);
-  EXPECT_EQ(m_Status.DCIO.Devices.Count(), 0U);
-  EXPECT_EQ(m_Status.Sensors.Count(), 0U);
-  EXPECT_EQ(m_Status.GUID, "");
-  EXPECT_EQ(m_Status.MemoryTotal, 100000);
+  EXPECT_EQ(status_.Compositors.Count(), 0U);
+  EXPECT_EQ(status_.Outputs.Count(), 0U);
+  EXPECT_EQ(status_.Inputs.Count(), 0U);
+  EXPECT_EQ(status_.Network.Devices.Count(), 0U);
+  EXPECT_EQ(status_.DCIO.Devices.Count(), 0U);
+  EXPECT_EQ(status_.Sensors.Count(), 0U);
+  EXPECT_EQ(status_.GUID, "");
+  EXPECT_EQ(status_.MemoryTotal, 100000);
   EXPECT_THAT(opens.Paths(),
               ElementsAre("/dev/zetdisplay",                  // compositor
                           "/dev/travex", "/dev/travex",       // output port, its limits
@@ -130,19 +130,19 @@ TEST_F(UpdateStatus, RunsTheProbesInTheirOrder) {
                           "/sys/class/net/eth0/carrier", "/dev/shm/netlink-eth0", kLinkCounters,
                           "/sys/class/net/eth0/carrier", kRoutes,  //
                           kResolver, kPackages));
-  EXPECT_EQ(m_Status.Compositors[0]->State, 2);
-  EXPECT_EQ(m_Status.Outputs[0]->Frequency.Vertical, 60.0F);
-  EXPECT_EQ(m_Status.Inputs.Count(), 2U);
-  EXPECT_EQ(m_Status.Inputs[0]->GetType(), QtSts::kPlayerInput);
-  EXPECT_EQ(m_Status.Inputs[1]->GetType(), QtSts::kDigitalInput);
-  EXPECT_EQ(m_Status.SerialNumber, 0x12AF0U);
-  EXPECT_EQ(m_Status.GUID, "uuid\n");
-  EXPECT_EQ(m_Status.MemoryTotal, 7);
-  EXPECT_EQ(m_Status.StorageTotal, 65536U);
-  EXPECT_EQ(m_Status.Network.Devices[0]->Gateway, "192.168.1.1");
-  EXPECT_EQ(m_Status.Network.DNS.Addresses.Count(), 1U);
-  EXPECT_EQ(m_Status.FirmwareVersion, "1.0");
-  EXPECT_EQ(m_Status.DisplayFirmwareVersion, "2.0");
+  EXPECT_EQ(status_.Compositors[0]->State, 2);
+  EXPECT_EQ(status_.Outputs[0]->Frequency.Vertical, 60.0F);
+  EXPECT_EQ(status_.Inputs.Count(), 2U);
+  EXPECT_EQ(status_.Inputs[0]->GetType(), QtSts::kPlayerInput);
+  EXPECT_EQ(status_.Inputs[1]->GetType(), QtSts::kDigitalInput);
+  EXPECT_EQ(status_.SerialNumber, 0x12AF0U);
+  EXPECT_EQ(status_.GUID, "uuid\n");
+  EXPECT_EQ(status_.MemoryTotal, 7);
+  EXPECT_EQ(status_.StorageTotal, 65536U);
+  EXPECT_EQ(status_.Network.Devices[0]->Gateway, "192.168.1.1");
+  EXPECT_EQ(status_.Network.DNS.Addresses.Count(), 1U);
+  EXPECT_EQ(status_.FirmwareVersion, "1.0");
+  EXPECT_EQ(status_.DisplayFirmwareVersion, "2.0");
 }
 
 TEST_F(UpdateStatus, ReadsThePackageDatabaseAgainWhenItCouldNotBeOpened) {
@@ -151,8 +151,8 @@ TEST_F(UpdateStatus, ReadsThePackageDatabaseAgainWhenItCouldNotBeOpened) {
   opens.Refuse(kPackages, 1);
   EXPECT_EQ(Update(), 0);
   EXPECT_THAT(opens.Paths(), testing::Contains(kPackages).Times(2));
-  EXPECT_EQ(m_Status.FirmwareVersion, "");
-  EXPECT_EQ(m_Status.DisplayFirmwareVersion, "");
+  EXPECT_EQ(status_.FirmwareVersion, "");
+  EXPECT_EQ(status_.DisplayFirmwareVersion, "");
 }
 
 TEST_F(UpdateStatus, OpensDriversForWritingAllElseForReadingAndCreatesNothing) {
@@ -177,27 +177,27 @@ TEST_F(UpdateStatus, RebuildsTheListsAndKeepsTheRest) {
   SANDBOX_NEEDS_DEVICES();
   Complete().Apply();
   Update();
-  m_Status.DCIO.Devices.Add(new QtSts::CDoorSwitch);
-  m_Status.Sensors.Add(new QtSts::CCANSensor);
-  m_Status.Outputs[0]->Title = "of the last cycle";
+  status_.DCIO.Devices.Add(new QtSts::CDoorSwitch);
+  status_.Sensors.Add(new QtSts::CCANSensor);
+  status_.Outputs[0]->Title = "of the last cycle";
   for (int cycle = 0; cycle < 2; ++cycle) {
     EXPECT_EQ(Update(), 0);
-    EXPECT_EQ(m_Status.Compositors.Count(), 1U);
-    EXPECT_EQ(m_Status.Outputs.Count(), 1U);
-    EXPECT_EQ(m_Status.Outputs[0]->Title, "");
-    EXPECT_EQ(m_Status.Inputs.Count(), 2U);
-    EXPECT_EQ(m_Status.Network.Devices.Count(), 1U);
-    EXPECT_EQ(m_Status.DCIO.Devices.Count(), 0U);
-    EXPECT_EQ(m_Status.Sensors.Count(), 0U);
+    EXPECT_EQ(status_.Compositors.Count(), 1U);
+    EXPECT_EQ(status_.Outputs.Count(), 1U);
+    EXPECT_EQ(status_.Outputs[0]->Title, "");
+    EXPECT_EQ(status_.Inputs.Count(), 2U);
+    EXPECT_EQ(status_.Network.Devices.Count(), 1U);
+    EXPECT_EQ(status_.DCIO.Devices.Count(), 0U);
+    EXPECT_EQ(status_.Sensors.Count(), 0U);
   }
   Scenario().Apply();
   EXPECT_EQ(Update(), 0);
-  EXPECT_EQ(m_Status.Outputs.Count(), 0U);
-  EXPECT_EQ(m_Status.Inputs.Count(), 0U);
-  EXPECT_EQ(m_Status.HardwareID1, 35) << "what has no source any more keeps its value";
-  EXPECT_EQ(m_Status.GUID, "uuid\n");
-  EXPECT_EQ(m_Status.FirmwareVersion, "1.0");
-  EXPECT_EQ(m_Status.Network.DNS.Addresses.Count(), 1U);
+  EXPECT_EQ(status_.Outputs.Count(), 0U);
+  EXPECT_EQ(status_.Inputs.Count(), 0U);
+  EXPECT_EQ(status_.HardwareID1, 35) << "what has no source any more keeps its value";
+  EXPECT_EQ(status_.GUID, "uuid\n");
+  EXPECT_EQ(status_.FirmwareVersion, "1.0");
+  EXPECT_EQ(status_.Network.DNS.Addresses.Count(), 1U);
 }
 
 }  // namespace

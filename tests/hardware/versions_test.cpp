@@ -28,10 +28,10 @@ TEST_F(Versions, AreThoseOfTheirPackages) {
             "Package: dispfw\nStatus: install ok installed\nVersion: 1.2.3-4ubuntu1\n\n"
             "Package: qtm-distro\nVersion: 4.1~rc2 (beta)\nDescription: player\n\n")
       .Apply();
-  EXPECT_EQ(m_Probe.FirmwareVersion(), 0);
-  EXPECT_EQ(m_Probe.DisplayFirmwareVersion(), 0);
-  EXPECT_EQ(m_Status.FirmwareVersion, "4.1~rc2 (beta)");
-  EXPECT_EQ(m_Status.DisplayFirmwareVersion, "1.2.3-4");
+  EXPECT_EQ(probe_.FirmwareVersion(), 0);
+  EXPECT_EQ(probe_.DisplayFirmwareVersion(), 0);
+  EXPECT_EQ(status_.FirmwareVersion, "4.1~rc2 (beta)");
+  EXPECT_EQ(status_.DisplayFirmwareVersion, "1.2.3-4");
 }
 
 TEST_F(Versions, MayComeFromALongerNameOrALaterStanza) {
@@ -43,10 +43,10 @@ TEST_F(Versions, MayComeFromALongerNameOrALaterStanza) {
             "Package: zip\nVersion: 3.0\n\n"
             "Package: qtm-distro\nVersion: 4.1\n")
       .Apply();
-  EXPECT_EQ(m_Probe.FirmwareVersion(), 0);
-  EXPECT_EQ(m_Probe.DisplayFirmwareVersion(), 0);
-  EXPECT_EQ(m_Status.FirmwareVersion, "3.0");
-  EXPECT_EQ(m_Status.DisplayFirmwareVersion, "3.0") << "dispfw wins, without a version of its own";
+  EXPECT_EQ(probe_.FirmwareVersion(), 0);
+  EXPECT_EQ(probe_.DisplayFirmwareVersion(), 0);
+  EXPECT_EQ(status_.FirmwareVersion, "3.0");
+  EXPECT_EQ(status_.DisplayFirmwareVersion, "3.0") << "dispfw wins, without a version of its own";
 }
 
 TEST_F(Versions, OfADatabaseOfManyReadsAreFound) {
@@ -57,10 +57,10 @@ TEST_F(Versions, OfADatabaseOfManyReadsAreFound) {
   packages += "Package: qtm-distro\nVersion: 4.1\n\n" + packages;
   packages += "Package: display-firmware\nVersion: 1.2\n";
   Scenario().File(kPackages, packages).Apply();
-  EXPECT_EQ(m_Probe.FirmwareVersion(), 0);
-  EXPECT_EQ(m_Probe.DisplayFirmwareVersion(), 0);
-  EXPECT_EQ(m_Status.FirmwareVersion, "4.1");
-  EXPECT_EQ(m_Status.DisplayFirmwareVersion, "1.2");
+  EXPECT_EQ(probe_.FirmwareVersion(), 0);
+  EXPECT_EQ(probe_.DisplayFirmwareVersion(), 0);
+  EXPECT_EQ(status_.FirmwareVersion, "4.1");
+  EXPECT_EQ(status_.DisplayFirmwareVersion, "1.2");
 }
 
 // Many files of the system are longer than they claim to be.
@@ -82,50 +82,50 @@ TEST_F(Versions, OfAFileThatClaimsNoSizeAreFound) {
     usleep(1000);
   }
   Scenario().Link(kPackages, file).Apply();
-  EXPECT_EQ(m_Probe.FirmwareVersion(), 0);
-  EXPECT_EQ(m_Status.FirmwareVersion, "4.1");
+  EXPECT_EQ(probe_.FirmwareVersion(), 0);
+  EXPECT_EQ(status_.FirmwareVersion, "4.1");
   kill(process, SIGKILL);
   EXPECT_EQ(waitpid(process, nullptr, 0), process);
 }
 
 // An endless source used to take all memory.
 TEST_F(Versions, AreNotTakenFromADevice) {
-  m_Status.FirmwareVersion = "former";
+  status_.FirmwareVersion = "former";
   Scenario().Link(kPackages, "/dev/urandom").Apply();
-  EXPECT_EQ(m_Probe.FirmwareVersion(), 0);
-  EXPECT_EQ(m_Probe.DisplayFirmwareVersion(), 1);
-  EXPECT_EQ(m_Status.FirmwareVersion, "former");
+  EXPECT_EQ(probe_.FirmwareVersion(), 0);
+  EXPECT_EQ(probe_.DisplayFirmwareVersion(), 1);
+  EXPECT_EQ(status_.FirmwareVersion, "former");
 }
 
 TEST_F(Versions, StayWhenTheDatabaseIsMissing) {
-  m_Status.FirmwareVersion = "former";
-  m_Status.DisplayFirmwareVersion = "former display";
-  EXPECT_EQ(m_Probe.FirmwareVersion(), 0);
-  EXPECT_EQ(m_Probe.DisplayFirmwareVersion(), 1);
-  EXPECT_EQ(m_Status.FirmwareVersion, "former");
-  EXPECT_EQ(m_Status.DisplayFirmwareVersion, "former display");
+  status_.FirmwareVersion = "former";
+  status_.DisplayFirmwareVersion = "former display";
+  EXPECT_EQ(probe_.FirmwareVersion(), 0);
+  EXPECT_EQ(probe_.DisplayFirmwareVersion(), 1);
+  EXPECT_EQ(status_.FirmwareVersion, "former");
+  EXPECT_EQ(status_.DisplayFirmwareVersion, "former display");
 }
 
 TEST_F(Versions, StayWhenTheirPackagesAreMissing) {
-  m_Status.FirmwareVersion = "former";
-  m_Status.DisplayFirmwareVersion = "former display";
+  status_.FirmwareVersion = "former";
+  status_.DisplayFirmwareVersion = "former display";
   for (const char* packages :
        {"", "Package: bash\nVersion: 5.2\n", "Package: dispfw\nPackage: qtm-distro\nVersion:5\n"}) {
     SCOPED_TRACE(packages);
     Scenario().File(kPackages, packages).Apply();
-    EXPECT_EQ(m_Probe.FirmwareVersion(), 0);
-    EXPECT_EQ(m_Probe.DisplayFirmwareVersion(), 1);
-    EXPECT_EQ(m_Status.FirmwareVersion, "former");
-    EXPECT_EQ(m_Status.DisplayFirmwareVersion, "former display");
+    EXPECT_EQ(probe_.FirmwareVersion(), 0);
+    EXPECT_EQ(probe_.DisplayFirmwareVersion(), 1);
+    EXPECT_EQ(status_.FirmwareVersion, "former");
+    EXPECT_EQ(status_.DisplayFirmwareVersion, "former display");
   }
 }
 
 TEST_F(Versions, StayWhenTheDatabaseCannotBeRead) {
-  m_Status.DisplayFirmwareVersion = "former display";
+  status_.DisplayFirmwareVersion = "former display";
   Scenario().Folder(kPackages).Apply();
-  EXPECT_EQ(m_Probe.FirmwareVersion(), 0);
-  EXPECT_EQ(m_Probe.DisplayFirmwareVersion(), 1);
-  EXPECT_EQ(m_Status.DisplayFirmwareVersion, "former display");
+  EXPECT_EQ(probe_.FirmwareVersion(), 0);
+  EXPECT_EQ(probe_.DisplayFirmwareVersion(), 1);
+  EXPECT_EQ(status_.DisplayFirmwareVersion, "former display");
 }
 
 // The two probes share one reading of the database only when it reaches the end. A read
@@ -138,12 +138,12 @@ TEST_F(Versions, OfTheDisplayAreReadAgainWhenReadingFails) {
       .Apply();
   for (const int nth : {1, 2, 3, 4, 5}) {
     SCOPED_TRACE(nth);
-    m_Status.FirmwareVersion = "former";
-    m_Status.DisplayFirmwareVersion = "former display";
+    status_.FirmwareVersion = "former";
+    status_.DisplayFirmwareVersion = "former display";
     const Failure failure(Call::kRead, nth);
-    EXPECT_EQ(m_Probe.UpdateStatus(&m_Status), 0);
-    EXPECT_EQ(m_Status.FirmwareVersion, nth <= 3 ? "former" : "4.1");
-    EXPECT_EQ(m_Status.DisplayFirmwareVersion, "1.2");
+    EXPECT_EQ(probe_.UpdateStatus(&status_), 0);
+    EXPECT_EQ(status_.FirmwareVersion, nth <= 3 ? "former" : "4.1");
+    EXPECT_EQ(status_.DisplayFirmwareVersion, "1.2");
   }
 }
 
@@ -151,8 +151,8 @@ TEST_F(Versions, FoundBeforeAReadFailsCount) {
   const std::string filler(150000, '\n');
   Scenario().File(kPackages, "Package: dispfw\nVersion: 1.2\n" + filler).Apply();
   const Failure failure(Call::kRead, 2);
-  EXPECT_EQ(m_Probe.DisplayFirmwareVersion(), 0);
-  EXPECT_EQ(m_Status.DisplayFirmwareVersion, "1.2");
+  EXPECT_EQ(probe_.DisplayFirmwareVersion(), 0);
+  EXPECT_EQ(status_.DisplayFirmwareVersion, "1.2");
 }
 
 TEST_F(Versions, AreTheSameInReadsOfAnySize) {
@@ -164,11 +164,11 @@ TEST_F(Versions, AreTheSameInReadsOfAnySize) {
   for (std::size_t size = 1; size < 80; ++size) {
     SCOPED_TRACE(size);
     const ShortReads reads(size);
-    m_Status.FirmwareVersion = "former";
-    m_Status.DisplayFirmwareVersion = "former display";
-    m_Probe.UpdateStatus(&m_Status);
-    EXPECT_EQ(m_Status.FirmwareVersion, "4.1");
-    EXPECT_EQ(m_Status.DisplayFirmwareVersion, "1.2-3");
+    status_.FirmwareVersion = "former";
+    status_.DisplayFirmwareVersion = "former display";
+    probe_.UpdateStatus(&status_);
+    EXPECT_EQ(status_.FirmwareVersion, "4.1");
+    EXPECT_EQ(status_.DisplayFirmwareVersion, "1.2-3");
   }
 }
 
@@ -199,10 +199,9 @@ TEST_F(Versions, AreSearchedInLittleMemoryAndOnlyInTheFirstGiB) {
   const pid_t child = fork();  // which has a peak of its own
   if (child == 0) {
     const long before = PeakMemoryKB();
-    m_Probe.UpdateStatus(&m_Status);
+    probe_.UpdateStatus(&status_);
     const bool small = PeakMemoryKB() - before < 16 * 1024;
-    const bool found =
-        m_Status.FirmwareVersion == "4.1" && m_Status.DisplayFirmwareVersion == "1.2";
+    const bool found = status_.FirmwareVersion == "4.1" && status_.DisplayFirmwareVersion == "1.2";
     _exit((small ? 0 : 1) + (found ? 0 : 2));
   }
   int status = -1;
@@ -211,15 +210,15 @@ TEST_F(Versions, AreSearchedInLittleMemoryAndOnlyInTheFirstGiB) {
 }
 
 TEST_F(Versions, MayBecomeEmpty) {
-  m_Status.FirmwareVersion = "former";
-  m_Status.DisplayFirmwareVersion = "former display";
+  status_.FirmwareVersion = "former";
+  status_.DisplayFirmwareVersion = "former display";
   Scenario()
       .File(kPackages, "Package: dispfw\nVersion: v1\n\nPackage: qtm-distro\nVersion: \n")
       .Apply();
-  EXPECT_EQ(m_Probe.FirmwareVersion(), 0);
-  EXPECT_EQ(m_Probe.DisplayFirmwareVersion(), 0);
-  EXPECT_EQ(m_Status.FirmwareVersion, "");
-  EXPECT_EQ(m_Status.DisplayFirmwareVersion, "");
+  EXPECT_EQ(probe_.FirmwareVersion(), 0);
+  EXPECT_EQ(probe_.DisplayFirmwareVersion(), 0);
+  EXPECT_EQ(status_.FirmwareVersion, "");
+  EXPECT_EQ(status_.DisplayFirmwareVersion, "");
 }
 
 }  // namespace

@@ -161,11 +161,11 @@ struct Concrete<CInput> {
 template <class T>
 class Counted : public Concrete<T>::Type {
  public:
-  explicit Counted(int* destroyed) : m_Destroyed(destroyed) {}
-  ~Counted() override { ++*m_Destroyed; }
+  explicit Counted(int* destroyed) : destroyed_(destroyed) {}
+  ~Counted() override { ++*destroyed_; }
 
  private:
-  int* m_Destroyed;
+  int* destroyed_;
 };
 
 template <class List>
@@ -178,10 +178,10 @@ class OwningList : public testing::Test {
   static_assert(std::is_same_v<decltype(&List::operator[]),
                                Element* (COwningList<Element>::*)(const unsigned int&) const>);
 
-  Element* Make() { return new Counted<Element>(&m_Destroyed); }
+  Element* Make() { return new Counted<Element>(&destroyed_); }
 
-  int m_Destroyed = 0;
-  List m_List;
+  int destroyed_ = 0;
+  List list_;
 };
 
 using Lists =
@@ -191,49 +191,49 @@ TYPED_TEST_SUITE(OwningList, Lists);
 
 TYPED_TEST(OwningList, GivesNullAtAndBeyondItsCountAndNeverCreates) {
   for (const unsigned int position : {0U, 1U, 4294967295U}) {
-    EXPECT_EQ(this->m_List[position], nullptr);
+    EXPECT_EQ(this->list_[position], nullptr);
   }
-  this->m_List.Add(this->Make());
-  EXPECT_NE(this->m_List[0], nullptr);
+  this->list_.Add(this->Make());
+  EXPECT_NE(this->list_[0], nullptr);
   for (const unsigned int position : {1U, 2U, 4294967295U}) {
-    EXPECT_EQ(this->m_List[position], nullptr);
+    EXPECT_EQ(this->list_[position], nullptr);
   }
-  EXPECT_EQ(this->m_List.Count(), 1U);
+  EXPECT_EQ(this->list_.Count(), 1U);
 }
 
 TYPED_TEST(OwningList, KeepsTheOrderOfAdd) {
   typename TypeParam::Element* const elements[] = {this->Make(), this->Make(), this->Make()};
   // against the order of addresses, one way or the other
   for (const int i : {2, 0, 1}) {
-    this->m_List.Add(elements[i]);
+    this->list_.Add(elements[i]);
   }
-  EXPECT_EQ(this->m_List[0], elements[2]);
-  EXPECT_EQ(this->m_List[1], elements[0]);
-  EXPECT_EQ(this->m_List[2], elements[1]);
+  EXPECT_EQ(this->list_[0], elements[2]);
+  EXPECT_EQ(this->list_[1], elements[0]);
+  EXPECT_EQ(this->list_[2], elements[1]);
 }
 
 TYPED_TEST(OwningList, DeletesItsElementsWhenClearedAndOnlyThen) {
-  this->m_List.Clear();
+  this->list_.Clear();
   for (int i = 0; i < 3; ++i) {
-    this->m_List.Add(this->Make());
+    this->list_.Add(this->Make());
   }
-  EXPECT_EQ(this->m_List.Count(), 3U);
-  EXPECT_EQ(this->m_Destroyed, 0);
-  this->m_List.Clear();
-  EXPECT_EQ(this->m_Destroyed, 3);
-  EXPECT_EQ(this->m_List.Count(), 0U);
-  EXPECT_EQ(this->m_List[0], nullptr);
-  this->m_List.Clear();
-  EXPECT_EQ(this->m_Destroyed, 3);
+  EXPECT_EQ(this->list_.Count(), 3U);
+  EXPECT_EQ(this->destroyed_, 0);
+  this->list_.Clear();
+  EXPECT_EQ(this->destroyed_, 3);
+  EXPECT_EQ(this->list_.Count(), 0U);
+  EXPECT_EQ(this->list_[0], nullptr);
+  this->list_.Clear();
+  EXPECT_EQ(this->destroyed_, 3);
 }
 
 TYPED_TEST(OwningList, CanBeFilledAgainAfterClear) {
-  this->m_List.Add(this->Make());
-  this->m_List.Clear();
+  this->list_.Add(this->Make());
+  this->list_.Clear();
   auto* const element = this->Make();
-  this->m_List.Add(element);
-  EXPECT_EQ(this->m_List.Count(), 1U);
-  EXPECT_EQ(this->m_List[0], element);
+  this->list_.Add(element);
+  EXPECT_EQ(this->list_.Count(), 1U);
+  EXPECT_EQ(this->list_[0], element);
 }
 
 TYPED_TEST(OwningList, DeletesItsElementsWhenDestroyed) {
@@ -242,17 +242,17 @@ TYPED_TEST(OwningList, DeletesItsElementsWhenDestroyed) {
     list.Add(this->Make());
     list.Add(this->Make());
   }
-  EXPECT_EQ(this->m_Destroyed, 2);
+  EXPECT_EQ(this->destroyed_, 2);
 }
 
 TYPED_TEST(OwningList, DeletesAnElementThatWasAddedTwiceOnce) {
   auto* const twice = this->Make();
   for (auto* const element : {twice, this->Make(), twice}) {
-    this->m_List.Add(element);
+    this->list_.Add(element);
   }
-  EXPECT_EQ(this->m_List.Count(), 3U);
-  this->m_List.Clear();
-  EXPECT_EQ(this->m_Destroyed, 2);
+  EXPECT_EQ(this->list_.Count(), 3U);
+  this->list_.Clear();
+  EXPECT_EQ(this->destroyed_, 2);
 }
 
 TEST(Elements, StartWithTheirInitialValues) {

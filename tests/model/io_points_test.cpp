@@ -26,14 +26,14 @@ template <class Base>
 class Witness : public Base {
  public:
   Witness(std::string name, std::vector<std::string>* deaths)
-      : m_Name(std::move(name)), m_Deaths(deaths) {}
+      : name_(std::move(name)), deaths_(deaths) {}
   Witness(const Witness&) = delete;
   Witness& operator=(const Witness&) = delete;
-  ~Witness() override { m_Deaths->push_back(m_Name); }
+  ~Witness() override { deaths_->push_back(name_); }
 
  private:
-  std::string m_Name;
-  std::vector<std::string>* m_Deaths;
+  std::string name_;
+  std::vector<std::string>* deaths_;
 };
 
 template <class Point>

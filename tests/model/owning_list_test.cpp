@@ -184,12 +184,12 @@ template <class List>
 class NotedList : public List {
  public:
   explicit NotedList(std::vector<std::string>* seen, std::function<std::string()> look)
-      : m_Seen(seen), m_Look(std::move(look)) {}
-  ~NotedList() override { m_Seen->push_back(m_Look()); }
+      : seen_(seen), look_(std::move(look)) {}
+  ~NotedList() override { seen_->push_back(look_()); }
 
  private:
-  std::vector<std::string>* m_Seen;
-  std::function<std::string()> m_Look;
+  std::vector<std::string>* seen_;
+  std::function<std::string()> look_;
 };
 
 // The pointer to the inputs used to be null already while they went.

@@ -16,99 +16,99 @@ class Verify : public testing::Test {
   int DisplayInterface(std::uint32_t attributes, std::uint16_t address, AttachmentType type) {
     u32_DispInterfaceNumAttribute = attributes;
     u16_DispInterfaceAddress = address;
-    return Status_VerifyDisplayInterface(&m_Status, 0, type);
+    return Status_VerifyDisplayInterface(&status_, 0, type);
   }
 
   // The display interfaces of an output 0, which is made when there is none.
   QtSts::CDisplayInterfaceList& DisplayInterfaces() {
-    Status_VerifyOutput(&m_Status, 0);
-    return m_Status.Outputs[0]->DisplayInterfaces;
+    Status_VerifyOutput(&status_, 0);
+    return status_.Outputs[0]->DisplayInterfaces;
   }
 
-  QtSts::CStatus m_Status;
+  QtSts::CStatus status_;
 };
 
 TEST_F(Verify, AppendsOneCompositorHoweverFarThePosition) {
-  EXPECT_EQ(Status_VerifyCompositor(&m_Status, 5), 0);
-  EXPECT_EQ(m_Status.Compositors.Count(), 1U);
-  EXPECT_NE(m_Status.Compositors[0], nullptr);
-  EXPECT_EQ(Status_VerifyCompositor(&m_Status, 5), 0);
-  EXPECT_EQ(m_Status.Compositors.Count(), 2U);
+  EXPECT_EQ(Status_VerifyCompositor(&status_, 5), 0);
+  EXPECT_EQ(status_.Compositors.Count(), 1U);
+  EXPECT_NE(status_.Compositors[0], nullptr);
+  EXPECT_EQ(Status_VerifyCompositor(&status_, 5), 0);
+  EXPECT_EQ(status_.Compositors.Count(), 2U);
 }
 
 TEST_F(Verify, LeavesACompositorAloneThatIsThere) {
-  Status_VerifyCompositor(&m_Status, 0);
-  m_Status.Compositors[0]->State = 7;
-  EXPECT_EQ(Status_VerifyCompositor(&m_Status, 0), 0);
-  ASSERT_EQ(m_Status.Compositors.Count(), 1U);
-  EXPECT_EQ(m_Status.Compositors[0]->State, 7);
+  Status_VerifyCompositor(&status_, 0);
+  status_.Compositors[0]->State = 7;
+  EXPECT_EQ(Status_VerifyCompositor(&status_, 0), 0);
+  ASSERT_EQ(status_.Compositors.Count(), 1U);
+  EXPECT_EQ(status_.Compositors[0]->State, 7);
 }
 
 TEST_F(Verify, TakesANegativePositionAsBeyondTheEnd) {
-  Status_VerifyCompositor(&m_Status, 0);
-  EXPECT_EQ(Status_VerifyCompositor(&m_Status, -1), 0);
-  EXPECT_EQ(m_Status.Compositors.Count(), 2U);
+  Status_VerifyCompositor(&status_, 0);
+  EXPECT_EQ(Status_VerifyCompositor(&status_, -1), 0);
+  EXPECT_EQ(status_.Compositors.Count(), 2U);
 }
 
 TEST_F(Verify, AppendsOneOutputWithoutStoringThePosition) {
-  EXPECT_EQ(Status_VerifyOutput(&m_Status, 3), 0);
-  ASSERT_EQ(m_Status.Outputs.Count(), 1U);
-  EXPECT_NE(dynamic_cast<QtSts::CTravex6Output*>(m_Status.Outputs[0]), nullptr);
-  EXPECT_EQ(m_Status.Outputs[0]->Index, 0U);
-  m_Status.Outputs[0]->StatusFlags = 4;
-  EXPECT_EQ(Status_VerifyOutput(&m_Status, 0), 0);
-  ASSERT_EQ(m_Status.Outputs.Count(), 1U);
-  EXPECT_EQ(m_Status.Outputs[0]->StatusFlags, 4U);
+  EXPECT_EQ(Status_VerifyOutput(&status_, 3), 0);
+  ASSERT_EQ(status_.Outputs.Count(), 1U);
+  EXPECT_NE(dynamic_cast<QtSts::CTravex6Output*>(status_.Outputs[0]), nullptr);
+  EXPECT_EQ(status_.Outputs[0]->Index, 0U);
+  status_.Outputs[0]->StatusFlags = 4;
+  EXPECT_EQ(Status_VerifyOutput(&status_, 0), 0);
+  ASSERT_EQ(status_.Outputs.Count(), 1U);
+  EXPECT_EQ(status_.Outputs[0]->StatusFlags, 4U);
 }
 
 TEST_F(Verify, FindsAnInputByItsType) {
-  EXPECT_EQ(Status_VerifyInput(&m_Status, QtSts::kDigitalInput), 0);
-  EXPECT_EQ(Status_VerifyInput(&m_Status, QtSts::kDigitalInput), 0);
-  EXPECT_EQ(Status_VerifyInput(&m_Status, QtSts::kPlayerInput), 1);
-  EXPECT_EQ(Status_VerifyInput(&m_Status, QtSts::kAnalogInput), 2);
-  EXPECT_EQ(Status_VerifyInput(&m_Status, QtSts::kDigitalInput), 0);
-  ASSERT_EQ(m_Status.Inputs.Count(), 3U);
-  EXPECT_NE(dynamic_cast<QtSts::CDigitalInput*>(m_Status.Inputs[0]), nullptr);
-  EXPECT_NE(dynamic_cast<QtSts::CPlayerInput*>(m_Status.Inputs[1]), nullptr);
-  EXPECT_NE(dynamic_cast<QtSts::CAnalogInput*>(m_Status.Inputs[2]), nullptr);
+  EXPECT_EQ(Status_VerifyInput(&status_, QtSts::kDigitalInput), 0);
+  EXPECT_EQ(Status_VerifyInput(&status_, QtSts::kDigitalInput), 0);
+  EXPECT_EQ(Status_VerifyInput(&status_, QtSts::kPlayerInput), 1);
+  EXPECT_EQ(Status_VerifyInput(&status_, QtSts::kAnalogInput), 2);
+  EXPECT_EQ(Status_VerifyInput(&status_, QtSts::kDigitalInput), 0);
+  ASSERT_EQ(status_.Inputs.Count(), 3U);
+  EXPECT_NE(dynamic_cast<QtSts::CDigitalInput*>(status_.Inputs[0]), nullptr);
+  EXPECT_NE(dynamic_cast<QtSts::CPlayerInput*>(status_.Inputs[1]), nullptr);
+  EXPECT_NE(dynamic_cast<QtSts::CAnalogInput*>(status_.Inputs[2]), nullptr);
   for (unsigned int position = 0; position < 3; ++position) {
-    EXPECT_EQ(m_Status.Inputs[position]->Index, position);
+    EXPECT_EQ(status_.Inputs[position]->Index, position);
   }
 }
 
 TEST_F(Verify, FindsTheFirstInputOfItsType) {
-  m_Status.Inputs.Add(new QtSts::CPlayerInput);
-  m_Status.Inputs.Add(new QtSts::CDigitalInput);
-  m_Status.Inputs.Add(new QtSts::CDigitalInput);
-  EXPECT_EQ(Status_VerifyInput(&m_Status, QtSts::kDigitalInput), 1);
-  EXPECT_EQ(m_Status.Inputs.Count(), 3U);
+  status_.Inputs.Add(new QtSts::CPlayerInput);
+  status_.Inputs.Add(new QtSts::CDigitalInput);
+  status_.Inputs.Add(new QtSts::CDigitalInput);
+  EXPECT_EQ(Status_VerifyInput(&status_, QtSts::kDigitalInput), 1);
+  EXPECT_EQ(status_.Inputs.Count(), 3U);
 }
 
 TEST_F(Verify, AppendsNoInputOfAnUnknownTypeAndReturnsTheCount) {
-  EXPECT_EQ(Status_VerifyInput(&m_Status, static_cast<QtSts::InputType>(7)), 0);
-  Status_VerifyInput(&m_Status, QtSts::kPlayerInput);
-  EXPECT_EQ(Status_VerifyInput(&m_Status, static_cast<QtSts::InputType>(7)), 1);
-  EXPECT_EQ(Status_VerifyInput(&m_Status, static_cast<QtSts::InputType>(4294967295U)), 1);
-  EXPECT_EQ(m_Status.Inputs.Count(), 1U);
-  EXPECT_EQ(m_Status.Inputs[1], nullptr);
+  EXPECT_EQ(Status_VerifyInput(&status_, static_cast<QtSts::InputType>(7)), 0);
+  Status_VerifyInput(&status_, QtSts::kPlayerInput);
+  EXPECT_EQ(Status_VerifyInput(&status_, static_cast<QtSts::InputType>(7)), 1);
+  EXPECT_EQ(Status_VerifyInput(&status_, static_cast<QtSts::InputType>(4294967295U)), 1);
+  EXPECT_EQ(status_.Inputs.Count(), 1U);
+  EXPECT_EQ(status_.Inputs[1], nullptr);
 }
 
 // The search used to go on after a null pointer, which only a host can have put there.
 TEST_F(Verify, EndsItsSearchAtAMissingElementAndAppends) {
-  m_Status.Inputs.Add(new QtSts::CDigitalInput);
-  m_Status.Inputs.Add(nullptr);
-  m_Status.Inputs.Add(new QtSts::CPlayerInput);
-  EXPECT_EQ(Status_VerifyInput(&m_Status, QtSts::kDigitalInput), 0);
-  EXPECT_EQ(Status_VerifyInput(&m_Status, QtSts::kPlayerInput), 3);
-  EXPECT_EQ(Status_VerifyInput(&m_Status, QtSts::kPlayerInput), 4);
-  ASSERT_EQ(m_Status.Inputs.Count(), 5U);
-  EXPECT_EQ(m_Status.Inputs[4]->Index, 4U);
+  status_.Inputs.Add(new QtSts::CDigitalInput);
+  status_.Inputs.Add(nullptr);
+  status_.Inputs.Add(new QtSts::CPlayerInput);
+  EXPECT_EQ(Status_VerifyInput(&status_, QtSts::kDigitalInput), 0);
+  EXPECT_EQ(Status_VerifyInput(&status_, QtSts::kPlayerInput), 3);
+  EXPECT_EQ(Status_VerifyInput(&status_, QtSts::kPlayerInput), 4);
+  ASSERT_EQ(status_.Inputs.Count(), 5U);
+  EXPECT_EQ(status_.Inputs[4]->Index, 4U);
 
-  m_Status.Network.Devices.Add(nullptr);
-  EXPECT_EQ(Status_VerifyNetwork(&m_Status, "eth0"), 1);
-  EXPECT_EQ(Status_VerifyNetwork(&m_Status, "eth0"), 2);
-  ASSERT_EQ(m_Status.Network.Devices.Count(), 3U);
-  EXPECT_EQ(m_Status.Network.Devices[2]->Index, 2U);
+  status_.Network.Devices.Add(nullptr);
+  EXPECT_EQ(Status_VerifyNetwork(&status_, "eth0"), 1);
+  EXPECT_EQ(Status_VerifyNetwork(&status_, "eth0"), 2);
+  ASSERT_EQ(status_.Network.Devices.Count(), 3U);
+  EXPECT_EQ(status_.Network.Devices[2]->Index, 2U);
 
   DisplayInterfaces().Add(nullptr);
   EXPECT_EQ(DisplayInterface(7, 1, kRouterCan), 1);
@@ -118,9 +118,9 @@ TEST_F(Verify, EndsItsSearchAtAMissingElementAndAppends) {
 }
 
 TEST_F(Verify, MakesANetworkDeviceWithItsDefaults) {
-  EXPECT_EQ(Status_VerifyNetwork(&m_Status, "eth0"), 0);
-  ASSERT_EQ(m_Status.Network.Devices.Count(), 1U);
-  const QtSts::CNetworkDevice& device = *m_Status.Network.Devices[0];
+  EXPECT_EQ(Status_VerifyNetwork(&status_, "eth0"), 0);
+  ASSERT_EQ(status_.Network.Devices.Count(), 1U);
+  const QtSts::CNetworkDevice& device = *status_.Network.Devices[0];
   EXPECT_EQ(device.Index, 0U);
   EXPECT_EQ(device.Name, "eth0");
   EXPECT_EQ(device.IPv6Address, "::1/128");
@@ -135,62 +135,62 @@ TEST_F(Verify, MakesANetworkDeviceWithItsDefaults) {
 }
 
 TEST_F(Verify, FindsANetworkDeviceByItsExactName) {
-  EXPECT_EQ(Status_VerifyNetwork(&m_Status, "eth0"), 0);
-  EXPECT_EQ(Status_VerifyNetwork(&m_Status, "eth0"), 0);
-  EXPECT_EQ(Status_VerifyNetwork(&m_Status, "ETH0"), 1);
-  EXPECT_EQ(Status_VerifyNetwork(&m_Status, "eth"), 2);
-  EXPECT_EQ(Status_VerifyNetwork(&m_Status, "eth01"), 3);
-  EXPECT_EQ(Status_VerifyNetwork(&m_Status, "ETH0"), 1);
-  ASSERT_EQ(m_Status.Network.Devices.Count(), 4U);
-  EXPECT_EQ(m_Status.Network.Devices[3]->Index, 3U);
+  EXPECT_EQ(Status_VerifyNetwork(&status_, "eth0"), 0);
+  EXPECT_EQ(Status_VerifyNetwork(&status_, "eth0"), 0);
+  EXPECT_EQ(Status_VerifyNetwork(&status_, "ETH0"), 1);
+  EXPECT_EQ(Status_VerifyNetwork(&status_, "eth"), 2);
+  EXPECT_EQ(Status_VerifyNetwork(&status_, "eth01"), 3);
+  EXPECT_EQ(Status_VerifyNetwork(&status_, "ETH0"), 1);
+  ASSERT_EQ(status_.Network.Devices.Count(), 4U);
+  EXPECT_EQ(status_.Network.Devices[3]->Index, 3U);
 }
 
 TEST_F(Verify, MakesANetworkDeviceWithoutANameForNull) {
-  EXPECT_EQ(Status_VerifyNetwork(&m_Status, nullptr), 0);
-  ASSERT_EQ(m_Status.Network.Devices.Count(), 1U);
-  EXPECT_EQ(m_Status.Network.Devices[0]->Name, "");
-  EXPECT_EQ(Status_VerifyNetwork(&m_Status, "eth0"), 1);
+  EXPECT_EQ(Status_VerifyNetwork(&status_, nullptr), 0);
+  ASSERT_EQ(status_.Network.Devices.Count(), 1U);
+  EXPECT_EQ(status_.Network.Devices[0]->Name, "");
+  EXPECT_EQ(Status_VerifyNetwork(&status_, "eth0"), 1);
 }
 
 TEST_F(Verify, AppendsAStatisticWithItsNumber) {
-  Status_VerifyOutput(&m_Status, 0);
-  const QtSts::CStatList& statistics = m_Status.Outputs[0]->Statistics;
-  EXPECT_EQ(Status_VerifyOutputStats(&m_Status, 0, 5), 0);
+  Status_VerifyOutput(&status_, 0);
+  const QtSts::CStatList& statistics = status_.Outputs[0]->Statistics;
+  EXPECT_EQ(Status_VerifyOutputStats(&status_, 0, 5), 0);
   ASSERT_EQ(statistics.Count(), 1U);
   EXPECT_EQ(statistics[0]->Number, 5);
   EXPECT_EQ(statistics[0]->First, 0);
   EXPECT_EQ(statistics[0]->Second, 0);
   statistics[0]->First = 9;
-  EXPECT_EQ(Status_VerifyOutputStats(&m_Status, 0, 0), 0);
+  EXPECT_EQ(Status_VerifyOutputStats(&status_, 0, 0), 0);
   ASSERT_EQ(statistics.Count(), 1U);
   EXPECT_EQ(statistics[0]->Number, 5);
   EXPECT_EQ(statistics[0]->First, 9);
 }
 
 TEST_F(Verify, NeverCreatesAnOutputForItsStatisticsOrDisplayInterfaces) {
-  EXPECT_EQ(Status_VerifyOutputStats(&m_Status, 0, 0), 0);
-  EXPECT_EQ(Status_VerifyDisplayInterface(&m_Status, 0, kRouterCan), 0);
-  Status_VerifyOutput(&m_Status, 0);
-  EXPECT_EQ(Status_VerifyOutputStats(&m_Status, 1, 0), 0);
-  EXPECT_EQ(Status_VerifyDisplayInterface(&m_Status, 1, kRouterCan), 0);
-  EXPECT_EQ(m_Status.Outputs.Count(), 1U);
-  EXPECT_EQ(m_Status.Outputs[0]->Statistics.Count(), 0U);
+  EXPECT_EQ(Status_VerifyOutputStats(&status_, 0, 0), 0);
+  EXPECT_EQ(Status_VerifyDisplayInterface(&status_, 0, kRouterCan), 0);
+  Status_VerifyOutput(&status_, 0);
+  EXPECT_EQ(Status_VerifyOutputStats(&status_, 1, 0), 0);
+  EXPECT_EQ(Status_VerifyDisplayInterface(&status_, 1, kRouterCan), 0);
+  EXPECT_EQ(status_.Outputs.Count(), 1U);
+  EXPECT_EQ(status_.Outputs[0]->Statistics.Count(), 0U);
   EXPECT_EQ(DisplayInterfaces().Count(), 0U);
 }
 
 TEST_F(Verify, FindsADcioDeviceByItsPosition) {
   u32_DCIO_SensorNumber = 0;
-  EXPECT_EQ(Status_VerifyDCIO(&m_Status), 0);
-  EXPECT_EQ(Status_VerifyDCIO(&m_Status), 0);
-  EXPECT_EQ(m_Status.DCIO.Devices.Count(), 1U);
+  EXPECT_EQ(Status_VerifyDCIO(&status_), 0);
+  EXPECT_EQ(Status_VerifyDCIO(&status_), 0);
+  EXPECT_EQ(status_.DCIO.Devices.Count(), 1U);
 }
 
 TEST_F(Verify, AppendsADcioDeviceTwiceWhosePositionIsBeyondTheEnd) {
   u32_DCIO_SensorNumber = 4;
-  EXPECT_EQ(Status_VerifyDCIO(&m_Status), 0);
-  EXPECT_EQ(m_Status.DCIO.Devices.Count(), 1U);
-  EXPECT_EQ(Status_VerifyDCIO(&m_Status), 0);
-  EXPECT_EQ(m_Status.DCIO.Devices.Count(), 2U);
+  EXPECT_EQ(Status_VerifyDCIO(&status_), 0);
+  EXPECT_EQ(status_.DCIO.Devices.Count(), 1U);
+  EXPECT_EQ(Status_VerifyDCIO(&status_), 0);
+  EXPECT_EQ(status_.DCIO.Devices.Count(), 2U);
 }
 
 template <class T>
@@ -212,15 +212,15 @@ TEST_F(Verify, MakesTheDcioDeviceThatTheScratchStateDescribes) {
   };
   for (const auto& row : kRows) {
     SCOPED_TRACE(row.Type);
-    m_Status.DCIO.Devices.Clear();
+    status_.DCIO.Devices.Clear();
     st_DCIO_Type = row.Type;
     u32_DCIO_NumAttr = 5;
     u32_DCIO_State = 7;
     u32_DCIO_ErrCntr = 9;
     u32_DCIO_Address = 112;
-    EXPECT_EQ(Status_VerifyDCIO(&m_Status), 0);
-    ASSERT_EQ(m_Status.DCIO.Devices.Count(), 1U);
-    const QtSts::CDCIODevice* const device = m_Status.DCIO.Devices[0];
+    EXPECT_EQ(Status_VerifyDCIO(&status_), 0);
+    ASSERT_EQ(status_.DCIO.Devices.Count(), 1U);
+    const QtSts::CDCIODevice* const device = status_.DCIO.Devices[0];
     EXPECT_TRUE(row.IsClass(device));
     EXPECT_EQ(device->NumberOfAttributes, 5U);
     ASSERT_NE(device->Address, nullptr);
@@ -237,20 +237,20 @@ TEST_F(Verify, MakesTheDcioDeviceThatTheScratchStateDescribes) {
 
 TEST_F(Verify, MakesADcioStateOfZeroAndOne) {
   u32_DCIO_State = 0;
-  Status_VerifyDCIO(&m_Status);
+  Status_VerifyDCIO(&status_);
   u32_DCIO_SensorNumber = 1;
   u32_DCIO_State = 1;
-  Status_VerifyDCIO(&m_Status);
-  ASSERT_EQ(m_Status.DCIO.Devices.Count(), 2U);
-  EXPECT_EQ(*m_Status.DCIO.Devices[0]->State, 0U);
-  EXPECT_EQ(*m_Status.DCIO.Devices[1]->State, 1U);
+  Status_VerifyDCIO(&status_);
+  ASSERT_EQ(status_.DCIO.Devices.Count(), 2U);
+  EXPECT_EQ(*status_.DCIO.Devices[0]->State, 0U);
+  EXPECT_EQ(*status_.DCIO.Devices[1]->State, 1U);
 }
 
 TEST_F(Verify, MakesNoDcioDeviceOfAnUnknownType) {
   for (const std::uint32_t type : {5U, 99U, 4294967295U}) {
     st_DCIO_Type = static_cast<DcioType>(type);
-    EXPECT_EQ(Status_VerifyDCIO(&m_Status), 0);
-    EXPECT_EQ(m_Status.DCIO.Devices.Count(), 0U) << type;
+    EXPECT_EQ(Status_VerifyDCIO(&status_), 0);
+    EXPECT_EQ(status_.DCIO.Devices.Count(), 0U) << type;
   }
 }
 
@@ -310,32 +310,32 @@ std::vector<std::string> g_gone;
 template <class T>
 class Noted : public T {
  public:
-  explicit Noted(const char* name) : m_Name(name) {}
-  ~Noted() override { g_gone.emplace_back(m_Name); }
+  explicit Noted(const char* name) : name_(name) {}
+  ~Noted() override { g_gone.emplace_back(name_); }
 
  private:
-  const char* m_Name;
+  const char* name_;
 };
 
 TEST_F(Verify, ClearsTheSixListsInTheirOrderAndNotTheNameServers) {
-  m_Status.Sensors.Add(new Noted<QtSts::CSensor>("sensor"));
-  m_Status.DCIO.Devices.Add(new Noted<QtSts::CRunLED>("DCIO"));
-  m_Status.Network.Devices.Add(new Noted<QtSts::CNetworkDevice>("network"));
-  m_Status.Network.DNS.Addresses.Add(new Noted<QtSts::CAddress>("name server"));
-  m_Status.Inputs.Add(new Noted<QtSts::CPlayerInput>("input"));
-  m_Status.Outputs.Add(new Noted<QtSts::CTravex6Output>("output"));
-  m_Status.Compositors.Add(new Noted<QtSts::CCompositor>("compositor"));
+  status_.Sensors.Add(new Noted<QtSts::CSensor>("sensor"));
+  status_.DCIO.Devices.Add(new Noted<QtSts::CRunLED>("DCIO"));
+  status_.Network.Devices.Add(new Noted<QtSts::CNetworkDevice>("network"));
+  status_.Network.DNS.Addresses.Add(new Noted<QtSts::CAddress>("name server"));
+  status_.Inputs.Add(new Noted<QtSts::CPlayerInput>("input"));
+  status_.Outputs.Add(new Noted<QtSts::CTravex6Output>("output"));
+  status_.Compositors.Add(new Noted<QtSts::CCompositor>("compositor"));
   g_gone.clear();
-  Status_ClearLists(&m_Status);
+  Status_ClearLists(&status_);
   EXPECT_THAT(g_gone,
               testing::ElementsAre("compositor", "output", "input", "network", "DCIO", "sensor"));
-  EXPECT_EQ(m_Status.Compositors.Count(), 0U);
-  EXPECT_EQ(m_Status.Outputs.Count(), 0U);
-  EXPECT_EQ(m_Status.Inputs.Count(), 0U);
-  EXPECT_EQ(m_Status.Network.Devices.Count(), 0U);
-  EXPECT_EQ(m_Status.DCIO.Devices.Count(), 0U);
-  EXPECT_EQ(m_Status.Sensors.Count(), 0U);
-  EXPECT_EQ(m_Status.Network.DNS.Addresses.Count(), 1U);
+  EXPECT_EQ(status_.Compositors.Count(), 0U);
+  EXPECT_EQ(status_.Outputs.Count(), 0U);
+  EXPECT_EQ(status_.Inputs.Count(), 0U);
+  EXPECT_EQ(status_.Network.Devices.Count(), 0U);
+  EXPECT_EQ(status_.DCIO.Devices.Count(), 0U);
+  EXPECT_EQ(status_.Sensors.Count(), 0U);
+  EXPECT_EQ(status_.Network.DNS.Addresses.Count(), 1U);
 }
 
 }  // namespace

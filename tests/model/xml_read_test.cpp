@@ -256,14 +256,14 @@ TEST(ReadDocument, SurvivesEveryChangedByte) {
 
 class ReadDocumentFile : public testing::Test {
  protected:
-  const test_support::TemporaryFolder m_Folder;
-  const std::string m_Path = m_Folder.Path() + "/document.xml";
+  const test_support::TemporaryFolder folder_;
+  const std::string path_ = folder_.Path() + "/document.xml";
 };
 
 TEST_F(ReadDocumentFile, ReadsAFile) {
-  std::ofstream(m_Path) << Document();
+  std::ofstream(path_) << Document();
   XmlError error;
-  EXPECT_NE(QtSts::ReadDocumentFile(m_Path, &error), nullptr) << error.Text();
+  EXPECT_NE(QtSts::ReadDocumentFile(path_, &error), nullptr) << error.Text();
 }
 
 TEST_F(ReadDocumentFile, SaysWhyAFileCannotBeRead) {
@@ -279,9 +279,9 @@ TEST_F(ReadDocumentFile, SaysWhyAFileCannotBeRead) {
 }
 
 TEST_F(ReadDocumentFile, RefusesAnEmptyFile) {
-  std::ofstream(m_Path) << "";
+  std::ofstream(path_) << "";
   XmlError error;
-  EXPECT_EQ(QtSts::ReadDocumentFile(m_Path, &error), nullptr);
+  EXPECT_EQ(QtSts::ReadDocumentFile(path_, &error), nullptr);
   EXPECT_THAT(error.Text(), HasSubstr("not a document: "));
 }
 

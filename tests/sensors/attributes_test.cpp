@@ -18,9 +18,9 @@ class SensorAttributes : public SensorTest {
  protected:
   // Output 0 as its own rows leave it.
   void MakeOutput(std::uint32_t mode, std::uint32_t flags) {
-    Status_VerifyOutput(&m_Status, 0);
-    m_Status.Outputs[0]->Dimming.DimmingMode = mode;
-    m_Status.Outputs[0]->StatusFlags = flags;
+    Status_VerifyOutput(&status_, 0);
+    status_.Outputs[0]->Dimming.DimmingMode = mode;
+    status_.Outputs[0]->StatusFlags = flags;
   }
 };
 
@@ -225,14 +225,14 @@ TEST_F(SensorAttributes, ReplaceTheAmbientLightWhileItIsOverriddenByHand) {
     Send(1, "Ambient", "80");
     EXPECT_EQ(u16_Ambient, row.stored);
     // Only the reading is replaced.
-    EXPECT_EQ(m_Status.Outputs[0]->StatusFlags, row.flags);
+    EXPECT_EQ(status_.Outputs[0]->StatusFlags, row.flags);
   }
 }
 
 TEST_F(SensorAttributes, KeepTheAmbientLightAndMakeNoOutputWhereThereIsNone) {
   Send(1, "Ambient", "80");
   EXPECT_EQ(u16_Ambient, 80);
-  EXPECT_EQ(m_Status.Outputs.Count(), 0U);
+  EXPECT_EQ(status_.Outputs.Count(), 0U);
 }
 
 TEST_F(SensorAttributes, TryExactNamesBeforeFamilies) {

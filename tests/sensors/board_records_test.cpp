@@ -82,7 +82,7 @@ TEST_F(Boards, WithFansHoldTheFansInOrderOfTheirNumbersAndEmptyTheMap) {
            {"Fan_1_Rpm", "1100"},
            {"Fan_255_Rpm", "65535"},
            {"Type", "CANDcioAndFanRpm"}});
-  const auto& fans = At<QtSts::CCANDcioAndFanRpm>(m_Status.Sensors, 0).FanRpms;
+  const auto& fans = At<QtSts::CCANDcioAndFanRpm>(status_.Sensors, 0).FanRpms;
   ASSERT_EQ(fans.Count(), 3U);
   constexpr struct {
     int number;
@@ -112,7 +112,7 @@ TEST_F(Boards, OfPowerSuppliesTakeAllVoltagesSinceTheLastOne) {
   Send(1, {{"PsrbVin_1_Volts", "24.25"},
            {"Psrb_HwErrors", "6"},
            {"Type", "CANPowerSupplyRedundancyBoard"}});
-  const auto& board = At<QtSts::CCANPsrbSensor>(m_Status.Sensors, 1);
+  const auto& board = At<QtSts::CCANPsrbSensor>(status_.Sensors, 1);
   EXPECT_THAT(board.InputVoltages, ElementsAre(24.5F, 24.25F));
   EXPECT_THAT(board.OutputVoltages, ElementsAre(12.0F));
   EXPECT_THAT(board.HardwareErrors, Pointee(6));

@@ -111,7 +111,7 @@ TEST_F(Memory, IsNotUsedByRowsThatOnlyStoreANumberAFlagOrACode) {
     std::string key = "Sensor_5_" + name;
     char value[] = "17";
     const std::uint64_t before = g_allocations.Made;
-    Status_Sensor(&m_Status, value, key.data());
+    Status_Sensor(&status_, value, key.data());
     EXPECT_EQ(g_allocations.Made, before);
   }
 }
@@ -257,7 +257,7 @@ TEST_F(Memory, ThatRunsOutInARowLeavesWhatWasStored) {
     SCOPED_TRACE(name);
     std::string key = "Sensor_5_" + name;
     std::string text = value;
-    EXPECT_FALSE(Survives(0, [&] { Status_Sensor(&m_Status, text.data(), key.data()); }));
+    EXPECT_FALSE(Survives(0, [&] { Status_Sensor(&status_, text.data(), key.data()); }));
     EXPECT_EQ(SaveScratch(), before);
   }
 }

@@ -32,11 +32,11 @@ class Placements : public SensorTest {
   }
 
   int VerifyBehind(std::uint32_t attachment) {
-    return Status_VerifyDisplayInterfaceSensor(&m_Status, static_cast<AttachmentType>(attachment));
+    return Status_VerifyDisplayInterfaceSensor(&status_, static_cast<AttachmentType>(attachment));
   }
 
   const QtSts::CSensorList& Behind(unsigned int position) {
-    return InterfaceAt(m_Status, position).Sensors;
+    return InterfaceAt(status_, position).Sensors;
   }
 };
 
@@ -47,32 +47,32 @@ constexpr std::uint32_t kNoRecord[] = {12, 16, 18, 20, 21, 255, 0x80000000U, 0xF
 
 TEST_F(Placements, OfSensorZeroTwiceAddItOnce) {
   Sensor(0, kCanTemp, 5);
-  EXPECT_EQ(Status_VerifySensor(&m_Status), 0);
+  EXPECT_EQ(Status_VerifySensor(&status_), 0);
   Sensor(0, kCanDoor, 6);
-  EXPECT_EQ(Status_VerifySensor(&m_Status), 0);
+  EXPECT_EQ(Status_VerifySensor(&status_), 0);
   // The first record stays as it was.
-  EXPECT_THAT(Addresses(m_Status.Sensors), ElementsAre(5));
-  EXPECT_NE(dynamic_cast<QtSts::CCANTempSensor*>(m_Status.Sensors[0]), nullptr);
+  EXPECT_THAT(Addresses(status_.Sensors), ElementsAre(5));
+  EXPECT_NE(dynamic_cast<QtSts::CCANTempSensor*>(status_.Sensors[0]), nullptr);
 }
 
 TEST_F(Placements, RefuseANumberThatTheListReachesAndTakeTheNext) {
   for (std::uint32_t n = 0; n < 3; ++n) {
     Sensor(n, kCanTemp, n);
-    Status_VerifySensor(&m_Status);
+    Status_VerifySensor(&status_);
   }
   Sensor(2, kCanTemp, 77);
-  EXPECT_EQ(Status_VerifySensor(&m_Status), 0);
-  EXPECT_THAT(Addresses(m_Status.Sensors), ElementsAre(0, 1, 2));
+  EXPECT_EQ(Status_VerifySensor(&status_), 0);
+  EXPECT_THAT(Addresses(status_.Sensors), ElementsAre(0, 1, 2));
   Sensor(3, kCanTemp, 78);
-  EXPECT_EQ(Status_VerifySensor(&m_Status), 0);
-  EXPECT_THAT(Addresses(m_Status.Sensors), ElementsAre(0, 1, 2, 78));
+  EXPECT_EQ(Status_VerifySensor(&status_), 0);
+  EXPECT_THAT(Addresses(status_.Sensors), ElementsAre(0, 1, 2, 78));
 }
 
 TEST_F(Placements, AppendANumberBeyondTheEndEachTimeItComes) {
   Sensor(4294967295, kCanTemp, 5);
-  Status_VerifySensor(&m_Status);
-  Status_VerifySensor(&m_Status);
-  EXPECT_THAT(Addresses(m_Status.Sensors), ElementsAre(5, 5));
+  Status_VerifySensor(&status_);
+  Status_VerifySensor(&status_);
+  EXPECT_THAT(Addresses(status_.Sensors), ElementsAre(5, 5));
 }
 
 TEST_F(Placements, MakeNothingOfACodeWithoutARecordAndTakeNothing) {
@@ -81,8 +81,8 @@ TEST_F(Placements, MakeNothingOfACodeWithoutARecordAndTakeNothing) {
     SCOPED_TRACE(type);
     Sensor(0, type, 5);
     const Scratch before = SaveScratch();
-    EXPECT_EQ(Status_VerifySensor(&m_Status), 0);
-    EXPECT_EQ(m_Status.Sensors.Count(), 0U);
+    EXPECT_EQ(Status_VerifySensor(&status_), 0);
+    EXPECT_EQ(status_.Sensors.Count(), 0U);
     EXPECT_EQ(VerifyBehind(kRouterCan), 0);
     EXPECT_EQ(Behind(0).Count(), 0U);
     EXPECT_EQ(SaveScratch(), before);
@@ -93,14 +93,14 @@ TEST_F(Placements, TakeNothingForASensorThatIsThereAlready) {
   for (const SensorType type :
        {kCanDcio16In3Out8Cfg, kCanDcio2In1Out, kCanDcioAndFanRpm, kCanPowerSupplyRedundancyBoard}) {
     SCOPED_TRACE(type);
-    Status_ClearLists(&m_Status);
+    Status_ClearLists(&status_);
     Sensor(0, kCanTemp, 5);
-    Status_VerifySensor(&m_Status);
+    Status_VerifySensor(&status_);
     VerifyBehind(kRouterCan);
     StageSomething();
     Sensor(0, type, 5);
     const Scratch before = SaveScratch();
-    EXPECT_EQ(Status_VerifySensor(&m_Status), 0);
+    EXPECT_EQ(Status_VerifySensor(&status_), 0);
     EXPECT_EQ(VerifyBehind(kRouterCan), 0);
     EXPECT_EQ(SaveScratch(), before);
   }
@@ -109,13 +109,13 @@ TEST_F(Placements, TakeNothingForASensorThatIsThereAlready) {
 TEST_F(Placements, MakeOnboardSensorsOnTheOwnBusesOnly) {
   for (const SensorType type : {kOnboardTemp, kOnboardCabinetFanControl}) {
     SCOPED_TRACE(type);
-    Status_ClearLists(&m_Status);
+    Status_ClearLists(&status_);
     Sensor(0, type, 5);
     EXPECT_EQ(VerifyBehind(kRouterCan), 0);
     EXPECT_EQ(Behind(0).Count(), 0U);
-    EXPECT_EQ(m_Status.Sensors.Count(), 0U);
-    EXPECT_EQ(Status_VerifySensor(&m_Status), 0);
-    EXPECT_EQ(m_Status.Sensors.Count(), 1U);
+    EXPECT_EQ(status_.Sensors.Count(), 0U);
+    EXPECT_EQ(Status_VerifySensor(&status_), 0);
+    EXPECT_EQ(status_.Sensors.Count(), 1U);
   }
 }
 
@@ -123,18 +123,18 @@ TEST_F(Placements, BehindAnInterfaceMakeOutputAndInterfaceFirst) {
   Sensor(0, kUnknownSensor, 5);
   u32_DispInterfaceNumAttribute = 6;
   EXPECT_EQ(VerifyBehind(kControlBoardCan), 0);
-  ASSERT_EQ(m_Status.Outputs.Count(), 1U);
-  EXPECT_EQ(InterfaceAt(m_Status, 0).NumberOfAttributes, 6U);
+  ASSERT_EQ(status_.Outputs.Count(), 1U);
+  EXPECT_EQ(InterfaceAt(status_, 0).NumberOfAttributes, 6U);
   EXPECT_EQ(Behind(0).Count(), 0U);
 }
 
 TEST_F(Placements, BehindAnInterfaceUseTheOutputThatIsThere) {
-  Status_VerifyOutput(&m_Status, 0);
-  const QtSts::COutput* const output = m_Status.Outputs[0];
+  Status_VerifyOutput(&status_, 0);
+  const QtSts::COutput* const output = status_.Outputs[0];
   Sensor(0, kCanTemp, 5);
   EXPECT_EQ(VerifyBehind(kRouterCan), 0);
-  EXPECT_EQ(m_Status.Outputs.Count(), 1U);
-  EXPECT_EQ(m_Status.Outputs[0], output);
+  EXPECT_EQ(status_.Outputs.Count(), 1U);
+  EXPECT_EQ(status_.Outputs[0], output);
   EXPECT_THAT(Addresses(Behind(0)), ElementsAre(5));
 }
 
@@ -157,7 +157,7 @@ TEST_F(Placements, CountEachInterfacesSensorsOnTheirOwn) {
   EXPECT_THAT(Addresses(Behind(0)), ElementsAre(20, 21));
   EXPECT_THAT(Addresses(Behind(1)), ElementsAre(30, 31));
   // The document's own list is never touched.
-  EXPECT_EQ(m_Status.Sensors.Count(), 0U);
+  EXPECT_EQ(status_.Sensors.Count(), 0U);
 }
 
 TEST_F(Placements, PutAControlBoardsSensorOnTheRouterWithTheSameAttributeCount) {
@@ -167,10 +167,10 @@ TEST_F(Placements, PutAControlBoardsSensorOnTheRouterWithTheSameAttributeCount) 
   Sensor(1, kCanTemp, 6);
   u16_DispInterfaceAddress = 99;
   EXPECT_EQ(VerifyBehind(kControlBoardCan), 0);
-  ASSERT_EQ(m_Status.Outputs[0]->DisplayInterfaces.Count(), 1U);
+  ASSERT_EQ(status_.Outputs[0]->DisplayInterfaces.Count(), 1U);
   EXPECT_THAT(Addresses(Behind(0)), ElementsAre(5, 6));
   // The interface keeps the address that it was made with.
-  EXPECT_THAT(InterfaceAt(m_Status, 0).Address, Pointee(0));
+  EXPECT_THAT(InterfaceAt(status_, 0).Address, Pointee(0));
 }
 
 TEST_F(Placements, GiveNoAddressToARouterAt16384ButToAControlBoard) {
@@ -179,8 +179,8 @@ TEST_F(Placements, GiveNoAddressToARouterAt16384ButToAControlBoard) {
   VerifyBehind(kRouterCan);
   u32_DispInterfaceNumAttribute = 1;
   VerifyBehind(kControlBoardCan);
-  EXPECT_EQ(InterfaceAt(m_Status, 0).Address, nullptr);
-  EXPECT_THAT(InterfaceAt(m_Status, 1).Address, Pointee(16384));
+  EXPECT_EQ(InterfaceAt(status_, 0).Address, nullptr);
+  EXPECT_THAT(InterfaceAt(status_, 1).Address, Pointee(16384));
 }
 
 TEST_F(Placements, DoNothingWhereNoInterfaceIsMade) {
@@ -190,9 +190,9 @@ TEST_F(Placements, DoNothingWhereNoInterfaceIsMade) {
     Sensor(0, kCanDcioAndFanRpm, 5);
     const Scratch before = SaveScratch();
     EXPECT_EQ(VerifyBehind(attachment), 0);
-    EXPECT_EQ(m_Status.Outputs.Count(), 1U);
-    EXPECT_EQ(m_Status.Outputs[0]->DisplayInterfaces.Count(), 0U);
-    EXPECT_EQ(m_Status.Sensors.Count(), 0U);
+    EXPECT_EQ(status_.Outputs.Count(), 1U);
+    EXPECT_EQ(status_.Outputs[0]->DisplayInterfaces.Count(), 0U);
+    EXPECT_EQ(status_.Sensors.Count(), 0U);
     EXPECT_EQ(SaveScratch(), before);
   }
 }
@@ -222,7 +222,7 @@ TEST_F(Placements, LeaveTheControlBoardsOwnPointListsAlone) {
   Sensor(0, kCanDcio2In1Out, 5);
   VerifyBehind(kControlBoardCan);
   const auto& board =
-      dynamic_cast<QtSts::CSentrelControlBoardDisplayInterface&>(InterfaceAt(m_Status, 0));
+      dynamic_cast<QtSts::CSentrelControlBoardDisplayInterface&>(InterfaceAt(status_, 0));
   EXPECT_THAT(board.Inputs->Points, IsEmpty());
   EXPECT_THAT(board.Outputs->Points, IsEmpty());
 }

@@ -18,14 +18,14 @@ using testing::IsEmpty;
 class StagedPoints : public SensorTest {
  protected:
   StagedPoints() {
-    m_Board.Points.Inputs = std::make_unique<QtSts::InputListType>(24);
-    m_Board.Points.Outputs = std::make_unique<QtSts::OutputListType>(12);
+    board_.Points.Inputs = std::make_unique<QtSts::InputListType>(24);
+    board_.Points.Outputs = std::make_unique<QtSts::OutputListType>(12);
   }
 
-  const std::vector<BaseInputType*>& Inputs() const { return m_Board.Points.Inputs->Points; }
-  const std::vector<BaseOutputType*>& Outputs() const { return m_Board.Points.Outputs->Points; }
+  const std::vector<BaseInputType*>& Inputs() const { return board_.Points.Inputs->Points; }
+  const std::vector<BaseOutputType*>& Outputs() const { return board_.Points.Outputs->Points; }
 
-  QtSts::CCANDcio m_Board;
+  QtSts::CCANDcio board_;
 };
 
 // "DoorSensorInputType 1 on Door" and so on, in order of the list.
@@ -42,8 +42,8 @@ std::vector<std::string> Texts(const std::vector<Point*>& points) {
 }  // namespace
 
 TEST_F(StagedPoints, AreNoneInAFreshProcess) {
-  PopulateInputs(&m_Board);
-  PopulateOutputs(&m_Board);
+  PopulateInputs(&board_);
+  PopulateOutputs(&board_);
   EXPECT_THAT(Inputs(), IsEmpty());
   EXPECT_THAT(Outputs(), IsEmpty());
   EXPECT_EQ(SaveScratch(), Scratch());
@@ -54,9 +54,9 @@ TEST_F(StagedPoints, ComeFromRowsOfSensorsAloneAndNotOfDcioDevices) {
        {"State", "ErrCnt", "NumAttribute", "Address", "Input_1_Type", "Output_1_Label", "Type"}) {
     std::string key = std::string("DCIO_1_") + attribute;
     std::string value = std::string(attribute) == "Type" ? "GenericInput" : "1";
-    EXPECT_EQ(Status_DCIO(&m_Status, value.data(), key.data()), 0) << key;
+    EXPECT_EQ(Status_DCIO(&status_, value.data(), key.data()), 0) << key;
   }
-  EXPECT_EQ(m_Status.DCIO.Devices.Count(), 1U);
+  EXPECT_EQ(status_.DCIO.Devices.Count(), 1U);
   Scratch device;
   device.u32_DCIO_SensorNumber = 1;
   device.u32_DCIO_State = 1;
@@ -71,7 +71,7 @@ TEST_F(StagedPoints, OfInputsBecomeTheClassOfTheirCode) {
   for (std::uint32_t code = 0; code < 12; ++code) {
     dcioInputs[code] = {1, code, static_cast<int>(code) + 1, 0, ""};
   }
-  PopulateInputs(&m_Board);
+  PopulateInputs(&board_);
   EXPECT_THAT(
       Texts(Inputs()),
       ElementsAre("BaseInputType 1 off ", "GeneralPurposeInputType 2 off ",
@@ -87,7 +87,7 @@ TEST_F(StagedPoints, OfOutputsBecomeTheClassOfTheirCodeWithAHoleAtFour) {
   for (std::uint32_t code = 0; code < 11; ++code) {
     dcioOutputs[code] = {1, code, static_cast<int>(code) + 1, 0, ""};
   }
-  PopulateOutputs(&m_Board);
+  PopulateOutputs(&board_);
   EXPECT_THAT(Texts(Outputs()),
               ElementsAre("BaseOutputType 1 off ", "IntakeFanOutputType 2 off ",
                           "PixelFanOutputType 3 off ", "FrontFanOutputType 4 off ",
@@ -101,14 +101,14 @@ TEST_F(StagedPoints, WithoutAClassAreEmptiedAndAddNothing) {
   for (const std::uint32_t code : {12U, 13U, 255U, 0x80000000U, 0xFFFFFFFFU}) {
     SCOPED_TRACE(code);
     dcioInputs[0] = {1, code, 1, 1, "Door"};
-    PopulateInputs(&m_Board);
+    PopulateInputs(&board_);
     EXPECT_EQ(dcioInputs[0], DcioPoint());
     EXPECT_THAT(Inputs(), IsEmpty());
   }
   for (const std::uint32_t code : {4U, 11U, 255U, 0x80000000U, 0xFFFFFFFFU}) {
     SCOPED_TRACE(code);
     dcioOutputs[11] = {1, code, 1, 1, "Fan"};
-    PopulateOutputs(&m_Board);
+    PopulateOutputs(&board_);
     EXPECT_EQ(dcioOutputs[11], DcioPoint());
     EXPECT_THAT(Outputs(), IsEmpty());
   }
@@ -123,8 +123,8 @@ TEST_F(StagedPoints, AreOnOnlyInStateOne) {
     SCOPED_TRACE(row.state);
     dcioInputs[0] = {1, 3, 1, row.state, ""};
     dcioOutputs[0] = {1, 1, 1, row.state, ""};
-    PopulateInputs(&m_Board);
-    PopulateOutputs(&m_Board);
+    PopulateInputs(&board_);
+    PopulateOutputs(&board_);
     // Inputs store their state, outputs its inverse.
     EXPECT_EQ(Inputs().back()->Get(), row.on);
     EXPECT_EQ(Inputs().back()->State, row.on ? 1U : 0U);
@@ -139,20 +139,20 @@ TEST_F(StagedPoints, AreEmptiedWhenTheBoardRefusesThemAndTheRestStillComes) {
     dcioInputs[i] = {1, 3, kBeyond[i], 1, "refused"};
   }
   dcioInputs[4] = {1, 3, 24, 1, "taken"};
-  PopulateInputs(&m_Board);
+  PopulateInputs(&board_);
   EXPECT_THAT(Texts(Inputs()), ElementsAre("DoorSensorInputType 24 on taken"));
   EXPECT_EQ(SaveScratch(), Scratch());
 }
 
 TEST_F(StagedPoints, OfASmallBoardAreRefusedFromItsThirdOn) {
-  m_Board.Points.Inputs = std::make_unique<QtSts::InputListType>(2);
-  m_Board.Points.Outputs = std::make_unique<QtSts::OutputListType>(1);
+  board_.Points.Inputs = std::make_unique<QtSts::InputListType>(2);
+  board_.Points.Outputs = std::make_unique<QtSts::OutputListType>(1);
   for (int i = 0; i < 3; ++i) {
     dcioInputs[static_cast<std::size_t>(i)] = {1, 1, 3 - i, 0, ""};
     dcioOutputs[static_cast<std::size_t>(i)] = {1, 1, 3 - i, 0, ""};
   }
-  PopulateInputs(&m_Board);
-  PopulateOutputs(&m_Board);
+  PopulateInputs(&board_);
+  PopulateOutputs(&board_);
   EXPECT_THAT(Texts(Inputs()),
               ElementsAre("GeneralPurposeInputType 2 off ", "GeneralPurposeInputType 1 off "));
   EXPECT_THAT(Texts(Outputs()), ElementsAre("IntakeFanOutputType 1 off "));
@@ -163,7 +163,7 @@ TEST_F(StagedPoints, ComeInTheOrderOfTheirEntries) {
   dcioInputs[0] = {1, 1, 9, 0, "a"};
   dcioInputs[5] = {1, 1, 3, 1, "b"};
   dcioInputs[23] = {1, 1, 6, 0, "c"};
-  PopulateInputs(&m_Board);
+  PopulateInputs(&board_);
   EXPECT_THAT(Texts(Inputs()),
               ElementsAre("GeneralPurposeInputType 9 off a", "GeneralPurposeInputType 3 on b",
                           "GeneralPurposeInputType 6 off c"));
@@ -172,10 +172,10 @@ TEST_F(StagedPoints, ComeInTheOrderOfTheirEntries) {
 TEST_F(StagedPoints, WithTheSameIndexBothComeAndTheEarlierIsFound) {
   dcioOutputs[2] = {1, 1, 7, 0, "earlier"};
   dcioOutputs[3] = {1, 6, 7, 0, "later"};
-  PopulateOutputs(&m_Board);
+  PopulateOutputs(&board_);
   ASSERT_EQ(Outputs().size(), 2U);
   BaseOutputType* found = nullptr;
-  EXPECT_TRUE(m_Board.Points.Get(7, &found));
+  EXPECT_TRUE(board_.Points.Get(7, &found));
   EXPECT_EQ(found->Label, "earlier");
 }
 
@@ -183,8 +183,8 @@ TEST_F(StagedPoints, WithoutTheirFlagStayAsTheyAre) {
   dcioInputs[1] = {0, 3, 5, 1, "waiting"};
   dcioOutputs[1] = {0, 4, 6, 1, "waiting too"};
   const Scratch before = SaveScratch();
-  PopulateInputs(&m_Board);
-  PopulateOutputs(&m_Board);
+  PopulateInputs(&board_);
+  PopulateOutputs(&board_);
   EXPECT_EQ(SaveScratch(), before);
   EXPECT_THAT(Inputs(), IsEmpty());
   EXPECT_THAT(Outputs(), IsEmpty());
@@ -192,7 +192,7 @@ TEST_F(StagedPoints, WithoutTheirFlagStayAsTheyAre) {
 
 TEST_F(StagedPoints, ArePresentWithAnyFlagButZero) {
   dcioInputs[0] = {255, 0, 1, 0, ""};
-  PopulateInputs(&m_Board);
+  PopulateInputs(&board_);
   EXPECT_THAT(Texts(Inputs()), ElementsAre("BaseInputType 1 off "));
 }
 
@@ -200,8 +200,8 @@ TEST_F(StagedPoints, AreTakenOnce) {
   dcioInputs[0] = {1, 1, 1, 0, ""};
   dcioOutputs[0] = {1, 1, 1, 0, ""};
   for (int i = 0; i < 2; ++i) {
-    PopulateInputs(&m_Board);
-    PopulateOutputs(&m_Board);
+    PopulateInputs(&board_);
+    PopulateOutputs(&board_);
     EXPECT_EQ(Inputs().size(), 1U);
     EXPECT_EQ(Outputs().size(), 1U);
   }
@@ -210,10 +210,10 @@ TEST_F(StagedPoints, AreTakenOnce) {
 TEST_F(StagedPoints, OfOneKindLeaveTheOtherAlone) {
   dcioInputs[0] = {1, 1, 1, 0, ""};
   dcioOutputs[0] = {1, 1, 1, 0, ""};
-  PopulateInputs(&m_Board);
+  PopulateInputs(&board_);
   EXPECT_EQ(dcioOutputs[0].Present, 1);
   EXPECT_THAT(Outputs(), IsEmpty());
-  PopulateOutputs(&m_Board);
+  PopulateOutputs(&board_);
   EXPECT_EQ(Outputs().size(), 1U);
 }
 
@@ -223,8 +223,8 @@ TEST_F(StagedPoints, PassThroughTheBoardsOwnOperations) {
    public:
     bool IsValid(BaseInputType* /*point*/) const override { return true; }
   };
-  m_Board.Points.Inputs = std::make_unique<Generous>();
+  board_.Points.Inputs = std::make_unique<Generous>();
   dcioInputs[0] = {1, 1, -5, 0, ""};
-  PopulateInputs(&m_Board);
+  PopulateInputs(&board_);
   EXPECT_THAT(Texts(Inputs()), ElementsAre("GeneralPurposeInputType -5 off "));
 }

@@ -124,10 +124,10 @@ class Property : public SensorTest {
  protected:
   // One row, and what must hold right after it.
   void SendAndCheck(const std::string& key, const std::string& value) {
-    const auto before = Records(m_Status);
+    const auto before = Records(status_);
     const bool refused = key.size() > 7 && key[7] >= '(' && key[7] <= '/';
     EXPECT_EQ(Send(key, value), refused ? -1 : 0);
-    const auto after = Records(m_Status);
+    const auto after = Records(status_);
     ASSERT_LE(after.size(), before.size() + 1);
     if (after.size() == before.size()) {
       EXPECT_EQ(after, before);
@@ -138,10 +138,10 @@ class Property : public SensorTest {
       return std::ranges::find(before, record) == before.end();
     });
     ExpectTaken(**added);
-    ++m_Built;
+    ++built_;
   }
 
-  std::size_t m_Built = 0;
+  std::size_t built_ = 0;
 };
 
 }  // namespace
@@ -152,13 +152,13 @@ TEST_F(Property, NoRowsLeaveALeakASharedElementABrokenListOrAStagedPointOfABuilt
   for (unsigned seed = 1; seed <= 300; ++seed) {
     SCOPED_TRACE(testing::Message() << "seed " << seed);
     const Rows rows = RowMaker(seed).Make();
-    Status_ClearLists(&m_Status);
+    Status_ClearLists(&status_);
     for (const auto& [key, value] : rows) {
       SCOPED_TRACE(testing::Message() << key << " = " << value);
       SendAndCheck(key, value);
     }
-    ExpectSound(m_Status);
-    for (const QtSts::CSensor* const record : Records(m_Status)) {
+    ExpectSound(status_);
+    for (const QtSts::CSensor* const record : Records(status_)) {
       classes.insert(QtSts::ClassOf(*record)->Name);
       taken += TakenBy(*record);
     }
@@ -166,7 +166,7 @@ TEST_F(Property, NoRowsLeaveALeakASharedElementABrokenListOrAStagedPointOfABuilt
   }
   // The rows are a real test: they have built every kind, many times over.
   EXPECT_EQ(classes.size(), sensors::SensorKinds().size());
-  EXPECT_GT(m_Built, 1500U);
+  EXPECT_GT(built_, 1500U);
   EXPECT_GT(taken, 500U);
 }
 
@@ -181,6 +181,6 @@ TEST_F(Property, TheSameRowsInTheSameScratchStateGiveTheSameDocument) {
     }
     RestoreScratch(before);
     Cycle(rows);
-    ASSERT_THAT(DifferencesOf(m_Status, other), IsEmpty());
+    ASSERT_THAT(DifferencesOf(status_, other), IsEmpty());
   }
 }

@@ -18,13 +18,13 @@ unsigned int InterfacesOf(const QtSts::CStatus& status) {
 class RandomCycles : public SensorTest {
  protected:
   void ExpectTheSameSensorsAs(const QtSts::CStatus& status) const {
-    EXPECT_EQ(m_Status.Sensors.Count(), status.Sensors.Count());
-    for (unsigned int i = 0; i < m_Status.Sensors.Count(); ++i) {
-      EXPECT_THAT(DifferencesOf(*m_Status.Sensors[i], *status.Sensors[i]), IsEmpty());
+    EXPECT_EQ(status_.Sensors.Count(), status.Sensors.Count());
+    for (unsigned int i = 0; i < status_.Sensors.Count(); ++i) {
+      EXPECT_THAT(DifferencesOf(*status_.Sensors[i], *status.Sensors[i]), IsEmpty());
     }
-    EXPECT_EQ(InterfacesOf(m_Status), InterfacesOf(status));
-    for (unsigned int i = 0; i < InterfacesOf(m_Status); ++i) {
-      EXPECT_THAT(DifferencesOf(InterfaceAt(m_Status, i), InterfaceAt(status, i)), IsEmpty());
+    EXPECT_EQ(InterfacesOf(status_), InterfacesOf(status));
+    for (unsigned int i = 0; i < InterfacesOf(status_); ++i) {
+      EXPECT_THAT(DifferencesOf(InterfaceAt(status_, i), InterfaceAt(status, i)), IsEmpty());
     }
   }
 };

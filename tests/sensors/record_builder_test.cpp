@@ -173,7 +173,7 @@ TEST_F(Records, OfAFanSensorHoldItsSpeedsZeroExtended) {
 TEST_F(Records, OfAFanSensorInheritSpeedsOfASensorBefore) {
   Send(0, {{"AverageRpm", "1200"}, {"CurrentRpm", "1250"}, {"Type", "CANTemp"}});
   Send(1, "Type", "CANFanRpm");
-  const auto& fan = At<QtSts::CCANFanRpmSensor>(m_Status.Sensors, 1);
+  const auto& fan = At<QtSts::CCANFanRpmSensor>(status_.Sensors, 1);
   EXPECT_EQ(fan.AverageRpm, 1200U);
   EXPECT_EQ(fan.CurrentRpm, 1250U);
 }
@@ -261,7 +261,7 @@ TEST_F(Records, OfTheControllerBoardHoldTheirFourValuesAlone) {
   EXPECT_TRUE(fans.Connected);
   EXPECT_EQ(fans.SyncLossCounter, 22U);
   EXPECT_EQ(fans.FansEnabled, 48U);
-  EXPECT_EQ(dynamic_cast<const CCANSensor*>(m_Status.Sensors[0]), nullptr);
+  EXPECT_EQ(dynamic_cast<const CCANSensor*>(status_.Sensors[0]), nullptr);
 }
 
 TEST_F(Records, AreFilledAlikeInBothPlacements) {
@@ -272,7 +272,7 @@ TEST_F(Records, AreFilledAlikeInBothPlacements) {
     FanRpms = {{2, 900}};
     f_Psrb_InputVoltages = {24.5F};
     const Scratch before = SaveScratch();
-    m_Status.Outputs.Clear();
+    status_.Outputs.Clear();
     CCANSensor& own = BuildOwn<CCANSensor>(kind.Code);
     const Scratch after = SaveScratch();
     own.Face = std::make_unique<std::uint32_t>(u32_Face);

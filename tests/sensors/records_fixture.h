@@ -49,20 +49,20 @@ class RecordTest : public SensorTest {
   // A new record of this kind in the document's own list.
   template <class Record>
   Record& BuildOwn(SensorType type) {
-    m_Status.Sensors.Clear();
+    status_.Sensors.Clear();
     u32_SensorNumber = 0;
     st_Type = type;
-    EXPECT_EQ(Status_VerifySensor(&m_Status), 0);
-    return At<Record>(m_Status.Sensors, 0);
+    EXPECT_EQ(Status_VerifySensor(&status_), 0);
+    return At<Record>(status_.Sensors, 0);
   }
 
   // A new record of this kind behind the router.
   template <class Record>
   Record& BuildBehindRouter(SensorType type) {
-    m_Status.Outputs.Clear();
+    status_.Outputs.Clear();
     u32_SensorNumber = 0;
     st_Type = type;
-    EXPECT_EQ(Status_VerifyDisplayInterfaceSensor(&m_Status, kRouterCan), 0);
-    return At<Record>(InterfaceAt(m_Status, 0).Sensors, 0);
+    EXPECT_EQ(Status_VerifyDisplayInterfaceSensor(&status_, kRouterCan), 0);
+    return At<Record>(InterfaceAt(status_, 0).Sensors, 0);
   }
 };

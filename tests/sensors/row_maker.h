@@ -13,12 +13,12 @@
 // database takes.
 class RowMaker {
  public:
-  explicit RowMaker(unsigned seed) : m_Random(seed) {}
+  explicit RowMaker(unsigned seed) : random_(seed) {}
 
   Rows Make();
 
  private:
-  std::size_t Below(std::size_t limit) { return m_Random() % limit; }
+  std::size_t Below(std::size_t limit) { return random_() % limit; }
   std::string Pick(std::initializer_list<const char*> texts);
   std::string Bytes(std::size_t longest);
   std::string Any(std::span<const rows::Attribute> attributes);
@@ -29,5 +29,5 @@ class RowMaker {
   std::string TypeText();
   std::string Value();
 
-  std::mt19937 m_Random;
+  std::mt19937 random_;
 };

@@ -9,7 +9,7 @@ TEST_P(RowSets, GiveTheirDocumentInTheFirstAndTheSecondCycle) {
   for (const int cycle : {1, 2}) {
     SCOPED_TRACE(testing::Message() << "cycle " << cycle);
     Cycle(GetParam().Make());
-    GetParam().Expect(m_Status, cycle);
+    GetParam().Expect(status_, cycle);
   }
 }
 

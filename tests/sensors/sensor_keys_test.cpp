@@ -18,21 +18,21 @@ class SensorKeys : public SensorTest {};
 TEST_F(SensorKeys, OfOneSensorEndAsItsScratchStateAndOneRecord) {
   EXPECT_EQ(Send(3, "Address", "17"), 0);
   EXPECT_EQ(Send(3, "Location", "Local_CAN"), 0);
-  EXPECT_EQ(m_Status.Sensors.Count(), 0U);
+  EXPECT_EQ(status_.Sensors.Count(), 0U);
   EXPECT_EQ(Send(3, "Type", "CANTemp"), 0);
   EXPECT_EQ(u32_SensorNumber, 3U);
   EXPECT_EQ(u32_Address, 17U);
   EXPECT_EQ(at_Type, kLocalCan);
   EXPECT_EQ(st_Type, kCanTemp);
-  EXPECT_THAT(Addresses(m_Status.Sensors), ElementsAre(17));
-  EXPECT_EQ(m_Status.Outputs.Count(), 0U);
+  EXPECT_THAT(Addresses(status_.Sensors), ElementsAre(17));
+  EXPECT_EQ(status_.Outputs.Count(), 0U);
 }
 
 TEST_F(SensorKeys, BehindTheRouterEndAsARecordOfTheInterface) {
   Send(3, {{"Address", "17"}, {"Location", "TXR_CAN"}, {"Type", "CANTemp"}});
-  EXPECT_EQ(m_Status.Sensors.Count(), 0U);
+  EXPECT_EQ(status_.Sensors.Count(), 0U);
   EXPECT_EQ(at_Type, kRouterCan);
-  EXPECT_THAT(Addresses(InterfaceAt(m_Status, 0).Sensors), ElementsAre(17));
+  EXPECT_THAT(Addresses(InterfaceAt(status_, 0).Sensors), ElementsAre(17));
 }
 
 TEST_F(SensorKeys, GoToTheOwnListFromEveryLocationButTheTwoInterfaces) {
@@ -46,17 +46,17 @@ TEST_F(SensorKeys, GoToTheOwnListFromEveryLocationButTheTwoInterfaces) {
                {"Local_I2C", 3, true}};
   for (const auto& row : kRows) {
     SCOPED_TRACE(row.location);
-    Status_ClearLists(&m_Status);
+    Status_ClearLists(&status_);
     Send(0, "Location", row.location);
     EXPECT_EQ(at_Type, row.code);
     Send(0, "Type", "CANDoor");
-    EXPECT_EQ(m_Status.Sensors.Count(), row.own ? 1U : 0U);
-    EXPECT_EQ(m_Status.Outputs.Count(), row.own ? 0U : 1U);
+    EXPECT_EQ(status_.Sensors.Count(), row.own ? 1U : 0U);
+    EXPECT_EQ(status_.Outputs.Count(), row.own ? 0U : 1U);
   }
-  Status_ClearLists(&m_Status);
+  Status_ClearLists(&status_);
   at_Type = static_cast<AttachmentType>(7);
   Send(0, "Type", "CANDoor");
-  EXPECT_EQ(m_Status.Sensors.Count(), 1U);
+  EXPECT_EQ(status_.Sensors.Count(), 1U);
 }
 
 TEST_F(SensorKeys, KeepTheOldLocationWhenTheTextIsUnknown) {
@@ -71,12 +71,12 @@ TEST_F(SensorKeys, SetTypeTwentyForAnUnknownTypeAndCompleteAllTheSame) {
   Send(0, "Location", "TXR_CAN");
   for (const char* const unknown : {"cantemp", "CANTemp ", "", "CANAirflow", "20"}) {
     SCOPED_TRACE(unknown);
-    Status_ClearLists(&m_Status);
+    Status_ClearLists(&status_);
     st_Type = kCanDoor;
     EXPECT_EQ(Send(0, "Type", unknown), 0);
     EXPECT_EQ(st_Type, kUnknownSensor);
     // The completion has made output and interface before it refused the type.
-    EXPECT_EQ(InterfaceAt(m_Status, 0).Sensors.Count(), 0U);
+    EXPECT_EQ(InterfaceAt(status_, 0).Sensors.Count(), 0U);
   }
 }
 
@@ -106,10 +106,10 @@ TEST_F(SensorKeys, KnowTheTypeByItsExactText) {
   EXPECT_EQ(std::size(kTypes), sensors::SensorKinds().size());
   for (const auto& type : kTypes) {
     SCOPED_TRACE(type.text);
-    Status_ClearLists(&m_Status);
+    Status_ClearLists(&status_);
     Send(0, "Type", type.text);
     EXPECT_EQ(st_Type, type.code);
-    EXPECT_EQ(m_Status.Sensors.Count(), 1U);
+    EXPECT_EQ(status_.Sensors.Count(), 1U);
   }
 }
 
@@ -157,7 +157,7 @@ TEST_F(SensorKeys, WithoutASecondUnderscoreStoreTheNumberAlone) {
   EXPECT_EQ(SaveScratch(), FreshBut(12));
   EXPECT_EQ(Send("Sensor_", "CANTemp"), 0);
   EXPECT_EQ(SaveScratch(), Scratch());
-  EXPECT_EQ(m_Status.Sensors.Count(), 0U);
+  EXPECT_EQ(status_.Sensors.Count(), 0U);
 }
 
 TEST_F(SensorKeys, HaveTheirAttributeAfterTheUnderscoreWhateverEndsTheNumber) {
@@ -184,19 +184,19 @@ TEST_F(SensorKeys, WithoutAValueStoreTheNumberAlone) {
                                       "Latitude", "Location", "Locked", "Humidity"}) {
     SCOPED_TRACE(attribute);
     std::string key = std::string("Sensor_6_") + attribute;
-    EXPECT_EQ(Status_Sensor(&m_Status, nullptr, key.data()), 0);
+    EXPECT_EQ(Status_Sensor(&status_, nullptr, key.data()), 0);
     EXPECT_EQ(SaveScratch(), before);
   }
-  EXPECT_EQ(m_Status.Sensors.Count(), 0U);
+  EXPECT_EQ(status_.Sensors.Count(), 0U);
   std::string refused = "Sensor_-6_Address";
-  EXPECT_EQ(Status_Sensor(&m_Status, nullptr, refused.data()), -1);
+  EXPECT_EQ(Status_Sensor(&status_, nullptr, refused.data()), -1);
 }
 
 TEST_F(SensorKeys, ShorterThanTheirPrefixChangeNothing) {
   u32_SensorNumber = 4;
   const Scratch before = SaveScratch();
   char value[] = "5";
-  EXPECT_EQ(Status_Sensor(&m_Status, value, nullptr), 0);
+  EXPECT_EQ(Status_Sensor(&status_, value, nullptr), 0);
   for (const char* const key : {"", "S", "Sensor"}) {
     EXPECT_EQ(Send(key, "5"), 0) << key;
   }
@@ -215,7 +215,7 @@ TEST_F(SensorKeys, ClearNothingWhenTheSensorIsComplete) {
   EXPECT_EQ(SaveScratch(), before);
   // So the next sensor inherits what its own rows do not say.
   Send(1, {{"Address", "18"}, {"Type", "CANTemp"}});
-  const auto& second = At<QtSts::CCANTempSensor>(m_Status.Sensors, 1);
+  const auto& second = At<QtSts::CCANTempSensor>(status_.Sensors, 1);
   EXPECT_EQ(second.Address, 18U);
   EXPECT_EQ(second.Bus, 2);
   EXPECT_EQ(second.Celsius, 21.5F);
@@ -225,7 +225,7 @@ TEST_F(SensorKeys, ClearNothingWhenTheSensorIsComplete) {
 TEST_F(SensorKeys, HandTheirAttributesOnToTheNextCycle) {
   Cycle({{"Sensor_0_Bus", "2"}, {"Sensor_0_Type", "CANTemp"}});
   Cycle({{"Sensor_0_Type", "CANTemp"}});
-  EXPECT_EQ(At<QtSts::CCANTempSensor>(m_Status.Sensors, 0).Bus, 2);
+  EXPECT_EQ(At<QtSts::CCANTempSensor>(status_.Sensors, 0).Bus, 2);
 }
 
 TEST(Strnicmp, ComparesTheFirstBytesWithoutRegardToCase) {

@@ -58,7 +58,7 @@ class SensorTest : public testing::Test {
   SensorTest() { ClearScratch(); }
 
   int Send(const std::string& key, const std::string& value) {
-    return Dispatch(&m_Status, key, value);
+    return Dispatch(&status_, key, value);
   }
 
   // One row of the sensor with this number.
@@ -74,13 +74,13 @@ class SensorTest : public testing::Test {
 
   // What a cycle does with these rows.
   void Cycle(const Rows& rows) {
-    Status_ClearLists(&m_Status);
+    Status_ClearLists(&status_);
     for (const auto& [key, value] : rows) {
       Send(key, value);
     }
   }
 
-  QtSts::CStatus m_Status;
+  QtSts::CStatus status_;
 };
 
 // The record of this class at `position`.
