@@ -10,6 +10,9 @@ namespace sqlitedb {
 
 namespace {
 
+// In bytes. SQLite names in a message what a writer may have given a name of a megabyte.
+constexpr std::size_t kLongestText = 1000;
+
 constexpr std::string_view kReplacement = "\xef\xbf\xbd";
 
 // Control characters, and those that are invisible or turn the reading direction.
@@ -45,6 +48,9 @@ std::size_t BytesToKeep(std::string_view text) {
 }  // namespace
 
 std::string PlainText(std::string text) {
+  if (text.size() > kLongestText) {
+    text.replace(kLongestText, std::string::npos, "...");
+  }
   for (std::size_t at = 0; at < text.size();) {
     if (const std::size_t kept = BytesToKeep(std::string_view(text).substr(at))) {
       at += kept;

@@ -328,6 +328,21 @@ TEST_F(Reading, NamesInMessagesSteerNoTerminal) {
   }
 }
 
+// Making such a message took seconds, and a host wrote megabytes in every cycle.
+TEST_F(Reading, LongNamesInMessagesAreCut) {
+  for (const char* letter : {"CAST(x'80' AS TEXT)", "'n'"}) {
+    SCOPED_TRACE(letter);
+    Make(std::string(kOther) +
+         "PRAGMA writable_schema=ON; UPDATE sqlite_schema SET name = replace(hex("
+         "zeroblob(450000)), '0', " +
+         std::string(letter) + "), sql = 'CREATE TABLE t('");
+    const std::string refusal = Refusal();
+    EXPECT_THAT(refusal, StartsWith("11:malformed database schema ("));
+    EXPECT_THAT(refusal, testing::EndsWith("..."));
+    EXPECT_LT(refusal.size(), 3100U);
+  }
+}
+
 TEST_F(Reading, CollationOfTheWritersOwnFails) {
   const auto compare = [](void*, int, const void*, int, const void*) { return 0; };
   sqlite3* writer = nullptr;
