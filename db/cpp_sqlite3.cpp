@@ -131,7 +131,11 @@ const char* CppSQLite3Query::getStringField(int column, const char* if_null) {
     throw Failure(nullptr, SQLITE_MISUSE);
   }
   sqlite3_stmt* stmt = prepared_->Stmt;
-  if (const auto* text = sqlite3_column_text(stmt, column)) {
+  sqlitedb::Budget& budget = prepared_->Connection->Budget;
+  budget.Enter();  // a text in UTF-16 is converted, which can take longer than reading it
+  const auto* const text = sqlite3_column_text(stmt, column);
+  budget.Leave();
+  if (text != nullptr) {
     return reinterpret_cast<const char*>(text);
   }
   if (column < 0 || column >= sqlite3_data_count(stmt)) {

@@ -11,6 +11,7 @@ using interposed::ErrorOf;
 
 int g_open_flags = 0;
 std::function<void(const char*)> g_on_compile;
+std::function<void()> g_on_text;
 
 #pragma GCC visibility push(default)
 extern "C" {
@@ -70,6 +71,14 @@ int sqlite3_step(sqlite3_stmt* statement) {
   INTERPOSED_REAL(sqlite3_step);
   const int error = ErrorOf(Call::kSqlStep, SQLITE_IOERR, __func__);
   return error != 0 ? error : real(statement);
+}
+
+const unsigned char* sqlite3_column_text(sqlite3_stmt* statement, int column) {
+  INTERPOSED_REAL(sqlite3_column_text);
+  if (g_on_text) {
+    g_on_text();
+  }
+  return real(statement, column);
 }
 
 #define WORKS_ALL_THE_SAME(name, handle, call)            \

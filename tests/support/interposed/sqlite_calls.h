@@ -11,3 +11,6 @@ extern int g_open_flags;
 
 // Called with the text of each statement that is compiled; empty: nothing happens.
 extern std::function<void(const char*)> g_on_compile;
+
+// Called each time that a text is asked for; empty: nothing happens.
+extern std::function<void()> g_on_text;
