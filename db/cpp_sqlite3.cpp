@@ -196,12 +196,14 @@ CppSQLite3Query CppSQLite3Statement::execQuery() & {
     connection.Budget.Restart();
   }
   std::optional<sqlitedb::Snapshot> snapshot;
+  std::optional<sqlitedb::CloseLook> look;
   if (prepared_->Reads) {
     snapshot.emplace(connection);
     sqlitedb::CheckSize(connection);
     sqlitedb::FollowSchema(*prepared_);
   } else {
     connection.Checked.clear();  // it may change the schema
+    look.emplace(connection);    // or find that another program has changed it
   }
   prepared_->Rows = 1;
   const int code = sqlite3_step(prepared_->Stmt);
@@ -274,6 +276,7 @@ CppSQLite3Statement CppSQLite3DB::compileStatement(const char* sql) {
   } else {
     connection_->Checked.clear();                         // compiling may read the schema
     { const sqlitedb::Snapshot snapshot(*connection_); }  // reads it, and more carefully
+    const sqlitedb::CloseLook look(*connection_);         // as it may have changed since
     const int code = sqlite3_prepare_v2(db, sql, -1, &prepared->Stmt, nullptr);
     if (code != SQLITE_OK) {
       throw connection_->Failed(db, code);

@@ -77,24 +77,6 @@ int SpendOnSchema(void* of_connection) noexcept {
   return statistics ? 1 : Budget::SpendClosely(&connection.Budget);
 }
 
-// While SQLite reads the schema.
-class CloseLook {
- public:
-  explicit CloseLook(Connection& connection) : connection_(connection) {
-    sqlite3_progress_handler(connection.Db, Budget::kStepsPerCloseCall, &SpendOnSchema,
-                             &connection);
-  }
-  CloseLook(const CloseLook&) = delete;
-  CloseLook& operator=(const CloseLook&) = delete;
-  ~CloseLook() {
-    sqlite3_progress_handler(connection_.Db, Budget::kStepsPerCall, &Budget::Spend,
-                             &connection_.Budget);
-  }
-
- private:
-  Connection& connection_;
-};
-
 class Rows {
  public:
   Rows(Connection& connection, const std::string& sql) : connection_(connection) {
@@ -287,6 +269,15 @@ bool Reads(const char* sql) noexcept {
     }
   }
   return false;
+}
+
+CloseLook::CloseLook(Connection& connection) : connection_(connection) {
+  sqlite3_progress_handler(connection.Db, Budget::kStepsPerCloseCall, &SpendOnSchema, &connection);
+}
+
+CloseLook::~CloseLook() {
+  sqlite3_progress_handler(connection_.Db, Budget::kStepsPerCall, &Budget::Spend,
+                           &connection_.Budget);
 }
 
 Snapshot::Snapshot(Connection& connection) : connection_(connection) {

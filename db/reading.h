@@ -13,6 +13,19 @@ namespace sqlitedb {
 // Whether `sql` is a statement that reads rows, by its first word.
 bool Reads(const char* sql) noexcept;
 
+// While SQLite may read the schema, also because it was changed after a statement was compiled:
+// what SQLite reads with it is not read.
+class CloseLook {
+ public:
+  explicit CloseLook(Connection& connection);
+  CloseLook(const CloseLook&) = delete;
+  CloseLook& operator=(const CloseLook&) = delete;
+  ~CloseLook();
+
+ private:
+  Connection& connection_;
+};
+
 // A read transaction, and the schema of the file in SQLite's memory. Throws CppSQLite3Exception.
 class Snapshot {
  public:

@@ -57,6 +57,28 @@ TEST_F(HostileSchema, StatisticsAreNotRead) {
   EXPECT_EQ(Read(), "");
 }
 
+// SQLite reads a schema that was changed after a statement was compiled when that statement runs.
+TEST_F(HostileSchema, StatisticsThatComeAfterCompilingAreNotRead) {
+  MakeForeign(file_, std::string(kTable) +
+                         "CREATE TABLE statistics(tbl, idx, stat, spare); "
+                         "INSERT INTO statistics VALUES(1,2,3,4);");
+  ASSERT_EQ(database_.OpenDatabaseWrite(file_.c_str(), kNoMutex, 0), 0);
+  CppSQLite3Statement statement =
+      database_.m_DB.compileStatement("CREATE TABLE IF NOT EXISTS other(x)");
+  ASSERT_EQ(Foreign(file_).Do(std::string("PRAGMA writable_schema=ON;"
+                                          "UPDATE sqlite_schema SET name='sqlite_stat1', "
+                                          "tbl_name='sqlite_stat1', "
+                                          "sql='CREATE TABLE sqlite_stat1(tbl, idx AS (") +
+                              kSlow +
+                              "), stat, spare, more)' WHERE name='statistics';"
+                              "PRAGMA schema_version=100"),
+            "");
+  const std::clock_t start = std::clock();
+  EXPECT_EQ(Thrown([&] { statement.execQuery(); }), "");
+  EXPECT_LT(std::clock() - start, 2 * CLOCKS_PER_SEC);
+  EXPECT_EQ(Thrown([&] { ReadRows(database_, "SELECT x, x FROM other"); }), "");
+}
+
 TEST_F(HostileSchema, DatabaseThatWasAnalyzedIsRead) {
   Make(std::string(kTable) + "CREATE INDEX i ON status(value); ANALYZE");
   EXPECT_EQ(Read(), "");
