@@ -76,7 +76,7 @@ std::size_t Distance(std::string_view left, std::string_view right, std::size_t 
   return std::min(row[right.size()], limit);
 }
 
-Names::Names(std::vector<std::string_view> names) {
+Names::Names(const std::vector<std::string_view>& names) {
   for (const std::string_view name : names) {
     names_.push_back({name, LettersOf(name)});
   }

@@ -16,7 +16,7 @@ std::size_t Distance(std::string_view left, std::string_view right, std::size_t 
 class Names {
  public:
   Names() = default;
-  explicit Names(std::vector<std::string_view> names);
+  explicit Names(const std::vector<std::string_view>& names);
 
   // The name that `text` differs least from; "" when it differs from each in more than a third of
   // its letters. One that `text` goes on from, or that goes on from `text`, is near.

@@ -55,7 +55,7 @@ enum class Outcome : std::uint8_t {
   kTextAfterNumber,  // text after the number: "62,5", "0x12", "20 C"
   kTooLong,
   kPositionTaken,      // the element is lost
-  kRefusedKind,        // the kind does not live behind a display interface
+  kRefusedKind,        // the kind does not stand behind a display interface
   kPointOutsideTable,  // the number of the point
   kPointIndex,         // out of the board's range
   kPointType,          // no such type of point
@@ -63,6 +63,7 @@ enum class Outcome : std::uint8_t {
   kNoType,             // a group of rows that no "Type" completes
 };
 
+// NOLINTNEXTLINE(clang-analyzer-optin.performance.Padding): in the order of the table of the page
 struct OutcomeInfo {
   Outcome What;
   const char* Id;  // stable: "unknown-key"

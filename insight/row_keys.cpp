@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <charconv>
 #include <cstring>
-#include <utility>
 #include <vector>
 
 #include "collector/key_table.h"
@@ -36,7 +35,7 @@ Names KeysThat(bool are_families) {
       keys.push_back(known.Key);
     }
   }
-  return Names(std::move(keys));
+  return Names(keys);
 }
 
 std::string_view NearestKey(std::string_view key) {
@@ -55,7 +54,7 @@ Names NamesOf(const Tables&... tables) {
     }
   };
   (add(tables), ...);
-  return Names(std::move(names));
+  return Names(names);
 }
 
 void JudgeUnknownKey(const observe::RowBegins& begins, Row* row) {

@@ -4,7 +4,6 @@
 #include <cmath>
 #include <string>
 #include <string_view>
-#include <utility>
 #include <vector>
 
 #include "collector/state/numbers.h"
@@ -131,7 +130,7 @@ void JudgeWord(const Stores& store, const rows::Parser& parser, Row* row) {
   const char* const became = store.What == Fate::kOtherWord ? " is stored" : " stays";
   AddRemark(row, Outcome::kUnknownWord,
             Quoted(row->Value) + " is no word of the list" +
-                NearestIs(Names(std::move(words)).Nearest(Trimmed(row->Value))) + "; " +
+                NearestIs(Names(words).Nearest(Trimmed(row->Value))) + "; " +
                 NameOfCode(parser, store.Stored.Unsigned) + became,
             WholeValue(*row));
 }
