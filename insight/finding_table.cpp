@@ -27,6 +27,7 @@ constexpr FindingInfo kFindings[] = {
     {"isolation-output", kCritical, "An isolation board is connected and has 0 V at its output"},
     {"lamp-errors", kWarning, "The error flags of a beacon or roundel are not 0"},
     {"link-errors", kWarning, "A network device counts errors beyond the limit"},
+    {"link-lost", kWarning, "A network device has an address but no link, or is switched off"},
     {"link-transitions", kWarning, "The link of a network device came and went beyond the limit"},
     {"memory-free", kWarning, "Free memory is below the limit"},
     {"no-rows", kUnknown, "The database was read and has no rows"},

@@ -11,6 +11,7 @@
 #include "insight/places.h"
 #include "insight/reading_rules.h"
 #include "insight/source_database.h"
+#include "insight/source_recorder.h"
 #include "model/document.h"
 
 namespace insight {
@@ -75,6 +76,20 @@ class Finder {
         m_Findings.push_back(Make(rule->Id, Severity::kUnknown, message, rule->Hint));
         m_Findings.back().Source = source.Id;
       }
+      FindInLink(source);
+    }
+  }
+
+  void FindInLink(const Source& source) {
+    constexpr std::string_view kCarrier = "carrier:";
+    const bool off = source.Reason == kSwitchedOff;
+    if (source.Id.starts_with(kCarrier) && (off || source.Reason == kNoLink)) {
+      m_Findings.push_back(Make("link-lost", Severity::kWarning,
+                                "network device " + source.Id.substr(kCarrier.size()) +
+                                    " has an address but " + (off ? "is switched off" : "no link"),
+                                off ? "who has switched it off, and whether it is still wanted"
+                                    : "cable, plugs and the switch at its other end"));
+      m_Findings.back().Source = source.Id;
     }
   }
 

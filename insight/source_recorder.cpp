@@ -1,5 +1,7 @@
 #include "insight/source_recorder.h"
 
+#include <net/if.h>
+#include <netinet/in.h>
 #include <sys/socket.h>
 
 #include <algorithm>
@@ -44,6 +46,20 @@ void AddOnce(const std::string& path, std::vector<std::string>* paths) {
   }
 }
 
+// An address that somebody has given to the interface: the system itself gives loopback addresses
+// and those that hold on one link only.
+bool IsOwnAddress(const ifaddrs& entry) {
+  if (entry.ifa_addr == nullptr || (entry.ifa_flags & IFF_LOOPBACK) != 0) {
+    return false;
+  }
+  if (entry.ifa_addr->sa_family == AF_INET6) {
+    sockaddr_in6 address;
+    std::memcpy(&address, entry.ifa_addr, sizeof address);
+    return !IN6_IS_ADDR_LINKLOCAL(&address.sin6_addr);
+  }
+  return entry.ifa_addr->sa_family == AF_INET;
+}
+
 std::string IdOf(const SourceInfo& info, const std::string& interface) {
   return info.Bound ? std::string(info.Id) + ':' + interface : info.Id;
 }
@@ -60,6 +76,7 @@ void SourceRecorder::BeginCycle() {
   interfaces_.clear();
   written_.clear();
   positions_.clear();
+  addressed_.clear();
 }
 
 void SourceRecorder::See(const observe::Event& event) {
@@ -84,6 +101,8 @@ void SourceRecorder::SeeAnswer(const observe::Answers& answer) {
   }
   if (answer.Question->What == Call::kHostText) {
     SeeAddress(answer);
+  } else if (answer.Question->What == Call::kInterfaces) {
+    SeeInterfaces(answer.Interfaces);
   }
   if (Talk* const talk = TalkOf(*answer.Question)) {
     last_ = talk;
@@ -117,6 +136,14 @@ void SourceRecorder::SeeAddress(const observe::Answers& answer) {
     written_.insert(interface_ + "/IPv6Address");
   } else if (number < 2) {
     written_.insert(interface_ + (number == 0 ? "/IPv4Address" : "/Netmask"));
+  }
+}
+
+void SourceRecorder::SeeInterfaces(const ifaddrs* first) {
+  for (const ifaddrs* entry = first; entry != nullptr; entry = entry->ifa_next) {
+    if (IsOwnAddress(*entry)) {
+      addressed_[BaseOf(entry->ifa_name)] = entry->ifa_flags;
+    }
   }
 }
 
@@ -198,8 +225,34 @@ std::vector<Source> SourceRecorder::EndCycle(const QtSts::DocumentTree& document
       }
     }
   }
+  AddUnusedLinks(&sources);
   age_.Look(database);
   return sources;
+}
+
+void SourceRecorder::AddUnusedLinks(std::vector<Source>* sources) const {
+  const SourceInfo& carrier = SourceNamed("carrier");
+  for (const auto& [interface, flags] : addressed_) {
+    const bool runs = (flags & IFF_RUNNING) != 0;
+    const bool asked = std::ranges::find(interfaces_, interface) != interfaces_.end();
+    // After the carrier nothing is asked about an interface that has none.
+    const bool used = std::ranges::any_of(talks_, [&, &name = interface](const Talk& talk) {
+      return talk.Interface() == name && &talk.Asked() != &carrier;
+    });
+    if (used || (runs && !asked)) {
+      continue;
+    }
+    const std::string id = IdOf(carrier, interface);
+    auto source = std::ranges::find(*sources, id, &Source::Id);
+    if (source == sources->end()) {
+      const auto next = std::ranges::find_if(
+          *sources, [](const Source& other) { return other.Id == "interfaces"; });
+      source = sources->insert(next + 1, Source());
+      source->Id = id;
+      source->Name = Replaced(carrier.Name, kInterfaceMark, interface);
+    }
+    source->Reason = (flags & IFF_UP) != 0 ? kNoLink : kSwitchedOff;
+  }
 }
 
 Source SourceRecorder::Assemble(const SourceInfo& info, const std::string& interface,

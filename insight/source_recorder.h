@@ -1,6 +1,8 @@
 // Makes the list of sources out of a cycle's events. Private to this library.
 #pragma once
 
+#include <ifaddrs.h>
+
 #include <deque>
 #include <map>
 #include <set>
@@ -15,6 +17,10 @@
 
 namespace insight {
 
+// The Reason of the carrier of an interface that has an address and no link.
+inline constexpr char kNoLink[] = "no link";
+inline constexpr char kSwitchedOff[] = "switched off";
+
 class SourceRecorder {
  public:
   // Of the cycle that begins.
@@ -28,6 +34,7 @@ class SourceRecorder {
   void SeeAnswer(const observe::Answers& answer);
   void SeeLabel(const observe::Label& label);
   void SeeAddress(const observe::Answers& answer);
+  void SeeInterfaces(const ifaddrs* first);
 
   // Who is asked; null for what is no source.
   Talk* TalkOf(const observe::Asks& question);
@@ -36,6 +43,8 @@ class SourceRecorder {
 
   Source Assemble(const SourceInfo& info, const std::string& interface,
                   const QtSts::DocumentTree& document) const;
+  // Of the carriers of interfaces that have an address, but are not in use.
+  void AddUnusedLinks(std::vector<Source>* sources) const;
   // Adds what a silent request spoils.
   void AddSpoiled(const Feed& feed, const QtSts::DocumentTree& document, Source* source) const;
   // What the source of `feed` answered in its probe, about this interface if it is about one; null
@@ -59,6 +68,7 @@ class SourceRecorder {
   int family_ = 0;                                // of the entry
   std::set<std::string> written_;                 // "eth0/IPv4Address"
   std::map<std::string, std::size_t> positions_;  // of the devices, by interface
+  std::map<std::string, unsigned> addressed_;     // flags of the interfaces that have an address
 };
 
 }  // namespace insight

@@ -46,6 +46,13 @@ void Garbage() { std::ofstream(kDatabase) << std::string(8192, 'x'); }
 
 void WritableByAll() { ASSERT_EQ(chmod(kDatabase, 0666), 0); }
 
+// The demo's interfaces, eth0 in this state.
+void SetLink(Scenario& demo, sandbox::LinkState state) {
+  demo.NoInterfaces();
+  demo.Interface({.Name = "eth0", .State = state, .Addresses = {{.Prefix = "192.168.0.20/24"}}});
+  demo.Interface({.Name = "eth1", .Addresses = {{.Prefix = "10.50.0.1/24"}}});
+}
+
 const Fault kFaults[] = {
     {"display node missing",
      [](Scenario& demo) { demo.NoDevice("zetdisplay"); },
@@ -122,6 +129,24 @@ const Fault kFaults[] = {
      nullptr,
      "warning: 1 warning\n",
      {"link transitions 4711", "eth0"}},
+    {"cable pulled",
+     [](Scenario& demo) {
+       SetLink(demo, sandbox::LinkState::kUnplugged);
+       demo.File("/sys/class/net/eth0/carrier", "0\n");
+     },
+     nullptr,
+     "warning: 1 warning\n",
+     {"network device eth0 has an address but no link"}},
+    {"carrier lost",
+     [](Scenario& demo) { demo.File("/sys/class/net/eth0/carrier", "0\n"); },
+     nullptr,
+     "warning: 1 warning\n",
+     {"network device eth0 has an address but no link"}},
+    {"interface down",
+     [](Scenario& demo) { SetLink(demo, sandbox::LinkState::kDown); },
+     nullptr,
+     "warning: 1 warning\n",
+     {"network device eth0 has an address but is switched off"}},
     {"brightness overridden",
      [](Scenario& demo) { demo.Row("DimmingMode", "override"); },
      nullptr,

@@ -408,6 +408,12 @@ void Optional(Snapshot& snapshot) {
   AddSource(snapshot, kState, false);
 }
 
+void AddCarrier(Snapshot& snapshot, SourceState state, const char* reason) {
+  AddSource(snapshot, state, false);
+  snapshot.Sources.back().Id = "carrier:eth0";
+  snapshot.Sources.back().Reason = reason;
+}
+
 const CycleCase kCycleCases[] = {
     {"Missing", "source-missing", kUnknown, "/dev/travex is missing: because",
      &Required<SourceState::kMissing>, &Optional<SourceState::kMissing>},
@@ -427,6 +433,12 @@ const CycleCase kCycleCases[] = {
     {"NotAsked", "source-not-asked", kUnknown, "/dev/travex was not asked: because",
      &Required<SourceState::kNotAsked>, &Optional<SourceState::kNotAsked>},
 
+    {"NoLink", "link-lost", kWarning, "network device eth0 has an address but no link",
+     [](Snapshot& snapshot) { AddCarrier(snapshot, SourceState::kOk, "no link"); },
+     [](Snapshot& snapshot) { AddCarrier(snapshot, SourceState::kOk, ""); }},
+    {"SwitchedOff", "link-lost", kWarning, "network device eth0 has an address but is switched off",
+     [](Snapshot& snapshot) { AddCarrier(snapshot, SourceState::kNotAsked, "switched off"); },
+     [](Snapshot& snapshot) { AddCarrier(snapshot, SourceState::kDenied, "Permission denied"); }},
     {"NoRows", "no-rows", kUnknown, "the database has no rows",
      [](Snapshot& snapshot) { snapshot.Rows.clear(); }, [](Snapshot&) {}},
     {"FailedCycle", "cycle-failed", kUnknown, "not all rows of the database were read",
