@@ -1,5 +1,8 @@
 #include "insight/origins.h"
 
+#include <algorithm>
+#include <cmath>
+#include <cstddef>
 #include <utility>
 
 #include "insight/source_database.h"
@@ -9,7 +12,10 @@ namespace insight {
 void Origins::Name(Finding* finding, const QtSts::TreeElement& holder, const char* key) {
   Collect();
   if (key == nullptr) {
-    finding->Key = KeyOf(finding->Path, holder);
+    finding->Key = KeyOfNumber(finding->Path, holder);
+    if (finding->Key.empty()) {
+      finding->Key = KeyOf(finding->Path, holder);
+    }
   } else if (HasRow(key)) {
     finding->Key = key;
   }
@@ -27,7 +33,15 @@ void Origins::Collect() {
   }
   for (const Row& row : m_Snapshot.Rows) {
     if (!row.Path.empty()) {
-      m_Rows[row.Path] = row.Key;
+      const auto [entry, first] = m_Rows.emplace(row.Path, row.Key);
+      if (!first) {
+        std::vector<std::string_view>& keys = m_Filled[row.Path];
+        if (keys.empty()) {
+          keys.push_back(entry->second);
+        }
+        keys.emplace_back(row.Key);
+        entry->second = row.Key;
+      }
     }
     if (!row.Path.empty() && row.What() != Outcome::kMarkUnset) {
       m_Keys.insert(row.Key);
@@ -59,6 +73,23 @@ std::string Origins::SourceOf(std::string_view path) const {
     path = path.substr(0, end == std::string_view::npos ? 0 : end);
   }
   return "";
+}
+
+// The row of the number that is wrong in a row of numbers: the first that is not finite, or else
+// the lowest. "" when it is not known which row gave which number.
+std::string Origins::KeyOfNumber(const std::string& path, const QtSts::TreeElement& holder) const {
+  const auto filled = m_Filled.find(path);
+  const QtSts::TreeValue* const value = holder.FindValue(path.substr(path.rfind('/') + 1));
+  if (filled == m_Filled.end() || value == nullptr || value->Kind() != QtSts::ValueKind::kReals ||
+      value->Reals().size() != filled->second.size()) {
+    return "";
+  }
+  const auto& numbers = value->Reals();
+  auto wrong = std::ranges::find_if(numbers, [](float number) { return !std::isfinite(number); });
+  if (wrong == numbers.end()) {
+    wrong = std::ranges::min_element(numbers);
+  }
+  return std::string(filled->second[static_cast<std::size_t>(wrong - numbers.begin())]);
 }
 
 // The row that wrote the value, or else the one that completed its element.

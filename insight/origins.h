@@ -5,6 +5,7 @@
 #include <string_view>
 #include <unordered_map>
 #include <unordered_set>
+#include <vector>
 
 #include "insight/snapshot.h"
 #include "model/tree.h"
@@ -29,10 +30,13 @@ class Origins {
   void Collect();
   std::string SourceOf(std::string_view path) const;
   std::string KeyOf(const std::string& path, const QtSts::TreeElement& holder) const;
+  std::string KeyOfNumber(const std::string& path, const QtSts::TreeElement& holder) const;
 
   const Snapshot& m_Snapshot;
   bool m_Collected = false;
-  Texts m_Rows;                                 // path to key
+  Texts m_Rows;  // path to key
+  // Path to keys, where several rows fill one field.
+  std::unordered_map<std::string_view, std::vector<std::string_view>> m_Filled;
   std::unordered_set<std::string_view> m_Keys;  // see HasRow
   Texts m_Sources;                              // path to id
 };
