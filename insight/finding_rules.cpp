@@ -137,8 +137,32 @@ constexpr SourceRule kSourceRules[] = {
     {SourceState::kNotAsked, "source-not-asked", "was not asked", "the source that came before it"},
 };
 
+constexpr SourceState kWithoutContent[] = {SourceState::kMissing, SourceState::kEmpty,
+                                           SourceState::kMalformed};
+constexpr SourceState kPassedOver[] = {SourceState::kNotAsked};
+
+constexpr const char* kSettings =
+    "whether this controller was ever set up: the file is written then";
+constexpr const char* kKernelFiles = "whether /proc is mounted, and the system log";
+constexpr const char* kAddresses =
+    "the network devices: cable, link and address, and the server that gives addresses";
+
+constexpr SourceHint kSourceHints[] = {
+    {"database", kWithoutContent, "whether the programs that write rows run, and a host"},
+    {"serial", kWithoutContent, kSettings},
+    {"uuid", kWithoutContent, kSettings},
+    {"meminfo", kWithoutContent, kKernelFiles},
+    {"routes", kWithoutContent, kKernelFiles},
+    {"routes", kPassedOver, kAddresses},
+    {"interfaces", kWithoutContent, kAddresses},
+    {"resolver", kWithoutContent, "the network configuration: it names no name server"},
+    {"packages", kWithoutContent,
+     "the list of installed packages, which has the firmware's version: restore its copy"},
+};
+
 }  // namespace
 
+std::span<const SourceHint> SourceHints() { return kSourceHints; }
 std::span<const ValueRule> ValueRules() { return kValueRules; }
 std::span<const SourceRule> SourceRules() { return kSourceRules; }
 

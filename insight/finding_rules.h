@@ -3,6 +3,7 @@
 
 #include <cstdint>
 #include <span>
+#include <string_view>
 
 #include "insight/snapshot.h"
 #include "model/tree.h"
@@ -42,5 +43,14 @@ struct SourceRule {
 
 // Every state but kOk.
 std::span<const SourceRule> SourceRules();
+
+// What to look at instead of the rule's hint, for a source that no driver makes.
+struct SourceHint {
+  std::string_view Id;
+  std::span<const SourceState> States;
+  const char* Hint;
+};
+
+std::span<const SourceHint> SourceHints();
 
 }  // namespace insight

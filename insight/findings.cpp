@@ -68,12 +68,14 @@ class Finder {
 
   void FindInSources() {
     for (const Source& source : m_Snapshot.Sources) {
-      if (NeedsAttention(source) && StopperOf(source) == nullptr) {
+      // A finding of its own says that there are no rows.
+      const bool no_rows = source.Id == kDatabaseId && source.State == SourceState::kEmpty;
+      if (NeedsAttention(source) && StopperOf(source) == nullptr && !no_rows) {
         const auto rule = std::ranges::find(SourceRules(), source.State, &SourceRule::State);
         std::string message = source.Name + " " + rule->Message;
         message += source.Reason.empty() ? "" : ": " + source.Reason;
         message += NotAskedAfter(source);
-        m_Findings.push_back(Make(rule->Id, Severity::kUnknown, message, rule->Hint));
+        m_Findings.push_back(Make(rule->Id, Severity::kUnknown, message, HintFor(source, *rule)));
         m_Findings.back().Source = source.Id;
       }
       FindInLink(source);
@@ -93,6 +95,14 @@ class Finder {
     }
   }
 
+  static const char* HintFor(const Source& source, const SourceRule& rule) {
+    const auto hint = std::ranges::find_if(SourceHints(), [&](const SourceHint& candidate) {
+      return candidate.Id == source.Id &&
+             std::ranges::find(candidate.States, source.State) != candidate.States.end();
+    });
+    return hint == SourceHints().end() ? rule.Hint : hint->Hint;
+  }
+
   // "; therefore not asked: statistics, registers".
   std::string NotAskedAfter(const Source& stopper) const {
     std::string names;
@@ -106,7 +116,8 @@ class Finder {
 
   void FindInDatabase() {
     const bool told = std::ranges::any_of(m_Snapshot.Sources, [](const Source& source) {
-      return source.Id == kDatabaseId && NeedsAttention(source);
+      return source.Id == kDatabaseId && NeedsAttention(source) &&
+             source.State != SourceState::kEmpty;
     });
     if (m_Snapshot.Result != 0 && !told) {
       AddOfDatabase("cycle-failed", Severity::kUnknown, "not all rows of the database were read",
@@ -169,6 +180,16 @@ class Finder {
     }
   }
 
+  // "temperature"; without a rule the name of the field.
+  static std::string WhatOf(const TreeElement& element, const TreeValue& value) {
+    const auto rule = std::ranges::find_if(ReadingRules(), [&](const ReadingRule& candidate) {
+      return value.Listed().Name == std::string_view(candidate.Field) &&
+             element.IsA(candidate.Class);
+    });
+    return std::string(rule == ReadingRules().end() ? value.Listed().Name
+                                                    : std::string_view(rule->What));
+  }
+
   void AddImpossible(const TreeElement& element, const FoundValue& found, std::string message,
                      const char* hint) {
     Add(Make("reading-impossible", Severity::kUnknown, std::move(message), hint), element, found);
@@ -178,10 +199,9 @@ class Finder {
   void FindImpossible(const TreeElement& element) {
     for (const TreeValue& value : element.Values()) {
       if (IsInfinite(value) && !IsOfStandingClock(element) && IsOfConnected(element)) {
-        AddImpossible(
-            element, {&element, &value},
-            std::string(value.Listed().Name) + " is not a finite number: " + value.Written(),
-            "the source of this value, or the program that writes its row");
+        AddImpossible(element, {&element, &value},
+                      WhatOf(element, value) + " is not a finite number: " + value.Written(),
+                      "the source of this value, or the program that writes its row");
       }
     }
   }

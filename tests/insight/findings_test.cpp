@@ -333,7 +333,7 @@ const DocumentCase kCases[] = {
      "longitude 181 ° is not possible: outside of -180 to 180 °",
      [](CStatus& status) { AddSensor<CCANMultiDirectionalSensor>(status).Longitude = 181; },
      [](CStatus& status) { AddSensor<CCANMultiDirectionalSensor>(status).Longitude = 180; }},
-    {"NoNumber", "reading-impossible", kUnknown, "Celsius is not a finite number: NaN",
+    {"NoNumber", "reading-impossible", kUnknown, "temperature is not a finite number: NaN",
      [](CStatus& status) { AddSensor<CCANTempSensor>(status).Celsius = std::nanf(""); },
      [](CStatus& status) { AddSensor<CCANTempSensor>(status).Celsius = -0.0F; }},
     {"Infinite", "reading-impossible", kUnknown, "OneMinAverage is not a finite number: INF",
@@ -693,6 +693,34 @@ TEST(Findings, AreOneForADatabaseThatFailed) {
   AddSource(snapshot, SourceState::kMissing);
   snapshot.Sources[0].Id = "database";
   EXPECT_THAT(Ids(FindFindings(snapshot, {})), ElementsAre("source-missing"));
+}
+
+TEST(Findings, AreOneForADatabaseWithoutRows) {
+  Snapshot snapshot = Healthy(CStatus());
+  snapshot.Rows.clear();
+  AddSource(snapshot, SourceState::kEmpty);
+  snapshot.Sources[0].Id = "database";
+  EXPECT_THAT(Ids(FindFindings(snapshot, {})), ElementsAre("no-rows"));
+}
+
+TEST(Findings, NameTheRowOfTheVoltageThatIsWrong) {
+  CStatus status;
+  AddSupply(status).InputVoltages = {230, 0, 229};
+  Snapshot snapshot = Healthy(status);
+  for (const char* key :
+       {"Sensor_06_PsrbVin_00_Volts", "Sensor_06_PsrbVin_01_Volts", "Sensor_06_PsrbVin_02_Volts"}) {
+    snapshot.Rows.push_back(MakeRow(key, "Sensors[0]/InputVoltages"));
+  }
+  EXPECT_EQ(FindFindings(snapshot, {}).front().Key, "Sensor_06_PsrbVin_01_Volts");
+}
+
+TEST(Findings, SayOfAFileThatNoDriverMakesWhoDoes) {
+  Snapshot snapshot = Healthy(CStatus());
+  AddSource(snapshot, SourceState::kEmpty);
+  const std::string driver = FindFindings(snapshot, {}).front().Hint;
+  snapshot.Sources[0].Id = "resolver";
+  EXPECT_THAT(FindFindings(snapshot, {}).front().Hint, HasSubstr("name server"));
+  EXPECT_THAT(driver, HasSubstr("driver"));
 }
 
 TEST(Findings, FollowTheLimitsThatAreGiven) {
