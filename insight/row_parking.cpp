@@ -166,7 +166,7 @@ void Parking::Inherit(std::string name, const Writer& writer) {
   } else if (!writer.Key.empty()) {
     from = writer.Key + " of an earlier cycle";
   }
-  if (std::ranges::find(group_.Inheritance, name, &Inherited::Name) == group_.Inheritance.end()) {
+  if (group_.Names.insert(name).second) {
     group_.Inheritance.push_back({std::move(name), std::move(from)});
   }
 }
@@ -275,6 +275,7 @@ void Parking::EndRow() {
   }
   AddRemark(&At(Current()), Outcome::kInherited, std::move(text));
   group_.Inheritance.clear();
+  group_.Names.clear();
 }
 
 void Parking::EndGroup() {

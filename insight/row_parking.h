@@ -4,6 +4,7 @@
 
 #include <cstddef>
 #include <map>
+#include <set>
 #include <span>
 #include <string>
 #include <string_view>
@@ -89,6 +90,7 @@ class Parking {
     bool OnOwnBus = false;
     std::vector<Parked> Rows;  // in order
     std::vector<Inherited> Inheritance;
+    std::set<std::string> Names;  // of what it inherits
   };
 
   Row& At(std::size_t row) { return (*rows_)[row]; }
@@ -110,7 +112,7 @@ class Parking {
   void TakeMembers(const observe::Record& record, const Element& element);
   void RemarkNarrowed(const rows::Place& variable, const Change& where);
   void TakeTheSame(const observe::Record& record, const void* variable, const Change* reported);
-  void TakeVoltages(const void* container, const Change& where);
+  void TakeVoltages(const void* container, Change where);
   void TakePoint(const observe::Point& point, const Element& element);
   void RefusePoint(const observe::Point& point);
 

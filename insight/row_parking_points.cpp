@@ -9,6 +9,9 @@
 namespace insight {
 namespace {
 
+// Bytes that a row keeps of a list's text: more than the list of any board has.
+constexpr std::size_t kLongestListText = 1000;
+
 const void* ContainerOf(observe::PointPlace where) {
   switch (where) {
     case observe::PointPlace::kInput:
@@ -19,6 +22,15 @@ const void* ContainerOf(observe::PointPlace where) {
       return &FanRpms;
   }
   return nullptr;
+}
+
+// Each row of a list of numbers has the list's text: long ones are cut, so that it does not grow
+// with the square of the rows.
+void CutList(std::string* text) {
+  if (text->size() > kLongestListText) {
+    text->resize(text->rfind(' ', kLongestListText));
+    *text += " ...";
+  }
 }
 
 }  // namespace
@@ -51,7 +63,8 @@ bool Parking::TakeStaged(const StagedKey& key, const Change* where) {
   return true;
 }
 
-void Parking::TakeVoltages(const void* container, const Change& where) {
+void Parking::TakeVoltages(const void* container, Change where) {
+  CutList(&where.After);
   auto staged = staged_.lower_bound({container, 0, {}});
   const auto is_here = [&] {
     return staged != staged_.end() && staged->first.Container == container;

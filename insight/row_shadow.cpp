@@ -58,16 +58,16 @@ void Note(std::string path, std::string before, std::string after, std::vector<C
 template <class Points>
 void ComparePoints(const char* name, const Points& now, Points* before,
                    std::vector<Change>* changes) {
-  if (now == *before) {
-    return;
-  }
   for (std::size_t entry = 0; entry < now.size(); ++entry) {
+    if (now[entry] == (*before)[entry]) {
+      continue;
+    }
     for (const Part& part : kParts) {
       Note(At(name, entry) + "." + part.Name, Written(*part.Type, part.Of((*before)[entry])),
            Written(*part.Type, part.Of(now[entry])), changes);
     }
+    (*before)[entry] = now[entry];
   }
-  *before = now;
 }
 
 // There are 256 fans at most.

@@ -106,7 +106,8 @@ struct Row {
   // it completes. "" when it is nowhere in the document.
   std::string Path;
   // What stood there before the row and after it, as the document writes it. Before is "" for a
-  // field of an element that was not there before.
+  // field of an element that was not there before. A list of more than a thousand bytes is cut and
+  // ends with "...".
   std::string Before;
   std::string After;
 

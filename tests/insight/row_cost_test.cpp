@@ -42,6 +42,32 @@ sandbox::Rows Odd(int count) {
   return rows;
 }
 
+// Boards with two points each.
+sandbox::Rows Points(int count) {
+  sandbox::Rows rows;
+  for (int i = 0; i < count; ++i) {
+    const std::string board = "Sensor_" + std::to_string(100000 + i) + "_";
+    for (const char* const point : {"Input_00_", "Input_01_"}) {
+      rows[board + point + "Index"] = "1";
+      rows[board + point + "Label"] = "door";
+      rows[board + point + "State"] = "1";
+      rows[board + point + "Type"] = "3";
+    }
+    rows[board + "Type"] = "CANDcio2in1out";
+  }
+  return rows;
+}
+
+// Voltages that wait for the board that takes them all.
+sandbox::Rows Voltages(int count) {
+  sandbox::Rows rows;
+  for (int i = 0; i < 10 * count; ++i) {
+    rows["Sensor_00_PsrbVin_" + std::to_string(100000 + i) + "_Volts"] = "230";
+  }
+  rows["Sensor_01_Type"] = "CANPowerSupplyRedundancyBoard";
+  return rows;
+}
+
 class RowCost : public ExplainedRows {
  protected:
   struct Cost {
@@ -76,9 +102,27 @@ TEST_F(RowCost, OfTenThousandRowsIsNotFarBeyondAimedAt) {
   EXPECT_LT(cost.Explained, 60 * cost.Plain);
 }
 
+// A row of a point compares the point that it writes, not all that wait.
+TEST_F(RowCost, OfThePointsOfBoardsIsNotFarBeyondThatOfSensors) {
+  const Cost sensors = Measure(Sensors(1000));
+  const Cost points = Measure(Points(1000));
+  EXPECT_LT(points.Explained, 6 * sensors.Explained);
+}
+
+// Each voltage has the text of the list that it stands in.
+TEST_F(RowCost, OfAListInBytesGrowsWithItsRows) {
+  Explain(Voltages(1000));
+  std::size_t bytes = 0;
+  for (const insight::Row& row : snapshot_->Rows) {
+    bytes += row.After.size();
+  }
+  EXPECT_THAT(RowOf("Sensor_00_PsrbVin_100000_Volts").After, testing::EndsWith("230 ..."));
+  EXPECT_LT(bytes, 1100 * snapshot_->Rows.size());
+}
+
 // What grew with the square would cost a hundred times as much.
 TEST_F(RowCost, GrowsWithTheRowsWhateverTheyAre) {
-  for (const auto make : {&Sensors, &Odd}) {
+  for (const auto make : {&Sensors, &Odd, &Voltages}) {
     const Cost few = Measure(make(200));
     const Cost many = Measure(make(2000));
     EXPECT_LT(many.Explained, 30 * few.Explained);
