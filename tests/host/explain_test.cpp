@@ -87,9 +87,9 @@ TEST(Explain, ReportsTheSecondCycleAndMarksWhatDiffersFromTheFirst) {
 
 TEST(Explain, ShowsOnlyTheRowsThatBeginWithAPrefix) {
   Load("mistakes");
-  const ProgramResult result = Explain({"Sensor_08"});
+  const ProgramResult result = Explain({"Sensor_28"});
   EXPECT_EQ(result.ExitCode, kErrors);
-  EXPECT_THAT(result.Output, StartsWith("Rows of Sensor_08"));
+  EXPECT_THAT(result.Output, StartsWith("Rows of Sensor_28"));
   EXPECT_THAT(result.Output, Not(HasSubstr("DCIO_")));
   EXPECT_EQ(Explain({"DimmingMode"}).ExitCode, kNoErrors);
   EXPECT_THAT(Explain({"Nothing"}).Output, StartsWith("Rows\n  none\n"));
