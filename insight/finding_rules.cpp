@@ -47,6 +47,11 @@ bool HoldsZero(const TreeElement&, const TreeValue& value) {
                              [](float real) { return real == 0 && !std::signbit(real); });
 }
 
+// No controller of this kind is older; a clock without battery or time server begins in 1970.
+bool IsLongAgo(const TreeElement&, const TreeValue& value) {
+  return !value.Text().empty() && value.Text() < std::string_view("2020");
+}
+
 bool IsFalseWhileSelected(const TreeElement& element, const TreeValue& value) {
   const TreeValue* const selected = element.FindValue("MultiplexerSelected");
   return !value.Flag() && selected != nullptr && selected->Flag();
@@ -62,6 +67,8 @@ constexpr const char* kNoRow = "";
 constexpr ValueRule kValueRules[] = {
     {"error-flags", kWarning, kAlways, QtSts::CStatus::Class, "ErrorFlags", &HasDigitAboveZero,
      "error flags {} are set", "what they mean to the program that writes row ErrorFlags"},
+    {"clock-wrong", kWarning, kAlways, QtSts::CStatus::Class, "LocalTime", &IsLongAgo,
+     "the clock of the controller is wrong: {}", "its battery, and the server that gives the time"},
     {"power-off", kCritical, kAlways, QtSts::COutput::Class, "StatusFlags",
      &HasFlag<QtSts::kFlagPowerOff>, "display power is off",
      "switch, breaker and contactor of the display's power", kNoRow},

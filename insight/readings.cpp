@@ -1,8 +1,12 @@
 #include "insight/readings.h"
 
+#include <algorithm>
+#include <cstddef>
+
 #include "insight/reading_rules.h"
 #include "model/beacons.h"
 #include "model/can_sensors.h"
+#include "model/dcio_boards.h"
 #include "model/document.h"
 #include "model/onboard_sensors.h"
 
@@ -46,9 +50,31 @@ Number Storage(const TreeElement& element, const TreeValue& value) {
   return PercentOf(element, value, "StorageTotal");
 }
 
+// Of a fan that stands still another finding speaks.
+Number ShareOf(double speed, double usual) {
+  return speed > 0 && usual > 0 ? speed * 100 / usual : Number();
+}
+
+// The fans of a board that all turn say how fast they should; two do not say which one is wrong.
+Number BesideOthers(const TreeElement& fan, const TreeValue& value) {
+  constexpr std::size_t kFewest = 3;
+  std::vector<double> speeds;
+  for (const TreeElement& other : fan.Parent()->Children()) {
+    speeds.push_back(NumberOf(*other.FindValue(value.Listed().Name)));
+  }
+  const auto middle = speeds.begin() + static_cast<std::ptrdiff_t>(speeds.size() / 2);
+  std::ranges::nth_element(speeds, middle);
+  return speeds.size() < kFewest ? Number() : ShareOf(NumberOf(value), *middle);
+}
+
+Number BesideAverage(const TreeElement& fan, const TreeValue& value) {
+  return ShareOf(NumberOf(value), NumberOf(*fan.FindValue("AverageRpm")));
+}
+
 constexpr const char* kNoLimit = nullptr;
 
 constexpr const char* kHeat = "fans, filters, doors and heating of the cabinet; the sensor itself";
+constexpr const char* kFan = "the fan: dirty, blocked or worn out; its supply";
 constexpr const char* kCable = "cable, plugs and the switch at its other end";
 constexpr const char* kWriter = "the program that writes the row";
 constexpr const char* kReadable = "the sensor, its cable, and the program that writes its rows";
@@ -66,6 +92,10 @@ constexpr ReadingRule kRules[] = {
      "cable and address of the device", &Plain},
     {QtSts::CSensor::Class, "SyncLossCounter", "sync-losses", kAny, "synchronisation losses",
      "cable and termination of the sensor's bus", &Plain},
+    {QtSts::FanRpm::Class, "Rpm", "fan-speed", kAny, "fan speed, beside the board's other fans,",
+     kFan, &BesideOthers},
+    {QtSts::CCANFanRpmSensor::Class, "CurrentRpm", "fan-speed", kAny,
+     "fan speed, beside its average,", kFan, &BesideAverage},
     {QtSts::CCANTempSensor::Class, "Celsius", "temperature", kCelsius, "temperature", kHeat,
      &Plain},
     {QtSts::CCANIsolationBoardSensor::Class, "Celsius", "temperature", kCelsius, "temperature",

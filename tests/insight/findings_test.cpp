@@ -95,6 +95,20 @@ CCANDcioAndFanRpm& AddBoard(CStatus& status) {
   return board;
 }
 
+void AddFans(CStatus& status, const std::vector<std::uint16_t>& speeds) {
+  CCANDcioAndFanRpm& board = AddBoard(status);
+  for (const std::uint16_t speed : speeds) {
+    const auto ordinal = static_cast<std::uint8_t>(board.FanRpms.Count());
+    board.FanRpms.Add(new FanRpm(ordinal, ordinal, speed));
+  }
+}
+
+void AddFanSensor(CStatus& status, std::uint32_t speed) {
+  auto& sensor = AddSensor<CCANFanRpmSensor>(status);
+  sensor.CurrentRpm = speed;
+  sensor.AverageRpm = 2000;
+}
+
 template <class Point>
 void AddPoint(CStatus& status, bool active) {
   auto* const point = new Point;
@@ -208,6 +222,30 @@ const DocumentCase kCases[] = {
     {"FanOfBoard", "fan-stopped", kWarning, "fan stands still",
      [](CStatus& status) { AddBoard(status).FanRpms.Add(new FanRpm(0, 3, 0)); },
      [](CStatus& status) { AddBoard(status).FanRpms.Add(new FanRpm(0, 3, 1)); }},
+    {"SlowFanOfBoard", "fan-speed", kWarning,
+     "fan speed, beside the board's other fans, 10 %, below the limit of 25 %",
+     [](CStatus& status) {
+       AddFans(status, {2000, 2200, 200, 1900});
+     },
+     [](CStatus& status) {
+       AddFans(status, {2000, 2200, 500, 1900});
+     }},
+    {"SlowOfTwo", "fan-speed", kWarning,
+     "fan speed, beside the board's other fans, 10 %, below the limit of 25 %",
+     [](CStatus& status) {
+       AddFans(status, {2000, 2000, 200});
+     },
+     [](CStatus& status) {
+       AddFans(status, {2000, 200});
+     }},
+    {"SlowFanSensor", "fan-speed", kWarning,
+     "fan speed, beside its average, 24.95 %, below the limit of 25 %",
+     [](CStatus& status) { AddFanSensor(status, 499); },
+     [](CStatus& status) { AddFanSensor(status, 500); }},
+    {"ClockOf1970", "clock-wrong", kWarning,
+     "the clock of the controller is wrong: 2019-12-31T23:59:59+00:00",
+     [](CStatus& status) { status.LocalTime = "2019-12-31T23:59:59+00:00"; },
+     [](CStatus& status) { status.LocalTime = "2020-01-01T00:00:00+00:00"; }},
     {"PowerRelay", "power-supply-relay", kWarning, "power supply is not active by its status relay",
      [](CStatus& status) { AddPoint<CPowerSupplyStatusRelayInputType>(status, false); },
      [](CStatus& status) { AddPoint<CPowerSupplyStatusRelayInputType>(status, true); }},
