@@ -1,9 +1,10 @@
 #include "insight/snapshot.h"
 
 #include <algorithm>
+#include <exception>
 #include <iterator>
-#include <new>
 #include <set>
+#include <stdexcept>
 #include <string_view>
 #include <utility>
 
@@ -27,19 +28,39 @@ class Observing : public observe::Observer {
   Observing& operator=(const Observing&) = delete;
   ~Observing() override { observe::SetObserver(m_Before); }
 
-  // False when an exception has ended the observation: something of the cycle is missing.
-  bool SawAll() const { return observe::CurrentObserver() == this; }
+  // Throws what kept the recorders from seeing the whole cycle.
+  void ExpectAll() const {
+    if (m_Failure != nullptr) {
+      std::rethrow_exception(m_Failure);
+    }
+    if (!m_Began) {
+      throw std::logic_error("insight::Recorder::RunCycle was called by an observer");
+    }
+  }
 
   void See(const observe::Event& event) override {
-    if (const auto* const begins = event.As<observe::CycleBegins>()) {
-      m_Rows.BeginCycle(*begins->Status);
-    }
-    m_Sources.See(event);
-    m_Rows.See(event);
+    Record(event);
     PassOn(event);
   }
 
  private:
+  // What the recorders throw ends what they record; the observer before them still sees the rest.
+  void Record(const observe::Event& event) {
+    if (m_Failure != nullptr) {
+      return;
+    }
+    try {
+      if (const auto* const begins = event.As<observe::CycleBegins>()) {
+        m_Began = true;
+        m_Rows.BeginCycle(*begins->Status);
+      }
+      m_Sources.See(event);
+      m_Rows.See(event);
+    } catch (const std::exception&) {
+      m_Failure = std::current_exception();
+    }
+  }
+
   // As without this observer, an exception of the other one ends its observation alone.
   void PassOn(const observe::Event& event) noexcept {
     try {
@@ -54,6 +75,8 @@ class Observing : public observe::Observer {
   SourceRecorder& m_Sources;
   RowRecorder& m_Rows;
   observe::Observer* m_Before;
+  bool m_Began = false;
+  std::exception_ptr m_Failure;
 };
 
 // What several probes store in one field is all needed; a row's value stands in place of theirs. A
@@ -96,7 +119,24 @@ class Recorder::State {
   CStatusInterface& Collector;
   SourceRecorder Sources;
   RowRecorder Rows;
+  bool Running = false;
 };
+
+namespace {
+
+// Sets a mark for as long as it lives.
+class RunningNow {
+ public:
+  explicit RunningNow(bool* mark) : m_Mark(mark) { *m_Mark = true; }
+  RunningNow(const RunningNow&) = delete;
+  RunningNow& operator=(const RunningNow&) = delete;
+  ~RunningNow() { *m_Mark = false; }
+
+ private:
+  bool* m_Mark;
+};
+
+}  // namespace
 
 Recorder::Recorder(CStatusInterface& collector) : m_State(std::make_unique<State>(collector)) {}
 Recorder::Recorder(Recorder&&) noexcept = default;
@@ -105,16 +145,18 @@ Recorder::~Recorder() = default;
 
 Snapshot Recorder::RunCycle(const Limits& limits) {
   State& state = *m_State;
+  if (state.Running) {
+    throw std::logic_error("insight::Recorder::RunCycle was called by an observer");
+  }
   const auto began = std::chrono::system_clock::now();
   const auto began_steady = std::chrono::steady_clock::now();
   int result = 0;
   {
+    const RunningNow running(&state.Running);
     state.Sources.BeginCycle();
     const Observing observing(state.Sources, state.Rows);
     result = state.Collector.QueryDatabase();
-    if (!observing.SawAll()) {
-      throw std::bad_alloc();  // nothing else is thrown by the recorders
-    }
+    observing.ExpectAll();
   }
   const auto took = std::chrono::steady_clock::now() - began_steady;
 

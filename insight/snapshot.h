@@ -181,7 +181,9 @@ class INSIGHT_API Recorder {
   Recorder& operator=(Recorder&&) noexcept;
   ~Recorder();
 
-  // One QueryDatabase(). Throws std::bad_alloc, and what QueryDatabase throws.
+  // One QueryDatabase(). Throws std::bad_alloc, what QueryDatabase throws, and std::logic_error
+  // when an observer calls it: within an event nothing is observed. The recorder may be used
+  // afterwards.
   Snapshot RunCycle(const Limits& limits = {});
 
  private:
