@@ -71,35 +71,35 @@ class Explanation {
  public:
   Explanation(const Snapshot& snapshot, const Snapshot& before, const ExplainOptions& options,
               std::size_t columns, bool colour)
-      : m_Snapshot(snapshot),
-        m_Before(before),
-        m_Options(options),
-        m_Rows(WantedRows(snapshot, options)),
-        m_Differs(DifferingRows(m_Rows, before)),
-        m_Page(columns, colour) {}
+      : snapshot_(snapshot),
+        before_(before),
+        options_(options),
+        rows_(WantedRows(snapshot, options)),
+        differs_(DifferingRows(rows_, before)),
+        page_(columns, colour) {}
 
   std::string Render() {
-    if (m_Options.Prefix.empty() && !m_Options.Problems) {
+    if (options_.Prefix.empty() && !options_.Problems) {
       ShowSources();
     }
-    if (!m_Options.Problems) {
+    if (!options_.Problems) {
       ShowRows();
     }
     ShowProblems();
     ShowSummary();
-    return m_Page.Take();
+    return page_.Take();
   }
 
  private:
   bool SourceDiffers(const insight::Source& source) const {
-    const auto same = std::ranges::find(m_Before.Sources, source.Id, &insight::Source::Id);
-    return same == m_Before.Sources.end() || same->State != source.State;
+    const auto same = std::ranges::find(before_.Sources, source.Id, &insight::Source::Id);
+    return same == before_.Sources.end() || same->State != source.State;
   }
 
   void ShowSources() {
-    m_Page.Title("Sources");
+    page_.Title("Sources");
     std::vector<Row> rows;
-    for (const insight::Source& source : m_Snapshot.Sources) {
+    for (const insight::Source& source : snapshot_.Sources) {
       const bool trouble = source.Required && source.State != SourceState::kOk;
       const bool stopped = source.State == SourceState::kNotAsked && !source.StoppedBy.empty();
       const std::string why = stopped ? source.StoppedBy + " stopped the probe" : source.Reason;
@@ -108,20 +108,20 @@ class Explanation {
                        Printable(source.Name + (why.empty() ? "" : ": " + why)) +
                            (SourceDiffers(source) ? kDiffers : "")}});
     }
-    m_Page.Table({{""}, {""}, {""}}, rows);
+    page_.Table({{""}, {""}, {""}}, rows);
   }
 
   void ShowRows() {
-    if (m_Rows.empty()) {
-      m_Page.Title("Rows");
-      m_Page.Line("none");
+    if (rows_.empty()) {
+      page_.Title("Rows");
+      page_.Line("none");
     }
-    for (std::size_t i = 0; i < m_Rows.size();) {
-      const std::string_view family = FamilyOf(m_Rows[i]->Key);
+    for (std::size_t i = 0; i < rows_.size();) {
+      const std::string_view family = FamilyOf(rows_[i]->Key);
       std::string title = family.empty() ? "Rows" : "Rows of " + Printable(family);
       std::vector<Row> rows;
-      for (; i < m_Rows.size() && FamilyOf(m_Rows[i]->Key) == family; ++i) {
-        const insight::Row& row = *m_Rows[i];
+      for (; i < rows_.size() && FamilyOf(rows_[i]->Key) == family; ++i) {
+        const insight::Row& row = *rows_[i];
         if (std::ranges::count(row.Remarks, insight::Outcome::kCompleted, &Remark::What) != 0) {
           title += ": " + Printable(row.Path);
         }
@@ -130,56 +130,56 @@ class Explanation {
         rows.push_back({MarkOf(row.Class()),
                         {Truncated(Printable(key), kKeyColumns),
                          row.IsNull ? "NULL" : Truncated(Printable(row.Value), kValueColumns),
-                         Fate(row) + (m_Differs[i] ? kDiffers : "")}});
+                         Fate(row) + (differs_[i] ? kDiffers : "")}});
       }
-      m_Page.Title(title);
-      m_Page.Table({{""}, {""}, {""}}, rows);
+      page_.Title(title);
+      page_.Table({{""}, {""}, {""}}, rows);
     }
   }
 
   void ShowProblems() {
     bool first = true;
-    for (const insight::Row* const row : m_Rows) {
+    for (const insight::Row* const row : rows_) {
       for (const Remark& remark : row->Remarks) {
         const insight::OutcomeInfo& info = insight::InfoOf(remark.What);
         if (info.Class != OutcomeClass::kError) {
           continue;
         }
-        first ? m_Page.Title("Problems") : m_Page.Gap();
+        first ? page_.Title("Problems") : page_.Gap();
         first = false;
         const Quoted quoted = Quote(*row, remark);
-        m_Page.Plain(quoted.Text);
-        if (!quoted.Carets.empty() && Width(quoted.Carets) <= m_Page.Columns()) {
-          m_Page.Plain(quoted.Carets);
+        page_.Plain(quoted.Text);
+        if (!quoted.Carets.empty() && Width(quoted.Carets) <= page_.Columns()) {
+          page_.Plain(quoted.Carets);
         }
         const std::string text = remark.Text.empty() ? info.Meaning : remark.Text;
-        m_Page.Line(Sentence(Printable(text)) + " [" + info.Id + "]");
-        m_Page.Line(Sentence(std::string("Cure: ") + info.Cure));
+        page_.Line(Sentence(Printable(text)) + " [" + info.Id + "]");
+        page_.Line(Sentence(std::string("Cure: ") + info.Cure));
       }
     }
   }
 
   void ShowSummary() {
     std::array<std::size_t, 3> counts = {};
-    for (const insight::Row* const row : m_Rows) {
+    for (const insight::Row* const row : rows_) {
       ++counts[static_cast<std::size_t>(row->Class())];
     }
-    m_Page.Title("Summary");
-    m_Page.Line(std::to_string(m_Rows.size()) + " of " + std::to_string(m_Snapshot.Rows.size()) +
-                " rows: " + std::to_string(counts[0]) + " fine, " + std::to_string(counts[1]) +
-                " notices, " + std::to_string(counts[2]) + " errors.");
+    page_.Title("Summary");
+    page_.Line(std::to_string(rows_.size()) + " of " + std::to_string(snapshot_.Rows.size()) +
+               " rows: " + std::to_string(counts[0]) + " fine, " + std::to_string(counts[1]) +
+               " notices, " + std::to_string(counts[2]) + " errors.");
     std::map<SourceState, std::size_t> states;
-    for (const insight::Source& source : m_Snapshot.Sources) {
+    for (const insight::Source& source : snapshot_.Sources) {
       ++states[source.State];
     }
-    std::string text = std::to_string(m_Snapshot.Sources.size()) + " sources";
+    std::string text = std::to_string(snapshot_.Sources.size()) + " sources";
     for (const char* separator = ": "; const auto& [state, count] : states) {
       text += separator + std::to_string(count) + " " + NameOf(state);
       separator = ", ";
     }
-    m_Page.Line(text + ".");
-    const auto differing = std::ranges::count(m_Differs, true);
-    m_Page.Line(
+    page_.Line(text + ".");
+    const auto differing = std::ranges::count(differs_, true);
+    page_.Line(
         "This is the second of two cycles, so that values are carried over as in a host "
         "that stays. Rows that became something else than in the first: " +
         std::to_string(differing) + (differing == 0 ? "." : ", marked ~."));
@@ -188,12 +188,12 @@ class Explanation {
   static constexpr std::size_t kKeyColumns = 32;
   static constexpr std::size_t kValueColumns = 24;
 
-  const Snapshot& m_Snapshot;
-  const Snapshot& m_Before;
-  const ExplainOptions& m_Options;
-  std::vector<const insight::Row*> m_Rows;
-  std::vector<bool> m_Differs;  // of m_Rows
-  Page m_Page;
+  const Snapshot& snapshot_;
+  const Snapshot& before_;
+  const ExplainOptions& options_;
+  std::vector<const insight::Row*> rows_;
+  std::vector<bool> differs_;  // of rows_
+  Page page_;
 };
 
 bool IsSame(const insight::Row& left, const insight::Row& right) {

@@ -29,45 +29,45 @@ std::string TemporaryName(const std::string& path) {
 // A new file beside `path`, gone again unless it took over the name.
 class NewFile {
  public:
-  explicit NewFile(std::string path) : m_Path(std::move(path)), m_Temporary(TemporaryName(m_Path)) {
-    m_Descriptor = mkostemp(m_Temporary.data(), O_CLOEXEC);
-    if (m_Descriptor == -1) {
-      Fail(m_Path);
+  explicit NewFile(std::string path) : path_(std::move(path)), temporary_(TemporaryName(path_)) {
+    descriptor_ = mkostemp(temporary_.data(), O_CLOEXEC);
+    if (descriptor_ == -1) {
+      Fail(path_);
     }
   }
   ~NewFile() {
-    if (m_Descriptor != -1) {
-      close(m_Descriptor);
+    if (descriptor_ != -1) {
+      close(descriptor_);
     }
-    if (!m_Temporary.empty()) {
-      unlink(m_Temporary.c_str());
+    if (!temporary_.empty()) {
+      unlink(temporary_.c_str());
     }
   }
   NewFile(const NewFile&) = delete;
   NewFile& operator=(const NewFile&) = delete;
 
   void Fill(std::string_view text, mode_t mode) {
-    WriteAll(m_Descriptor, text, m_Path);
-    Require(fchmod(m_Descriptor, mode));
-    Require(fsync(m_Descriptor));
-    Require(close(std::exchange(m_Descriptor, -1)));
+    WriteAll(descriptor_, text, path_);
+    Require(fchmod(descriptor_, mode));
+    Require(fsync(descriptor_));
+    Require(close(std::exchange(descriptor_, -1)));
   }
 
   void TakeOverName() {
-    Require(rename(m_Temporary.c_str(), m_Path.c_str()));
-    m_Temporary.clear();
+    Require(rename(temporary_.c_str(), path_.c_str()));
+    temporary_.clear();
   }
 
  private:
   void Require(int result) const {
     if (result == -1) {
-      Fail(m_Path);
+      Fail(path_);
     }
   }
 
-  std::string m_Path;
-  std::string m_Temporary;
-  int m_Descriptor;
+  std::string path_;
+  std::string temporary_;
+  int descriptor_;
 };
 
 // The permissions that a file made by open(2) would have.
@@ -168,22 +168,22 @@ void WriteAll(int descriptor, std::string_view text, const std::string& where) {
 
 StandardOutput::StandardOutput() {
   std::fflush(stdout);
-  m_Descriptor = fcntl(STDOUT_FILENO, F_DUPFD_CLOEXEC, STDERR_FILENO + 1);
-  if (m_Descriptor == -1 || dup2(STDERR_FILENO, STDOUT_FILENO) == -1) {
+  descriptor_ = fcntl(STDOUT_FILENO, F_DUPFD_CLOEXEC, STDERR_FILENO + 1);
+  if (descriptor_ == -1 || dup2(STDERR_FILENO, STDOUT_FILENO) == -1) {
     Fail("standard output");
   }
 }
 
 StandardOutput::~StandardOutput() {
   std::fflush(stdout);
-  dup2(m_Descriptor, STDOUT_FILENO);
-  close(m_Descriptor);
+  dup2(descriptor_, STDOUT_FILENO);
+  close(descriptor_);
 }
 
 void StandardOutput::Write(std::string_view text) const {
   // What the probe printed comes first, also where both streams lead to one place.
   std::fflush(stdout);
-  WriteAll(m_Descriptor, text, "standard output");
+  WriteAll(descriptor_, text, "standard output");
 }
 
 void WriteFile(const std::string& path, std::string_view text) {

@@ -22,10 +22,10 @@ class StandardOutput {
   void Write(std::string_view text) const;
 
   // Where the text goes, for what a terminal is asked.
-  int Descriptor() const { return m_Descriptor; }
+  int Descriptor() const { return descriptor_; }
 
  private:
-  int m_Descriptor;
+  int descriptor_;
 };
 
 // Writes all of `text` to `descriptor`. Throws std::system_error, which names `where`.

@@ -80,10 +80,10 @@ std::vector<std::string> LinesOf(const std::string& text) {
 
 }  // namespace
 
-Screen::Screen(const StandardOutput& output) : m_Output(output) {
-  m_Errors = fcntl(STDERR_FILENO, F_DUPFD_CLOEXEC, STDERR_FILENO + 1);
+Screen::Screen(const StandardOutput& output) : output_(output) {
+  errors_ = fcntl(STDERR_FILENO, F_DUPFD_CLOEXEC, STDERR_FILENO + 1);
   const int nowhere = open("/dev/null", O_WRONLY | O_CLOEXEC);
-  if (m_Errors == -1 || nowhere == -1) {
+  if (errors_ == -1 || nowhere == -1) {
     throw std::system_error(errno, std::generic_category(), "screen");
   }
   std::fflush(stderr);
@@ -99,22 +99,22 @@ Screen::~Screen() {
   HandleAll(false);
   WriteSequence(kLeave);
   std::fflush(stdout);
-  dup2(m_Errors, STDERR_FILENO);
-  dup2(m_Errors, STDOUT_FILENO);  // as StandardOutput has it
-  close(m_Errors);
+  dup2(errors_, STDERR_FILENO);
+  dup2(errors_, STDOUT_FILENO);  // as StandardOutput has it
+  close(errors_);
 }
 
 void Screen::Draw(const std::string& title, const std::string& text) {
-  const Window window = WindowOf(m_Output.Descriptor());
+  const Window window = WindowOf(output_.Descriptor());
   const std::vector<std::string> lines = LinesOf(text);
   const std::size_t room = window.Lines > 1 ? window.Lines - 1 : lines.size();
   std::string screen(kHome);
   screen.append(Truncated(title, window.Columns)).append(kRestOfLine);
-  const bool first = m_Before.empty();
+  const bool first = before_.empty();
   const bool cut = lines.size() > room;
   const std::size_t shown = cut ? room - 1 : lines.size();
   for (std::size_t i = 0; i < shown; ++i) {
-    const bool is_new = !first && !std::ranges::binary_search(m_Before, lines[i]);
+    const bool is_new = !first && !std::ranges::binary_search(before_, lines[i]);
     // A highlighted line has no other style.
     screen.append(is_new ? kHighlight : "").append(lines[i]).append(is_new ? kPlain : "");
     screen.append(kRestOfLine);
@@ -125,11 +125,11 @@ void Screen::Draw(const std::string& title, const std::string& text) {
     screen.pop_back();  // the last line feed, which would scroll a full window
   }
   screen.append(kRestOfScreen);
-  m_Output.Write(screen);
-  if (text != m_Text) {
-    m_Before = lines;
-    std::ranges::sort(m_Before);
-    m_Text = text;
+  output_.Write(screen);
+  if (text != text_) {
+    before_ = lines;
+    std::ranges::sort(before_);
+    text_ = text;
   }
 }
 

@@ -27,11 +27,11 @@ class Screen {
   void Draw(const std::string& title, const std::string& text);
 
  private:
-  const StandardOutput& m_Output;
-  int m_Errors;
-  std::vector<std::string> m_Before;  // sorted lines of the last text
-  std::string m_Title;
-  std::string m_Text;
+  const StandardOutput& output_;
+  int errors_;
+  std::vector<std::string> before_;  // sorted lines of the last text
+  std::string title_;
+  std::string text_;
 };
 
 // Waits until `time`. Returns false when the size of the window has changed, or the program was

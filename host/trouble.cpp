@@ -87,59 +87,59 @@ std::string Denied(int access) {
 }  // namespace
 
 DatabaseTrouble::DatabaseTrouble(Opened opened)
-    : m_Opened(opened), m_Before(observe::SetObserver(this)) {}
+    : opened_(opened), before_(observe::SetObserver(this)) {}
 
-DatabaseTrouble::~DatabaseTrouble() { observe::SetObserver(m_Before); }
+DatabaseTrouble::~DatabaseTrouble() { observe::SetObserver(before_); }
 
 void DatabaseTrouble::See(const observe::Event& event) {
   if (event.As<observe::CycleBegins>() != nullptr) {
-    m_Failed = false;
+    failed_ = false;
   }
-  if (const auto* const fails = event.As<observe::DatabaseFails>(); fails && !m_Failed) {
-    m_Code = fails->Code;
-    m_Message = fails->Message;
-    m_Failed = true;
+  if (const auto* const fails = event.As<observe::DatabaseFails>(); fails && !failed_) {
+    code_ = fails->Code;
+    message_ = fails->Message;
+    failed_ = true;
   }
-  if (m_Before != nullptr) {
-    m_Before->See(event);
+  if (before_ != nullptr) {
+    before_->See(event);
   }
 }
 
 std::string DatabaseTrouble::InWords() const {
-  if (!m_Failed) {
+  if (!failed_) {
     return "";
   }
-  if (m_Code == kCannotOpen) {
+  if (code_ == kCannotOpen) {
     return WhyNotOpened();
   }
   const std::string file = kDatabaseFile;
   for (const auto& words : kWords) {
-    if (words.Code == m_Code && (words.Message == nullptr || m_Message == words.Message)) {
-      return file + words.What + (words.Message == nullptr ? ": " + m_Message : "") + words.Cure;
+    if (words.Code == code_ && (words.Message == nullptr || message_ == words.Message)) {
+      return file + words.What + (words.Message == nullptr ? ": " + message_ : "") + words.Cure;
     }
   }
-  return file + " cannot be read: " + m_Message;
+  return file + " cannot be read: " + message_;
 }
 
 // SQLite's code does not say why.
 std::string DatabaseTrouble::WhyNotOpened() const {
   const std::string file = kDatabaseFile;
-  const bool write = m_Opened == Opened::kForWriting;
+  const bool write = opened_ == Opened::kForWriting;
   struct stat status = {};
   if (lstat(kDatabaseFile, &status) != 0 && errno == ENOENT) {
     const std::string denied = write ? WhyDenied(kFolder, W_OK) : "";
     return !write ? file + " does not exist; a host or `statuscollector init` creates it"
-                  : file + " cannot be created: " + (denied.empty() ? m_Message : denied);
+                  : file + " cannot be created: " + (denied.empty() ? message_ : denied);
   }
   if (const char* const other = OtherFile(status)) {
     return file + other + kMoveAway;
   }
   const std::string denied = Denied(write ? R_OK | W_OK : R_OK);
-  return file + " cannot be opened: " + (denied.empty() ? m_Message : denied);
+  return file + " cannot be opened: " + (denied.empty() ? message_ : denied);
 }
 
 void DatabaseTrouble::Report() const {
-  if (m_Failed) {
+  if (failed_) {
     std::fprintf(stderr, "statuscollector: %s\n", Printable(InWords()).c_str());
   }
 }

@@ -37,11 +37,11 @@ class DatabaseTrouble : public observe::Observer {
  private:
   std::string WhyNotOpened() const;
 
-  Opened m_Opened;
-  observe::Observer* m_Before;
-  bool m_Failed = false;
-  int m_Code = 0;
-  std::string m_Message;
+  Opened opened_;
+  observe::Observer* before_;
+  bool failed_ = false;
+  int code_ = 0;
+  std::string message_;
 };
 
 }  // namespace host

@@ -40,17 +40,17 @@ constexpr std::array<std::string_view, 2> kTimes = {"LocalTime", "Uptime"};
 // and none makes up for a missed one.
 class Schedule {
  public:
-  explicit Schedule(std::chrono::seconds interval) : m_Interval(interval) {}
+  explicit Schedule(std::chrono::seconds interval) : interval_(interval) {}
 
   Clock::time_point Next() {
-    const auto missed = (Clock::now() - m_Next) / m_Interval;
-    m_Next += m_Interval * (std::max<std::int64_t>(missed, 0) + 1);
-    return m_Next;
+    const auto missed = (Clock::now() - next_) / interval_;
+    next_ += interval_ * (std::max<std::int64_t>(missed, 0) + 1);
+    return next_;
   }
 
  private:
-  std::chrono::seconds m_Interval;
-  Clock::time_point m_Next = Clock::now();
+  std::chrono::seconds interval_;
+  Clock::time_point next_ = Clock::now();
 };
 
 // "2026-11-22T04:29:22+0100"

@@ -32,19 +32,19 @@ Finding Make(const char* id, Severity level, std::string message, const char* hi
 class Finder {
  public:
   Finder(const Snapshot& snapshot, const Limits& limits)
-      : m_Snapshot(snapshot), m_Limits(limits), m_Origins(snapshot) {}
+      : snapshot_(snapshot), limits_(limits), origins_(snapshot) {}
 
   std::vector<Finding> Run() {
     FindInSources();
     FindInDatabase();
-    for (const TreeElement& element : m_Snapshot.Document.Elements()) {
+    for (const TreeElement& element : snapshot_.Document.Elements()) {
       FindInValues(element);
       FindImpossible(element);
       FindInReadings(element);
     }
     FindInRows();
-    std::ranges::stable_sort(m_Findings, {}, &Finding::Level);
-    return std::move(m_Findings);
+    std::ranges::stable_sort(findings_, {}, &Finding::Level);
+    return std::move(findings_);
   }
 
  private:
@@ -58,8 +58,8 @@ class Finder {
     if (source.State != SourceState::kNotAsked || source.StoppedBy == source.Id) {
       return nullptr;
     }
-    const auto stopper = std::ranges::find(m_Snapshot.Sources, source.StoppedBy, &Source::Id);
-    if (stopper == m_Snapshot.Sources.end() || !NeedsAttention(*stopper)) {
+    const auto stopper = std::ranges::find(snapshot_.Sources, source.StoppedBy, &Source::Id);
+    if (stopper == snapshot_.Sources.end() || !NeedsAttention(*stopper)) {
       return nullptr;
     }
     const Source* const first = StopperOf(*stopper);
@@ -67,7 +67,7 @@ class Finder {
   }
 
   void FindInSources() {
-    for (const Source& source : m_Snapshot.Sources) {
+    for (const Source& source : snapshot_.Sources) {
       // A finding of its own says that there are no rows.
       const bool no_rows = source.Id == kDatabaseId && source.State == SourceState::kEmpty;
       if (NeedsAttention(source) && StopperOf(source) == nullptr && !no_rows) {
@@ -75,8 +75,8 @@ class Finder {
         std::string message = source.Name + " " + rule->Message;
         message += source.Reason.empty() ? "" : ": " + source.Reason;
         message += NotAskedAfter(source);
-        m_Findings.push_back(Make(rule->Id, Severity::kUnknown, message, HintFor(source, *rule)));
-        m_Findings.back().Source = source.Id;
+        findings_.push_back(Make(rule->Id, Severity::kUnknown, message, HintFor(source, *rule)));
+        findings_.back().Source = source.Id;
       }
       FindInLink(source);
     }
@@ -86,12 +86,12 @@ class Finder {
     constexpr std::string_view kCarrier = "carrier:";
     const bool off = source.Reason == kSwitchedOff;
     if (source.Id.starts_with(kCarrier) && (off || source.Reason == kNoLink)) {
-      m_Findings.push_back(Make("link-lost", Severity::kWarning,
-                                "network device " + source.Id.substr(kCarrier.size()) +
-                                    " has an address but " + (off ? "is switched off" : "no link"),
-                                off ? "who has switched it off, and whether it is still wanted"
-                                    : "cable, plugs and the switch at its other end"));
-      m_Findings.back().Source = source.Id;
+      findings_.push_back(Make("link-lost", Severity::kWarning,
+                               "network device " + source.Id.substr(kCarrier.size()) +
+                                   " has an address but " + (off ? "is switched off" : "no link"),
+                               off ? "who has switched it off, and whether it is still wanted"
+                                   : "cable, plugs and the switch at its other end"));
+      findings_.back().Source = source.Id;
     }
   }
 
@@ -106,7 +106,7 @@ class Finder {
   // "; therefore not asked: statistics, registers".
   std::string NotAskedAfter(const Source& stopper) const {
     std::string names;
-    for (const Source& source : m_Snapshot.Sources) {
+    for (const Source& source : snapshot_.Sources) {
       if (StopperOf(source) == &stopper) {
         names += (names.empty() ? "; therefore not asked: " : ", ") + source.Name;
       }
@@ -115,23 +115,23 @@ class Finder {
   }
 
   void FindInDatabase() {
-    const bool told = std::ranges::any_of(m_Snapshot.Sources, [](const Source& source) {
+    const bool told = std::ranges::any_of(snapshot_.Sources, [](const Source& source) {
       return source.Id == kDatabaseId && NeedsAttention(source) &&
              source.State != SourceState::kEmpty;
     });
-    if (m_Snapshot.Result != 0 && !told) {
+    if (snapshot_.Result != 0 && !told) {
       AddOfDatabase("cycle-failed", Severity::kUnknown, "not all rows of the database were read",
                     "the reason on standard error");
     }
-    if (m_Snapshot.Result == 0 && m_Snapshot.Rows.empty()) {
+    if (snapshot_.Result == 0 && snapshot_.Rows.empty()) {
       AddOfDatabase("no-rows", Severity::kUnknown, "the database has no rows",
                     "whether the programs that write rows run");
     }
-    if (m_Snapshot.Database.EveryoneMayWrite) {
+    if (snapshot_.Database.EveryoneMayWrite) {
       AddOfDatabase("database-writable", Severity::kWarning, "every user may write the database",
                     "its mode: no user but those who write rows may write it");
     }
-    if (const auto unchanged = m_Snapshot.Database.Unchanged) {
+    if (const auto unchanged = snapshot_.Database.Unchanged) {
       FindInAge(*unchanged);
     }
   }
@@ -140,19 +140,19 @@ class Finder {
   void FindInAge(std::chrono::seconds unchanged) {
     constexpr const char* kName = "database-age";
     const auto seconds = static_cast<double>(unchanged.count());
-    const Limit& limit = m_Limits.Of(kName);
+    const Limit& limit = limits_.Of(kName);
     if (!limit.Critical.Holds(seconds) || !limit.Warning.Holds(seconds)) {
       AddOfDatabase(kName, limit.Critical.Holds(seconds) ? Severity::kUnknown : Severity::kCritical,
                     "the database has not changed for " + Duration(unchanged),
                     "whether the programs that write rows run");
-      m_Findings.back().Value = seconds;
+      findings_.back().Value = seconds;
     }
   }
 
   void AddOfDatabase(const char* id, Severity level, std::string message, const char* hint) {
-    m_Findings.push_back(Make(id, level, std::move(message), hint));
-    m_Findings.back().Where = hardware::paths::kStatusDatabase;
-    m_Findings.back().Source = kDatabaseId;
+    findings_.push_back(Make(id, level, std::move(message), hint));
+    findings_.back().Where = hardware::paths::kStatusDatabase;
+    findings_.back().Source = kDatabaseId;
   }
 
   // Adds `finding` with what is known of its value; not when that is not reported.
@@ -161,12 +161,12 @@ class Finder {
     finding.Value = number;
     finding.Path = found.Holder->PathOf(*found.Value);
     // A row sets a bit of a field whose other bits are not reported.
-    if (!m_Snapshot.IsReported(finding.Path) && (key == nullptr || !m_Origins.HasRow(key))) {
+    if (!snapshot_.IsReported(finding.Path) && (key == nullptr || !origins_.HasRow(key))) {
       return;
     }
     finding.Where = PlaceOf(element);
-    m_Origins.Name(&finding, element, key);
-    m_Findings.push_back(std::move(finding));
+    origins_.Name(&finding, element, key);
+    findings_.push_back(std::move(finding));
   }
 
   void FindInValues(const TreeElement& element) {
@@ -243,7 +243,7 @@ class Finder {
 
   void FindOutside(const TreeElement& element, const ReadingRule& rule, const FoundValue& found) {
     const std::optional<double> number = rule.Read(element, *found.Value);
-    const Limit& limit = m_Limits.Of(rule.Limit);
+    const Limit& limit = limits_.Of(rule.Limit);
     if (!number || (limit.Warning.Holds(*number) && limit.Critical.Holds(*number)) ||
         !IsOfConnected(element)) {
       return;
@@ -257,22 +257,22 @@ class Finder {
 
   void FindInRows() {
     const auto is_error = [](const Row& row) { return row.Class() == OutcomeClass::kError; };
-    const auto first = std::ranges::find_if(m_Snapshot.Rows, is_error);
-    if (first == m_Snapshot.Rows.end()) {
+    const auto first = std::ranges::find_if(snapshot_.Rows, is_error);
+    if (first == snapshot_.Rows.end()) {
       return;
     }
-    const auto errors = std::count_if(first, m_Snapshot.Rows.end(), is_error);
+    const auto errors = std::count_if(first, snapshot_.Rows.end(), is_error);
     AddOfDatabase("row-errors", Severity::kWarning,
                   errors == 1 ? "a row has an error" : std::to_string(errors) + " rows have errors",
                   "`statuscollector explain --problems`, which names them and the cure");
-    m_Findings.back().Key = first->Key;
-    m_Findings.back().Value = static_cast<double>(errors);
+    findings_.back().Key = first->Key;
+    findings_.back().Value = static_cast<double>(errors);
   }
 
-  const Snapshot& m_Snapshot;
-  const Limits& m_Limits;
-  Origins m_Origins;
-  std::vector<Finding> m_Findings;
+  const Snapshot& snapshot_;
+  const Limits& limits_;
+  Origins origins_;
+  std::vector<Finding> findings_;
 };
 
 }  // namespace

@@ -101,11 +101,11 @@ std::span<const LimitInfo> LimitTable() { return kLimits; }
 
 Limits::Limits() {
   for (const LimitInfo& info : kLimits) {
-    m_Limits.push_back(info.Default);
+    limits_.push_back(info.Default);
   }
 }
 
-const Limit& Limits::Of(std::string_view name) const { return m_Limits[PositionOf(name)]; }
-Limit& Limits::Of(std::string_view name) { return m_Limits[PositionOf(name)]; }
+const Limit& Limits::Of(std::string_view name) const { return limits_[PositionOf(name)]; }
+Limit& Limits::Of(std::string_view name) { return limits_[PositionOf(name)]; }
 
 }  // namespace insight

@@ -64,7 +64,7 @@ class INSIGHT_API Limits {
   Limit& Of(std::string_view name);
 
  private:
-  std::vector<Limit> m_Limits;  // in the order of the table
+  std::vector<Limit> limits_;  // in the order of the table
 };
 
 }  // namespace insight

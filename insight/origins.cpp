@@ -24,18 +24,18 @@ void Origins::Name(Finding* finding, const QtSts::TreeElement& holder, const cha
 
 bool Origins::HasRow(std::string_view key) {
   Collect();
-  return m_Keys.contains(key);
+  return keys_.contains(key);
 }
 
 void Origins::Collect() {
-  if (std::exchange(m_Collected, true)) {
+  if (std::exchange(collected_, true)) {
     return;
   }
-  for (const Row& row : m_Snapshot.Rows) {
+  for (const Row& row : snapshot_.Rows) {
     if (!row.Path.empty()) {
-      const auto [entry, first] = m_Rows.emplace(row.Path, row.Key);
+      const auto [entry, first] = rows_.emplace(row.Path, row.Key);
       if (!first) {
-        std::vector<std::string_view>& keys = m_Filled[row.Path];
+        std::vector<std::string_view>& keys = filled_[row.Path];
         if (keys.empty()) {
           keys.push_back(entry->second);
         }
@@ -44,18 +44,18 @@ void Origins::Collect() {
       }
     }
     if (!row.Path.empty() && row.What() != Outcome::kMarkUnset) {
-      m_Keys.insert(row.Key);
+      keys_.insert(row.Key);
     }
   }
   // A row that completes an element fills fields that came of other rows, or of none.
-  for (const Row& row : m_Snapshot.Rows) {
+  for (const Row& row : snapshot_.Rows) {
     for (const Change& change : row.Changes) {
-      m_Rows.emplace(change.Path, row.Key);
+      rows_.emplace(change.Path, row.Key);
     }
   }
-  for (const Source& source : m_Snapshot.Sources) {
+  for (const Source& source : snapshot_.Sources) {
     for (const std::string& field : source.Fields) {
-      const auto [entry, first] = m_Sources.emplace(field, source.Id);
+      const auto [entry, first] = sources_.emplace(field, source.Id);
       if (!first) {
         entry->second = "";  // of two it is not known which one
       }
@@ -66,7 +66,7 @@ void Origins::Collect() {
 // The one that feeds the field, or else a list that holds it.
 std::string Origins::SourceOf(std::string_view path) const {
   while (!path.empty()) {
-    if (const auto source = m_Sources.find(path); source != m_Sources.end()) {
+    if (const auto source = sources_.find(path); source != sources_.end()) {
       return std::string(source->second);
     }
     const std::size_t end = path.find_last_of("/[");
@@ -78,9 +78,9 @@ std::string Origins::SourceOf(std::string_view path) const {
 // The row of the number that is wrong in a row of numbers: the first that is not finite, or else
 // the lowest. "" when it is not known which row gave which number.
 std::string Origins::KeyOfNumber(const std::string& path, const QtSts::TreeElement& holder) const {
-  const auto filled = m_Filled.find(path);
+  const auto filled = filled_.find(path);
   const QtSts::TreeValue* const value = holder.FindValue(path.substr(path.rfind('/') + 1));
-  if (filled == m_Filled.end() || value == nullptr || value->Kind() != QtSts::ValueKind::kReals ||
+  if (filled == filled_.end() || value == nullptr || value->Kind() != QtSts::ValueKind::kReals ||
       value->Reals().size() != filled->second.size()) {
     return "";
   }
@@ -94,12 +94,12 @@ std::string Origins::KeyOfNumber(const std::string& path, const QtSts::TreeEleme
 
 // The row that wrote the value, or else the one that completed its element.
 std::string Origins::KeyOf(const std::string& path, const QtSts::TreeElement& holder) const {
-  if (const auto row = m_Rows.find(path); row != m_Rows.end()) {
+  if (const auto row = rows_.find(path); row != rows_.end()) {
     return std::string(row->second);
   }
   for (const QtSts::TreeElement* element = &holder; element != nullptr;
        element = element->Parent()) {
-    if (const auto row = m_Rows.find(element->Path()); row != m_Rows.end()) {
+    if (const auto row = rows_.find(element->Path()); row != rows_.end()) {
       return std::string(row->second);
     }
   }

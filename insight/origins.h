@@ -15,7 +15,7 @@ namespace insight {
 // By path; collected when the first finding asks. Points into the snapshot.
 class Origins {
  public:
-  explicit Origins(const Snapshot& snapshot) : m_Snapshot(snapshot) {}
+  explicit Origins(const Snapshot& snapshot) : snapshot_(snapshot) {}
 
   // Whether a row of this key stands in the document, and is no mark that is not set.
   bool HasRow(std::string_view key);
@@ -32,13 +32,13 @@ class Origins {
   std::string KeyOf(const std::string& path, const QtSts::TreeElement& holder) const;
   std::string KeyOfNumber(const std::string& path, const QtSts::TreeElement& holder) const;
 
-  const Snapshot& m_Snapshot;
-  bool m_Collected = false;
-  Texts m_Rows;  // path to key
+  const Snapshot& snapshot_;
+  bool collected_ = false;
+  Texts rows_;  // path to key
   // Path to keys, where several rows fill one field.
-  std::unordered_map<std::string_view, std::vector<std::string_view>> m_Filled;
-  std::unordered_set<std::string_view> m_Keys;  // see HasRow
-  Texts m_Sources;                              // path to id
+  std::unordered_map<std::string_view, std::vector<std::string_view>> filled_;
+  std::unordered_set<std::string_view> keys_;  // see HasRow
+  Texts sources_;                              // path to id
 };
 
 }  // namespace insight

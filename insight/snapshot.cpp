@@ -23,17 +23,17 @@ namespace {
 class Observing : public observe::Observer {
  public:
   Observing(SourceRecorder& sources, RowRecorder& rows)
-      : m_Sources(sources), m_Rows(rows), m_Before(observe::SetObserver(this)) {}
+      : sources_(sources), rows_(rows), before_(observe::SetObserver(this)) {}
   Observing(const Observing&) = delete;
   Observing& operator=(const Observing&) = delete;
-  ~Observing() override { observe::SetObserver(m_Before); }
+  ~Observing() override { observe::SetObserver(before_); }
 
   // Throws what kept the recorders from seeing the whole cycle.
   void ExpectAll() const {
-    if (m_Failure != nullptr) {
-      std::rethrow_exception(m_Failure);
+    if (failure_ != nullptr) {
+      std::rethrow_exception(failure_);
     }
-    if (!m_Began) {
+    if (!began_) {
       throw std::logic_error("insight::Recorder::RunCycle was called by an observer");
     }
   }
@@ -46,37 +46,37 @@ class Observing : public observe::Observer {
  private:
   // What the recorders throw ends what they record; the observer before them still sees the rest.
   void Record(const observe::Event& event) {
-    if (m_Failure != nullptr) {
+    if (failure_ != nullptr) {
       return;
     }
     try {
       if (const auto* const begins = event.As<observe::CycleBegins>()) {
-        m_Began = true;
-        m_Rows.BeginCycle(*begins->Status);
+        began_ = true;
+        rows_.BeginCycle(*begins->Status);
       }
-      m_Sources.See(event);
-      m_Rows.See(event);
+      sources_.See(event);
+      rows_.See(event);
     } catch (const std::exception&) {
-      m_Failure = std::current_exception();
+      failure_ = std::current_exception();
     }
   }
 
   // As without this observer, an exception of the other one ends its observation alone.
   void PassOn(const observe::Event& event) noexcept {
     try {
-      if (m_Before != nullptr) {
-        m_Before->See(event);
+      if (before_ != nullptr) {
+        before_->See(event);
       }
     } catch (...) {
-      m_Before = nullptr;
+      before_ = nullptr;
     }
   }
 
-  SourceRecorder& m_Sources;
-  RowRecorder& m_Rows;
-  observe::Observer* m_Before;
-  bool m_Began = false;
-  std::exception_ptr m_Failure;
+  SourceRecorder& sources_;
+  RowRecorder& rows_;
+  observe::Observer* before_;
+  bool began_ = false;
+  std::exception_ptr failure_;
 };
 
 // What several probes store in one field is all needed; a row's value stands in place of theirs. A
@@ -127,24 +127,24 @@ namespace {
 // Sets a mark for as long as it lives.
 class RunningNow {
  public:
-  explicit RunningNow(bool* mark) : m_Mark(mark) { *m_Mark = true; }
+  explicit RunningNow(bool* mark) : mark_(mark) { *mark_ = true; }
   RunningNow(const RunningNow&) = delete;
   RunningNow& operator=(const RunningNow&) = delete;
-  ~RunningNow() { *m_Mark = false; }
+  ~RunningNow() { *mark_ = false; }
 
  private:
-  bool* m_Mark;
+  bool* mark_;
 };
 
 }  // namespace
 
-Recorder::Recorder(CStatusInterface& collector) : m_State(std::make_unique<State>(collector)) {}
+Recorder::Recorder(CStatusInterface& collector) : state_(std::make_unique<State>(collector)) {}
 Recorder::Recorder(Recorder&&) noexcept = default;
 Recorder& Recorder::operator=(Recorder&&) noexcept = default;
 Recorder::~Recorder() = default;
 
 Snapshot Recorder::RunCycle(const Limits& limits) {
-  State& state = *m_State;
+  State& state = *state_;
   if (state.Running) {
     throw std::logic_error("insight::Recorder::RunCycle was called by an observer");
   }

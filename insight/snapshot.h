@@ -188,7 +188,7 @@ class INSIGHT_API Recorder {
 
  private:
   class State;
-  std::unique_ptr<State> m_State;
+  std::unique_ptr<State> state_;
 };
 
 }  // namespace insight

@@ -240,16 +240,16 @@ TEST_F(CheckTest, NamesThirtyFindingsAndCountsTheRest) {
 // A file under another process's write lease keeps its reader waiting for 45 seconds.
 class HeldLease {
  public:
-  explicit HeldLease(const char* path) : m_File(open(path, O_RDWR | O_CLOEXEC)) {
+  explicit HeldLease(const char* path) : file_(open(path, O_RDWR | O_CLOEXEC)) {
     static_cast<void>(std::signal(SIGIO, SIG_IGN));  // it is not given back
-    EXPECT_EQ(fcntl(m_File, F_SETLEASE, F_WRLCK), 0) << path;
+    EXPECT_EQ(fcntl(file_, F_SETLEASE, F_WRLCK), 0) << path;
   }
   HeldLease(const HeldLease&) = delete;
   HeldLease& operator=(const HeldLease&) = delete;
-  ~HeldLease() { close(m_File); }
+  ~HeldLease() { close(file_); }
 
  private:
-  int m_File;
+  int file_;
 };
 
 TEST_F(CheckTest, DoesNotWaitForASourceThatHangsAndNamesIt) {

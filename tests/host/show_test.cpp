@@ -72,7 +72,7 @@ testing::Matcher<const std::string&> StartsAsText() {
 class ShowTest : public testing::Test {
  protected:
   void SetUp() override {
-    m_Scenario.Row("DimmingLevel", "37.5")
+    scenario_.Row("DimmingLevel", "37.5")
         .Row("DimmingMode", "manual")
         .Row("GUID", "6f1c0d52")
         .Row("Sensor_00_Celsius", "21.6")
@@ -80,11 +80,11 @@ class ShowTest : public testing::Test {
         .Row("Sensor_00_Location", "Local_CAN")
         .Row("Sensor_00_Type", "CANTemp")
         .Interface({.Name = "eth0"});
-    m_Scenario.Uptime(std::chrono::seconds(93784));
-    m_Scenario.Apply();
+    scenario_.Uptime(std::chrono::seconds(93784));
+    scenario_.Apply();
   }
 
-  sandbox::Scenario m_Scenario;
+  sandbox::Scenario scenario_;
 };
 
 TEST_F(ShowTest, ShowsTextUnlessAskedOtherwise) {
@@ -124,7 +124,7 @@ TEST_F(ShowTest, KeepsTheProbesOwnLinesOutOfTheDocument) {
 }
 
 TEST_F(ShowTest, ShowsTheDocumentOfAFailedCycleAndEndsWithOne) {
-  m_Scenario.NoDatabase().Apply();
+  scenario_.NoDatabase().Apply();
   const ProgramResult result = Collector({"show", "--format", "xml"});
   EXPECT_EQ(result.ExitCode, kFailed);
   EXPECT_TRUE(test_support::IsValidDocument(result.Output));
@@ -236,134 +236,134 @@ class OutputTest : public ShowTest {
  protected:
   void SetUp() override {
     ShowTest::SetUp();
-    fs::remove_all(m_Folder);
-    fs::create_directories(m_Folder);
+    fs::remove_all(folder_);
+    fs::create_directories(folder_);
   }
 
   std::vector<std::string> Files() const {
     std::vector<std::string> files;
-    for (const auto& entry : fs::directory_iterator(m_Folder)) {
+    for (const auto& entry : fs::directory_iterator(folder_)) {
       files.push_back(entry.path().filename());
     }
     std::sort(files.begin(), files.end());
     return files;
   }
 
-  const std::string m_Folder = "/tmp/output_test";
-  const std::string m_File = m_Folder + "/status.xml";
+  const std::string folder_ = "/tmp/output_test";
+  const std::string file_ = folder_ + "/status.xml";
 };
 
 TEST_F(OutputTest, WritesTheDocumentToAFile) {
-  const ProgramResult result = Collector({"show", "--format", "xml", "--output", m_File});
+  const ProgramResult result = Collector({"show", "--format", "xml", "--output", file_});
   EXPECT_EQ(result.ExitCode, kAllWell) << result.Errors;
   EXPECT_EQ(result.Output, "");
-  EXPECT_TRUE(test_support::IsValidDocument(Read(m_File)));
+  EXPECT_TRUE(test_support::IsValidDocument(Read(file_)));
   EXPECT_THAT(Files(), testing::ElementsAre("status.xml"));
-  EXPECT_EQ(Mode(m_File), 0644U);
+  EXPECT_EQ(Mode(file_), 0644U);
 }
 
 TEST_F(OutputTest, WritesTheDocumentOfAFailedCycle) {
-  m_Scenario.NoDatabase().Apply();
-  EXPECT_EQ(Collector({"show", "--format", "xml", "-o", m_File}).ExitCode, kFailed);
-  EXPECT_TRUE(test_support::IsValidDocument(Read(m_File)));
+  scenario_.NoDatabase().Apply();
+  EXPECT_EQ(Collector({"show", "--format", "xml", "-o", file_}).ExitCode, kFailed);
+  EXPECT_TRUE(test_support::IsValidDocument(Read(file_)));
 }
 
 TEST_F(OutputTest, ReplacesAFileAndKeepsItsPermissions) {
-  Write(m_File, "old");
-  chmod(m_File.c_str(), 0600);
-  EXPECT_EQ(Collector({"show", "--output", m_File}).ExitCode, kAllWell);
-  EXPECT_THAT(Read(m_File), StartsAsText());
-  EXPECT_EQ(Mode(m_File), 0600U);
+  Write(file_, "old");
+  chmod(file_.c_str(), 0600);
+  EXPECT_EQ(Collector({"show", "--output", file_}).ExitCode, kAllWell);
+  EXPECT_THAT(Read(file_), StartsAsText());
+  EXPECT_EQ(Mode(file_), 0600U);
 }
 
 // A user could lay a file ready that became one of root's, run with root's rights, and writable.
 TEST_F(OutputTest, KeepsNoPermissionThatAnotherUserHasChosenForHimself) {
-  Write(m_File, "old");
-  chmod(m_File.c_str(), 06777);
-  EXPECT_EQ(Collector({"show", "--output", m_File}).ExitCode, kAllWell);
-  EXPECT_EQ(Mode(m_File), 0777U) << "one's own";
-  if (lchown(m_File.c_str(), kSomebody, kSomebody) != 0) {
+  Write(file_, "old");
+  chmod(file_.c_str(), 06777);
+  EXPECT_EQ(Collector({"show", "--output", file_}).ExitCode, kAllWell);
+  EXPECT_EQ(Mode(file_), 0777U) << "one's own";
+  if (lchown(file_.c_str(), kSomebody, kSomebody) != 0) {
     GTEST_SKIP() << "no other users: " << std::strerror(errno);
   }
-  chmod(m_File.c_str(), 06777);
-  EXPECT_EQ(Collector({"show", "--output", m_File}).ExitCode, kAllWell);
-  EXPECT_EQ(Mode(m_File), 0755U) << "somebody else's";
+  chmod(file_.c_str(), 06777);
+  EXPECT_EQ(Collector({"show", "--output", file_}).ExitCode, kAllWell);
+  EXPECT_EQ(Mode(file_), 0755U) << "somebody else's";
 }
 
 TEST_F(OutputTest, FollowsASymbolicLink) {
-  Write(m_Folder + "/real", "old");
-  fs::create_symlink("real", m_File);
-  EXPECT_EQ(Collector({"show", "--output", m_File}).ExitCode, kAllWell);
-  EXPECT_TRUE(fs::is_symlink(m_File));
-  EXPECT_THAT(Read(m_Folder + "/real"), StartsAsText());
+  Write(folder_ + "/real", "old");
+  fs::create_symlink("real", file_);
+  EXPECT_EQ(Collector({"show", "--output", file_}).ExitCode, kAllWell);
+  EXPECT_TRUE(fs::is_symlink(file_));
+  EXPECT_THAT(Read(folder_ + "/real"), StartsAsText());
 }
 
 // The link used to be replaced by the file.
 TEST_F(OutputTest, FollowsASymbolicLinkToAFileThatIsNotThereYet) {
-  fs::create_directories(m_Folder + "/kept");
-  fs::create_symlink("kept/real", m_Folder + "/second");
-  fs::create_symlink(m_Folder + "/second", m_File);
-  EXPECT_EQ(Collector({"show", "--output", m_File}).ExitCode, kAllWell);
+  fs::create_directories(folder_ + "/kept");
+  fs::create_symlink("kept/real", folder_ + "/second");
+  fs::create_symlink(folder_ + "/second", file_);
+  EXPECT_EQ(Collector({"show", "--output", file_}).ExitCode, kAllWell);
   EXPECT_THAT(Files(), testing::ElementsAre("kept", "second", "status.xml"));
-  EXPECT_TRUE(fs::is_symlink(m_File));
-  EXPECT_THAT(Read(m_Folder + "/kept/real"), StartsAsText());
+  EXPECT_TRUE(fs::is_symlink(file_));
+  EXPECT_THAT(Read(folder_ + "/kept/real"), StartsAsText());
 }
 
 // Where fs.protected_symlinks is set, the kernel would follow none of these, but was only asked
 // about the name before the link came.
 TEST_F(OutputTest, FollowsNoLinkOfAnotherUserInAFolderOfEverybody) {
-  const std::string secret = m_Folder + "-secret";
+  const std::string secret = folder_ + "-secret";
   Write(secret, "old");
-  fs::create_symlink(secret, m_File);
-  chmod(m_Folder.c_str(), 01777);
-  if (lchown(m_File.c_str(), kSomebody, kSomebody) != 0) {
+  fs::create_symlink(secret, file_);
+  chmod(folder_.c_str(), 01777);
+  if (lchown(file_.c_str(), kSomebody, kSomebody) != 0) {
     GTEST_SKIP() << "no other users: " << std::strerror(errno);
   }
-  const ProgramResult result = Collector({"show", "--output", m_File});
+  const ProgramResult result = Collector({"show", "--output", file_});
   EXPECT_EQ(result.ExitCode, kTrouble);
   EXPECT_THAT(result.Errors,
-              testing::EndsWith("statuscollector: " + m_File + ": Permission denied\n"));
+              testing::EndsWith("statuscollector: " + file_ + ": Permission denied\n"));
   EXPECT_EQ(Read(secret), "old");
-  chmod(m_Folder.c_str(), 0755);
-  EXPECT_EQ(Collector({"show", "--output", m_File}).ExitCode, kAllWell) << "root's folder";
+  chmod(folder_.c_str(), 0755);
+  EXPECT_EQ(Collector({"show", "--output", file_}).ExitCode, kAllWell) << "root's folder";
   EXPECT_THAT(Read(secret), StartsAsText());
-  ASSERT_EQ(lchown(m_Folder.c_str(), kSomebody, kSomebody), 0);
-  chmod(m_Folder.c_str(), 01777);
-  EXPECT_EQ(Collector({"show", "--output", m_File}).ExitCode, kAllWell) << "of the link's owner";
+  ASSERT_EQ(lchown(folder_.c_str(), kSomebody, kSomebody), 0);
+  chmod(folder_.c_str(), 01777);
+  EXPECT_EQ(Collector({"show", "--output", file_}).ExitCode, kAllWell) << "of the link's owner";
 }
 
 // It used to be replaced, too.
 TEST_F(OutputTest, RefusesASymbolicLinkWithoutAnEnd) {
-  fs::create_symlink("status.xml", m_File);
-  const ProgramResult result = Collector({"show", "--output", m_File});
+  fs::create_symlink("status.xml", file_);
+  const ProgramResult result = Collector({"show", "--output", file_});
   EXPECT_EQ(result.ExitCode, kTrouble);
-  EXPECT_THAT(result.Errors, HasSubstr("statuscollector: " + m_File + ": "));
-  EXPECT_TRUE(fs::is_symlink(m_File));
+  EXPECT_THAT(result.Errors, HasSubstr("statuscollector: " + file_ + ": "));
+  EXPECT_TRUE(fs::is_symlink(file_));
 }
 
 TEST_F(OutputTest, WritesRelativeToTheWorkingFolder) {
-  const ProgramResult result = Shell("cd " + m_Folder + " && exec $COLLECTOR show -o status.xml");
+  const ProgramResult result = Shell("cd " + folder_ + " && exec $COLLECTOR show -o status.xml");
   EXPECT_EQ(result.ExitCode, kAllWell) << result.Errors;
-  EXPECT_THAT(Read(m_File), StartsAsText());
+  EXPECT_THAT(Read(file_), StartsAsText());
 }
 
 // A file size limit stands for a full disk.
 TEST_F(OutputTest, LeavesTheOldFileAloneWhenItCannotWriteTheWholeNewOne) {
-  Write(m_File, "old");
+  Write(file_, "old");
   const ProgramResult result =
-      Shell("trap '' XFSZ; ulimit -f 1; exec $COLLECTOR show --format xml --output " + m_File);
+      Shell("trap '' XFSZ; ulimit -f 1; exec $COLLECTOR show --format xml --output " + file_);
   EXPECT_EQ(result.ExitCode, kTrouble);
-  EXPECT_THAT(result.Errors, HasSubstr("statuscollector: " + m_File + ": "));
-  EXPECT_EQ(Read(m_File), "old");
+  EXPECT_THAT(result.Errors, HasSubstr("statuscollector: " + file_ + ": "));
+  EXPECT_EQ(Read(file_), "old");
   EXPECT_THAT(Files(), testing::ElementsAre("status.xml")) << "a temporary file is left";
 }
 
 TEST_F(OutputTest, RefusesWhatIsNoRegularFile) {
-  m_Scenario.Folder(m_Folder + "/folder");
-  fs::create_directories(m_Folder + "/folder");
-  mkfifo((m_Folder + "/pipe").c_str(), 0600);
+  scenario_.Folder(folder_ + "/folder");
+  fs::create_directories(folder_ + "/folder");
+  mkfifo((folder_ + "/pipe").c_str(), 0600);
   for (const char* name : {"folder", "pipe"}) {
-    const ProgramResult result = Collector({"show", "--output", m_Folder + "/" + name});
+    const ProgramResult result = Collector({"show", "--output", folder_ + "/" + name});
     EXPECT_EQ(result.ExitCode, kTrouble);
     EXPECT_THAT(result.Errors, testing::EndsWith(std::string(name) + " is not a regular file\n"));
   }
@@ -374,7 +374,7 @@ TEST_F(OutputTest, RefusesWhatIsNoRegularFile) {
 TEST_F(OutputTest, WritesFilesWithTheLongestNames) {
   for (const std::size_t length : {249, 252, 255}) {
     SCOPED_TRACE(length);
-    const std::string file = m_Folder + "/" + std::string(length, 'n');
+    const std::string file = folder_ + "/" + std::string(length, 'n');
     const ProgramResult result = Collector({"show", "--output", file});
     EXPECT_EQ(result.ExitCode, kAllWell) << result.Errors;
     EXPECT_THAT(Read(file), StartsAsText());
@@ -393,7 +393,7 @@ TEST_F(OutputTest, EndsWithTwoWhenStandardOutputCannotBeWritten) {
   EXPECT_EQ(closed.ExitCode, kTrouble);
   EXPECT_THAT(closed.Errors, HasSubstr("statuscollector: standard output: "));
   const ProgramResult full =
-      Shell("trap '' XFSZ; ulimit -f 1; exec $COLLECTOR schema >" + m_Folder + "/schema");
+      Shell("trap '' XFSZ; ulimit -f 1; exec $COLLECTOR schema >" + folder_ + "/schema");
   EXPECT_EQ(full.ExitCode, kTrouble);
   EXPECT_THAT(full.Errors, HasSubstr("statuscollector: standard output: "));
 }
@@ -469,20 +469,20 @@ class DiffTest : public testing::Test {
  protected:
   void SetUp() override {
     QtSts::CStatus status;
-    Write(m_Before, QtSts::WriteDocument(status));
+    Write(before_, QtSts::WriteDocument(status));
     status.MemoryFree = 5;
     status.GUID =
         "\xC2\x9B"
         "31m";
-    Write(m_After, QtSts::WriteDocument(status));
+    Write(after_, QtSts::WriteDocument(status));
   }
 
-  const std::string m_Before = "/tmp/before.xml";
-  const std::string m_After = "/tmp/after.xml";
+  const std::string before_ = "/tmp/before.xml";
+  const std::string after_ = "/tmp/after.xml";
 };
 
 TEST_F(DiffTest, ListsTheDifferencesAndEndsWithOne) {
-  const ProgramResult result = Collector({"diff", m_Before, m_After});
+  const ProgramResult result = Collector({"diff", before_, after_});
   EXPECT_EQ(result.ExitCode, 1);
   EXPECT_EQ(result.Output,
             "GUID: \"\" -> \"\xEF\xBF\xBD"
@@ -491,18 +491,18 @@ TEST_F(DiffTest, ListsTheDifferencesAndEndsWithOne) {
 }
 
 TEST_F(DiffTest, SaysNothingAboutEqualDocuments) {
-  const ProgramResult result = Collector({"diff", m_Before, m_Before});
+  const ProgramResult result = Collector({"diff", before_, before_});
   EXPECT_EQ(result.ExitCode, kAllWell);
   EXPECT_EQ(result.Output, "");
 }
 
 TEST_F(DiffTest, NamesTheFileThatIsNoDocument) {
   Write("/tmp/wrong.xml", "<Status>\x1b[31m");
-  const ProgramResult wrong = Collector({"diff", m_Before, "/tmp/wrong.xml"});
+  const ProgramResult wrong = Collector({"diff", before_, "/tmp/wrong.xml"});
   EXPECT_EQ(wrong.ExitCode, kTrouble);
   EXPECT_THAT(wrong.Errors, StartsWith("statuscollector: /tmp/wrong.xml: line 1: not a document"));
   EXPECT_THAT(wrong.Errors, Not(HasSubstr("\x1b")));
-  const ProgramResult missing = Collector({"diff", "/tmp/missing.xml", m_After});
+  const ProgramResult missing = Collector({"diff", "/tmp/missing.xml", after_});
   EXPECT_EQ(missing.ExitCode, kTrouble);
   EXPECT_EQ(
       missing.Errors,
@@ -530,17 +530,17 @@ constexpr const char* kLimitedDiff = "ulimit -v 140000; exec $COLLECTOR diff ";
 
 // The tree that libxml2 made of such a document used to take 180 MB.
 TEST_F(DiffTest, ReadsLargeDocumentsInLittleMemory) {
-  Write(m_Before, LargeDocument("5"));
-  const ProgramResult result = Shell(kLimitedDiff + m_Before + " " + m_Before);
+  Write(before_, LargeDocument("5"));
+  const ProgramResult result = Shell(kLimitedDiff + before_ + " " + before_);
   EXPECT_EQ(result.ExitCode, kAllWell) << result.Errors;
   EXPECT_EQ(result.Output, "");
 }
 
 // All differences used to be kept, and the text of all, 100 MB more.
 TEST_F(DiffTest, ListsManyDifferencesInLittleMemory) {
-  Write(m_Before, LargeDocument("5"));
-  Write(m_After, LargeDocument("6"));
-  const ProgramResult result = Shell(kLimitedDiff + m_Before + " " + m_After);
+  Write(before_, LargeDocument("5"));
+  Write(after_, LargeDocument("6"));
+  const ProgramResult result = Shell(kLimitedDiff + before_ + " " + after_);
   EXPECT_EQ(result.ExitCode, 1) << result.Errors;
   EXPECT_EQ(std::count(result.Output.begin(), result.Output.end(), '\n'), 300'000);
   EXPECT_THAT(result.Output, testing::EndsWith("Sensors[99999]/SyncLossCounter: 5 -> 6\n"

@@ -30,10 +30,10 @@ constexpr gid_t kGroup = 1044;
 
 class TroubleTest : public testing::Test {
  protected:
-  void SetUp() override { m_Scenario.NoDatabase().Apply(); }
+  void SetUp() override { scenario_.NoDatabase().Apply(); }
   void TearDown() override { fs::remove_all(kDatabase); }
 
-  sandbox::Scenario m_Scenario =
+  sandbox::Scenario scenario_ =
       sandbox::Scenario()
           .File("/etc/passwd", "root:x:0:0::/:/bin/sh\nmonitor:x:1001:1001::/:/bin/sh\n")
           .File("/etc/group", "root:x:0:\nstatus:x:1044:\n");
@@ -115,7 +115,7 @@ TEST_F(TroubleTest, WhoMayNotReadIsToldWhichGroupMay) {
   if (!MayChangeUser()) {
     GTEST_SKIP() << "no other users";
   }
-  m_Scenario.Row("GUID", "abc").Apply();
+  scenario_.Row("GUID", "abc").Apply();
   ASSERT_EQ(chmod(kDatabase, 0640), 0);
   ASSERT_EQ(chown(kDatabase, 0, kGroup), 0);
   EXPECT_THAT(
