@@ -139,7 +139,7 @@ TEST(Sources, OfAnInterfaceWithoutALinkAreItsCarrierAlone) {
   Apply(Talkative());
   sandbox::WriteFile("/sys/class/net/eth0/carrier", "0\n");
   const Snapshot snapshot = Cycle();
-  EXPECT_EQ(VerdictOf(snapshot, "carrier:eth0"), kOk);
+  EXPECT_EQ(VerdictOf(snapshot, "carrier:eth0"), (Verdict{SourceState::kOk, 0, "no link"}));
   EXPECT_THROW(Find(snapshot, "transitions:eth0"), std::runtime_error);
   // The fields of the other interface have moved to the first place.
   EXPECT_THAT(Find(snapshot, "transitions:eth1").Fields,
