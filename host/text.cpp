@@ -162,13 +162,16 @@ class TextRenderer {
     });
   }
 
-  // Bits of the flags that rows write say nothing about the power.
+  // Other bits of the flags say nothing about the power.
   void ShowDisplayFacts(const TreeElement& output) {
     std::vector<Row> rows;
     for (const Column& fact : kDisplayFacts) {
       const bool power = std::string_view(fact.Template).ends_with(":power}");
       Row row{Mark::kNone, {fact.Heading}};
       AddCell(fact.Template, output, &row, power ? &annotations_.Unfed : nullptr);
+      if (power && row.Cells.back() == "on") {
+        row.How = Mark::kNone;
+      }
       rows.push_back(std::move(row));
     }
     page_.Table({{""}, {""}}, rows);
