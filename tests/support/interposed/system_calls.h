@@ -1,6 +1,6 @@
 // Calls of the C library that this program replaces, because no fixture can make them answer so:
-// they fail (tests/support/interposed/failure.h), opens are recorded and refused, and the results of
-// others are changed. Without an object of these classes and of Failure every call does what it
+// they fail (tests/support/interposed/failure.h), opens are recorded and refused, and the results
+// of others are changed. Without an object of these classes and of Failure every call does what it
 // always does.
 #pragma once
 
