@@ -48,7 +48,7 @@ constexpr Row kRows[] = {
     {"TtableTime", Status_TtableTime},
     {"TtableTitle", Status_TtableTitle},
 };
-static_assert(std::size(kRows) == kStatusKeyCount, "the exported table has another size");
+static_assert(std::size(kRows) == kStatusKeyCount);  // the size of the exported table
 
 // Each key is smaller than the next and does not begin it. A key that began a later one would begin
 // its neighbour, too.

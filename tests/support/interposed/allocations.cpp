@@ -15,8 +15,8 @@ std::function<void()> g_on_next_allocation;
 void* CountMade(void* block) {
   if (block != nullptr) {
     ++g_allocations.Made;
+    ++g_allocations.Live;
     if constexpr (kCountsBlocks) {
-      ++g_allocations.Live;
       g_allocations.Bytes += malloc_usable_size(block);
       g_allocations.MostBytes = std::max(g_allocations.MostBytes, g_allocations.Bytes);
     }
@@ -25,9 +25,9 @@ void* CountMade(void* block) {
 }
 
 void CountFreed(void* block) {
-  if constexpr (kCountsBlocks) {
-    if (block != nullptr) {
-      --g_allocations.Live;
+  if (block != nullptr) {
+    --g_allocations.Live;
+    if constexpr (kCountsBlocks) {
       g_allocations.Bytes -= malloc_usable_size(block);
     }
   }
