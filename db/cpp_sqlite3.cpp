@@ -25,7 +25,7 @@ struct Details : std::string {
   int SystemError;
 };
 
-const Details& DetailsOf(const std::shared_ptr<std::string const>& message) {
+const Details& DetailsOf(const std::shared_ptr<const std::string>& message) {
   return static_cast<const Details&>(*message);
 }
 

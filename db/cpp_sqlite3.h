@@ -41,7 +41,7 @@ class SQLITEDB_API CppSQLite3Exception {
 
  private:
   int code_;
-  std::shared_ptr<std::string const> message_;
+  std::shared_ptr<const std::string> message_;
 };
 
 // The rows of one execution of a statement, in the order of its SQL. Borrows the statement: the

@@ -44,5 +44,5 @@ class CycleTest : public testing::Test {
   CStatusInterface collector_;
   QtSts::CStatus& status_ = collector_.m_Status;
 
-  static constexpr CycleResult kDone{0, ""};
+  inline static const CycleResult kDone{0, ""};
 };
