@@ -15,7 +15,7 @@ using ValueSet = std::unordered_set<const QtSts::TreeValue*>;
 
 struct Filled {
   std::string Text;
-  std::vector<const QtSts::TreeValue*> Used;  // the values that the text tells
+  std::vector<const QtSts::TreeValue*> Used;  // the values that the text has
 };
 
 // Fills the places of a template, all of whose text is printable afterwards:

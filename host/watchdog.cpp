@@ -69,7 +69,7 @@ class Watchdog::State {
     const std::string text = "UNKNOWN - no answer within " + std::to_string(timeout_.count()) +
                              " s: still " + PluginText(last_) + "\n";
     const ssize_t written = write(output_, text.data(), text.size());
-    static_cast<void>(written);  // there is nobody left to tell
+    static_cast<void>(written);  // the program ends in any case
     _exit(status_);
   }
 

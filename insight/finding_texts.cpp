@@ -53,7 +53,7 @@ std::string Duration(std::chrono::seconds seconds) {
   return text;
 }
 
-std::string Told(const char* message, const QtSts::TreeValue& value) {
+std::string WithValue(const char* message, const QtSts::TreeValue& value) {
   if (std::string_view(message).find("{0x}") != std::string_view::npos) {
     return Replaced(message, "{0x}", Hexadecimal(value.Unsigned()));
   }
@@ -64,13 +64,13 @@ std::string Told(const char* message, const QtSts::TreeValue& value) {
 
 std::string OutsideOf(const Range& range, const std::string& what, double number,
                       std::string_view unit) {
-  const std::string told = what + " " + WithUnit(Rounded(number), unit);
+  const std::string text = what + " " + WithUnit(Rounded(number), unit);
   if (range.Excluded) {
-    return told + ", between " + Rounded(range.Least) + " and " +
+    return text + ", between " + Rounded(range.Least) + " and " +
            WithUnit(Rounded(range.Most), unit);
   }
   const bool above = number > range.Most;
-  return told + (above ? ", above" : ", below") + " the limit of " +
+  return text + (above ? ", above" : ", below") + " the limit of " +
          WithUnit(Rounded(above ? range.Most : range.Least), unit);
 }
 

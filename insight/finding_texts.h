@@ -23,7 +23,7 @@ std::string Duration(std::chrono::seconds seconds);
 
 // `message` with `value` in place of "{}": with its unit, or the name of its code. In place of
 // "{0x}" stand its hexadecimal digits.
-std::string Told(const char* message, const QtSts::TreeValue& value);
+std::string WithValue(const char* message, const QtSts::TreeValue& value);
 
 // "temperature 81 °C, above the limit of 65 °C".
 std::string OutsideOf(const Range& range, const std::string& what, double number,

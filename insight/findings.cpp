@@ -115,11 +115,11 @@ class Finder {
   }
 
   void FindInDatabase() {
-    const bool told = std::ranges::any_of(snapshot_.Sources, [](const Source& source) {
+    const bool reported = std::ranges::any_of(snapshot_.Sources, [](const Source& source) {
       return source.Id == kDatabaseId && NeedsAttention(source) &&
              source.State != SourceState::kEmpty;
     });
-    if (snapshot_.Result != 0 && !told) {
+    if (snapshot_.Result != 0 && !reported) {
       AddOfDatabase("cycle-failed", Severity::kUnknown, "not all rows of the database were read",
                     "the reason on standard error");
     }
@@ -174,8 +174,8 @@ class Finder {
       const FoundValue found = FindIn(element, rule.Class, rule.Field);
       if (found.Value != nullptr && rule.NeedsAttention(element, *found.Value) &&
           (rule.Counts == When::kAlways || IsOfConnected(element))) {
-        Add(Make(rule.Id, rule.Level, Told(rule.Message, *found.Value), rule.Hint), element, found,
-            rule.Key);
+        Add(Make(rule.Id, rule.Level, WithValue(rule.Message, *found.Value), rule.Hint), element,
+            found, rule.Key);
       }
     }
   }

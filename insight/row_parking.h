@@ -42,7 +42,7 @@ class Parking {
   // Of sensors, display interfaces and DCIO devices; `element` is null when it is refused.
   void Take(const observe::Record& record, const Element* element);
 
-  // Tells what the element of the row has inherited.
+  // Reports what the element of the row has inherited.
   void EndRow();
 
   // The rows of the element that the row belongs to, so far.

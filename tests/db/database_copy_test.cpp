@@ -170,7 +170,7 @@ TEST_F(DatabaseCopy, LeavesNoLockBehind) {
   EXPECT_EQ(Foreign(file_).Do("PRAGMA journal_mode=DELETE; BEGIN EXCLUSIVE; COMMIT"), "");
 }
 
-TEST_F(DatabaseCopy, FileThatStaysLockedIsToldAfterTwoSeconds) {
+TEST_F(DatabaseCopy, FileThatStaysLockedIsReportedAfterTwoSeconds) {
   Signal ready;
   Child writer([&] {
     Foreign foreign(file_);
@@ -191,7 +191,7 @@ TEST_F(DatabaseCopy, FileThatStaysLockedIsToldAfterTwoSeconds) {
   });
 }
 
-TEST_F(DatabaseCopy, LogWithoutItsIndexIsToldWithWhatToDo) {
+TEST_F(DatabaseCopy, LogWithoutItsIndexIsReportedWithWhatToDo) {
   {
     Child writer([&]() -> int {
       Foreign foreign(file_);
@@ -216,7 +216,7 @@ TEST_F(DatabaseCopy, LogWithoutItsIndexIsToldWithWhatToDo) {
   });
 }
 
-TEST_F(DatabaseCopy, DatabaseOfMoreThan64MegabytesIsToldWithWhatToDo) {
+TEST_F(DatabaseCopy, DatabaseOfMoreThan64MegabytesIsReportedWithWhatToDo) {
   fs::resize_file(file_, (64 << 20) + 4096);
   Unprivileged([&] {
     Open();

@@ -182,7 +182,7 @@ TEST_F(CheckTest, EndsWithThreeForWrongUsageAsPluginsDo) {
   }
 }
 
-TEST_F(CheckTest, LeavesOutWhatItIsToldToIgnore) {
+TEST_F(CheckTest, LeavesOutWhatIsToBeIgnored) {
   const std::string behind_router = "sensor-disconnected:Outputs[0]/DisplayInterfaces[0]/Sensors";
   Demo().Row("Sensor_07_Connected", "false").Row("Sensor_08_Connected", "false").Apply();
   EXPECT_EQ(Check().ExitCode, kWarning);

@@ -556,7 +556,7 @@ TEST(SchemaCommand, PrintsTheSchema) {
   EXPECT_TRUE(test_support::IsValid(QtSts::WriteDocument(status), result.Output));
 }
 
-TEST(Usage, IsToldOnStandardOutputWithinEightyColumns) {
+TEST(Usage, IsPrintedOnStandardOutputWithinEightyColumns) {
   for (const std::vector<std::string>& arguments :
        std::vector<std::vector<std::string>>{{"--help"},
                                              {"-h"},
@@ -576,7 +576,7 @@ TEST(Usage, IsToldOnStandardOutputWithinEightyColumns) {
   }
 }
 
-TEST(Usage, TellsTheVersion) {
+TEST(Usage, PrintsTheVersion) {
   const ProgramResult result = Collector({"--version"});
   EXPECT_EQ(result.ExitCode, kAllWell);
   EXPECT_TRUE(std::regex_match(result.Output, std::regex("statuscollector \\d+\\.\\d+\\.\\d+\n")))

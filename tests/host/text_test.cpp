@@ -288,7 +288,7 @@ TEST_F(Templates, AreSeenToBeWrongWhenTheyAre) {
   EXPECT_TRUE(Leads(QtSts::CStatus::Class, "SolarInfo/CalculatedSunset:nil="));
 }
 
-// Every value that a sensor's own class adds to the common ones is told somewhere in its reading.
+// Every value that a sensor's own class adds to the common ones stands somewhere in its reading.
 TEST_F(Templates, TellEveryValueOfEverySensor) {
   for (const QtSts::ClassInfo* const info : QtSts::Classes()) {
     if (info->Create == nullptr || !QtSts::IsA(*info, QtSts::CSensor::Class)) {

@@ -111,7 +111,7 @@ TEST_F(TroubleTest, ATableThatIsMissingIsNamedWithItsCure) {
   EXPECT_THAT(Words(RunProgram({HOST_PROGRAM, "show"})), testing::IsEmpty());
 }
 
-TEST_F(TroubleTest, WhoMayNotReadIsToldWhichGroupMay) {
+TEST_F(TroubleTest, WhoMayNotReadLearnsWhichGroupMay) {
   if (!MayChangeUser()) {
     GTEST_SKIP() << "no other users";
   }
@@ -127,7 +127,7 @@ TEST_F(TroubleTest, WhoMayNotReadIsToldWhichGroupMay) {
   EXPECT_THAT(Words(AsSomebody("show")), testing::ElementsAre(HasSubstr("; user root may")));
 }
 
-TEST_F(TroubleTest, WhoMayNotCreateTheDatabaseIsToldWhoMay) {
+TEST_F(TroubleTest, WhoMayNotCreateTheDatabaseLearnsWhoMay) {
   if (!MayChangeUser()) {
     GTEST_SKIP() << "no other users";
   }

@@ -1,4 +1,4 @@
-// The typical mistakes of a writer of rows, as the rows of a snapshot tell them.
+// The typical mistakes of a writer of rows, as the rows of a snapshot report them.
 #include <map>
 #include <set>
 
@@ -143,7 +143,7 @@ const std::vector<Mistake>& Mistakes() {
 
 class RowMistake : public ExplainedRows, public testing::WithParamInterface<Mistake> {};
 
-TEST_P(RowMistake, IsToldOfItsRow) {
+TEST_P(RowMistake, IsReportedForItsRow) {
   const Mistake& mistake = GetParam();
   Explain(mistake.Written);
   EXPECT_THAT(TextOf(mistake.Key, mistake.What), HasSubstr(mistake.Says));
@@ -190,7 +190,7 @@ TEST(OutcomesOfRows, HaveACureUnlessTheyAreFine) {
 
 using Inheritance = ExplainedRows;
 
-TEST_F(Inheritance, IsToldWithTheRowOfAnEarlierCycle) {
+TEST_F(Inheritance, IsReportedWithTheRowOfAnEarlierCycle) {
   Explain({{"DCIO_00_Address", "7"}, {"DCIO_00_NumAttribute", "3"}, {"DCIO_00_Type", "RunLED"}});
   EXPECT_EQ(TextOf("DCIO_00_Type", Outcome::kInherited), "");
   Explain({{"DCIO_00_NumAttribute", "3"}, {"DCIO_00_Type", "RunLED"}});
@@ -198,14 +198,14 @@ TEST_F(Inheritance, IsToldWithTheRowOfAnEarlierCycle) {
             "inherits Address from DCIO_00_Address of an earlier cycle");
 }
 
-TEST_F(Inheritance, IsToldOfWhatStoodThereBeforeTheFirstObservedCycle) {
+TEST_F(Inheritance, IsReportedForWhatStoodThereBeforeTheFirstObservedCycle) {
   u32_DCIO_Address = 9;
   Explain({{"DCIO_00_NumAttribute", "3"}, {"DCIO_00_Type", "RunLED"}});
   EXPECT_EQ(TextOf("DCIO_00_Type", Outcome::kInherited),
             "inherits Address from what stood there before the first observed cycle");
 }
 
-TEST_F(Inheritance, IsToldOfTheLocation) {
+TEST_F(Inheritance, IsReportedForTheLocation) {
   Explain({{"Sensor_00_Location", "TXR_CAN"},
            {"Sensor_00_Type", "CANDoor"},
            {"Sensor_01_Type", "CANDoor"}});
@@ -213,7 +213,7 @@ TEST_F(Inheritance, IsToldOfTheLocation) {
               HasSubstr("Location from Sensor_00_Location"));
 }
 
-TEST_F(Inheritance, OfFansPointsAndVoltagesIsToldWhereTheyWaited) {
+TEST_F(Inheritance, OfFansPointsAndVoltagesIsReportedWhereTheyWaited) {
   Explain({{"Sensor_00_Fan_03_Rpm", "900"},
            {"Sensor_00_Input_02_Index", "1"},
            {"Sensor_00_Input_02_Type", "3"},

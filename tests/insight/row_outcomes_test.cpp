@@ -44,7 +44,7 @@ class RowOutcome : public ExplainedRows, public testing::WithParamInterface<RowC
   }
 };
 
-TEST_P(RowOutcome, IsToldOfTheRowThatItBefalls) {
+TEST_P(RowOutcome, IsReportedForItsRow) {
   const RowCase& expected = GetParam();
   ExplainInItsTable(expected.Makes, expected.Changes);
   const std::string text = TextOf(expected.Key, expected.What);
@@ -54,7 +54,7 @@ TEST_P(RowOutcome, IsToldOfTheRowThatItBefalls) {
   EXPECT_FALSE(text.empty() || text.ends_with('.') || text.find('\n') != std::string::npos);
 }
 
-TEST_P(RowOutcome, IsNotToldOfRowsThatJustMissIt) {
+TEST_P(RowOutcome, IsNotReportedForRowsThatJustMissIt) {
   const RowCase& expected = GetParam();
   ExplainInItsTable(expected.Misses, "");
   ASSERT_EQ(snapshot_->Rows.size(), expected.Misses.size());

@@ -172,25 +172,25 @@ TEST_F(EnterTest, AStepThatFailsIsReportedWithItsReason) {
 }
 
 TEST_F(EnterTest, TheInterruptKeyIsTheBodysBusiness) {
-  std::array<int, 2> told = {};
-  ASSERT_EQ(0, pipe(told.data()));
+  std::array<int, 2> channel = {};
+  ASSERT_EQ(0, pipe(channel.data()));
   const pid_t caller = fork();
   if (caller == 0) {
     setpgid(0, 0);
-    _exit(RunInside({}, [&told] {
+    _exit(RunInside({}, [&channel] {
       signal(SIGINT, [](int) { _exit(5); });
-      return write(told[1], "x", 1) == 1 ? pause() : 1;
+      return write(channel[1], "x", 1) == 1 ? pause() : 1;
     }));
   }
   char ready = 0;
-  EXPECT_EQ(1, read(told[0], &ready, 1));
+  EXPECT_EQ(1, read(channel[0], &ready, 1));
   EXPECT_EQ(0, kill(-caller, SIGINT));
   int status = -1;
   EXPECT_EQ(caller, waitpid(caller, &status, 0));
   EXPECT_TRUE(WIFEXITED(status));
   EXPECT_EQ(5, WEXITSTATUS(status));
-  close(told[0]);
-  close(told[1]);
+  close(channel[0]);
+  close(channel[1]);
 }
 
 TEST_F(EnterTest, TheEnvironmentCanAskForWritableFolders) {
@@ -219,17 +219,17 @@ TEST_F(EnterTest, NothingStaysBehindAfterANormalEnd) {
 
 TEST_F(EnterTest, NothingStaysBehindAfterACrashInside) {
   const std::string mounts = Mounts();
-  std::array<int, 2> told = {};
-  ASSERT_EQ(0, pipe(told.data()));
-  EXPECT_EQ(128 + SIGKILL, RunInside({}, [&told] {
+  std::array<int, 2> channel = {};
+  ASSERT_EQ(0, pipe(channel.data()));
+  EXPECT_EQ(128 + SIGKILL, RunInside({}, [&channel] {
               const std::string mess = MakeMess();
-              return write(told[1], mess.data(), mess.size()) == -1 ? 1 : raise(SIGKILL);
+              return write(channel[1], mess.data(), mess.size()) == -1 ? 1 : raise(SIGKILL);
             }));
   std::array<char, 1024> text = {};
-  const ssize_t count = read(told[0], text.data(), text.size());
+  const ssize_t count = read(channel[0], text.data(), text.size());
   ASSERT_LT(0, count);
-  close(told[0]);
-  close(told[1]);
+  close(channel[0]);
+  close(channel[1]);
   EXPECT_THAT(StillAlive({text.data(), static_cast<std::size_t>(count)}), IsEmpty());
   EXPECT_EQ(mounts, Mounts());
 }
@@ -237,23 +237,23 @@ TEST_F(EnterTest, NothingStaysBehindAfterACrashInside) {
 TEST_F(EnterTest, NothingStaysBehindAfterTheCallerIsKilled) {
   const std::string mounts = Mounts();
   ASSERT_EQ(0, prctl(PR_SET_CHILD_SUBREAPER, 1));  // the system's init may take its time to reap
-  std::array<int, 2> told = {};
-  ASSERT_EQ(0, pipe(told.data()));
+  std::array<int, 2> channel = {};
+  ASSERT_EQ(0, pipe(channel.data()));
   const pid_t caller = fork();
   if (caller == 0) {
-    _exit(RunInside({}, [&told] {
+    _exit(RunInside({}, [&channel] {
       const std::string mess = MakeMess();
-      return write(told[1], mess.data(), mess.size()) == -1 ? 1 : pause();
+      return write(channel[1], mess.data(), mess.size()) == -1 ? 1 : pause();
     }));
   }
   std::array<char, 1024> text = {};
-  const ssize_t count = read(told[0], text.data(), text.size());
+  const ssize_t count = read(channel[0], text.data(), text.size());
   ASSERT_LT(0, count);
   kill(caller, SIGKILL);
   while (wait(nullptr) != -1) {
   }
-  close(told[0]);
-  close(told[1]);
+  close(channel[0]);
+  close(channel[1]);
   EXPECT_THAT(StillAlive({text.data(), static_cast<std::size_t>(count)}), IsEmpty());
   EXPECT_EQ(mounts, Mounts());
 }

@@ -69,29 +69,29 @@ void OutsideTest::Refuse(const std::string& reason) {
 }
 
 Outcome Tell(const std::function<std::string()>& body, const Options& options) {
-  Pipe told = MakePipe();
+  Pipe channel = MakePipe();
   Outcome outcome;
-  outcome.Status = RunInside(options, [&body, &told] {
+  outcome.Status = RunInside(options, [&body, &channel] {
     const std::string text = body();
-    return write(told.Write.Number(), text.data(), text.size()) == -1 ? 1 : 0;
+    return write(channel.Write.Number(), text.data(), text.size()) == -1 ? 1 : 0;
   });
-  told.Write.Close();
-  outcome.Output = Drain(told.Read);
+  channel.Write.Close();
+  outcome.Output = Drain(channel.Read);
   return outcome;
 }
 
 Outcome RunCommand(const std::string& line) {
-  Pipe told = MakePipe();
+  Pipe channel = MakePipe();
   const pid_t child = fork();
   if (child == 0) {
-    dup2(told.Write.Number(), STDOUT_FILENO);
-    dup2(told.Write.Number(), STDERR_FILENO);
+    dup2(channel.Write.Number(), STDOUT_FILENO);
+    dup2(channel.Write.Number(), STDERR_FILENO);
     execl("/bin/sh", "sh", "-c", line.c_str(), nullptr);
     _exit(EXIT_FAILURE);
   }
-  told.Write.Close();
+  channel.Write.Close();
   Outcome outcome;
-  outcome.Output = Drain(told.Read);
+  outcome.Output = Drain(channel.Read);
   int status = 0;
   EXPECT_EQ(child, waitpid(child, &status, 0));
   outcome.Status = WIFEXITED(status) ? WEXITSTATUS(status) : 128 + WTERMSIG(status);

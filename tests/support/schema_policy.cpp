@@ -24,7 +24,7 @@ bool Is(const xmlNode* node, const char* name) { return xmlStrEqual(node->name, 
 using Promises = std::map<std::string, std::string>;
 
 // What stands in `text` between `begin` and the next stop; empty without it.
-std::string Told(const std::string& text, const std::string& begin) {
+std::string Following(const std::string& text, const std::string& begin) {
   const std::size_t found = text.find(begin);
   const std::size_t from = found + begin.size();
   return found == std::string::npos ? "" : text.substr(from, text.find('.', from) - from);
@@ -33,10 +33,10 @@ std::string Told(const std::string& text, const std::string& begin) {
 // The unit and the codes of a field, which only its documentation gives: "Output power. Unit: W.",
 // "Who overrides. Values: 0 none, 1 player.".
 void CollectDocumentation(const std::string& text, const std::string& path, Promises* promises) {
-  if (const std::string unit = Told(text, " Unit: "); !unit.empty()) {
+  if (const std::string unit = Following(text, " Unit: "); !unit.empty()) {
     (*promises)[path + " unit"] = unit;
   }
-  std::istringstream codes(Told(text, " Values: "));
+  std::istringstream codes(Following(text, " Values: "));
   for (std::string code; std::getline(codes >> std::ws, code, ',');) {
     const std::size_t blank = code.find(' ');
     (*promises)[path + " code " + code.substr(0, blank)] = code.substr(blank + 1);
