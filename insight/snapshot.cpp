@@ -1,5 +1,7 @@
 #include "insight/snapshot.h"
 
+#include <cxxabi.h>
+
 #include <algorithm>
 #include <exception>
 #include <iterator>
@@ -62,11 +64,13 @@ class Observing : public observe::Observer {
   }
 
   // As without this observer, an exception of the other one ends its observation alone.
-  void PassOn(const observe::Event& event) noexcept {
+  void PassOn(const observe::Event& event) {
     try {
       if (before_ != nullptr) {
         before_->See(event);
       }
+    } catch (const abi::__forced_unwind&) {
+      throw;  // the thread is being cancelled: nobody may catch that
     } catch (...) {
       before_ = nullptr;
     }

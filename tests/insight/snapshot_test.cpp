@@ -2,6 +2,7 @@
 #include "insight/snapshot.h"
 
 #include <gmock/gmock.h>
+#include <pthread.h>
 
 #include <new>
 #include <stdexcept>
@@ -120,6 +121,35 @@ TEST(Snapshot, IsWholeWhenTheObserverBeforeItThrows) {
   const insight::Snapshot snapshot = insight::Recorder(collector).RunCycle();
   EXPECT_EQ(observe::SetObserver(nullptr), nullptr);
   EXPECT_GT(snapshot.Rows.size(), 100U);
+}
+
+// Cancels the thread at the first probe.
+class Cancelling : public observe::Observer {
+ public:
+  void See(const observe::Event& event) override {
+    if (event.As<observe::ProbeBegins>() != nullptr) {
+      pthread_cancel(pthread_self());
+      pthread_testcancel();
+    }
+  }
+};
+
+// The exception by which the C library cancels a thread must not be caught: it ended the process.
+TEST(Snapshot, IsLeftByAThreadThatIsCancelled) {
+  Scenario::Load(sandbox::SourcePath("scenarios/demo")).Apply();
+  Cancelling cancelling;
+  observe::SetObserver(&cancelling);
+  pthread_t thread = {};
+  const auto run = [](void*) -> void* {
+    CStatusInterface collector;
+    insight::Recorder(collector).RunCycle();
+    return nullptr;
+  };
+  ASSERT_EQ(pthread_create(&thread, nullptr, run, nullptr), 0);
+  void* result = nullptr;
+  ASSERT_EQ(pthread_join(thread, &result), 0);
+  EXPECT_EQ(result, PTHREAD_CANCELED);
+  EXPECT_EQ(observe::SetObserver(nullptr), &cancelling);
 }
 
 TEST(Snapshot, OfARecorderThatWasMovedKnowsTheEarlierCycles) {
