@@ -1,6 +1,7 @@
 #include "host/screen.h"
 
 #include <fcntl.h>
+#include <poll.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -10,6 +11,7 @@
 #include <ctime>
 #include <iterator>
 #include <system_error>
+#include <utility>
 
 #include "host/printable.h"
 #include "host/terminal.h"
@@ -134,20 +136,24 @@ void Screen::Draw(const std::string& title, const std::string& text) {
 }
 
 bool WaitUntil(std::chrono::steady_clock::time_point time) {
-  const auto since = std::chrono::duration_cast<std::chrono::nanoseconds>(time.time_since_epoch());
-  const timespec until = {
-      static_cast<std::time_t>(since.count() / std::nano::den),
-      static_cast<long>(since.count() % std::nano::den),
-  };
+  // Let in while it waits only: a signal between the question and the wait would not end it.
+  sigset_t interrupting;
+  sigset_t before;
+  sigemptyset(&interrupting);
+  sigaddset(&interrupting, SIGWINCH);
+  sigaddset(&interrupting, SIGTSTP);
+  sigprocmask(SIG_BLOCK, &interrupting, &before);
   while (g_interrupted == 0) {
-    // steady_clock is this clock.
-    const int error = clock_nanosleep(CLOCK_MONOTONIC, TIMER_ABSTIME, &until, nullptr);
-    if (error != EINTR) {
-      return true;
+    const auto rest = std::max(time - std::chrono::steady_clock::now(),
+                               std::chrono::steady_clock::duration::zero());
+    const auto seconds = std::chrono::duration_cast<std::chrono::seconds>(rest);
+    const timespec timeout = {seconds.count(), std::chrono::nanoseconds(rest - seconds).count()};
+    if (ppoll(nullptr, 0, &timeout, &before) == 0) {
+      break;
     }
   }
-  g_interrupted = 0;
-  return false;
+  sigprocmask(SIG_SETMASK, &before, nullptr);
+  return std::exchange(g_interrupted, 0) == 0;
 }
 
 }  // namespace host
