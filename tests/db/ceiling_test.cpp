@@ -17,24 +17,13 @@ namespace fs = std::filesystem;
 using testing::ElementsAre;
 using testing::Pair;
 
-constexpr const char* kTable =
-    "CREATE TABLE status(address TEXT PRIMARY KEY, value TEXT) WITHOUT ROWID;"
-    "INSERT INTO status VALUES('a','1');";
 constexpr const char* kTooManyRows = "18:table or view has more than 131072 rows";
 constexpr const char* kTooLarge = "18:database is larger than 128 MiB";
 constexpr int kMostRows = 131'072;
 constexpr std::uint32_t kPageSize = 4096;
 constexpr std::uint32_t kMostPages = (128 << 20) / kPageSize;
 
-class Ceiling : public DatabaseTest {
- protected:
-  void Make(const std::string& sql) {
-    MakeForeign(file_, sql);
-    ASSERT_EQ(database_.OpenDatabaseReadOnly(file_.c_str(), kNoMutex), 0);
-  }
-
-  CSQLdatabase database_;
-};
+class Ceiling : public ForeignDatabaseTest {};
 
 // Lets a database that has few pages of 4096 bytes have `pages`, which take no room on the disk.
 void Grow(const std::string& file, std::uint32_t pages) {
@@ -90,7 +79,7 @@ TEST_F(Ceiling, ViewWithoutAnEndIsNotReadBeyondTheLimit) {
 }
 
 TEST_F(Ceiling, DatabaseOfTheLimitIsReadAndALargerOneIsNot) {
-  Make(kTable);
+  Make(kTableWithARow);
   Grow(file_, kMostPages);
   EXPECT_EQ(Thrown([&] { EXPECT_THAT(ReadRows(database_), ElementsAre(Pair("a", "1"))); }), "");
   Grow(file_, kMostPages + 1);
@@ -102,7 +91,7 @@ TEST_F(Ceiling, DatabaseOfTheLimitIsReadAndALargerOneIsNot) {
 }
 
 TEST_F(Ceiling, PagesInTheLogCountAsWell) {
-  Make(std::string("PRAGMA journal_mode=WAL; PRAGMA wal_autocheckpoint=0;") + kTable);
+  Make(std::string("PRAGMA journal_mode=WAL; PRAGMA wal_autocheckpoint=0;") + kTableWithARow);
   CppSQLite3Statement kept = database_.m_DB.compileStatement(kSelect);
   Foreign writer(file_);
   ASSERT_EQ(writer.Do("PRAGMA wal_autocheckpoint=0; CREATE TABLE other(x);"

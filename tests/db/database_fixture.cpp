@@ -67,6 +67,13 @@ void MakeForeign(const std::string& file, const std::string& sql) {
   ASSERT_EQ(Foreign(file).Do(sql), "");
 }
 
+void ForeignDatabaseTest::Make(const std::string& sql) {
+  database_.CloseDatabase();
+  std::filesystem::remove(file_);
+  MakeForeign(file_, sql);
+  ASSERT_EQ(database_.OpenDatabaseReadOnly(file_.c_str(), kNoMutex), 0);
+}
+
 std::string Bytes(const std::string& file) {
   std::ifstream in(file, std::ios::binary);
   return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};

@@ -53,6 +53,20 @@ class Foreign {
 // Makes `file` a database with `sql`, in rollback mode.
 void MakeForeign(const std::string& file, const std::string& sql);
 
+// A table `status` with the row a, 1.
+constexpr const char* kTableWithARow =
+    "CREATE TABLE status(address TEXT PRIMARY KEY, value TEXT) WITHOUT ROWID;"
+    "INSERT INTO status VALUES('a','1');";
+
+// A database that another program has made, opened for reading.
+class ForeignDatabaseTest : public DatabaseTest {
+ protected:
+  // Makes the file anew and opens it.
+  void Make(const std::string& sql);
+
+  CSQLdatabase database_;
+};
+
 // What stands in a file.
 std::string Bytes(const std::string& file);
 

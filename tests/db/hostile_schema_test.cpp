@@ -14,20 +14,11 @@ namespace fs = std::filesystem;
 using testing::ElementsAre;
 using testing::Pair;
 
-constexpr const char* kTable =
-    "CREATE TABLE status(address TEXT PRIMARY KEY, value TEXT) WITHOUT ROWID;"
-    "INSERT INTO status VALUES('a','1');";
-
 // Takes seconds within one function.
 constexpr const char* kSlow = "instr(hex(zeroblob(500000)), hex(zeroblob(250000)) || ''x'')";
 
-class HostileSchema : public DatabaseTest {
+class HostileSchema : public ForeignDatabaseTest {
  protected:
-  void Make(const std::string& sql) {
-    MakeForeign(file_, sql);
-    ASSERT_EQ(database_.OpenDatabaseReadOnly(file_.c_str(), kNoMutex), 0);
-  }
-
   // "" or what reading fails with, which must come at once.
   std::string Read() {
     const std::clock_t start = std::clock();
@@ -36,15 +27,13 @@ class HostileSchema : public DatabaseTest {
     EXPECT_LT(std::clock() - start, 2 * CLOCKS_PER_SEC);
     return failure;
   }
-
-  CSQLdatabase database_;
 };
 
 }  // namespace
 
 // SQLite reads the table of ANALYZE with the schema, and computes its generated columns.
 TEST_F(HostileSchema, StatisticsAreNotRead) {
-  Make(std::string(kTable) +
+  Make(std::string(kTableWithARow) +
        "CREATE TABLE statistics(tbl, idx, stat, spare); INSERT INTO statistics VALUES(1,2,3,4);"
        "PRAGMA writable_schema=ON;"
        "UPDATE sqlite_schema SET name='sqlite_stat1', tbl_name='sqlite_stat1', "
@@ -59,7 +48,7 @@ TEST_F(HostileSchema, StatisticsAreNotRead) {
 
 // SQLite reads a schema that was changed after a statement was compiled when that statement runs.
 TEST_F(HostileSchema, StatisticsThatComeAfterCompilingAreNotRead) {
-  MakeForeign(file_, std::string(kTable) +
+  MakeForeign(file_, std::string(kTableWithARow) +
                          "CREATE TABLE statistics(tbl, idx, stat, spare); "
                          "INSERT INTO statistics VALUES(1,2,3,4);");
   ASSERT_EQ(database_.OpenDatabaseWrite(file_.c_str(), kNoMutex, 0), 0);
@@ -80,7 +69,7 @@ TEST_F(HostileSchema, StatisticsThatComeAfterCompilingAreNotRead) {
 }
 
 TEST_F(HostileSchema, DatabaseThatWasAnalyzedIsRead) {
-  Make(std::string(kTable) + "CREATE INDEX i ON status(value); ANALYZE");
+  Make(std::string(kTableWithARow) + "CREATE INDEX i ON status(value); ANALYZE");
   EXPECT_EQ(Read(), "");
 }
 
@@ -154,7 +143,7 @@ TEST_F(HostileSchema, CacheIsNotAsLargeAsTheFileSays) {
 }
 
 TEST_F(HostileSchema, ViewsOfOthersTakeNoMemory) {
-  Make(std::string(kTable) +
+  Make(std::string(kTableWithARow) +
        "PRAGMA writable_schema=ON;"
        "WITH RECURSIVE c(x) AS (SELECT 1 UNION ALL SELECT x+1 FROM c LIMIT 1000) "
        "INSERT INTO sqlite_schema SELECT 'view', 'v'||x, 'v'||x, 0, 'CREATE VIEW v'||x||'/*'||"

@@ -14,21 +14,10 @@ using testing::Pair;
 using testing::StartsWith;
 
 constexpr const char* kRow = "INSERT INTO status VALUES('a','1');";
-constexpr const char* kTable =
-    "CREATE TABLE status(address TEXT PRIMARY KEY, value TEXT) WITHOUT ROWID;"
-    "INSERT INTO status VALUES('a','1');";
 constexpr const char* kOther = "CREATE TABLE t(x, y); INSERT INTO t VALUES('a','1');";
 
-class Reading : public DatabaseTest {
+class Reading : public ForeignDatabaseTest {
  protected:
-  // Makes the file anew and opens it.
-  void Make(const std::string& sql) {
-    database_.CloseDatabase();
-    std::filesystem::remove(file_);
-    MakeForeign(file_, sql);
-    ASSERT_EQ(database_.OpenDatabaseReadOnly(file_.c_str(), kNoMutex), 0);
-  }
-
   // What reading throws, which must come at once and leave no lock.
   std::string Refusal(const char* sql = kSelect) {
     std::string failure;
@@ -38,8 +27,6 @@ class Reading : public DatabaseTest {
     EXPECT_EQ(Foreign(file_).Do("BEGIN EXCLUSIVE; COMMIT"), "") << "a lock is left";
     return failure;
   }
-
-  CSQLdatabase database_;
 };
 
 std::string View(const std::string& select) { return "CREATE VIEW status AS " + select + ";"; }
@@ -70,7 +57,7 @@ std::string Nested(const std::string& form) {
 
 TEST_F(Reading, OrdinaryTablesAndViewsAreRead) {
   for (const std::string& sql : {
-           std::string(kTable),
+           std::string(kTableWithARow),
            std::string("CREATE TABLE status(address TEXT PRIMARY KEY, value TEXT);") + kRow,
            std::string("CREATE TABLE status(address, value);") + kRow,
            std::string("CREATE TABLE status(address, value); CREATE INDEX i ON status(value);"
@@ -215,7 +202,7 @@ TEST_F(Reading, TablesAndViewsOfOthersMayBeLargerThanWhatIsRead) {
            "CREATE VIEW call AS SELECT max(0" + Numbered(1, 100, ", ") + ");",
        }) {
     SCOPED_TRACE(sql.substr(0, 60));
-    Make(kTable + sql);
+    Make(kTableWithARow + sql);
     EXPECT_EQ(Thrown([&] { EXPECT_THAT(ReadRows(database_), ElementsAre(Pair("a", "1"))); }), "");
   }
 }
@@ -230,7 +217,7 @@ TEST_F(Reading, MoreThanAHundredColumnsAreRefused) {
 }
 
 TEST_F(Reading, FunctionThatTheStatementItselfNamesIsCalled) {
-  Make(kTable);
+  Make(kTableWithARow);
   EXPECT_EQ(Setting(database_, "SELECT count(*) FROM status"), "1");
   EXPECT_EQ(Setting(database_, "select UPPER(max(address)) from status"), "A");
   EXPECT_EQ(Setting(database_, "SELECT 1 FROM status WHERE address LIKE 'A'"), "1");
@@ -238,7 +225,7 @@ TEST_F(Reading, FunctionThatTheStatementItselfNamesIsCalled) {
 
 // SQLite is asked, so that a version with other functions or other operations is found out.
 TEST_F(Reading, EveryFunctionOfSqliteIsRefusedInAView) {
-  Make(kTable);
+  Make(kTableWithARow);
   std::set<std::string> names;
   CppSQLite3Statement list =
       database_.m_DB.compileStatement("PRAGMA function_list");  // names, among others
@@ -281,7 +268,7 @@ TEST_F(Reading, SchemaThatChangesBetweenCyclesIsFollowed) {
   const std::string drop_table = "DROP TABLE IF EXISTS status;";
   const std::string drop_view = "DROP VIEW IF EXISTS status;";
   const Schema schemas[] = {
-      {"table", kTable, ""},
+      {"table", kTableWithARow, ""},
       {"view with a function", View("SELECT hex(x) AS address, y AS value FROM t"),
        "1:table or view calls function hex"},
       {"view of no table", View("SELECT instr('a', 'a') AS address, 1 AS value"),
@@ -302,7 +289,7 @@ TEST_F(Reading, SchemaThatChangesBetweenCyclesIsFollowed) {
     Make(kOther);
     Foreign other(file_);
     ASSERT_EQ(other.Do(write_ahead ? "PRAGMA journal_mode=WAL" : "PRAGMA journal_mode=DELETE"), "");
-    ASSERT_EQ(other.Do(kTable), "");
+    ASSERT_EQ(other.Do(kTableWithARow), "");
     CppSQLite3Statement kept = database_.m_DB.compileStatement(kSelect);
     const char* before = "table";
     const auto check = [&](const Schema& schema) {
@@ -408,13 +395,13 @@ TEST_F(Reading, CollationOfTheWritersOwnFails) {
 }
 
 TEST_F(Reading, StatementThatIsKeptHoldsNoLock) {
-  Make(kTable);
+  Make(kTableWithARow);
   const CppSQLite3Statement kept = database_.m_DB.compileStatement(kSelect);
   EXPECT_EQ(Foreign(file_).Do("BEGIN EXCLUSIVE; COMMIT"), "");
 }
 
 TEST_F(Reading, TwoQueriesAtATimeHoldTheirLocksEach) {
-  Make(kTable);
+  Make(kTableWithARow);
   Foreign other(file_);
   CppSQLite3Statement first = database_.m_DB.compileStatement(kSelect);
   CppSQLite3Query one = first.execQuery();
