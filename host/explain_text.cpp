@@ -74,7 +74,7 @@ class Explanation {
       : snapshot_(snapshot),
         before_(before),
         options_(options),
-        rows_(WantedRows(snapshot, options)),
+        rows_(WantedRows(snapshot, {.Prefix = options.Prefix})),
         differs_(DifferingRows(rows_, before)),
         page_(columns, colour) {}
 

@@ -74,6 +74,13 @@ TEST(Explain, MarksTheBytesOfAProblemAndGivesItsCure) {
   EXPECT_THAT(result.Output, HasSubstr("Cure: Write one of the attributes of docs/rows.md."));
 }
 
+// The errors alone say nothing about the rest.
+TEST(Explain, CountsAllRowsAlsoWhereItShowsProblemsAlone) {
+  Scenario().Database().Row("DimmingLevel", "62,5").Row("DimmingMode", "auto").Apply();
+  EXPECT_THAT(Explain({"--problems"}).Output,
+              HasSubstr("2 of 2 rows: 1 fine, 0 notices, 1 errors."));
+}
+
 // A host that stays carries values over; a program that has just started does not.
 TEST(Explain, ReportsTheSecondCycleAndMarksWhatDiffersFromTheFirst) {
   Scenario()
@@ -238,6 +245,24 @@ Remark RemarkOn(RowPart part, std::size_t begin, std::size_t end) {
   remark.Begin = begin;
   remark.End = end;
   return remark;
+}
+
+// The page shows what the program prints of this scenario.
+TEST(Explain, PrintsTheExampleOfItsPage) {
+  Load("mistakes");
+  std::ifstream page(sandbox::SourcePath("docs/host.md"));
+  std::string line;
+  while (std::getline(page, line) && line != "    $ statuscollector explain --problems") {
+  }
+  const std::string output = Explain({"--problems"}).Output;
+  int compared = 0;
+  while (std::getline(page, line) && line.starts_with("    ")) {
+    if (!line.ends_with("...")) {
+      EXPECT_THAT(output, HasSubstr(line.substr(4) + "\n"));
+      ++compared;
+    }
+  }
+  EXPECT_GT(compared, 5);
 }
 
 TEST(Quote, PutsCaretsBelowTheBytesOfAKeyOrValue) {
