@@ -509,46 +509,6 @@ TEST_F(DiffTest, NamesTheFileThatIsNoDocument) {
       "statuscollector: /tmp/missing.xml: the file cannot be read: No such file or directory\n");
 }
 
-#ifndef __SANITIZE_ADDRESS__  // which reserves more memory than any limit
-
-// A document of 100,000 sensors, 12 MB, each with this text for three of its values.
-std::string LargeDocument(const std::string& value) {
-  QtSts::CStatus status;
-  const std::string text = QtSts::WriteDocument(status);
-  const std::string list = "<Sensors/>";
-  const std::size_t place = text.find(list);
-  std::string sensors = "<Sensors>\n";
-  for (int i = 0; i < 100'000; ++i) {
-    sensors += "    <CANTempSensor NumberOfAttributes=\"" + value +
-               "\" Connected=\"true\" SyncLossCounter=\"" + value + "\" Address=\"" +
-               std::to_string(i) + "\" Bus=\"0\" Celsius=\"" + value + "\"/>\n";
-  }
-  return text.substr(0, place) + sensors + "  </Sensors>" + text.substr(place + list.size());
-}
-
-constexpr const char* kLimitedDiff = "ulimit -v 140000; exec $COLLECTOR diff ";
-
-// The tree that libxml2 made of such a document used to take 180 MB.
-TEST_F(DiffTest, ReadsLargeDocumentsInLittleMemory) {
-  Write(before_, LargeDocument("5"));
-  const ProgramResult result = Shell(kLimitedDiff + before_ + " " + before_);
-  EXPECT_EQ(result.ExitCode, kAllWell) << result.Errors;
-  EXPECT_EQ(result.Output, "");
-}
-
-// All differences used to be kept, and the text of all, 100 MB more.
-TEST_F(DiffTest, ListsManyDifferencesInLittleMemory) {
-  Write(before_, LargeDocument("5"));
-  Write(after_, LargeDocument("6"));
-  const ProgramResult result = Shell(kLimitedDiff + before_ + " " + after_);
-  EXPECT_EQ(result.ExitCode, 1) << result.Errors;
-  EXPECT_EQ(std::count(result.Output.begin(), result.Output.end(), '\n'), 300'000);
-  EXPECT_THAT(result.Output, testing::EndsWith("Sensors[99999]/SyncLossCounter: 5 -> 6\n"
-                                               "Sensors[99999]/Celsius: 5 -> 6\n"));
-}
-
-#endif
-
 TEST(SchemaCommand, PrintsTheSchema) {
   const ProgramResult result = Collector({"schema"});
   EXPECT_EQ(result.ExitCode, kAllWell);
@@ -561,6 +521,9 @@ TEST(Usage, IsPrintedOnStandardOutputWithinEightyColumns) {
        std::vector<std::vector<std::string>>{{"--help"},
                                              {"-h"},
                                              {"show", "--help"},
+                                             {"check", "--help"},
+                                             {"explain", "--help"},
+                                             {"watch", "--help"},
                                              {"init", "--help"},
                                              {"diff", "--help"},
                                              {"schema", "--help"}}) {
