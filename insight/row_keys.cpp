@@ -106,23 +106,23 @@ const rows::Attribute* FindAttribute(std::string_view entry, const std::string& 
 }
 
 template <class Owner>
-void AddReadings(std::span<const rows::Field<Owner>> fields, std::vector<Reading>* readings) {
+void AddFormats(std::span<const rows::Field<Owner>> fields, std::vector<ValueFormat>* formats) {
   for (const rows::Field<Owner>& field : fields) {
     const auto* const key = std::ranges::find(status_primary_keys, field.Name, &StatusKey::Key);
     if (key != status_primary_keys.end()) {
-      Reading& reading = (*readings)[static_cast<std::size_t>(key - status_primary_keys.begin())];
+      ValueFormat& format = (*formats)[static_cast<std::size_t>(key - status_primary_keys.begin())];
       // The first of several: what is stored one larger says the same of the value.
-      reading = reading.Parser == nullptr ? Reading{field.Reader, field.Is} : reading;
+      format = format.Parser == nullptr ? ValueFormat{field.Reader, field.Is} : format;
     }
   }
 }
 
-std::vector<Reading> ReadingsOfKeys() {
-  std::vector<Reading> readings(status_primary_keys.size());
-  AddReadings(handlers::RootFields(), &readings);
-  AddReadings(handlers::OutputFields(), &readings);
-  AddReadings(handlers::TtableFields(), &readings);
-  return readings;
+std::vector<ValueFormat> FormatsOfKeys() {
+  std::vector<ValueFormat> formats(status_primary_keys.size());
+  AddFormats(handlers::RootFields(), &formats);
+  AddFormats(handlers::OutputFields(), &formats);
+  AddFormats(handlers::TtableFields(), &formats);
+  return formats;
 }
 
 }  // namespace
@@ -143,9 +143,9 @@ void JudgeCells(const observe::RowBegins& begins, Row* row) {
   }
 }
 
-Reading ReadingOfKey(int entry) {
-  static const std::vector<Reading> kReadings = ReadingsOfKeys();
-  return entry < 0 ? Reading() : kReadings[static_cast<std::size_t>(entry)];
+ValueFormat FormatOfKey(int entry) {
+  static const std::vector<ValueFormat> kFormats = FormatsOfKeys();
+  return entry < 0 ? ValueFormat() : kFormats[static_cast<std::size_t>(entry)];
 }
 
 void JudgeKeyNumber(const observe::Stores& store, std::size_t begin, char end, Row* row) {
@@ -172,8 +172,8 @@ void JudgeKeyNumber(const observe::Stores& store, std::size_t begin, char end, R
   }
 }
 
-Reading ReadingOfAttribute(std::string_view entry, const std::string& attribute,
-                           std::string_view part) {
+ValueFormat FormatOfAttribute(std::string_view entry, const std::string& attribute,
+                              std::string_view part) {
   const rows::Attribute* const known = FindAttribute(entry, attribute);
   if (known == nullptr) {
     return {};
@@ -181,13 +181,13 @@ Reading ReadingOfAttribute(std::string_view entry, const std::string& attribute,
   if (known->Where->Is != rows::Type::kPoint) {
     return {known->Reader, known->Where->Is};
   }
-  Reading reading;
+  ValueFormat format;
   for (const rows::Field<DcioPoint>& field : sensors::PointParts()) {
     if (field.Name == part) {
-      reading = {field.Reader, field.Is};  // the last: the mark of a point comes first
+      format = {field.Reader, field.Is};  // the last: the mark of a point comes first
     }
   }
-  return reading;
+  return format;
 }
 
 void JudgeAttribute(std::string_view entry, const observe::Stores& store, std::size_t begin,

@@ -19,15 +19,15 @@ void JudgeCells(const observe::RowBegins& begins, Row* row);
 std::string_view EntryAt(int position);
 
 // How the value of a key without a number is read.
-Reading ReadingOfKey(int entry);
+ValueFormat FormatOfKey(int entry);
 
 // Of a number in a key, which begins at `begin` and is read as `store` says; `end` is the byte that
 // has to follow it: '_', or 0 for the end of the key.
 void JudgeKeyNumber(const observe::Stores& store, std::size_t begin, char end, Row* row);
 
 // How the value of an attribute of a sensor or DCIO device is read; `part` is that of a point.
-Reading ReadingOfAttribute(std::string_view entry, const std::string& attribute,
-                           std::string_view part);
+ValueFormat FormatOfAttribute(std::string_view entry, const std::string& attribute,
+                              std::string_view part);
 
 // Of an attribute that is known; it begins at `begin` of the key.
 void JudgeAttribute(std::string_view entry, const observe::Stores& store, std::size_t begin,

@@ -180,7 +180,7 @@ void RowRecorder::SeeStored(const observe::Stores& store) {
   if (!is_element) {
     if (handled_.Destination == nullptr) {
       handled_.Destination = store.Destination;
-      JudgeValue(store, ReadingOfKey(handled_.EntryAt), &row);
+      JudgeValue(store, FormatOfKey(handled_.EntryAt), &row);
       if (store.What != Fate::kUnknownWord) {
         StoreInField(store);
       }
@@ -197,7 +197,7 @@ void RowRecorder::SeeStored(const observe::Stores& store) {
   handled_.Destination = store.Destination;
   const std::string attribute = row.Key.substr(handled_.Attribute);
   JudgeAttribute(handled_.Entry, store, handled_.Attribute, &row);
-  JudgeValue(store, ReadingOfAttribute(handled_.Entry, attribute, store.Attribute), &row);
+  JudgeValue(store, FormatOfAttribute(handled_.Entry, attribute, store.Attribute), &row);
   if (store.Destination == &st_Type || store.Destination == &st_DCIO_Type) {
     parking_.StoreType(store.Destination == &st_Type);
   } else if (store.What != Fate::kUnknownWord) {
@@ -207,7 +207,7 @@ void RowRecorder::SeeStored(const observe::Stores& store) {
 
 // Bits are added, so that one row does not overwrite another.
 void RowRecorder::StoreInField(const observe::Stores& store) {
-  if (ReadingOfKey(handled_.EntryAt).Is == rows::Type::kBits) {
+  if (FormatOfKey(handled_.EntryAt).Is == rows::Type::kBits) {
     return;
   }
   const std::size_t row = rows_.size() - 1;

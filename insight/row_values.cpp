@@ -167,11 +167,11 @@ bool IsWrapped(const Stores& store, std::string_view number) {
          (store.Read.Is == Number::Type::kUnsigned && number.find('-') != std::string_view::npos);
 }
 
-void JudgeNumber(const Stores& store, const Reading& reading, Row* row) {
+void JudgeNumber(const Stores& store, const ValueFormat& format, Row* row) {
   const std::string_view value = row->Value;
   const std::string_view number = value.substr(0, store.Consumed);
   const std::string_view rest = value.substr(store.Consumed);
-  const std::string stored = StoredText(store, reading.Is);
+  const std::string stored = StoredText(store, format.Is);
   if (number.empty()) {
     AddRemark(row, Outcome::kNoNumber,
               (value.empty() ? "the value is empty" : Quoted(value) + " is no number") + ": " +
@@ -180,7 +180,7 @@ void JudgeNumber(const Stores& store, const Reading& reading, Row* row) {
     return;
   }
   const Excerpt after = {RowPart::kValue, store.Consumed, value.size()};
-  const bool is_whole = reading.Parser->Name != kNumberName;
+  const bool is_whole = format.Parser->Name != kNumberName;
   if (rest.empty()) {
     // Nothing is left over.
   } else if (Trimmed(rest).empty()) {
@@ -215,16 +215,16 @@ void JudgeText(Row* row) {
 
 }  // namespace
 
-void JudgeValue(const Stores& store, const Reading& reading, Row* row) {
-  if (reading.Parser == nullptr || std::string_view(reading.Parser->Name) != store.Parser) {
+void JudgeValue(const Stores& store, const ValueFormat& format, Row* row) {
+  if (format.Parser == nullptr || std::string_view(format.Parser->Name) != store.Parser) {
     return;  // the mark of a point, which any text sets
   }
-  const rows::Parser& parser = *reading.Parser;
+  const rows::Parser& parser = *format.Parser;
   if (!parser.Words.empty()) {
     const std::string first(parser.Words.front().Text);
-    if (reading.Is == rows::Type::kBool) {
+    if (format.Is == rows::Type::kBool) {
       JudgeFlag(first, row);
-    } else if (reading.Is == rows::Type::kBits) {
+    } else if (format.Is == rows::Type::kBits) {
       JudgeMark(first, row);
     } else {
       JudgeWord(store, parser, row);
@@ -232,7 +232,7 @@ void JudgeValue(const Stores& store, const Reading& reading, Row* row) {
   } else if (parser.Name == kTextName) {
     JudgeText(row);
   } else if (parser.Name != kAnyTextName) {
-    JudgeNumber(store, reading, row);
+    JudgeNumber(store, format, row);
   }
 }
 

@@ -8,12 +8,12 @@
 namespace insight {
 
 // How a value is read and stored, as the tables of the collector have it.
-struct Reading {
+struct ValueFormat {
   const rows::Parser* Parser = nullptr;  // null: unknown
   rows::Type Is = rows::Type::kString;
 };
 
-// Of the value that `store` has read by `reading`.
-void JudgeValue(const observe::Stores& store, const Reading& reading, Row* row);
+// Of the value that `store` has read by `format`.
+void JudgeValue(const observe::Stores& store, const ValueFormat& format, Row* row);
 
 }  // namespace insight
