@@ -50,9 +50,14 @@ Parking::Parking(std::vector<Row>* rows) : rows_(rows) {
 }
 
 void Parking::BeginCycle() {
-  const auto forget = [](Writer* writer) {
+  // What a cycle left that threw is as little known as what stood there before the first one.
+  const bool known = std::exchange(ended_, false);
+  const auto forget = [known](Writer* writer) {
     writer->Row = kNone;
     writer->Group = kNone;
+    if (!known) {
+      writer->Key.clear();
+    }
   };
   for (auto& [address, variable] : variables_) {
     forget(&variable.Last);
@@ -86,6 +91,7 @@ void Parking::EndCycle() {
       staged_.erase(std::next(begin), end);
     }
   }
+  ended_ = true;
 }
 
 void Parking::BeginRow(std::string_view prefix) {
@@ -262,16 +268,21 @@ void Parking::EndRow() {
   if (!std::ranges::is_sorted(group_.Inheritance, {}, &Inherited::From)) {
     std::ranges::stable_sort(group_.Inheritance, {}, &Inherited::From);
   }
+  constexpr std::size_t kMostNamed = 20;
+  const std::size_t named = std::min(group_.Inheritance.size(), kMostNamed);
   std::string text = "inherits ";
-  for (std::size_t i = 0; i < group_.Inheritance.size(); ++i) {
+  for (std::size_t i = 0; i < named; ++i) {
     const auto& [name, from] = group_.Inheritance[i];
-    const bool is_last = i + 1 == group_.Inheritance.size();
+    const bool is_last = i + 1 == named;
     text += name;
     if (is_last || group_.Inheritance[i + 1].From != from) {
       text += " from ";
       text += from.empty() ? "what stood there before the first observed cycle" : from;
     }
     text += is_last ? "" : ", ";
+  }
+  if (named < group_.Inheritance.size()) {
+    text += ", and " + std::to_string(group_.Inheritance.size() - named) + " more";
   }
   AddRemark(&At(Current()), Outcome::kInherited, std::move(text));
   group_.Inheritance.clear();

@@ -119,6 +119,7 @@ class Parking {
   std::vector<Row>* rows_;
   std::unordered_map<const void*, Variable> variables_;
   std::map<StagedKey, Writer> staged_;
+  bool ended_ = false;  // the cycle before was seen to its end
   std::size_t groups_ = 0;
   Group group_;
   std::vector<observe::Point> points_;  // that the board takes that is being made

@@ -150,6 +150,9 @@ Recorder& Recorder::operator=(Recorder&&) noexcept = default;
 Recorder::~Recorder() = default;
 
 Snapshot Recorder::RunCycle(const Limits& limits) {
+  if (state_ == nullptr) {
+    throw std::logic_error("insight::Recorder::RunCycle was called after a move");
+  }
   State& state = *state_;
   if (state.Running) {
     throw std::logic_error("insight::Recorder::RunCycle was called by an observer");

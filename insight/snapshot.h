@@ -169,7 +169,7 @@ struct Snapshot {
 };
 
 // Runs cycles of one interface and says what became of them. What a cycle inherits from earlier
-// ones is known from the second one on.
+// ones is known from the second one on, and after one that threw anew.
 //
 // `collector` stays the caller's and must outlive the recorder. One thread at a time, the one that
 // calls QueryDatabase. An observer that is set when RunCycle is called sees the same events and is
@@ -177,6 +177,8 @@ struct Snapshot {
 class INSIGHT_API Recorder {
  public:
   explicit Recorder(CStatusInterface& collector);
+  // One that was moved from may be destroyed and assigned to; RunCycle on it throws
+  // std::logic_error.
   Recorder(Recorder&&) noexcept;
   Recorder& operator=(Recorder&&) noexcept;
   ~Recorder();

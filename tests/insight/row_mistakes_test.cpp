@@ -231,4 +231,18 @@ TEST_F(Inheritance, OfFansPointsAndVoltagesIsReportedWhereTheyWaited) {
               HasSubstr("PsrbVin_0 from Sensor_00_PsrbVin_00_Volts"));
 }
 
+// Each of a hundred thousand was named in one text.
+TEST_F(Inheritance, OfManyValuesNamesTheFirstOnesAndTheNumber) {
+  sandbox::Rows rows = {{"Sensor_00_Type", "CANTemp"},
+                        {"Sensor_01_Type", "CANPowerSupplyRedundancyBoard"}};
+  for (int i = 100; i < 200; ++i) {
+    rows["Sensor_00_PsrbVin_" + std::to_string(i) + "_Volts"] = "230";
+  }
+  Explain(rows);
+  const std::string text = TextOf("Sensor_01_Type", Outcome::kInherited);
+  EXPECT_THAT(text, HasSubstr("PsrbVin_0 from Sensor_00_PsrbVin_100_Volts"));
+  EXPECT_THAT(text, testing::ContainsRegex(", and [0-9]+ more$"));
+  EXPECT_LT(text.size(), 1500U);
+}
+
 }  // namespace

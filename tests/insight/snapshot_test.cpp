@@ -166,6 +166,46 @@ TEST(Snapshot, OfARecorderThatWasMovedKnowsTheEarlierCycles) {
               testing::HasSubstr("Address from DCIO_00_Address of an earlier cycle"));
 }
 
+// It used to read through a null pointer.
+TEST(Snapshot, IsNotMadeByARecorderThatWasMovedFrom) {
+  CStatusInterface collector;
+  insight::Recorder first(collector);
+  const insight::Recorder second(std::move(first));
+  EXPECT_THROW(first.RunCycle(), std::logic_error);  // NOLINT(bugprone-use-after-move)
+  first = insight::Recorder(collector);
+  EXPECT_EQ(first.RunCycle().Result, 1);
+}
+
+// The row of a cycle that was not seen to its end used to be passed over for an older one.
+TEST(Snapshot, NamesNoOlderRowAfterACycleThatThrew) {
+  Scenario().Database().Apply();
+  CStatusInterface collector;
+  collector.InitDatabase(false);
+  int written = 0;
+  for (unsigned long nth = 1; nth < 3000; nth += 3) {
+    ClearScratch();
+    insight::Recorder recorder(collector);
+    sandbox::SetRows({{"DCIO_00_Address", "7"}, {"DCIO_00_Type", "RunLED"}});
+    recorder.RunCycle();
+    sandbox::SetRows({{"DCIO_05_Address", "8"}, {"DCIO_05_Type", "RunLED"}});
+    bool threw = false;
+    try {
+      const interposed::Failure failure(interposed::Call::kMemory, nth);
+      recorder.RunCycle();
+    } catch (const std::bad_alloc&) {
+      threw = true;
+    }
+    sandbox::SetRows({{"DCIO_00_Type", "RunLED"}});
+    const insight::Snapshot snapshot = recorder.RunCycle();
+    if (threw && u32_DCIO_Address == 8) {
+      ++written;
+      ASSERT_THAT(snapshot.Rows[0].Remarks[0].Text, testing::HasSubstr("Address"));
+      ASSERT_THAT(snapshot.Rows[0].Remarks[0].Text, testing::Not(testing::HasSubstr("DCIO_00")));
+    }
+  }
+  EXPECT_GT(written, 5);
+}
+
 TEST(Snapshot, IsWholeOrThrowsWhicheverAllocationFails) {
   Scenario()
       .Database()
