@@ -24,6 +24,7 @@ set(status_public_headers
   insight/findings.h
   insight/limits.h
   insight/outcomes.h
+  insight/places.h
   insight/readings.h
   insight/snapshot.h
   model/base_status.h

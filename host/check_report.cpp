@@ -10,6 +10,7 @@
 #include "host/commands.h"
 #include "host/permission.h"
 #include "host/plugin_text.h"
+#include "host/printable.h"
 #include "insight/findings.h"
 #include "insight/readings.h"
 
@@ -103,10 +104,6 @@ constexpr struct {
                {Severity::kUnknown, kPluginUnknown, "UNKNOWN"},
                {Severity::kWarning, kPluginWarning, "WARNING"}};
 
-std::string Counted(std::size_t count, const char* one, const char* many) {
-  return std::to_string(count) + " " + (count == 1 ? one : many);
-}
-
 // "1 critical, 2 unknown, 3 warnings".
 std::string Counts(const std::vector<Finding>& findings) {
   std::string text;
@@ -116,7 +113,7 @@ std::string Counts(const std::vector<Finding>& findings) {
     if (count != 0) {
       const std::string name = insight::NameOf(state.Level);
       const std::string many = state.Level == Severity::kWarning ? name + "s" : name;
-      text += (text.empty() ? "" : ", ") + Counted(count, name.c_str(), many.c_str());
+      text += (text.empty() ? "" : ", ") + Counted(count, name, many);
     }
   }
   return text;

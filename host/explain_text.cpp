@@ -8,6 +8,7 @@
 #include "collector/key_table.h"
 #include "host/page.h"
 #include "host/printable.h"
+#include "host/sources_text.h"
 
 namespace host {
 namespace {
@@ -16,9 +17,6 @@ using insight::OutcomeClass;
 using insight::Remark;
 using insight::Snapshot;
 using insight::SourceState;
-
-// A line that differs from the cycle before ends with it.
-constexpr const char* kDiffers = " ~";
 
 Mark MarkOf(OutcomeClass outcome_class) {
   switch (outcome_class) {
@@ -52,14 +50,20 @@ std::string Sentence(std::string text) {
   return text;
 }
 
-// What became of a row, in its line of the table.
-std::string Fate(const insight::Row& row) {
+// What became of a row, in its line of the table. Paths within `element`, which the title names,
+// begin with "…".
+std::string Fate(const insight::Row& row, const std::string& element) {
   const Remark& first = row.Remarks.front();
   std::string fate;
   if (row.Class() != OutcomeClass::kFine || row.Path.empty()) {
     fate = first.Text.empty() ? insight::InfoOf(first.What).Meaning : first.Text;
+    const std::string known = ", which completes " + element;
+    if (!element.empty() && fate.ends_with(known)) {
+      fate.resize(fate.size() - known.size());
+    }
   } else {
-    fate = row.Path;
+    const bool within = !element.empty() && row.Path.starts_with(element + '/');
+    fate = within ? "\u2026" + row.Path.substr(element.size()) : row.Path;
     if (row.Before != row.After && !row.Before.empty()) {
       fate += " (before: " + row.Before + ")";
     }
@@ -80,7 +84,7 @@ class Explanation {
 
   std::string Render() {
     if (options_.Prefix.empty() && !options_.Problems) {
-      ShowSources();
+      ShowSources(snapshot_, &before_, &page_);
     }
     if (!options_.Problems) {
       ShowRows();
@@ -91,26 +95,6 @@ class Explanation {
   }
 
  private:
-  bool SourceDiffers(const insight::Source& source) const {
-    const auto same = std::ranges::find(before_.Sources, source.Id, &insight::Source::Id);
-    return same == before_.Sources.end() || same->State != source.State;
-  }
-
-  void ShowSources() {
-    page_.Title("Sources");
-    std::vector<Row> rows;
-    for (const insight::Source& source : snapshot_.Sources) {
-      const bool trouble = source.Required && source.State != SourceState::kOk;
-      const bool stopped = source.State == SourceState::kNotAsked && !source.StoppedBy.empty();
-      const std::string why = stopped ? source.StoppedBy + " stopped the probe" : source.Reason;
-      rows.push_back({trouble ? Mark::kUnknown : Mark::kNone,
-                      {source.Id, NameOf(source.State),
-                       Printable(source.Name + (why.empty() ? "" : ": " + why)) +
-                           (SourceDiffers(source) ? kDiffers : "")}});
-    }
-    page_.Table({{""}, {""}, {""}}, rows);
-  }
-
   void ShowRows() {
     if (rows_.empty()) {
       page_.Title("Rows");
@@ -118,21 +102,26 @@ class Explanation {
     }
     for (std::size_t i = 0; i < rows_.size();) {
       const std::string_view family = FamilyOf(rows_[i]->Key);
-      std::string title = family.empty() ? "Rows" : "Rows of " + Printable(family);
-      std::vector<Row> rows;
-      for (; i < rows_.size() && FamilyOf(rows_[i]->Key) == family; ++i) {
-        const insight::Row& row = *rows_[i];
+      std::size_t end = i;
+      std::string element;
+      for (; end < rows_.size() && FamilyOf(rows_[end]->Key) == family; ++end) {
+        const insight::Row& row = *rows_[end];
         if (std::ranges::count(row.Remarks, insight::Outcome::kCompleted, &Remark::What) != 0) {
-          title += ": " + Printable(row.Path);
+          element = row.Path;
         }
+      }
+      const std::string of = family.empty() ? "" : " of " + Printable(family);
+      page_.Title("Rows" + of + (element.empty() ? "" : ": " + Printable(element)));
+      std::vector<Row> rows;
+      for (; i < end; ++i) {
+        const insight::Row& row = *rows_[i];
         std::string_view key = row.Key;
         key.remove_prefix(family.empty() ? 0 : std::min(key.size(), family.size() + 1));
         rows.push_back({MarkOf(row.Class()),
                         {Truncated(Printable(key), kKeyColumns),
                          row.IsNull ? "NULL" : Truncated(Printable(row.Value), kValueColumns),
-                         Fate(row) + (differs_[i] ? kDiffers : "")}});
+                         Fate(row, element) + (differs_[i] ? kDiffers : "")}});
       }
-      page_.Title(title);
       page_.Table({{""}, {""}, {""}}, rows);
     }
   }
@@ -166,13 +155,14 @@ class Explanation {
     }
     page_.Title("Summary");
     page_.Line(std::to_string(rows_.size()) + " of " + std::to_string(snapshot_.Rows.size()) +
-               " rows: " + std::to_string(counts[0]) + " fine, " + std::to_string(counts[1]) +
-               " notices, " + std::to_string(counts[2]) + " errors.");
+               " rows: " + std::to_string(counts[0]) + " fine, " +
+               Counted(counts[1], "notice", "notices") + ", " +
+               Counted(counts[2], "error", "errors") + ".");
     std::map<SourceState, std::size_t> states;
     for (const insight::Source& source : snapshot_.Sources) {
       ++states[source.State];
     }
-    std::string text = std::to_string(snapshot_.Sources.size()) + " sources";
+    std::string text = Counted(snapshot_.Sources.size(), "source", "sources");
     for (const char* separator = ": "; const auto& [state, count] : states) {
       text += separator + std::to_string(count) + " " + NameOf(state);
       separator = ", ";

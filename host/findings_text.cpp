@@ -25,10 +25,6 @@ constexpr std::size_t kMostRowErrors = 5;
 constexpr std::size_t kMostOfAText = 240;
 constexpr std::size_t kGap = 2;
 
-std::string Counted(std::size_t count, std::string_view one, std::string_view many) {
-  return std::to_string(count).append(" ").append(count == 1 ? one : many);
-}
-
 // "2 critical, 1 unknown, 5 warnings"; "" for none.
 std::string Counts(const Snapshot& snapshot) {
   std::string text;

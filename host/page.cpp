@@ -21,13 +21,19 @@ constexpr const char* kMarkedStyles[] = {kNoStyle, "\x1b[1;33m", "\x1b[1;35m", "
 
 const char* StyleOf(Mark mark) { return kMarkedStyles[static_cast<std::size_t>(mark)]; }
 
+// Lines end at a blank, those of a long path after a slash, and where there is neither anywhere.
 std::vector<std::string> Wrapped(std::string_view text, std::size_t width) {
   std::vector<std::string> lines;
   while (Width(text) > width) {
-    std::size_t cut = BytesWithin(text, width);
+    std::size_t cut = std::max<std::size_t>(BytesWithin(text, width), 1);
     const std::size_t blank = text.rfind(' ', cut);
+    const std::size_t slash = text.rfind('/', cut - 1);
     const bool at_blank = blank != std::string_view::npos && blank > 0;
-    cut = at_blank ? blank : std::max<std::size_t>(cut, 1);
+    if (at_blank) {
+      cut = blank;
+    } else if (slash != std::string_view::npos && slash > 0) {
+      cut = slash + 1;
+    }
     lines.emplace_back(text.substr(0, cut));
     text.remove_prefix(cut + (at_blank ? 1 : 0));
   }
@@ -69,7 +75,9 @@ void Page::Plain(std::string_view text) { Styled(kNoStyle, Truncated(text, colum
 
 void Page::Title(std::string_view title) {
   text_ += text_.empty() ? "" : "\n";
-  Styled(kTitleStyle, Truncated(title, columns_));
+  for (const std::string& line : Wrapped(title, columns_)) {
+    Styled(kTitleStyle, line);
+  }
   after_title_ = true;
 }
 

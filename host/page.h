@@ -44,7 +44,7 @@ class Page {
   // A line without style, as wide as the page.
   void Plain(std::string_view text);
 
-  // A blank line, unless the page is empty, and the title.
+  // A blank line, unless the page is empty, and the title, wrapped.
   void Title(std::string_view title);
 
   // A blank line, unless a title stands before it.
@@ -55,7 +55,7 @@ class Page {
 
   // Aligned columns below their headings, which are left out when all are empty. Each row has as
   // many cells as there are headings. What is too wide is wrapped in column `wrapped`, the last
-  // unless another is named, and cut in the others.
+  // unless another is named, and cut in the others. A path is broken after one of its slashes.
   void Table(const std::vector<Heading>& headings, const std::vector<Row>& rows,
              std::size_t wrapped = kLast);
 

@@ -151,4 +151,8 @@ std::string Truncated(std::string_view text, std::size_t columns) {
   return columns == 0 ? "" : std::string(text.substr(0, BytesWithin(text, columns - 1))) + "\u2026";
 }
 
+std::string Counted(std::size_t count, std::string_view one, std::string_view many) {
+  return std::to_string(count).append(" ").append(count == 1 ? one : many);
+}
+
 }  // namespace host

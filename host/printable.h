@@ -23,4 +23,7 @@ std::size_t BytesWithin(std::string_view text, std::size_t columns);
 // `text` in at most `columns`; what is cut off leaves "…" behind.
 std::string Truncated(std::string_view text, std::size_t columns);
 
+// "1 row", "2 rows".
+std::string Counted(std::size_t count, std::string_view one, std::string_view many);
+
 }  // namespace host

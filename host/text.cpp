@@ -11,8 +11,10 @@
 #include "host/findings_text.h"
 #include "host/page.h"
 #include "host/printable.h"
+#include "host/sources_text.h"
 #include "host/text_sections.h"
 #include "host/text_template.h"
+#include "insight/places.h"
 
 namespace host {
 namespace {
@@ -83,8 +85,8 @@ class TextRenderer {
     ShowSections(kDocumentSections, document_);
     ShowOutputs();
     if (Wants(kSensors)) {
-      ForEachSensorList([this](const std::string& where, const TreeElement& sensors) {
-        ShowSensors("Sensors " + where, sensors);
+      ForEachSensorList([this](const TreeElement* interface, const TreeElement& sensors) {
+        ShowSensors("Sensors " + WhereOf(interface), sensors);
       });
     }
     if (Wants(kPoints)) {
@@ -92,7 +94,7 @@ class TextRenderer {
     }
     ShowSections(kClosingSections, document_);
     if (Wants(kSources)) {
-      ShowSources();
+      ShowSources(snapshot_, nullptr, &page_);
     }
     return page_.Take();
   }
@@ -157,8 +159,11 @@ class TextRenderer {
     if (outputs.Children().empty()) {
       page_.Line(kNotReported);
     }
-    ForEachSensorList([this](const std::string& where, const TreeElement& sensors) {
-      ShowMeasured("Temperatures and voltages " + where, sensors);
+    ForEachSensorList([this](const TreeElement* interface, const TreeElement& sensors) {
+      ShowMeasured("Temperatures and voltages " +
+                       (interface == nullptr ? "on the controller"
+                                             : "behind the " + insight::PlaceOf(*interface)),
+                   sensors);
     });
   }
 
@@ -273,16 +278,22 @@ class TextRenderer {
   }
 
   // "on the controller", "behind TravexRouterDisplayInterface 0 at address 1".
+  static std::string WhereOf(const TreeElement* interface) {
+    if (interface == nullptr) {
+      return "on the controller";
+    }
+    const bool addressed = interface->FindValue("Address") != nullptr;
+    return Fill(addressed ? "behind {Class} {#} at address {Address}" : "behind {Class} {#}",
+                *interface)
+        .Text;
+  }
+
+  // `visit` gets the display interface, null for the controller's own sensors, and their list.
   template <class Visit>
   void ForEachSensorList(const Visit& visit) const {
-    visit("on the controller", *document_.Find("Sensors"));
-    ForEachInterface([&visit](const TreeElement& interface) {
-      const bool addressed = interface.FindValue("Address") != nullptr;
-      visit(Fill(addressed ? "behind {Class} {#} at address {Address}" : "behind {Class} {#}",
-                 interface)
-                .Text,
-            *interface.Find("Sensors"));
-    });
+    visit(nullptr, *document_.Find("Sensors"));
+    ForEachInterface(
+        [&visit](const TreeElement& interface) { visit(&interface, *interface.Find("Sensors")); });
   }
 
   void ShowSensors(const std::string& title, const TreeElement& sensors) {
@@ -340,24 +351,6 @@ class TextRenderer {
       for (const TreeElement& interface : output.Find("DisplayInterfaces")->Children()) {
         visit(interface);
       }
-    }
-  }
-
-  // What answered, and what did not.
-  void ShowSources() {
-    page_.Title("Sources");
-    std::vector<Row> rows;
-    for (const insight::Source& source : snapshot_.Sources) {
-      const std::string reason =
-          source.StoppedBy.empty() ? source.Reason : "stopped by " + source.StoppedBy;
-      rows.push_back({Mark::kNone,
-                      {Printable(source.Name), insight::NameOf(source.State),
-                       source.Required ? "" : "optional", Printable(reason)}});
-    }
-    if (rows.empty()) {
-      page_.Line(kNotReported);
-    } else {
-      page_.Table({{"Source"}, {"State"}, {""}, {"Reason"}}, rows);
     }
   }
 

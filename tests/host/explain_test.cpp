@@ -63,6 +63,16 @@ TEST(Explain, NamesSourcesThenRowsThenProblemsThenTheSummary) {
   EXPECT_LT(summary, result.Output.size());
 }
 
+// The path of the element used to stand in each of its lines, broken where the page ended.
+TEST(Explain, NamesThePathOfAnElementOnce) {
+  Load("demo");
+  EXPECT_THAT(Explain({"Sensor_07"}).Output,
+              AllOf(StartsWith("Rows of Sensor_07: Outputs[0]/DisplayInterfaces[0]/Sensors[0]\n"),
+                    HasSubstr("\n  Celsius               28.75    …/Celsius\n"),
+                    HasSubstr("TXR_CAN  kept for Sensor_07_Type\n"),
+                    HasSubstr("1        Outputs[0]/DisplayInterfaces[0]/Address\n")));
+}
+
 TEST(Explain, MarksTheBytesOfAProblemAndGivesItsCure) {
   Scenario().Database().Row("Sensor_03_Zone", "front").Row("Sensor_03_Type", "CANDoor").Apply();
   const ProgramResult result = Explain({"--problems"});
@@ -78,7 +88,7 @@ TEST(Explain, MarksTheBytesOfAProblemAndGivesItsCure) {
 TEST(Explain, CountsAllRowsAlsoWhereItShowsProblemsAlone) {
   Scenario().Database().Row("DimmingLevel", "62,5").Row("DimmingMode", "auto").Apply();
   EXPECT_THAT(Explain({"--problems"}).Output,
-              HasSubstr("2 of 2 rows: 1 fine, 0 notices, 1 errors."));
+              HasSubstr("2 of 2 rows: 1 fine, 0 notices, 1 error."));
 }
 
 // A host that stays carries values over; a program that has just started does not.

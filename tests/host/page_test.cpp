@@ -69,6 +69,21 @@ TEST(Page, BreaksAWordThatFitsNoLine) {
   EXPECT_EQ(page.Take(), "  a  " + std::string(75, 'w') + "\n     " + std::string(25, 'w') + "\n");
 }
 
+// It used to be broken within a name.
+TEST(Page, BreaksAPathAfterASlash) {
+  Page page(40, false);
+  page.Table({{""}, {""}}, {{Mark::kNone, {"a", "Outputs[0]/DisplayInterfaces[0]/Sensors[12]"}}});
+  EXPECT_EQ(page.Take(), "  a  Outputs[0]/DisplayInterfaces[0]/\n     Sensors[12]\n");
+}
+
+// Its end used to be cut off.
+TEST(Page, WrapsATitle) {
+  Page page(40, true);
+  page.Title("Temperatures and voltages behind the control board");
+  EXPECT_EQ(page.Take(),
+            "\x1b[1mTemperatures and voltages behind the\x1b[0m\n\x1b[1mcontrol board\x1b[0m\n");
+}
+
 TEST(Page, CutsTheWidestOfTheOtherColumns) {
   Page page(80, false);
   page.Table({{""}, {""}, {""}},
