@@ -68,6 +68,9 @@ constexpr struct {
     {"link-transitions", "link-transitions", Pick::kHighest, "0", ""},
     {"sync-losses", "sync-losses", Pick::kHighest, "0", ""},
     {"device-errors", "device-errors", Pick::kHighest, "0", ""},
+    {"signal-losses", "signal-losses", Pick::kHighest, "0", ""},
+    {"output-voltage", "output-voltage", Pick::kLowest, "0", ""},
+    {"input-voltage", "input-voltage", Pick::kLowest, "0", ""},
 };
 
 const char* UnitOf(std::string_view limit) {

@@ -52,12 +52,14 @@ std::string RangeText(const insight::Range& range) {
 }
 
 std::string LimitText(const insight::Limits& limits, const char* name) {
-  if (name == nullptr) {
-    return "not 0 V";
-  }
   const insight::Limit& limit = limits.Of(name);
   const std::string critical = RangeText(limit.Critical);
-  return RangeText(limit.Warning) + (critical.empty() ? "" : " (" + critical + ")");
+  const std::string text =
+      RangeText(limit.Warning) + (critical.empty() ? "" : " (" + critical + ")");
+  const auto table = insight::LimitTable();
+  const bool share =
+      *std::ranges::find(table, std::string_view(name), &insight::LimitInfo::Name)->Unit == '%';
+  return share ? "not 0" + (text.empty() ? "" : "; " + text + " %") : text;
 }
 
 bool IsConnected(const TreeElement& sensor) {
@@ -189,7 +191,7 @@ class TextRenderer {
       for (const Measured& measured : kMeasured) {
         if (sensor.IsA(measured.Class)) {
           Row row;
-          AddCell("{Class} {#}", sensor, &row);
+          AddCell(measured.Name, sensor, &row);
           AddCell(sensor.FindValue("Address") == nullptr ? "" : "{Address}", sensor, &row);
           AddCell(IsConnected(sensor) ? measured.Template : "not connected", sensor, &row);
           row.Cells.push_back(LimitText(look_.Limits, measured.Limit));

@@ -240,15 +240,23 @@ constexpr Section kClosingSectionRows[] = {{"dcio", kDcioBlocks}};
 
 constexpr const char* kTemperature = "temperature";
 
+constexpr const char* kInputVoltage = "input-voltage";
+constexpr const char* kOutputVoltage = "output-voltage";
+constexpr const char* kTempSensor = "temperature sensor {#}";
+constexpr const char* kIsolationBoard = "isolation board {#}";
+constexpr const char* kSupplyBoard = "power-supply board {#}";
+
 constexpr Measured kMeasuredRows[] = {
-    {QtSts::CCANTempSensor::Class, "{Celsius}", kTemperature},
-    {QtSts::COnboardTempSensor::Class, "{Celsius}", kTemperature},
-    {QtSts::CCANIsolationBoardSensor::Class, "{Celsius}", kTemperature},
-    {QtSts::CCANIsolationBoardSensor::Class, "in {InputVoltage}", nullptr},
-    {QtSts::CCANIsolationBoardSensor::Class, "out {OutputVoltage}", nullptr},
-    {QtSts::CCANPsrbSensor::Class, "in {InputVoltages}", nullptr},
-    {QtSts::CCANPsrbSensor::Class, "out {OutputVoltages}", nullptr},
-    {QtSts::CBeaconRecord::Class, "{TemperatureKelvin:celsius}", kTemperature},
+    {QtSts::CCANTempSensor::Class, kTempSensor, "{Celsius}", kTemperature},
+    {QtSts::COnboardTempSensor::Class, "on-board sensor {#}", "{Celsius}", kTemperature},
+    {QtSts::CCANIsolationBoardSensor::Class, kIsolationBoard, "{Celsius}", kTemperature},
+    {QtSts::CCANIsolationBoardSensor::Class, kIsolationBoard, "in {InputVoltage}", kInputVoltage},
+    {QtSts::CCANIsolationBoardSensor::Class, kIsolationBoard, "out {OutputVoltage}",
+     kOutputVoltage},
+    {QtSts::CCANPsrbSensor::Class, kSupplyBoard, "in {InputVoltages}", kInputVoltage},
+    {QtSts::CCANPsrbSensor::Class, kSupplyBoard, "out {OutputVoltages}", kOutputVoltage},
+    {QtSts::CCANBeacon::Class, "beacon {#}", "{TemperatureKelvin:celsius}", kTemperature},
+    {QtSts::CCANRoundel::Class, "roundel {#}", "{TemperatureKelvin:celsius}", kTemperature},
 };
 
 constexpr Reading kReadingRows[] = {

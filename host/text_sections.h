@@ -43,8 +43,9 @@ struct Reading {
 // One of a sensor's temperatures and voltages, which stand beside their limits.
 struct Measured {
   const QtSts::ClassInfo& Class;
+  const char* Name;  // a template: what a technician calls the sensor
   const char* Template;
-  const char* Limit;  // its name among the limits; null for a voltage, which is not to be 0
+  const char* Limit;  // its name among the limits; one in percent is of a voltage, never to be 0
 };
 
 extern const Sections kDocumentSections;  // of the document, before the outputs

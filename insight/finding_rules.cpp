@@ -10,6 +10,7 @@
 #include "model/codes.h"
 #include "model/dcio_boards.h"
 #include "model/document.h"
+#include "model/onboard_sensors.h"
 
 namespace insight {
 namespace {
@@ -52,6 +53,47 @@ bool IsLongAgo(const TreeElement&, const TreeValue& value) {
   return !value.Text().empty() && value.Text() < std::string_view("2020");
 }
 
+// Without power nothing is sent.
+bool IsZeroWhilePowered(const TreeElement& element, const TreeValue& value) {
+  return value.Real() == 0 &&
+         !HasFlag<QtSts::kFlagPowerOff>(element, *element.FindValue("StatusFlags"));
+}
+
+bool IsOfFans(const TreeElement& element) {
+  static constexpr const QtSts::ClassInfo* kClasses[] = {
+      &QtSts::CCANFanRpmSensor::Class,
+      &QtSts::FanRpm::Class,
+      &QtSts::CIntakeFanOutputType::Class,
+      &QtSts::CPixelFanOutputType::Class,
+      &QtSts::CFrontFanOutputType::Class,
+      &QtSts::CIntakeFanStatusRelayInputType::Class,
+      &QtSts::CFrontFanStatusRelayInputType::Class,
+      &QtSts::CPixelFanStatusRelayInputType::Class,
+      &QtSts::CFanPowerSenseInputType::Class,
+      &QtSts::COnboardCabinetFanControlSensor::Class,
+  };
+  return std::ranges::any_of(kClasses, [&](const auto* info) { return element.IsA(*info); });
+}
+
+// NOLINTNEXTLINE(misc-no-recursion): as deep as the document
+bool HasFans(const TreeElement& element) {
+  for (const TreeElement& child : element.Children()) {
+    if (IsOfFans(child) || HasFans(child)) {
+      return true;
+    }
+  }
+  return false;
+}
+
+// A display without fans has none to enable.
+bool IsFalseThoughThereAreFans(const TreeElement& element, const TreeValue& value) {
+  const TreeElement* root = &element;
+  while (root->Parent() != nullptr) {
+    root = root->Parent();
+  }
+  return !value.Flag() && HasFans(*root);
+}
+
 bool IsFalseWhileSelected(const TreeElement& element, const TreeValue& value) {
   const TreeValue* const selected = element.FindValue("MultiplexerSelected");
   return !value.Flag() && selected != nullptr && selected->Flag();
@@ -75,6 +117,9 @@ constexpr ValueRule kValueRules[] = {
     {"output-blanked", kCritical, kAlways, QtSts::COutput::Class, "StatusFlags",
      &HasFlag<QtSts::kFlagTrackerBlanked>, "output blanked by the pixel tracker",
      "the content: it drove too many pixels too brightly; then the tracker's registers", kNoRow},
+    {"output-stopped", kCritical, kAlways, QtSts::COutput::Class, "Frequency/Vertical",
+     &IsZeroWhilePowered, "the output sends no pictures: frame rate {}",
+     "the router and its driver, and the system log"},
     {"watchdog-event", kWarning, kAlways, QtSts::COutput::Class, "StatusFlags",
      &HasFlag<QtSts::kFlagWatchdogEvent>, "watchdog event recorded since the start",
      "the system log of that time: what hung", kNoRow},
@@ -89,6 +134,11 @@ constexpr ValueRule kValueRules[] = {
     {"display-dark", kWarning, kAlways, QtSts::CDimming::Class, "ActualDimmingLevel",
      &IsZeroUnscheduled, "brightness in force is 0 %",
      "dimming mode, light sensors, and who asks for the level"},
+    {"fans-disabled", kWarning, kAlways, QtSts::CFans::Class, "Enabled", &IsFalseThoughThereAreFans,
+     "fans are disabled", "who or what has disabled them, and whether it is still wanted"},
+    {"fans-disabled", kWarning, kWhileConnected, QtSts::COnboardCabinetFanControlSensor::Class,
+     "FansEnabled", &IsZero, "cabinet fans are disabled",
+     "who or what has disabled them, and whether it is still wanted"},
     {"fans-override", kWarning, kAlways, QtSts::CFans::Class, "Override", &IsNotZero,
      "fans are overridden: {}", "who has overridden them, and whether it is still wanted"},
     {"input-without-signal", kCritical, kAlways, QtSts::CInput::Class, "SignalPresent",
@@ -110,6 +160,9 @@ constexpr ValueRule kValueRules[] = {
      QtSts::CPowerSupplyStatusRelayInputType::Class, "State", &IsZero,
      "power supply is not active by its status relay",
      "the power supply at this input: its lamps, its input, its fuse"},
+    {"surge-suppressor", kWarning, kWhileConnected, QtSts::SurgeSuppressorInputType::Class, "State",
+     &IsZero, "surge suppressor is not active",
+     "the surge suppressor at this input: spent ones are replaced; its contact"},
     {"power-supply-errors", kWarning, kAlways, QtSts::CCANPsrbSensor::Class, "HardwareErrors",
      &IsNotZero, "power supply hardware errors 0x{0x}", "the power supplies of this board"},
     {"power-supply-input", kWarning, kWhileConnected, QtSts::CCANPsrbSensor::Class, "InputVoltages",

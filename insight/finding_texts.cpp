@@ -53,13 +53,23 @@ std::string Duration(std::chrono::seconds seconds) {
   return text;
 }
 
+std::string TextOf(const QtSts::TreeValue& value) {
+  if (value.CodeName() != nullptr) {
+    return value.CodeName();
+  }
+  std::string text;
+  for (const char c : value.Written()) {
+    const bool between = c == ' ' && value.Kind() == QtSts::ValueKind::kReals;
+    text += between ? ", " : std::string(1, c);
+  }
+  return WithUnit(text, value.Listed().Unit);
+}
+
 std::string WithValue(const char* message, const QtSts::TreeValue& value) {
   if (std::string_view(message).find("{0x}") != std::string_view::npos) {
     return Replaced(message, "{0x}", Hexadecimal(value.Unsigned()));
   }
-  const char* const code = value.CodeName();
-  return Replaced(message, "{}",
-                  code != nullptr ? code : WithUnit(value.Written(), value.Listed().Unit));
+  return Replaced(message, "{}", TextOf(value));
 }
 
 std::string OutsideOf(const Range& range, const std::string& what, double number,

@@ -21,8 +21,11 @@ std::string_view UnitOf(std::string_view limit);
 // "3 d 4 h", "5 h 2 min", "40 s".
 std::string Duration(std::chrono::seconds seconds);
 
-// `message` with `value` in place of "{}": with its unit, or the name of its code. In place of
-// "{0x}" stand its hexadecimal digits.
+// `value` with its unit, "24.05, 0, 19.2 V", or the name of its code.
+std::string TextOf(const QtSts::TreeValue& value);
+
+// `message` with the text of `value` in place of "{}", and its hexadecimal digits in place of
+// "{0x}".
 std::string WithValue(const char* message, const QtSts::TreeValue& value);
 
 // "temperature 81 °C, above the limit of 65 °C".

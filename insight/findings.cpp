@@ -80,6 +80,7 @@ class Finder {
       }
       FindInLink(source);
     }
+    FindInNetwork();
   }
 
   void FindInLink(const Source& source) {
@@ -92,6 +93,31 @@ class Finder {
                                off ? "who has switched it off, and whether it is still wanted"
                                    : "cable, plugs and the switch at its other end"));
       findings_.back().Source = source.Id;
+    }
+  }
+
+  // Of a controller that people or programs elsewhere are to reach.
+  void FindInNetwork() {
+    const auto named = [this](std::string_view id) {
+      return std::ranges::find_if(snapshot_.Sources, [id](const Source& source) {
+        return source.Id == id && source.State == SourceState::kOk;
+      });
+    };
+    const TreeElement* const devices = snapshot_.Document.Root().Find("Network/Devices");
+    if (std::ranges::count(findings_, "link-lost", &Finding::Id) != 0) {
+      return;  // that says why
+    }
+    if (named("interfaces") != snapshot_.Sources.end() && devices->Children().empty()) {
+      findings_.push_back(Make("no-network", Severity::kWarning, "no network device is in use",
+                               "the network devices: cable, link and address"));
+      findings_.back().Source = "interfaces";
+    }
+    const auto routes = named("routes");
+    if (routes != snapshot_.Sources.end() && routes->Reason == kNoRoute) {
+      findings_.push_back(Make("no-gateway", Severity::kWarning,
+                               "no network device has a default gateway",
+                               "the network configuration, and the server that gives addresses"));
+      findings_.back().Source = routes->Id;
     }
   }
 
@@ -180,14 +206,22 @@ class Finder {
     }
   }
 
-  // "temperature"; without a rule the name of the field.
+  // "temperature"; without a rule what the field is.
   static std::string WhatOf(const TreeElement& element, const TreeValue& value) {
     const auto rule = std::ranges::find_if(ReadingRules(), [&](const ReadingRule& candidate) {
       return value.Listed().Name == std::string_view(candidate.Field) &&
              element.IsA(candidate.Class);
     });
-    return std::string(rule == ReadingRules().end() ? value.Listed().Name
-                                                    : std::string_view(rule->What));
+    if (rule != ReadingRules().end()) {
+      const std::string_view what = rule->What;
+      return std::string(what.substr(0, what.find(',')));
+    }
+    const std::string_view about = value.Listed().About;
+    std::string what(about.substr(0, about.find(';')));
+    if (what.front() >= 'A' && what.front() <= 'Z') {
+      what.front() = static_cast<char>(what.front() - 'A' + 'a');
+    }
+    return what;
   }
 
   void AddImpossible(const TreeElement& element, const FoundValue& found, std::string message,
@@ -199,9 +233,10 @@ class Finder {
   void FindImpossible(const TreeElement& element) {
     for (const TreeValue& value : element.Values()) {
       if (IsInfinite(value) && !IsOfStandingClock(element) && IsOfConnected(element)) {
-        AddImpossible(element, {&element, &value},
-                      WhatOf(element, value) + " is not a finite number: " + value.Written(),
-                      "the source of this value, or the program that writes its row");
+        AddImpossible(
+            element, {&element, &value},
+            WhatOf(element, value) + " " + TextOf(value) + " is not possible: no finite number",
+            "the source of this value, or the program that writes its row");
       }
     }
   }
@@ -242,7 +277,7 @@ class Finder {
   }
 
   void FindOutside(const TreeElement& element, const ReadingRule& rule, const FoundValue& found) {
-    const std::optional<double> number = rule.Read(element, *found.Value);
+    const std::optional<double> number = rule.Read(element, *found.Value, &peers_);
     const Limit& limit = limits_.Of(rule.Limit);
     if (!number || (limit.Warning.Holds(*number) && limit.Critical.Holds(*number)) ||
         !IsOfConnected(element)) {
@@ -250,8 +285,11 @@ class Finder {
     }
     const bool critical = !limit.Critical.Holds(*number);
     const Range& range = critical ? limit.Critical : limit.Warning;
-    Add(Make(rule.Limit, critical ? Severity::kCritical : Severity::kWarning,
-             OutsideOf(range, rule.What, *number, UnitOf(rule.Limit)), rule.Hint),
+    std::string message = OutsideOf(range, rule.What, *number, UnitOf(rule.Limit));
+    // A share says nothing about how much that is.
+    message += UnitOf(rule.Limit) == "%" ? ": " + TextOf(*found.Value) : "";
+    Add(Make(rule.Limit, critical ? Severity::kCritical : Severity::kWarning, std::move(message),
+             rule.Hint),
         element, found, nullptr, *number);
   }
 
@@ -272,6 +310,7 @@ class Finder {
   const Snapshot& snapshot_;
   const Limits& limits_;
   Origins origins_;
+  Peers peers_;
   std::vector<Finding> findings_;
 };
 

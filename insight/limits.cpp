@@ -33,6 +33,16 @@ constexpr LimitInfo kLimits[] = {
      {UpTo(100), kAll}},
     {"sync-losses", "c", "Losses of synchronisation of each connected sensor", {UpTo(100), kAll}},
     {"device-errors", "c", "Errors that each DCIO device counts", {UpTo(100), kAll}},
+    {"signal-losses",
+     "c",
+     "How often the signal of each video input that has one was lost, or was not valid",
+     {UpTo(100), kAll}},
+    {"output-voltage",
+     "%",
+     "Lowest output voltage of each power-supply board that is not 0, of its highest; output of "
+     "each isolation board, of the middle one beside it",
+     {AtLeast(90), AtLeast(50)}},
+    {"input-voltage", "%", "Input voltages likewise", {AtLeast(75), kAll}},
 };
 
 std::size_t PositionOf(std::string_view name) {

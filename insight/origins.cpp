@@ -12,7 +12,7 @@ namespace insight {
 void Origins::Name(Finding* finding, const QtSts::TreeElement& holder, const char* key) {
   Collect();
   if (key == nullptr) {
-    finding->Key = KeyOfNumber(finding->Path, holder);
+    finding->Key = KeyOfNumber(*finding, holder);
     if (finding->Key.empty()) {
       finding->Key = KeyOf(finding->Path, holder);
     }
@@ -76,8 +76,9 @@ std::string Origins::SourceOf(std::string_view path) const {
 }
 
 // The row of the number that is wrong in a row of numbers: the first that is not finite, or else
-// the lowest. "" when it is not known which row gave which number.
-std::string Origins::KeyOfNumber(const std::string& path, const QtSts::TreeElement& holder) const {
+// the lowest, for a share the lowest above 0. "" when it is not known which row gave which number.
+std::string Origins::KeyOfNumber(const Finding& finding, const QtSts::TreeElement& holder) const {
+  const std::string_view path = finding.Path;
   const auto filled = filled_.find(path);
   const QtSts::TreeValue* const value = holder.FindValue(path.substr(path.rfind('/') + 1));
   if (filled == filled_.end() || value == nullptr || value->Kind() != QtSts::ValueKind::kReals ||
@@ -87,7 +88,10 @@ std::string Origins::KeyOfNumber(const std::string& path, const QtSts::TreeEleme
   const auto& numbers = value->Reals();
   auto wrong = std::ranges::find_if(numbers, [](float number) { return !std::isfinite(number); });
   if (wrong == numbers.end()) {
-    wrong = std::ranges::min_element(numbers);
+    const bool share = finding.Value.has_value();
+    wrong = std::ranges::min_element(numbers, [share](float left, float right) {
+      return share && (left <= 0 || right <= 0) ? left > 0 && right <= 0 : left < right;
+    });
   }
   return std::string(filled->second[static_cast<std::size_t>(wrong - numbers.begin())]);
 }

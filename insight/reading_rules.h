@@ -2,24 +2,38 @@
 // library.
 #pragma once
 
+#include <map>
 #include <optional>
 #include <span>
 #include <string_view>
+#include <utility>
 
 #include "insight/limits.h"
 #include "model/tree.h"
 
 namespace insight {
 
+// What readings are compared with; each list is looked at once.
+class Peers {
+ public:
+  // The middle one of the values of `field` in the elements of `list` that are connected and have
+  // it; nothing when fewer than three have: two do not say which one is wrong.
+  std::optional<double> MiddleOf(const QtSts::TreeElement& list, const char* field);
+
+ private:
+  std::map<std::pair<const QtSts::TreeElement*, std::string_view>, std::optional<double>> middles_;
+};
+
 struct ReadingRule {
   const QtSts::ClassInfo& Class;  // the classes derived from it included
   const char* Field;
   const char* Limit;  // its name; null: there is none
   Range Possible;     // what its kind can hold, in the unit of the field
-  const char* What;   // "temperature"
+  const char* What;   // "temperature"; after a comma what it is beside
   const char* Hint;   // what to look at when it is outside of its limit
   // The reading in the unit of the limit; nothing when the value stands for none.
-  std::optional<double> (*Read)(const QtSts::TreeElement& element, const QtSts::TreeValue& value);
+  std::optional<double> (*Read)(const QtSts::TreeElement& element, const QtSts::TreeValue& value,
+                                Peers* peers);
 };
 
 std::span<const ReadingRule> ReadingRules();

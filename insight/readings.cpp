@@ -1,6 +1,7 @@
 #include "insight/readings.h"
 
 #include <algorithm>
+#include <cmath>
 #include <cstddef>
 
 #include "insight/reading_rules.h"
@@ -25,15 +26,20 @@ constexpr Range kPercent = {.Least = 0, .Most = 100};
 constexpr Range kLatitude = {.Least = -90, .Most = 90};
 constexpr Range kLongitude = {.Least = -180, .Most = 180};
 
-Number Plain(const TreeElement&, const TreeValue& value) { return NumberOf(value); }
+Number Plain(const TreeElement&, const TreeValue& value, Peers*) { return NumberOf(value); }
 
-Number Celsius(const TreeElement&, const TreeValue& value) {
+Number Celsius(const TreeElement&, const TreeValue& value, Peers*) {
   return NumberOf(value) - kZeroCelsius;
 }
 
 // -1 stands for a counter without a source.
-Number Count(const TreeElement&, const TreeValue& value) {
+Number Count(const TreeElement&, const TreeValue& value, Peers*) {
   return value.Signed() < 0 ? Number() : NumberOf(value);
+}
+
+// Without a signal losses are counted as long as nothing is plugged in.
+Number OfSignal(const TreeElement& input, const TreeValue& value, Peers*) {
+  return input.FindValue("SignalPresent")->Flag() ? NumberOf(value) : Number();
 }
 
 Number PercentOf(const TreeElement& element, const TreeValue& value, const char* total) {
@@ -42,33 +48,39 @@ Number PercentOf(const TreeElement& element, const TreeValue& value, const char*
   return known ? NumberOf(value) * 100 / NumberOf(*all) : Number();
 }
 
-Number Memory(const TreeElement& element, const TreeValue& value) {
+Number Memory(const TreeElement& element, const TreeValue& value, Peers*) {
   return PercentOf(element, value, "MemoryTotal");
 }
 
-Number Storage(const TreeElement& element, const TreeValue& value) {
+Number Storage(const TreeElement& element, const TreeValue& value, Peers*) {
   return PercentOf(element, value, "StorageTotal");
 }
 
-// Of a fan that stands still another finding speaks.
-Number ShareOf(double speed, double usual) {
-  return speed > 0 && usual > 0 ? speed * 100 / usual : Number();
+// Of a fan that stands still, and of 0 V, another finding speaks.
+Number ShareOf(double reading, double usual) {
+  const bool known = reading > 0 && usual > 0 && std::isfinite(usual);
+  return known ? reading * 100 / usual : Number();
 }
 
-// The fans of a board that all turn say how fast they should; two do not say which one is wrong.
-Number BesideOthers(const TreeElement& fan, const TreeValue& value) {
-  constexpr std::size_t kFewest = 3;
-  std::vector<double> speeds;
-  for (const TreeElement& other : fan.Parent()->Children()) {
-    speeds.push_back(NumberOf(*other.FindValue(value.Listed().Name)));
-  }
-  const auto middle = speeds.begin() + static_cast<std::ptrdiff_t>(speeds.size() / 2);
-  std::ranges::nth_element(speeds, middle);
-  return speeds.size() < kFewest ? Number() : ShareOf(NumberOf(value), *middle);
+// The elements of a list that all work say how it should be.
+Number BesideOthers(const TreeElement& element, const TreeValue& value, Peers* peers) {
+  const Number middle = peers->MiddleOf(*element.Parent(), value.Listed().Name);
+  return middle ? ShareOf(NumberOf(value), *middle) : Number();
 }
 
-Number BesideAverage(const TreeElement& fan, const TreeValue& value) {
+Number BesideAverage(const TreeElement& fan, const TreeValue& value, Peers*) {
   return ShareOf(NumberOf(value), NumberOf(*fan.FindValue("AverageRpm")));
+}
+
+// The lowest that is not 0.
+Number BesideHighest(const TreeElement&, const TreeValue& value, Peers*) {
+  double lowest = 0;
+  double highest = 0;
+  for (const float volts : value.Reals()) {
+    highest = std::max<double>(highest, volts);
+    lowest = volts > 0 && (lowest == 0 || volts < lowest) ? volts : lowest;
+  }
+  return ShareOf(lowest, highest);
 }
 
 constexpr const char* kNoLimit = nullptr;
@@ -76,6 +88,11 @@ constexpr const char* kNoLimit = nullptr;
 constexpr const char* kHeat = "fans, filters, doors and heating of the cabinet; the sensor itself";
 constexpr const char* kFan = "the fan: dirty, blocked or worn out; its supply";
 constexpr const char* kCable = "cable, plugs and the switch at its other end";
+constexpr const char* kVideo = "the player at this input, its cable and plugs";
+constexpr const char* kSupplyInput = "fuse and wiring of that input, and what feeds it";
+constexpr const char* kSupplyOutput = "the power supply of that output, and its load";
+constexpr const char* kBoardInput = "the supply of the board";
+constexpr const char* kBoardOutput = "the board and what it feeds";
 constexpr const char* kWriter = "the program that writes the row";
 constexpr const char* kReadable = "the sensor, its cable, and the program that writes its rows";
 
@@ -92,6 +109,18 @@ constexpr ReadingRule kRules[] = {
      "cable and address of the device", &Plain},
     {QtSts::CSensor::Class, "SyncLossCounter", "sync-losses", kAny, "synchronisation losses",
      "cable and termination of the sensor's bus", &Plain},
+    {QtSts::CDigitalInput::Class, "Statistics/First", "signal-losses", kAny, "signal losses",
+     kVideo, &OfSignal},
+    {QtSts::CDigitalInput::Class, "Statistics/Second", "signal-losses", kAny,
+     "pictures that were not valid", kVideo, &OfSignal},
+    {QtSts::CCANPsrbSensor::Class, "InputVoltages", "input-voltage", kAny,
+     "input voltage, beside the board's highest,", kSupplyInput, &BesideHighest},
+    {QtSts::CCANPsrbSensor::Class, "OutputVoltages", "output-voltage", kAny,
+     "output voltage, beside the board's highest,", kSupplyOutput, &BesideHighest},
+    {QtSts::CCANIsolationBoardSensor::Class, "InputVoltage", "input-voltage", kAny,
+     "input voltage, beside the other isolation boards,", kBoardInput, &BesideOthers},
+    {QtSts::CCANIsolationBoardSensor::Class, "OutputVoltage", "output-voltage", kAny,
+     "output voltage, beside the other isolation boards,", kBoardOutput, &BesideOthers},
     {QtSts::FanRpm::Class, "Rpm", "fan-speed", kAny, "fan speed, beside the board's other fans,",
      kFan, &BesideOthers},
     {QtSts::CCANFanRpmSensor::Class, "CurrentRpm", "fan-speed", kAny,
@@ -156,8 +185,30 @@ bool IsOfConnected(const TreeElement& element) {
   return true;
 }
 
+std::optional<double> Peers::MiddleOf(const TreeElement& list, const char* field) {
+  const auto [entry, first] = middles_.try_emplace({&list, field});
+  if (!first) {
+    return entry->second;
+  }
+  std::vector<double> values;
+  for (const TreeElement& element : list.Children()) {
+    const TreeValue* const value = element.FindValue(field);
+    if (value != nullptr && IsOfConnected(element) && std::isfinite(NumberOf(*value))) {
+      values.push_back(NumberOf(*value));
+    }
+  }
+  constexpr std::size_t kFewest = 3;
+  if (values.size() >= kFewest) {
+    const auto middle = values.begin() + static_cast<std::ptrdiff_t>(values.size() / 2);
+    std::ranges::nth_element(values, middle);
+    entry->second = *middle;
+  }
+  return entry->second;
+}
+
 std::vector<Reading> Readings(const Snapshot& snapshot) {
   std::vector<Reading> readings;
+  Peers peers;
   if (snapshot.Database.Unchanged) {
     readings.push_back(
         {"database-age", "", static_cast<double>(snapshot.Database.Unchanged->count())});
@@ -170,7 +221,7 @@ std::vector<Reading> Readings(const Snapshot& snapshot) {
           !IsOfConnected(element)) {
         continue;
       }
-      const Number number = rule.Read(element, *found.Value);
+      const Number number = rule.Read(element, *found.Value, &peers);
       const std::string path = found.Holder->PathOf(*found.Value);
       if (number && snapshot.IsReported(path)) {
         readings.push_back({rule.Limit, path, *number});

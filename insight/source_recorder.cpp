@@ -77,6 +77,7 @@ void SourceRecorder::BeginCycle() {
   written_.clear();
   positions_.clear();
   addressed_.clear();
+  routed_ = false;
 }
 
 void SourceRecorder::See(const observe::Event& event) {
@@ -117,8 +118,10 @@ void SourceRecorder::SeeLabel(const observe::Label& label) {
   if (feed != FeedTable().end()) {
     TalkWith(SourceNamed(feed->Source))->TakeLabel(label.Text, label.Found);
   } else if (last_ != nullptr && Is(last_->Asked().Id, "link-counters")) {
-    // An interface that the routes do not name has no gateway: that is an answer, too.
     last_->TakeLabel(label.Text, label.Found);
+  } else if (last_ != nullptr && Is(last_->Asked().Id, "routes")) {
+    // An interface that the routes do not name has no gateway: that is an answer, too.
+    routed_ = routed_ || label.Found;
   }
 }
 
@@ -271,6 +274,8 @@ Source SourceRecorder::Assemble(const SourceInfo& info, const std::string& inter
   if (Is(info.Id, "interfaces") && source.State == SourceState::kOk && interfaces_.empty()) {
     source.State = SourceState::kEmpty;
     source.Reason = "no interface runs";
+  } else if (Is(info.Id, "routes") && source.State == SourceState::kOk && !routed_) {
+    source.Reason = kNoRoute;
   }
 
   const auto add = [&](const Feed& feed, const std::string& field, const std::string& of) {

@@ -20,6 +20,8 @@ namespace insight {
 // The Reason of the carrier of an interface that has an address and no link.
 inline constexpr char kNoLink[] = "no link";
 inline constexpr char kSwitchedOff[] = "switched off";
+// The routes name no interface that is in use as the way to everywhere else.
+inline constexpr char kNoRoute[] = "no default route";
 
 class SourceRecorder {
  public:
@@ -69,6 +71,7 @@ class SourceRecorder {
   std::set<std::string> written_;                 // "eth0/IPv4Address"
   std::map<std::string, std::size_t> positions_;  // of the devices, by interface
   std::map<std::string, unsigned> addressed_;     // flags of the interfaces that have an address
+  bool routed_ = false;                           // an interface in use has a default route
 };
 
 }  // namespace insight

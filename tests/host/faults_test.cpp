@@ -53,6 +53,18 @@ void SetLink(Scenario& demo, sandbox::LinkState state) {
   demo.Interface({.Name = "eth1", .Addresses = {{.Prefix = "10.50.0.1/24"}}});
 }
 
+// One register of the frame controller, which has the others of the demo.
+void SetRegister(Scenario& demo, const std::string& name, const std::string& value) {
+  std::ifstream registers(
+      sandbox::SourcePath("scenarios/demo/root/proc/driver/frame_control/registers"));
+  std::string text;
+  for (std::string line; std::getline(registers, line);) {
+    text += line.starts_with(name + ": ") ? name + ": " + value : line;
+    text += '\n';
+  }
+  demo.File("/proc/driver/frame_control/registers", text);
+}
+
 const Fault kFaults[] = {
     {"display node missing",
      [](Scenario& demo) { demo.NoDevice("zetdisplay"); },
@@ -128,7 +140,7 @@ const Fault kFaults[] = {
      [](Scenario& demo) { demo.Row("Sensor_06_PsrbVout_01_Volts", "0"); },
      nullptr,
      "critical: 1 critical\n",
-     {"power supply output at 0 V", "not 0 V"}},
+     {"power supply output at 0 V", "not 0; 90.. (50..) %"}},
     {"power supply input",
      [](Scenario& demo) { demo.Row("Sensor_06_PsrbVin_00_Volts", "0"); },
      nullptr,
@@ -149,6 +161,51 @@ const Fault kFaults[] = {
      nullptr,
      "unknown: 1 unknown\n",
      {"/var/lib/dpkg/status is empty", "the list of installed packages"}},
+    {"no pictures",
+     [](Scenario& demo) { demo.Answer("travex", hardware::requests::router::kFrameRate, 0); },
+     nullptr,
+     "critical: 1 critical\n",
+     {"the output sends no pictures: frame rate 0 Hz", "! Frame rate  0 Hz"}},
+    {"output voltage low",
+     [](Scenario& demo) { demo.Row("Sensor_06_PsrbVout_01_Volts", "19.2"); },
+     nullptr,
+     "warning: 1 warning\n",
+     {"output voltage, beside the board's highest, 79.83 %", "24.05, 19.2, 23.98 V",
+      "Sensor_06_PsrbVout_01_Volts", "not 0; 90.. (50..) %"}},
+    {"no interfaces",
+     [](Scenario& demo) { demo.NoInterfaces(); },
+     nullptr,
+     "unknown: 1 unknown\n",
+     {"getifaddrs is empty: no interface runs"}},
+    {"no network in use",
+     [](Scenario& demo) {
+       demo.NoInterfaces().Interface({.Name = "eth0"});
+       demo.File("/sys/class/net/eth0/carrier", "0\n");
+     },
+     nullptr,
+     "unknown: ",
+     {"no network device is in use"}},
+    {"no gateway",
+     [](Scenario& demo) { demo.File("/proc/net/route", "Iface\tDestination\tGateway\n"); },
+     nullptr,
+     "warning: 1 warning\n",
+     {"no network device has a default gateway"}},
+    {"fans disabled",
+     [](Scenario& demo) { demo.Row("FansEnabled", "false"); },
+     nullptr,
+     "warning: 1 warning\n",
+     {"fans are disabled", "FansEnabled"}},
+    {"surge suppressor",
+     [](Scenario& demo) { demo.Row("Sensor_12_Input_01_State", "0"); },
+     nullptr,
+     "warning: 1 warning\n",
+     {"surge suppressor is not active, input 2 \"Surge suppressor A\"",
+      "Sensor_12_Input_01_State"}},
+    {"DVI losses",
+     [](Scenario& demo) { SetRegister(demo, "dvi_los_count", "0x0000ffff"); },
+     nullptr,
+     "warning: 1 warning\n",
+     {"signal losses 65535, above the limit of 100, DVI input"}},
     {"synchronisation",
      [](Scenario& demo) { demo.Row("Sensor_02_SyncLossCounter", "5120"); },
      nullptr,

@@ -160,8 +160,8 @@ TEST(RenderText, ShowsThePowerOnlyWhenItsSourceAnswered) {
 // The zeros of a sensor that is lost look like readings.
 TEST(RenderText, ShowsNoTemperatureOfASensorThatIsNotConnected) {
   const std::string text = RenderText(sample::TroubledSnapshot(), {.Sections = {"display"}});
-  EXPECT_THAT(text, HasSubstr("\n  CANTempSensor 0                 17  not connected"));
-  EXPECT_THAT(text, HasSubstr("\n  CANIsolationBoardSensor 3       20  21.6 "));
+  EXPECT_THAT(text, HasSubstr("\n  temperature sensor 0       17  not connected"));
+  EXPECT_THAT(text, HasSubstr("\n  isolation board 3          20  21.6 "));
 }
 
 TEST(RenderText, ShowsTheSectionsThatAreAskedForInItsOwnOrder) {

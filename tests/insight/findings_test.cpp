@@ -80,12 +80,18 @@ COnboardTempSensor& AddSensor(CStatus& status) {
   return sensor;
 }
 
-COutput& AddOutput(CStatus& status) { return Add<CTravex6Output>(status.Outputs); }
+COutput& AddOutput(CStatus& status) {
+  COutput& output = Add<CTravex6Output>(status.Outputs);
+  output.Frequency.Vertical = 60;
+  output.Fans.Enabled = true;
+  return output;
+}
 
-void AddInput(CStatus& status, bool selected) {
+CInput& AddInput(CStatus& status, bool selected, bool signal = false) {
   auto& input = Add<CDigitalInput>(status.Inputs);
   input.MultiplexerSelected = selected;
-  input.SignalPresent = false;
+  input.SignalPresent = signal;
+  return input;
 }
 
 CCANDcioAndFanRpm& AddBoard(CStatus& status) {
@@ -117,6 +123,19 @@ void AddPoint(CStatus& status, bool active) {
   AddBoard(status).Points.Add(point);
 }
 
+template <class Point>
+void AddOutputPoint(CStatus& status) {
+  auto* const point = new Point;
+  point->Index = 1;
+  AddBoard(status).Points.Add(point);
+}
+
+void AddFanControl(CStatus& status, std::uint32_t enabled) {
+  auto& control = Add<COnboardCabinetFanControlSensor>(status.Sensors);
+  control.Connected = true;
+  control.FansEnabled = enabled;
+}
+
 CCANPsrbSensor& AddSupply(CStatus& status) {
   auto& supply = AddSensor<CCANPsrbSensor>(status);
   supply.InputVoltages = {230, 229};
@@ -130,6 +149,16 @@ CCANIsolationBoardSensor& AddIsolation(CStatus& status) {
   board.InputVoltage = 24;
   board.OutputVoltage = 24;
   return board;
+}
+
+// With three more of 24 V behind the same interface.
+void AddIsolations(CStatus& status, float input, float output) {
+  for (int others = 3; others > 0; --others) {
+    AddIsolation(status);
+  }
+  CCANIsolationBoardSensor& board = AddIsolation(status);
+  board.InputVoltage = input;
+  board.OutputVoltage = output;
 }
 
 template <class Device>
@@ -173,6 +202,9 @@ const DocumentCase kCases[] = {
     {"OutputBlanked", "output-blanked", kCritical, "output blanked by the pixel tracker",
      [](CStatus& status) { AddOutput(status).StatusFlags = kFlagTrackerBlanked; },
      [](CStatus& status) { AddOutput(status).StatusFlags = kFlagTrackerActive; }},
+    {"NoPictures", "output-stopped", kCritical, "the output sends no pictures: frame rate 0 Hz",
+     [](CStatus& status) { AddOutput(status).Frequency.Vertical = 0; },
+     [](CStatus& status) { AddOutput(status).Frequency.Vertical = 0.001F; }},
     {"WatchdogEvent", "watchdog-event", kWarning, "watchdog event recorded since the start",
      [](CStatus& status) { AddOutput(status).StatusFlags = kFlagWatchdogEvent; },
      [](CStatus& status) { AddOutput(status).StatusFlags = kFlagTrackerActive; }},
@@ -198,9 +230,37 @@ const DocumentCase kCases[] = {
     {"FansOverride", "fans-override", kWarning, "fans are overridden: thermal",
      [](CStatus& status) { AddOutput(status).Fans.Override = 2; },
      [](CStatus& status) { AddOutput(status).Fans.Override = 0; }},
+    {"FansDisabled", "fans-disabled", kWarning, "fans are disabled",
+     [](CStatus& status) {
+       AddOutput(status).Fans.Enabled = false;
+       AddFanSensor(status, 2000);
+     },
+     [](CStatus& status) {
+       AddOutput(status).Fans.Enabled = true;
+       AddFanSensor(status, 2000);
+     }},
+    {"FansOfAnOutputDisabled", "fans-disabled", kWarning, "fans are disabled",
+     [](CStatus& status) {
+       AddOutput(status).Fans.Enabled = false;
+       AddOutputPoint<CPixelFanOutputType>(status);
+     },
+     [](CStatus& status) {
+       AddOutput(status).Fans.Enabled = false;
+       AddOutputPoint<CHeaterOutputType>(status);
+     }},
+    {"CabinetFansDisabled", "fans-disabled", kWarning, "cabinet fans are disabled",
+     [](CStatus& status) { AddFanControl(status, 0); },
+     [](CStatus& status) { AddFanControl(status, 2); }},
     {"InputWithoutSignal", "input-without-signal", kCritical, "selected input has no signal",
      [](CStatus& status) { AddInput(status, true); },
      [](CStatus& status) { AddInput(status, false); }},
+    {"SignalLosses", "signal-losses", kWarning, "signal losses 101, above the limit of 100",
+     [](CStatus& status) { AddInput(status, true, true).Statistics.First = 101; },
+     [](CStatus& status) { AddInput(status, true, true).Statistics.First = 100; }},
+    {"NothingPluggedIn", "signal-losses", kWarning,
+     "pictures that were not valid 65535, above the limit of 100",
+     [](CStatus& status) { AddInput(status, false, true).Statistics.Second = 65535; },
+     [](CStatus& status) { AddInput(status, false).Statistics.Second = 65535; }},
     {"DoorSwitch", "door-open", kWarning, "door open",
      [](CStatus& status) { AddDevice<CDoorSwitch>(status, 1); },
      [](CStatus& status) { AddDevice<CDoorSwitch>(status, 0); }},
@@ -223,7 +283,7 @@ const DocumentCase kCases[] = {
      [](CStatus& status) { AddBoard(status).FanRpms.Add(new FanRpm(0, 3, 0)); },
      [](CStatus& status) { AddBoard(status).FanRpms.Add(new FanRpm(0, 3, 1)); }},
     {"SlowFanOfBoard", "fan-speed", kWarning,
-     "fan speed, beside the board's other fans, 10 %, below the limit of 25 %",
+     "fan speed, beside the board's other fans, 10 %, below the limit of 25 %: 200 rpm",
      [](CStatus& status) {
        AddFans(status, {2000, 2200, 200, 1900});
      },
@@ -231,7 +291,7 @@ const DocumentCase kCases[] = {
        AddFans(status, {2000, 2200, 500, 1900});
      }},
     {"SlowOfTwo", "fan-speed", kWarning,
-     "fan speed, beside the board's other fans, 10 %, below the limit of 25 %",
+     "fan speed, beside the board's other fans, 10 %, below the limit of 25 %: 200 rpm",
      [](CStatus& status) {
        AddFans(status, {2000, 2000, 200});
      },
@@ -239,7 +299,7 @@ const DocumentCase kCases[] = {
        AddFans(status, {2000, 200});
      }},
     {"SlowFanSensor", "fan-speed", kWarning,
-     "fan speed, beside its average, 24.95 %, below the limit of 25 %",
+     "fan speed, beside its average, 24.95 %, below the limit of 25 %: 499 rpm",
      [](CStatus& status) { AddFanSensor(status, 499); },
      [](CStatus& status) { AddFanSensor(status, 500); }},
     {"ClockOf1970", "clock-wrong", kWarning,
@@ -252,21 +312,57 @@ const DocumentCase kCases[] = {
     {"OtherRelay", "power-supply-relay", kWarning, "power supply is not active by its status relay",
      [](CStatus& status) { AddPoint<CPowerSupplyStatusRelayInputType>(status, false); },
      [](CStatus& status) { AddPoint<CHeaterStatusRelayInputType>(status, false); }},
+    {"SurgeSuppressor", "surge-suppressor", kWarning, "surge suppressor is not active",
+     [](CStatus& status) { AddPoint<SurgeSuppressorInputType>(status, false); },
+     [](CStatus& status) { AddPoint<SurgeSuppressorInputType>(status, true); }},
     {"SupplyErrors", "power-supply-errors", kWarning, "power supply hardware errors 0x1f",
      [](CStatus& status) { *AddSupply(status).HardwareErrors = 0x1F; },
      [](CStatus& status) { AddSupply(status); }},
-    {"SupplyInput", "power-supply-input", kWarning, "power supply input at 0 V: 230 0 V",
+    {"SupplyInput", "power-supply-input", kWarning, "power supply input at 0 V: 230, 0 V",
      [](CStatus& status) {
        AddSupply(status).InputVoltages = {230, 0};
      },
      [](CStatus& status) {
-       AddSupply(status).InputVoltages = {230, 0.5F};
+       AddSupply(status).InputVoltages = {230, 229.5F};
      }},
-    {"SupplyOutput", "power-supply-output", kCritical, "power supply output at 0 V: 0 24 V",
+    {"SupplyOutput", "power-supply-output", kCritical, "power supply output at 0 V: 0, 24 V",
      [](CStatus& status) {
        AddSupply(status).OutputVoltages = {0, 24};
      },
      [](CStatus& status) { AddSupply(status).OutputVoltages = {}; }},
+    {"SupplyOutputLow", "output-voltage", kWarning,
+     "output voltage, beside the board's highest, 75 %, below the limit of 90 %: 24, 18 V",
+     [](CStatus& status) {
+       AddSupply(status).OutputVoltages = {24, 18};
+     },
+     [](CStatus& status) {
+       AddSupply(status).OutputVoltages = {20, 18};
+     }},
+    {"SupplyOutputGone", "output-voltage", kCritical,
+     "output voltage, beside the board's highest, 5 %, below the limit of 50 %: 20, 1, 20 V",
+     [](CStatus& status) {
+       AddSupply(status).OutputVoltages = {20, 1, 20};
+     },
+     [](CStatus& status) { AddSupply(status).OutputVoltages = {1}; }},
+    {"SupplyInputLow", "input-voltage", kWarning,
+     "input voltage, beside the board's highest, 50 %, below the limit of 75 %: 115, 230 V",
+     [](CStatus& status) {
+       AddSupply(status).InputVoltages = {115, 230};
+     },
+     [](CStatus& status) {
+       AddSupply(status).InputVoltages = {180, 230};
+     }},
+    {"IsolationOutputLow", "output-voltage", kWarning,
+     "output voltage, beside the other isolation boards, 75 %, below the limit of 90 %: 18 V",
+     [](CStatus& status) { AddIsolations(status, 24, 18); },
+     [](CStatus& status) { AddIsolations(status, 24, 23); }},
+    {"IsolationInputLow", "input-voltage", kWarning,
+     "input voltage, beside the other isolation boards, 50 %, below the limit of 75 %: 12 V",
+     [](CStatus& status) { AddIsolations(status, 12, 24); },
+     [](CStatus& status) {
+       AddIsolation(status).InputVoltage = 12;  // of two it is not known which one is wrong
+       AddIsolation(status);
+     }},
     {"IsolationInput", "isolation-input", kWarning, "isolation board input at 0 V",
      [](CStatus& status) { AddIsolation(status).InputVoltage = 0; },
      [](CStatus& status) { AddIsolation(status).InputVoltage = 0.25F; }},
@@ -299,13 +395,13 @@ const DocumentCase kCases[] = {
      [](CStatus& status) {
        AddSensor<CCANBeacon>(status).TemperatureKelvin = std::make_unique<std::uint16_t>(338);
      }},
-    {"MemoryLow", "memory-free", kWarning, "free memory 9.99 %, below the limit of 10 %",
+    {"MemoryLow", "memory-free", kWarning, "free memory 9.99 %, below the limit of 10 %: 9990 kB",
      [](CStatus& status) { status.MemoryFree = 9990; },
      [](CStatus& status) { status.MemoryFree = 10000; }},
-    {"MemoryGone", "memory-free", kCritical, "free memory 4.99 %, below the limit of 5 %",
+    {"MemoryGone", "memory-free", kCritical, "free memory 4.99 %, below the limit of 5 %: 4990 kB",
      [](CStatus& status) { status.MemoryFree = 4990; },
      [](CStatus& status) { status.MemoryTotal = 0; }},
-    {"StorageLow", "storage-free", kWarning, "free storage 9 %, below the limit of 10 %",
+    {"StorageLow", "storage-free", kWarning, "free storage 9 %, below the limit of 10 %: 9000 kB",
      [](CStatus& status) { status.StorageFree = 9000; },
      [](CStatus& status) { status.StorageFree = 10000; }},
     {"LinkErrors", "link-errors", kWarning, "link errors 1001, above the limit of 1000",
@@ -371,21 +467,24 @@ const DocumentCase kCases[] = {
      "longitude 181 ° is not possible: outside of -180 to 180 °",
      [](CStatus& status) { AddSensor<CCANMultiDirectionalSensor>(status).Longitude = 181; },
      [](CStatus& status) { AddSensor<CCANMultiDirectionalSensor>(status).Longitude = 180; }},
-    {"NoNumber", "reading-impossible", kUnknown, "temperature is not a finite number: NaN",
+    {"NoNumber", "reading-impossible", kUnknown,
+     "temperature NaN °C is not possible: no finite number",
      [](CStatus& status) { AddSensor<CCANTempSensor>(status).Celsius = std::nanf(""); },
      [](CStatus& status) { AddSensor<CCANTempSensor>(status).Celsius = -0.0F; }},
-    {"Infinite", "reading-impossible", kUnknown, "OneMinAverage is not a finite number: INF",
+    {"Infinite", "reading-impossible", kUnknown,
+     "light averaged over one minute INF is not possible: no finite number",
      [](CStatus& status) { AddSensor<CCANLightSensor>(status).OneMinAverage = kInfinite; },
      [](CStatus& status) { AddSensor<CCANLightSensor>(status).OneMinAverage = 1e30F; }},
     {"InfiniteVoltage", "reading-impossible", kUnknown,
-     "OutputVoltages is not a finite number: 24 INF",
+     "output voltage 24, INF V is not possible: no finite number",
      [](CStatus& status) {
        AddSupply(status).OutputVoltages = {24, kInfinite};
      },
      [](CStatus& status) {
-       AddSupply(status).OutputVoltages = {24, 1e30F};
+       AddSupply(status).OutputVoltages = {1e30F, 1e30F};
      }},
-    {"StandingClock", "reading-impossible", kUnknown, "Vertical is not a finite number: INF",
+    {"StandingClock", "reading-impossible", kUnknown,
+     "vertical frequency INF Hz is not possible: no finite number",
      [](CStatus& status) { AddOutput(status).Frequency.Vertical = kInfinite; },
      [](CStatus& status) {
        AddInput(status, false);
@@ -446,6 +545,12 @@ void Optional(Snapshot& snapshot) {
   AddSource(snapshot, kState, false);
 }
 
+void AddNamed(Snapshot& snapshot, const char* id, const char* reason) {
+  AddSource(snapshot, SourceState::kOk);
+  snapshot.Sources.back().Id = id;
+  snapshot.Sources.back().Reason = reason;
+}
+
 void AddCarrier(Snapshot& snapshot, SourceState state, const char* reason) {
   AddSource(snapshot, state, false);
   snapshot.Sources.back().Id = "carrier:eth0";
@@ -477,6 +582,12 @@ const CycleCase kCycleCases[] = {
     {"SwitchedOff", "link-lost", kWarning, "network device eth0 has an address but is switched off",
      [](Snapshot& snapshot) { AddCarrier(snapshot, SourceState::kNotAsked, "switched off"); },
      [](Snapshot& snapshot) { AddCarrier(snapshot, SourceState::kDenied, "Permission denied"); }},
+    {"NoNetwork", "no-network", kWarning, "no network device is in use",
+     [](Snapshot& snapshot) { AddNamed(snapshot, "interfaces", ""); },
+     [](Snapshot& snapshot) { AddNamed(snapshot, "other", ""); }},
+    {"NoGateway", "no-gateway", kWarning, "no network device has a default gateway",
+     [](Snapshot& snapshot) { AddNamed(snapshot, "routes", "no default route"); },
+     [](Snapshot& snapshot) { AddNamed(snapshot, "routes", ""); }},
     {"NoRows", "no-rows", kUnknown, "the database has no rows",
      [](Snapshot& snapshot) { snapshot.Rows.clear(); }, [](Snapshot&) {}},
     {"FailedCycle", "cycle-failed", kUnknown, "not all rows of the database were read",
@@ -750,6 +861,38 @@ TEST(Findings, NameTheRowOfTheVoltageThatIsWrong) {
     snapshot.Rows.push_back(MakeRow(key, "Sensors[0]/InputVoltages"));
   }
   EXPECT_EQ(FindFindings(snapshot, {}).front().Key, "Sensor_06_PsrbVin_01_Volts");
+}
+
+// The voltage that is 0 is another finding.
+TEST(Findings, NameTheRowOfTheVoltageThatIsLowBesideOneThatIsZero) {
+  CStatus status;
+  AddSupply(status).OutputVoltages = {24, 0, 18};
+  Snapshot snapshot = Healthy(status);
+  for (const char* key : {"Sensor_06_PsrbVout_00_Volts", "Sensor_06_PsrbVout_01_Volts",
+                          "Sensor_06_PsrbVout_02_Volts"}) {
+    snapshot.Rows.push_back(MakeRow(key, "Sensors[0]/OutputVoltages"));
+  }
+  const auto findings = FindFindings(snapshot, {});
+  ASSERT_THAT(Ids(findings), ElementsAre("power-supply-output", "output-voltage"));
+  EXPECT_EQ(findings[0].Key, "Sensor_06_PsrbVout_01_Volts");
+  EXPECT_EQ(findings[1].Key, "Sensor_06_PsrbVout_02_Volts");
+}
+
+// Each of them says the other.
+TEST(Findings, SayOnceThatAnOutputWithoutPowerSendsNothing) {
+  CStatus status;
+  COutput& output = AddOutput(status);
+  output.StatusFlags = kFlagPowerOff;
+  output.Frequency.Vertical = 0;
+  EXPECT_THAT(Ids(Findings(status)), ElementsAre("power-off"));
+}
+
+TEST(Findings, SayOnceThatADeviceWithoutLinkIsNotInUse) {
+  Snapshot snapshot = Healthy(CStatus());
+  AddNamed(snapshot, "interfaces", "");
+  AddNamed(snapshot, "routes", "no default route");
+  AddCarrier(snapshot, SourceState::kOk, "no link");
+  EXPECT_THAT(Ids(FindFindings(snapshot, {})), ElementsAre("link-lost"));
 }
 
 TEST(Findings, SayOfAFileThatNoDriverMakesWhoDoes) {

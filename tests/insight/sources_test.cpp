@@ -289,6 +289,25 @@ TEST(Sources, WithoutARouteOfAnInterfaceAreWell) {
   EXPECT_THAT(Find(snapshot, "routes").Unfed, IsEmpty());
 }
 
+TEST(Sources, WithoutARouteToEverywhereElseSaySo) {
+  Apply(Talkative());
+  sandbox::WriteFile("/proc/net/route", "Iface\tDestination\tGateway\neth0\t0000A8C0\t00000000\n");
+  EXPECT_EQ(VerdictOf(Cycle(), "routes"), (Verdict{SourceState::kOk, 0, "no default route"}));
+}
+
+// The collector asks for the route of the alias, too, and there is none.
+TEST(Sources, WithAnAliasHaveTheRouteOfItsDevice) {
+  sandbox::Scenario scenario = Talkative();
+  scenario.NoInterfaces().Interface(
+      {.Name = "eth0",
+       .Addresses = {{.Prefix = "192.168.0.20/24"}, {.Prefix = "10.0.0.5/8", .Label = "eth0:1"}}});
+  Apply(scenario);
+  sandbox::WriteFile("/proc/net/route", "Iface\tDestination\tGateway\neth0\t00000000\t0100A8C0\n");
+  const Snapshot snapshot = Cycle();
+  EXPECT_EQ(VerdictOf(snapshot, "routes"), kOk);
+  EXPECT_EQ(snapshot.Document.Root().FindValue("Network/Devices[0]/Gateway")->Text(), "0.0.0.0");
+}
+
 // ---- Empty
 
 struct TextFile {
