@@ -465,50 +465,6 @@ TEST_F(InitTest, EndsWithOneWhenThereIsNoDatabaseAfterwards) {
   EXPECT_EQ(Collector({"init"}).ExitCode, kFailed);
 }
 
-class DiffTest : public testing::Test {
- protected:
-  void SetUp() override {
-    QtSts::CStatus status;
-    Write(before_, QtSts::WriteDocument(status));
-    status.MemoryFree = 5;
-    status.GUID =
-        "\xC2\x9B"
-        "31m";
-    Write(after_, QtSts::WriteDocument(status));
-  }
-
-  const std::string before_ = "/tmp/before.xml";
-  const std::string after_ = "/tmp/after.xml";
-};
-
-TEST_F(DiffTest, ListsTheDifferencesAndEndsWithOne) {
-  const ProgramResult result = Collector({"diff", before_, after_});
-  EXPECT_EQ(result.ExitCode, 1);
-  EXPECT_EQ(result.Output,
-            "GUID: \"\" -> \"\xEF\xBF\xBD"
-            "31m\"\nMemoryFree: 100000 -> 5\n");
-  EXPECT_EQ(result.Errors, "");
-}
-
-TEST_F(DiffTest, SaysNothingAboutEqualDocuments) {
-  const ProgramResult result = Collector({"diff", before_, before_});
-  EXPECT_EQ(result.ExitCode, kAllWell);
-  EXPECT_EQ(result.Output, "");
-}
-
-TEST_F(DiffTest, NamesTheFileThatIsNoDocument) {
-  Write("/tmp/wrong.xml", "<Status>\x1b[31m");
-  const ProgramResult wrong = Collector({"diff", before_, "/tmp/wrong.xml"});
-  EXPECT_EQ(wrong.ExitCode, kTrouble);
-  EXPECT_THAT(wrong.Errors, StartsWith("statuscollector: /tmp/wrong.xml: line 1: not a document"));
-  EXPECT_THAT(wrong.Errors, Not(HasSubstr("\x1b")));
-  const ProgramResult missing = Collector({"diff", "/tmp/missing.xml", after_});
-  EXPECT_EQ(missing.ExitCode, kTrouble);
-  EXPECT_EQ(
-      missing.Errors,
-      "statuscollector: /tmp/missing.xml: the file cannot be read: No such file or directory\n");
-}
-
 TEST(SchemaCommand, PrintsTheSchema) {
   const ProgramResult result = Collector({"schema"});
   EXPECT_EQ(result.ExitCode, kAllWell);
