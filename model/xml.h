@@ -31,8 +31,9 @@ inline constexpr std::size_t kMaximumDocumentSize = std::size_t{64} << 20;
 // std::bad_alloc when memory runs out.
 STATUS_API std::string WriteDocument(CStatus& status);
 
-// The document in `text`; null, and `*error` filled, when it is not one. Entities are never
-// expanded and nothing is fetched.
+// The document in `text`; null, and `*error` filled, when it is not one. That includes points that
+// their list would refuse, and a board whose two flags for a connection contradict each other.
+// Entities are never expanded and nothing is fetched.
 STATUS_API std::unique_ptr<CStatus> ReadDocument(std::string_view text, XmlError* error);
 
 // The same from a file; a file that cannot be read is an error without element and line.

@@ -5,6 +5,8 @@
 #include <string>
 #include <utility>
 
+#include "model/promises.h"
+
 namespace QtSts {
 namespace {
 
@@ -93,9 +95,24 @@ void XmlReader::BeginElement(const char* name, std::span<const XmlAttribute> att
 }
 
 void XmlReader::BeginObject(Open object, std::span<const XmlAttribute> attributes) {
-  if (HasOnlyListed(object, attributes) && ReadScalars(object, attributes)) {
+  if (HasOnlyListed(object, attributes) && ReadScalars(object, attributes) &&
+      KeepsPromises(object)) {
     open_.push_back(std::move(object));
   }
+}
+
+// Attributes come before child elements, so that those of its list are known.
+bool XmlReader::KeepsPromises(const Open& object) {
+  std::optional<ReadObject> holder;
+  if (object.Made != nullptr && open_.size() >= 2) {
+    const Open& of_list = open_[open_.size() - 2];
+    holder = ReadObject{of_list.Class, of_list.Object};
+  }
+  const auto broken = BrokenBy({object.Class, object.Object}, holder ? &*holder : nullptr);
+  if (broken) {
+    Fail(object.Name, object.Line, broken->Field, broken->Message);
+  }
+  return !broken;
 }
 
 bool XmlReader::HasOnlyListed(const Open& object, std::span<const XmlAttribute> attributes) {

@@ -53,6 +53,7 @@ class XmlReader {
   bool ReadScalars(const Open& object, std::span<const XmlAttribute> attributes);
   bool ReadScalar(const Open& object, const Field& field, void* part,
                   std::span<const XmlAttribute> attributes);
+  bool KeepsPromises(const Open& object);
   bool HasAllElements(const Open& object);
 
   Open root_;

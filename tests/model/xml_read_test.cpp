@@ -7,6 +7,7 @@
 
 #include "model/can_sensors.h"
 #include "model/compare.h"
+#include "model/dcio_boards.h"
 #include "model/xml.h"
 #include "tests/support/comma_locale.h"
 #include "tests/support/random_document.h"
@@ -17,6 +18,7 @@ namespace {
 using QtSts::CStatus;
 using QtSts::ReadDocument;
 using QtSts::XmlError;
+using testing::AllOf;
 using testing::HasSubstr;
 
 std::string Document() {
@@ -149,6 +151,83 @@ TEST(ReadDocument, RefusesAListOfNumbersWithSomethingElseInIt) {
   ASSERT_NE(position, std::string::npos);
   document.replace(position, voltages.size(), "InputVoltages=\"230 high\"");
   EXPECT_THAT(Refusal(document), HasSubstr("<CANPsrbSensor> attribute InputVoltages: not a value"));
+}
+
+// A board with a point in each list: inputs from 1 to 2, outputs from 1 on.
+std::string BoardDocument() {
+  CStatus status;
+  auto* const board = new QtSts::CCANDcio2in1out;
+  status.Sensors.Add(board);
+  board->SetConnected(true);
+  board->Points.Inputs = std::make_unique<QtSts::InputListType>(2);
+  board->Points.Outputs = std::make_unique<QtSts::OutputListType>();
+  auto* const door = new QtSts::CDoorSensorInputType;
+  door->Index = 2;
+  board->Points.Inputs->Add(door);
+  auto* const heater = new QtSts::CHeaterOutputType;
+  heater->Index = 2147483647;
+  board->Points.Outputs->Add(heater);
+  return QtSts::WriteDocument(status);
+}
+
+// Such documents used to be read, and then had points and boards that none can have.
+TEST(ReadDocument, RefusesWhatListsAndBoardsOfTheLibraryRefuse) {
+  const struct {
+    const char* Old;
+    const char* New;
+    const char* Error;
+  } rows[] = {
+      {" Index=\"2\"", " Index=\"0\"",
+       "<DoorSensorInputType> attribute Index: 0 is refused: the list takes indices from 1 to 2"},
+      {" Index=\"2\"", " Index=\"-1\"",
+       "<DoorSensorInputType> attribute Index: -1 is refused: the list takes indices from 1 to 2"},
+      {" Index=\"2\"", " Index=\"3\"",
+       "<DoorSensorInputType> attribute Index: 3 is refused: the list takes indices from 1 to 2"},
+      {" Index=\"2147483647\"", " Index=\"0\"",
+       "<HeaterOutputType> attribute Index: 0 is refused: the list takes indices from 1 on"},
+      {" Index=\"2147483647\"", " Index=\"-2147483648\"",
+       "attribute Index: -2147483648 is refused: the list takes indices from 1 on"},
+      {"MaximumIndex=\"2\"", "MaximumIndex=\"1\"",
+       "attribute Index: 2 is refused: the list takes indices from 1 to 1"},
+      {"MaximumIndex=\"2\"", "MaximumIndex=\"0\"",
+       "attribute Index: 2 is refused: the list takes no index"},
+      {"BoardConnected=\"true\"", "BoardConnected=\"false\"",
+       "<CANDcio2in1out> attribute BoardConnected: contradicts Connected"},
+      {" Connected=\"true\"", " Connected=\"false\"",
+       "<CANDcio2in1out> attribute BoardConnected: contradicts Connected"},
+  };
+  const std::string document = BoardDocument();
+  XmlError error;
+  ASSERT_NE(ReadDocument(document, &error), nullptr) << error.Text();
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.New);
+    std::string changed = document;
+    const std::size_t position = changed.find(row.Old);
+    ASSERT_NE(position, std::string::npos);
+    changed.replace(position, std::string(row.Old).size(), row.New);
+    EXPECT_THAT(Refusal(changed), AllOf(testing::StartsWith("line "), HasSubstr(row.Error)));
+  }
+}
+
+TEST(ReadDocument, ReadsEachIndexThatAListTakes) {
+  std::string open = BoardDocument();
+  const std::string closed = "OpenEnded=\"false\" MaximumIndex=\"2\"";
+  const std::size_t position = open.find(closed);
+  ASSERT_NE(position, std::string::npos);
+  open.replace(position, closed.size(), "OpenEnded=\"true\" MaximumIndex=\"0\"");
+  XmlError error;
+  EXPECT_NE(ReadDocument(open, &error), nullptr) << error.Text();
+}
+
+// Parse reads one object, which has the same to keep.
+TEST(Parse, RefusesABoardWhoseFlagsContradictEachOther) {
+  QtSts::CCANDcio2in1out board;
+  board.Connected = true;
+  xmlNode* const node = xmlNewNode(nullptr, reinterpret_cast<const xmlChar*>("CANDcio2in1out"));
+  EXPECT_TRUE(board.Write(node));
+  QtSts::CCANDcio2in1out read;
+  EXPECT_FALSE(read.Parse(node));
+  xmlFreeNode(node);
 }
 
 TEST(ReadDocument, GivesTheLineOfAnElementFarDown) {

@@ -1,13 +1,18 @@
 #include "tests/support/random_document.h"
 
+#include <algorithm>
 #include <bit>
 #include <charconv>
 #include <cmath>
+#include <cstdint>
+#include <limits>
 #include <map>
 #include <random>
 #include <stdexcept>
 #include <string>
 #include <vector>
+
+#include "model/dcio_boards.h"
 
 namespace test_support {
 namespace {
@@ -147,6 +152,34 @@ void FillList(const Field& field, void* object, const Choices& next) {
   }
 }
 
+// What the list would refuse gets an index that it takes.
+template <class List>
+void KeepIndices(List* list) {
+  for (auto* const point : list->Points) {
+    if (list->IsValid(point)) {
+      continue;
+    }
+    list->OpenEnded = list->OpenEnded || list->MaximumIndex == 0;
+    constexpr std::uint32_t kHighest = std::numeric_limits<std::int32_t>::max();
+    const std::uint32_t most = list->OpenEnded ? kHighest : std::min(list->MaximumIndex, kHighest);
+    point->Index = static_cast<std::int32_t>(1 + static_cast<std::uint32_t>(point->Index) % most);
+  }
+}
+
+// What documents promise beyond the types of their values.
+void KeepPromises(const ClassInfo& info, void* object) {
+  if (&info == &QtSts::InputListType::Class) {
+    KeepIndices(static_cast<QtSts::InputListType*>(object));
+  } else if (&info == &QtSts::OutputListType::Class) {
+    KeepIndices(static_cast<QtSts::OutputListType*>(object));
+  } else if (&info == &QtSts::CCANDcio::Class) {
+    auto* const board = static_cast<QtSts::CCANDcio*>(object);
+    board->BoardConnected = board->Connected;
+  } else if (info.Base != nullptr) {
+    KeepPromises(*info.Base, info.ToBase(object));
+  }
+}
+
 }  // namespace
 
 Choices SeededChoices(std::uint64_t seed) {
@@ -167,6 +200,7 @@ void FillAtRandom(const ClassInfo& info, void* object, const Choices& next) {
     }
     return true;
   });
+  KeepPromises(info, object);
 }
 
 std::unique_ptr<QtSts::CStatus> RandomDocument(const Choices& next) {
