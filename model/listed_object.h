@@ -12,9 +12,10 @@ class ListedField;
 
 class ListedObject {
  public:
-  // The object with the listing of its own class, or with none when it is not listed.
-  explicit ListedObject(const CBaseStatus& object)
-      : ListedObject(ClassOf(object), dynamic_cast<const void*>(&object)) {}
+  // The object with the listing of its own class, or with none when it is not listed. A point whose
+  // class is not listed has the listing of the nearest class that is; an output point has it under
+  // the name that its GetNodeName gives, where XML can have that as the name of an element.
+  STATUS_API explicit ListedObject(const CBaseStatus& object);
 
   // The object as one of class C, whatever class derived from C it is.
   template <class C>
