@@ -28,11 +28,15 @@ std::string Quoted(std::string_view text) {
   return quoted + '"';
 }
 
-std::string TextOf(const TreeValue* value) {
+std::string TextOf(const TreeValue* value, CodeText codes) {
   if (value == nullptr) {
     return kAbsent;
   }
-  return value->Kind() == ValueKind::kText ? Quoted(value->Text()) : value->Written();
+  if (value->Kind() == ValueKind::kText) {
+    return Quoted(value->Text());
+  }
+  const char* const name = codes == CodeText::kNumberAndName ? value->CodeName() : nullptr;
+  return name == nullptr ? value->Written() : value->Written() + " (" + name + ")";
 }
 
 std::string NameOf(const TreeElement* element) {
@@ -81,7 +85,7 @@ using Visit = std::function<void(const Difference&)>;
 
 class Comparison {
  public:
-  explicit Comparison(const Visit& visit) : visit_(visit) {}
+  Comparison(const Visit& visit, CodeText codes) : visit_(visit), codes_(codes) {}
 
   // Null stands for an element that one side lacks.
   void CompareElements(const TreeElement* before, const TreeElement* after) {
@@ -107,7 +111,7 @@ class Comparison {
       path_ += outer == 0 ? "" : "/";
       path_ += field.Name;
       if (field.Scalar != nullptr) {
-        Note(TextOf(of_before.TakeValue(field)), TextOf(of_after.TakeValue(field)));
+        Note(TextOf(of_before.TakeValue(field), codes_), TextOf(of_after.TakeValue(field), codes_));
       } else {
         CompareChildren(field, of_before.TakeChild(field), of_after.TakeChild(field));
       }
@@ -148,6 +152,7 @@ class Comparison {
   }
 
   const Visit& visit_;
+  CodeText codes_;
   std::string path_;
 };
 
@@ -155,8 +160,13 @@ class Comparison {
 
 std::string Difference::Text() const { return Path + ": " + Before + " -> " + After; }
 
+void Compare(const DocumentTree& before, const DocumentTree& after, CodeText codes,
+             const Visit& visit) {
+  Comparison(visit, codes).CompareElements(&before.Root(), &after.Root());
+}
+
 void Compare(const DocumentTree& before, const DocumentTree& after, const Visit& visit) {
-  Comparison(visit).CompareElements(&before.Root(), &after.Root());
+  Compare(before, after, CodeText::kNumber, visit);
 }
 
 void Compare(const CBaseStatus& before, const CBaseStatus& after, const Visit& visit) {

@@ -1,6 +1,7 @@
 // What differs between two documents, found by walking their trees.
 #pragma once
 
+#include <cstdint>
 #include <functional>
 #include <string>
 #include <vector>
@@ -24,6 +25,9 @@ struct Difference {
   STATUS_API std::string Text() const;
 };
 
+// How values are written that are codes: as numbers, or "1 (manual)" where the code has a name.
+enum class CodeText : std::uint8_t { kNumber, kNumberAndName };
+
 // The differences in order of the fields; none when both say the same. Values are the same when
 // XML writes them alike, so that not-a-number equals itself. A record or element that only one side
 // has, or that has another class, is one difference, whatever it holds. Objects of two classes
@@ -34,6 +38,8 @@ STATUS_API std::vector<Difference> Compare(const CBaseStatus& before, const CBas
 STATUS_API void Compare(const CBaseStatus& before, const CBaseStatus& after,
                         const std::function<void(const Difference&)>& visit);
 STATUS_API void Compare(const DocumentTree& before, const DocumentTree& after,
+                        const std::function<void(const Difference&)>& visit);
+STATUS_API void Compare(const DocumentTree& before, const DocumentTree& after, CodeText codes,
                         const std::function<void(const Difference&)>& visit);
 
 }  // namespace QtSts

@@ -156,6 +156,23 @@ TEST(Compare, TakesTextsForEqualThatAreTheSameInTheDocument) {
   EXPECT_THAT(Texts(before, after), IsEmpty());
 }
 
+TEST(Compare, WritesTheNamesOfCodesWhereThatIsAskedFor) {
+  QtSts::CTravex6Output before;
+  QtSts::CTravex6Output after;
+  before.Dimming.DimmingMode = 6;
+  after.Dimming.DimmingMode = 7;  // has no name
+  const auto compare = [&](QtSts::CodeText codes) {
+    std::vector<std::string> texts;
+    QtSts::Compare(
+        QtSts::DocumentTree(before), QtSts::DocumentTree(after), codes,
+        [&texts](const QtSts::Difference& difference) { texts.push_back(difference.Text()); });
+    return texts;
+  };
+  EXPECT_THAT(compare(QtSts::CodeText::kNumber), ElementsAre("Dimming/DimmingMode: 6 -> 7"));
+  EXPECT_THAT(compare(QtSts::CodeText::kNumberAndName),
+              ElementsAre("Dimming/DimmingMode: 6 (override) -> 7"));
+}
+
 TEST(Compare, NamesTwoClassesAtTheTop) {
   EXPECT_THAT(Texts(QtSts::CArea(), QtSts::CStat()), ElementsAre(".: Area -> Stat"));
 }
