@@ -1,6 +1,5 @@
 // watch: run cycles on a schedule and show what changes.
 #include <algorithm>
-#include <array>
 #include <chrono>
 #include <ctime>
 #include <memory>
@@ -12,6 +11,7 @@
 
 #include "collector/status_interface.h"
 #include "host/commands.h"
+#include "host/document_paths.h"
 #include "host/output.h"
 #include "host/printable.h"
 #include "host/screen.h"
@@ -31,9 +31,6 @@ struct Options {
   int Count = 0;     // cycles; 0: without end
   bool Changes = false;
 };
-
-// They are other ones in each cycle.
-constexpr std::array<std::string_view, 2> kTimes = {"LocalTime", "Uptime"};
 
 // The moments at which cycles begin: an interval apart, whatever the cycles take. A cycle that
 // takes longer than the interval leaves out the moments that it misses, so that two never overlap
@@ -76,7 +73,7 @@ std::string ChangesOf(const Snapshot& before, const Snapshot& now) {
   const std::string time = TimeOf(now.Began);
   std::string lines;
   QtSts::Compare(before.Document, now.Document, [&](const QtSts::Difference& difference) {
-    if (std::ranges::find(kTimes, difference.Path) != kTimes.end()) {
+    if (ChangesInEachCycle(difference.Path)) {
       return;
     }
     const auto key = keys.find(difference.Path);

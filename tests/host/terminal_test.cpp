@@ -8,13 +8,17 @@
 
 #include <algorithm>
 #include <cstdlib>
+#include <fstream>
 #include <sstream>
 #include <string>
 #include <vector>
 
 #include "host/printable.h"
+#include "model/document.h"
+#include "model/xml.h"
 #include "sandbox/enter.h"
 #include "tests/host/pseudo_terminal.h"
+#include "tests/support/temporary_folder.h"
 
 namespace {
 
@@ -40,6 +44,17 @@ std::size_t LongestFinding(const std::string& output) {
     longest = std::max(longest, line.starts_with("! ") ? host::Width(line) : 0);
   }
   return longest;
+}
+
+// It used to write nothing, which looks as if it had not run.
+TEST(Terminal, ShowsThatDocumentsAreEqual) {
+  const test_support::TemporaryFolder folder;
+  const std::string path = folder.Path() + "/document.xml";
+  QtSts::CStatus status;
+  std::ofstream(path) << QtSts::WriteDocument(status);
+  PseudoTerminal terminal({HOST_PROGRAM, "diff", path, path}, {}, kSmall);
+  EXPECT_EQ(terminal.WaitForEnd(), 0);
+  EXPECT_EQ(terminal.Output(), "no differences\r\n");
 }
 
 // A controller in a box, since a machine without displays has few findings.
