@@ -151,6 +151,11 @@ int CppSQLite3Query::getFieldBytes(int column) noexcept {
   return eof_ || !Running() ? 0 : sqlite3_column_bytes(prepared_->Stmt, column);
 }
 
+std::string CppSQLite3Query::getFieldName(int column) const {
+  const char* const name = Running() ? sqlite3_column_name(prepared_->Stmt, column) : nullptr;
+  return name == nullptr ? "" : sqlitedb::PlainText(name);
+}
+
 void CppSQLite3Query::finalize() {
   const bool running = Running();
   const auto prepared = std::exchange(prepared_, nullptr);

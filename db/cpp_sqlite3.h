@@ -71,6 +71,11 @@ class SQLITEDB_API CppSQLite3Query {
   // when the column is NULL, not there, or there is no row.
   int getFieldBytes(int column) noexcept;
 
+  // Name of a column, counted from 0, as the statement, its table or its view calls it, whether or
+  // not there is a row. What could steer a terminal is U+FFFD, and at most 1000 bytes are given. ""
+  // when there is no such column, or the query is empty.
+  std::string getFieldName(int column) const;
+
   // Ends the query: the read lock goes, the statement stays. Harmless when empty. Throws
   // CppSQLite3Exception on failure, the query being empty then.
   void finalize();

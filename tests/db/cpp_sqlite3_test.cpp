@@ -196,6 +196,20 @@ TEST_F(Statement, FieldsHaveTheBytesThatAreStoredBeyondAZeroByteToo) {
   EXPECT_EQ(query.getFieldBytes(2), 0);
 }
 
+TEST_F(Statement, ColumnsHaveTheirNamesAlsoWithoutARow) {
+  CppSQLite3Statement statement =
+      database_.m_DB.compileStatement("SELECT 1 AS first, 2 AS \"a\x1b[z\" WHERE 1 = 0");
+  CppSQLite3Query query = statement.execQuery();
+  EXPECT_TRUE(query.eof());
+  EXPECT_EQ(query.getFieldName(0), "first");
+  EXPECT_EQ(query.getFieldName(1), "a\xEF\xBF\xBD[z");
+  EXPECT_EQ(query.getFieldName(2), "");
+  EXPECT_EQ(query.getFieldName(-1), "");
+  query.finalize();
+  EXPECT_EQ(query.getFieldName(0), "");
+  EXPECT_EQ(CppSQLite3Query().getFieldName(0), "");
+}
+
 TEST_F(Statement, ColumnThatIsNotThereThrows) {
   CppSQLite3Statement statement = Select();
   CppSQLite3Query query = statement.execQuery();
