@@ -6,6 +6,7 @@
 #include <vector>
 
 #include "collector/status_interface.h"
+#include "host/column_order.h"
 #include "host/commands.h"
 #include "host/explain_text.h"
 #include "host/json.h"
@@ -61,8 +62,10 @@ int Explain(const Options& options) {
   insight::Recorder recorder(collector);
   const insight::Snapshot before = recorder.RunCycle();
   insight::Snapshot snapshot = recorder.RunCycle();
+  const std::string wrong_columns = snapshot.Result == 0 ? ColumnTrouble(collector) : "";
   collector.CloseDatabase();
   trouble.Report();
+  WarnOfColumns(wrong_columns);
   const int result = snapshot.Result;
   const bool errors = HasErrors(WantedRows(snapshot, options.What));
   if (options.Format == kJson) {

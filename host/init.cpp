@@ -3,6 +3,7 @@
 #include <string>
 
 #include "collector/status_interface.h"
+#include "host/column_order.h"
 #include "host/commands.h"
 #include "host/output.h"
 #include "host/printable.h"
@@ -41,6 +42,7 @@ int Init() {
   CStatusInterface collector;
   collector.InitDatabase(true);
   const std::string fault = Fault(collector);
+  const std::string columns = ColumnTrouble(collector);
   collector.CloseDatabase();
   if (!fault.empty()) {
     const std::string words = trouble.InWords();
@@ -48,6 +50,7 @@ int Init() {
                  Printable(words.empty() ? fault : words).c_str());
     return kFailed;
   }
+  WarnOfColumns(columns);
   StandardOutput().Write("The status database is ready.\n");
   return kAllWell;
 }

@@ -1,0 +1,69 @@
+#include "host/column_order.h"
+
+#include <algorithm>
+#include <cstdio>
+#include <string_view>
+#include <vector>
+
+#include "collector/status_interface.h"
+#include "host/printable.h"
+
+namespace host {
+namespace {
+
+constexpr std::string_view kKey = "address";
+constexpr std::string_view kValue = "value";
+
+// As SQLite compares names: without regard to the case of ASCII letters.
+bool IsSame(std::string_view left, std::string_view right) {
+  const auto small = [](char c) {
+    return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
+  };
+  return std::ranges::equal(left, right, {}, small, small);
+}
+
+std::vector<std::string> Columns(CStatusInterface& collector) {
+  CppSQLite3Statement statement = collector.m_DB.compileStatement("SELECT * FROM status LIMIT 0");
+  const CppSQLite3Query query = statement.execQuery();
+  std::vector<std::string> names;
+  for (std::string name = query.getFieldName(0); !name.empty();) {
+    names.push_back(name);
+    name = query.getFieldName(static_cast<int>(names.size()));
+  }
+  return names;
+}
+
+std::string InWords(const char* place, const std::string& name, std::string_view expected) {
+  return std::string("the ") + place + " column of table status is " + name + ", not " +
+         std::string(expected) +
+         "; the first is read as the key, the second as the value, whatever their names";
+}
+
+}  // namespace
+
+std::string ColumnTrouble(CStatusInterface& collector) {
+  std::vector<std::string> names;
+  try {
+    names = Columns(collector);
+  } catch (const CppSQLite3Exception&) {
+    return "";  // who reads the rows reports why
+  }
+  if (names.size() < 2) {
+    return "";
+  }
+  if (!IsSame(names[0], kKey)) {
+    return InWords("first", names[0], kKey);
+  }
+  // A second column of any other name may be meant as the value, unless that comes later.
+  const bool later = std::any_of(names.begin() + 2, names.end(),
+                                 [](const std::string& name) { return IsSame(name, kValue); });
+  return later ? InWords("second", names[1], kValue) : "";
+}
+
+void WarnOfColumns(const std::string& trouble) {
+  if (!trouble.empty()) {
+    std::fprintf(stderr, "statuscollector: %s\n", Printable(trouble).c_str());
+  }
+}
+
+}  // namespace host

@@ -1,0 +1,93 @@
+// What the program says of a table `status` whose first two columns are not key and value.
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+#include <string>
+
+#include "sandbox/enter.h"
+#include "sandbox/rows.h"
+#include "sandbox/scenario.h"
+#include "tests/support/run_program.h"
+
+namespace {
+
+using test_support::ProgramResult;
+using test_support::RunProgram;
+using testing::HasSubstr;
+using testing::Not;
+
+constexpr const char* kWords = "; the first is read as the key, the second as the value";
+
+class ColumnOrder : public testing::Test {
+ protected:
+  void SetUp() override {
+    sandbox::RemoveDatabase();
+    sandbox::Scenario().Database().Apply();
+  }
+
+  // The table status, or view, made anew.
+  static void Make(const std::string& sql) { sandbox::RunSql("DROP TABLE status; " + sql); }
+
+  static ProgramResult Run(const std::string& command) {
+    return RunProgram({HOST_PROGRAM, command});
+  }
+};
+
+// Both used to say nothing, and every row was read as an unknown key.
+TEST_F(ColumnOrder, IsSaidByInitAndExplainWhenTheValueComesFirst) {
+  Make("CREATE TABLE status(value TEXT, address TEXT); INSERT INTO status VALUES('a', 'GUID')");
+  const std::string line = std::string(
+                               "statuscollector: the first column of table status is value,"
+                               " not address") +
+                           kWords;
+  const ProgramResult init = Run("init");
+  EXPECT_EQ(init.ExitCode, 0);
+  EXPECT_EQ(init.Output, "The status database is ready.\n");
+  EXPECT_THAT(init.Errors, HasSubstr(line));
+  EXPECT_THAT(Run("explain").Errors, HasSubstr(line));
+}
+
+// The first column read is the key, and the second the value, whatever their names.
+TEST_F(ColumnOrder, DecidesWhatIsReadAndNotTheNames) {
+  Make(
+      "CREATE TABLE status(name TEXT, content TEXT, address TEXT, value TEXT);"
+      "INSERT INTO status VALUES('GUID', 'read', 'ErrorFlags', 'not read')");
+  const ProgramResult show = RunProgram({HOST_PROGRAM, "show", "--format", "xml"});
+  EXPECT_THAT(show.Output, HasSubstr(" GUID=\"read\""));
+  EXPECT_THAT(show.Output, Not(HasSubstr("not read")));
+  EXPECT_THAT(
+      Run("explain").Errors,
+      HasSubstr("the first column of table status is name, not address" + std::string(kWords)));
+}
+
+TEST_F(ColumnOrder, IsSaidWhenTheValueComesThird) {
+  Make("CREATE TABLE status(address TEXT, note TEXT, value TEXT)");
+  EXPECT_THAT(
+      Run("explain").Errors,
+      HasSubstr("the second column of table status is note, not value" + std::string(kWords)));
+}
+
+TEST_F(ColumnOrder, OfAViewIsThatOfItsColumns) {
+  sandbox::RunSql("CREATE TABLE items(address TEXT, value TEXT)");
+  Make("CREATE VIEW status AS SELECT value, address FROM items");
+  EXPECT_THAT(Run("explain").Errors, HasSubstr("is value, not address"));
+}
+
+TEST_F(ColumnOrder, IsRightWithOtherNamesOfTheValueFurtherColumnsAndCapitals) {
+  for (const char* columns :
+       {"address TEXT PRIMARY KEY, value TEXT", "Address TEXT, VALUE TEXT, note TEXT",
+        "address TEXT, content TEXT", "address TEXT"}) {
+    SCOPED_TRACE(columns);
+    Make("CREATE TABLE status(" + std::string(columns) + ")");
+    EXPECT_THAT(Run("explain").Errors, Not(HasSubstr("column of table")));
+  }
+}
+
+TEST_F(ColumnOrder, SteersNoTerminal) {
+  Make("CREATE TABLE status(\"\x1b[2J\" TEXT, address TEXT)");
+  const std::string errors = Run("explain").Errors;
+  EXPECT_THAT(errors, HasSubstr("the first column of table status is \xEF\xBF\xBD[2J, not"));
+  EXPECT_THAT(errors, Not(HasSubstr("\x1b")));
+}
+
+}  // namespace
