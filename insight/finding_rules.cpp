@@ -38,9 +38,28 @@ bool IsZeroUnscheduled(const TreeElement& element, const TreeValue& value) {
          (mode->CodeName() == nullptr || std::string_view(mode->CodeName()) != "schedule");
 }
 
+// Of a run of letters and digits: whether it is a hexadecimal number, with or without "0x", above
+// zero. "none" is a word, whatever digits its letters could be.
+bool IsHexAboveZero(std::string_view run) {
+  run.remove_prefix(run.starts_with("0x") || run.starts_with("0X") ? 2 : 0);
+  return run.find_first_not_of("0123456789abcdefABCDEF") == std::string_view::npos &&
+         run.find_first_not_of('0') != std::string_view::npos;
+}
+
 // "0x0000000000000000" has no error.
-bool HasDigitAboveZero(const TreeElement&, const TreeValue& value) {
-  return value.Text().find_first_of("123456789abcdefABCDEF") != std::string_view::npos;
+bool HasNumberAboveZero(const TreeElement&, const TreeValue& value) {
+  constexpr std::string_view kOfRuns =
+      "0123456789ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz";
+  std::string_view rest = value.Text();
+  while (!rest.empty()) {
+    rest.remove_prefix(std::min(rest.find_first_of(kOfRuns), rest.size()));
+    const std::string_view run = rest.substr(0, rest.find_first_not_of(kOfRuns));
+    if (IsHexAboveZero(run)) {
+      return true;
+    }
+    rest.remove_prefix(run.size());
+  }
+  return false;
 }
 
 bool HoldsZero(const TreeElement&, const TreeValue& value) {
@@ -107,7 +126,7 @@ constexpr const char* kNoRow = "";
 
 // Critical is what darkens the display or a part of it, or soon harms it.
 constexpr ValueRule kValueRules[] = {
-    {"error-flags", kWarning, kAlways, QtSts::CStatus::Class, "ErrorFlags", &HasDigitAboveZero,
+    {"error-flags", kWarning, kAlways, QtSts::CStatus::Class, "ErrorFlags", &HasNumberAboveZero,
      "error flags {} are set", "what they mean to the program that writes row ErrorFlags"},
     {"clock-wrong", kWarning, kAlways, QtSts::CStatus::Class, "LocalTime", &IsLongAgo,
      "the clock of the controller is wrong: {}", "its battery, and the server that gives the time"},

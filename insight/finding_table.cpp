@@ -20,7 +20,7 @@ constexpr FindingInfo kFindings[] = {
     {"dimming-override", kWarning, "The dimming mode is `override`"},
     {"display-dark", kWarning, "The dimming level in force is 0, and no schedule asks for it"},
     {"door-open", kWarning, "A door switch, or a door contact of a board, is active"},
-    {"error-flags", kWarning, "The error flags text has a digit above zero"},
+    {"error-flags", kWarning, "The error flags text has a hexadecimal number above zero"},
     {"fan-speed", kWarning, "A fan is slower than the limit, beside others or its own average"},
     {"fan-stopped", kWarning, "A fan, or a fan sensor, that is connected reads 0 rpm"},
     {"fans-disabled", kWarning,

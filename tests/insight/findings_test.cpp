@@ -664,6 +664,22 @@ TEST(Findings, AreNoneOfAFreshController) {
   EXPECT_THAT(Ids(Findings(status)), IsEmpty());
 }
 
+// "none" used to be a finding, for its letter e.
+TEST(Findings, TakeTheLettersOfWordsForNoErrorFlags) {
+  for (const char* text :
+       {"", "none", "no error", "0", "0x0", "0x", "00, 0x0000", "nil", "0xnone"}) {
+    CStatus status;
+    status.ErrorFlags = text;
+    EXPECT_THAT(Ids(Findings(status)), IsEmpty()) << text;
+  }
+  for (const char* text :
+       {"1", "0x10", "0X00A0", "ff", "0x0000, 0x0010", "flags: 0x8", "0x0\n0x1"}) {
+    CStatus status;
+    status.ErrorFlags = text;
+    EXPECT_THAT(Ids(Findings(status)), ElementsAre("error-flags")) << text;
+  }
+}
+
 TEST(Findings, StandInOrderOfSeverityThenOfTheDocument) {
   CStatus status;
   status.ErrorFlags = "0x1";
