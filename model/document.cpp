@@ -37,9 +37,13 @@ constexpr Field kStatusFields[] = {
     Of<&CStatus::MemoryFree>("MemoryFree", "kB", "Free memory, page cache included"),
     Of<&CStatus::StorageTotal>("StorageTotal", "kB", "Size of the root file system"),
     Of<&CStatus::StorageFree>("StorageFree", "kB", "Free space of the root file system"),
-    Of<&CStatus::HardwareID1>("HardwareID1", "", "First hardware identifier, -1 without answer"),
-    Of<&CStatus::HardwareID2>("HardwareID2", "", "Second hardware identifier, -1 without answer"),
-    Of<&CStatus::HardwareID3>("HardwareID3", "", "Third hardware identifier, -1 without answer"),
+    Of<&CStatus::HardwareID1>(
+        "HardwareID1", "", "First hardware identifier, -1 without an answer, 0 without the driver"),
+    Of<&CStatus::HardwareID2>(
+        "HardwareID2", "",
+        "Second hardware identifier, -1 without an answer, 0 without the driver"),
+    Of<&CStatus::HardwareID3>(
+        "HardwareID3", "", "Third hardware identifier, -1 without an answer, 0 without the driver"),
     Of<&CStatus::SerialNumber>("SerialNumber", "", "Serial number"),
     Of<&CStatus::ProductFamily>("ProductFamily", "", "Product family", kProductFamilies),
     Of<&CStatus::FurtherWord1>("FurtherWord1", "", "Not used"),
