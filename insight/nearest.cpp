@@ -22,10 +22,11 @@ constexpr std::size_t kTenths = 10;
 
 char Lower(char c) { return static_cast<char>(numbers::ToLower(static_cast<unsigned char>(c))); }
 
+bool Same(char left, char right) { return Lower(left) == Lower(right); }
+
 bool BeginsWith(std::string_view text, std::string_view beginning) {
   return beginning.size() >= kShortestBeginning && beginning.size() <= text.size() &&
-         std::equal(beginning.begin(), beginning.end(), text.begin(),
-                    [](char left, char right) { return Lower(left) == Lower(right); });
+         std::equal(beginning.begin(), beginning.end(), text.begin(), &Same);
 }
 
 std::size_t Difference(std::size_t left, std::size_t right) {
@@ -56,24 +57,31 @@ std::size_t Distance(std::string_view left, std::string_view right, std::size_t 
       Difference(left.size(), right.size()) >= limit) {
     return limit;
   }
-  std::array<std::size_t, kLongest + 1> row;  // of the letters of `left` so far to those of `right`
+  // Rows of the letters of `left` so far: the one being made, the one before it, and one more.
+  std::array<std::array<std::size_t, kLongest + 1>, 3> rows;
   for (std::size_t at = 0; at <= right.size(); ++at) {
-    row[at] = at;
+    rows[0][at] = at;
   }
+  std::size_t least_before = 0;
   for (std::size_t i = 0; i < left.size(); ++i) {
-    std::size_t diagonal = row[0];
+    auto& row = rows[(i + 1) % 3];
+    const auto& last = rows[i % 3];
+    const auto& before = rows[(i + 2) % 3];
     std::size_t least = row[0] = i + 1;
     for (std::size_t j = 0; j < right.size(); ++j) {
-      const std::size_t replaced = diagonal + (Lower(left[i]) == Lower(right[j]) ? 0 : 1);
-      diagonal = row[j + 1];
-      row[j + 1] = std::min({replaced, diagonal + 1, row[j] + 1});
+      const std::size_t replaced = last[j] + (Same(left[i], right[j]) ? 0 : 1);
+      row[j + 1] = std::min({replaced, last[j + 1] + 1, row[j] + 1});
+      if (i > 0 && j > 0 && Same(left[i], right[j - 1]) && Same(left[i - 1], right[j])) {
+        row[j + 1] = std::min(row[j + 1], before[j - 1] + 1);
+      }
       least = std::min(least, row[j + 1]);
     }
-    if (least >= limit) {
+    if (std::min(least, least_before + 1) >= limit) {
       return limit;
     }
+    least_before = least;
   }
-  return std::min(row[right.size()], limit);
+  return std::min(rows[left.size() % 3][right.size()], limit);
 }
 
 Names::Names(const std::vector<std::string_view>& names) {

@@ -8,8 +8,8 @@
 
 namespace insight {
 
-// How many letters have to be inserted, removed or replaced to make one text of the other, whatever
-// their case; `limit` for that many and more.
+// How many letters have to be inserted, removed, replaced, or exchanged with the next one, to make
+// one text of the other, whatever their case; `limit` for that many and more.
 std::size_t Distance(std::string_view left, std::string_view right, std::size_t limit);
 
 // The names that are known, which must outlive it.

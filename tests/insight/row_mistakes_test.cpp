@@ -68,6 +68,12 @@ const std::vector<Mistake>& Mistakes() {
        "DimmingMode",
        Outcome::kUnknownWord,
        "\"manual\"; \"auto\" stays"},
+      // They used to count as two mistakes, too many for a short word.
+      {"TwoLettersInTheWrongOrder",
+       {{"DimmingMode", "gsp"}},
+       "DimmingMode",
+       Outcome::kUnknownWord,
+       "the nearest is \"gps\"; \"auto\" stays"},
       {"DecimalComma",
        {{"DimmingLevel", "62,5"}},
        "DimmingLevel",
