@@ -10,6 +10,7 @@
 #include "collector/status_interface.h"
 #include "host/check_report.h"
 #include "host/commands.h"
+#include "host/failure_text.h"
 #include "host/output.h"
 #include "host/plugin_text.h"
 #include "host/trouble.h"
@@ -80,7 +81,7 @@ Report RunOrSayWhy(const Options& options, const StandardOutput& output) {
   try {
     return Run(options, output);
   } catch (const std::exception& failure) {
-    const std::string why = PluginText(failure.what());
+    const std::string why = PluginText(InWords(failure));
     std::fprintf(stderr, "statuscollector: %s\n", why.c_str());
     return {kPluginUnknown, "UNKNOWN - " + why + "\n"};
   }
@@ -93,7 +94,7 @@ int Check(const Options& options) {
     output.Write(report.Text);
     return report.Status;
   } catch (const std::exception& failure) {
-    std::fprintf(stderr, "statuscollector: %s\n", PluginText(failure.what()).c_str());
+    std::fprintf(stderr, "statuscollector: %s\n", PluginText(InWords(failure)).c_str());
     return kPluginUnknown;
   }
 }

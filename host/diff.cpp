@@ -53,7 +53,8 @@ QtSts::DocumentTree Read(const std::string& path) {
   const auto document = standard_input ? QtSts::ReadDocument(ReadStandardInput(), &error)
                                        : QtSts::ReadDocumentFile(path, &error);
   if (document == nullptr) {
-    throw std::runtime_error((standard_input ? "standard input" : path) + ": " + error.Text());
+    throw std::runtime_error((standard_input ? "standard input" : path) + ": " + error.Text() +
+                             "; give a document that show --format xml wrote");
   }
   return QtSts::DocumentTree(*document);
 }

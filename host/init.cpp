@@ -28,13 +28,13 @@ std::string Fault(CStatusInterface& collector) {
       collector.m_DB.compileStatement(("SELECT address, value FROM " + table).c_str());
       if (!HasRow(collector, "SELECT 1 FROM sqlite_master WHERE type = 'trigger' AND tbl_name = '" +
                                  table + "'")) {
-        return "table " + table + " has no trigger";
+        return "table " + table + " has no trigger; see the lines above";
       }
     }
   } catch (const CppSQLite3Exception& failure) {
-    return failure.errorMessage();
+    return std::string(failure.errorMessage()) + "; see docs/rows.md";
   }
-  return collector.m_DB.readOnly() ? "it cannot be written" : "";
+  return collector.m_DB.readOnly() ? "it cannot be written; see its owner, group and mode" : "";
 }
 
 int Init() {

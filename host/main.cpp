@@ -10,12 +10,15 @@
 #include <functional>
 #include <iostream>
 #include <sstream>
+#include <stdexcept>
 #include <string>
 #include <utility>
 #include <variant>
 #include <vector>
 
 #include "host/commands.h"
+#include "host/failure_text.h"
+#include "host/mistake.h"
 #include "host/output.h"
 #include "host/plugin_text.h"
 #include "host/printable.h"
@@ -33,13 +36,23 @@ void KeepStandardStreams() {
   }
 }
 
-// What went wrong, and what helps. CLI11 misses a command before it minds the word in its place.
+// The name of the command that was given; "" for none.
+std::string GivenCommand(const CLI::App& app) {
+  const std::vector<CLI::App*> given = app.get_subcommands();
+  return given.empty() ? "" : given.front()->get_name();
+}
+
+// CLI11 misses a command, or an argument, before it minds the word in its place.
+std::string InWords(const CLI::App& app, const CLI::Error& error) {
+  host::Mistake mistake = {GivenCommand(app), app.remaining(true), error.what()};
+  if (mistake.Command.empty()) {
+    mistake.Text = "a command is missing";
+  }
+  return host::InWords(mistake);
+}
+
 std::string Complaint(const CLI::App* app, const CLI::Error& error) {
-  const std::vector<std::string> unknown = app->remaining();
-  const bool wrong_command = app->get_subcommands().empty() && !unknown.empty();
-  return "statuscollector: " +
-         host::Printable(wrong_command ? "no such command: " + unknown.front() : error.what()) +
-         "\nRun statuscollector --help for more information.\n";
+  return "statuscollector: " + host::Printable(InWords(*app, error)) + "\n";
 }
 
 CLI::Option* AddOption(CLI::App& command, const host::Argument& argument) {
@@ -82,12 +95,37 @@ std::string Footer(const host::Command& command) {
               : ".");
 }
 
+// `help COMMAND`, which puts the name of the command into `*described`.
+void AddHelp(CLI::App& app, std::string* described) {
+  CLI::App* const help = app.add_subcommand(host::kHelp, host::kAboutHelp);
+  Add(*help, {.Name = "command",
+              .Type = "COMMAND",
+              .About = "The command to describe",
+              .Value = described,
+              .MayBeMissing = true});
+  help->footer("Exit status: 0;\n2 wrong usage, or something could not be written.");
+}
+
+// The same as `COMMAND --help`; of the program without a command.
+int ShowHelp(const CLI::App& app, const std::string& described) {
+  const bool all = described.empty();
+  try {
+    const CLI::App* const which = all ? &app : app.get_subcommand(described);
+    const std::string name = app.get_name() + (all ? "" : " " + described);
+    host::StandardOutput().Write(
+        app.get_formatter()->make_help(which, name, CLI::AppFormatMode::Normal));
+  } catch (const CLI::OptionNotFound&) {
+    throw std::runtime_error(host::InWords(host::Mistake{"", {described}, ""}));
+  }
+  return host::kAllWell;
+}
+
 // What wrong usage of the command that was given ends with. A monitoring client shows what a plugin
 // writes to standard output, so that the reason stands there, too.
 int WrongUsage(const CLI::App& app, const CLI::Error& error) {
   for (const host::Command& command : host::kCommands) {
-    if (app.got_subcommand(command.Name) && command.Trouble == host::kPluginUnknown) {
-      host::StandardOutput().Write("UNKNOWN - " + host::PluginText(error.what()) + "\n");
+    if (command.Name == GivenCommand(app) && command.Trouble == host::kPluginUnknown) {
+      host::StandardOutput().Write("UNKNOWN - " + host::PluginText(InWords(app, error)) + "\n");
       return command.Trouble;
     }
   }
@@ -97,7 +135,7 @@ int WrongUsage(const CLI::App& app, const CLI::Error& error) {
 int Run(int argc, char** argv) {
   CLI::App app("Collects the status of an LED display controller.", "statuscollector");
   app.set_version_flag("--version", "statuscollector " STATUS_VERSION);
-  app.footer("statuscollector COMMAND --help describes a command.");
+  app.footer("statuscollector COMMAND --help, or help COMMAND, describes a command.");
   app.require_subcommand(1);
   app.failure_message(&Complaint);
   app.get_formatter()->column_width(26);
@@ -111,6 +149,8 @@ int Run(int argc, char** argv) {
     }
     commands.emplace_back(declared, std::move(declaration.Run));
   }
+  std::string described;
+  AddHelp(app, &described);
   try {
     app.parse(argc, argv);
   } catch (const CLI::ParseError& outcome) {
@@ -125,7 +165,7 @@ int Run(int argc, char** argv) {
       return run();
     }
   }
-  return host::kTrouble;
+  return ShowHelp(app, described);
 }
 
 }  // namespace
@@ -138,7 +178,7 @@ int main(int argc, char** argv) {
   try {
     return Run(argc, argv);
   } catch (const std::exception& error) {
-    std::fprintf(stderr, "statuscollector: %s\n", host::Printable(error.what()).c_str());
+    std::fprintf(stderr, "statuscollector: %s\n", host::Printable(host::InWords(error)).c_str());
     return host::kTrouble;
   }
 }

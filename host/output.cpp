@@ -139,7 +139,7 @@ bool IsThere(const std::string& path, const std::string& asked_for,
     Fail(asked_for);  // links without an end, too
   }
   if (exists && !S_ISREG(status->st_mode)) {
-    throw std::runtime_error(asked_for + " is not a regular file");
+    throw std::runtime_error(asked_for + " is not a regular file; give another name");
   }
   return exists;
 }

@@ -27,7 +27,7 @@ constexpr const char* kJson = "json";
 struct Options {
   std::string Format = kText;
   int Cycles = 1;
-  std::string Output;  // empty: standard output
+  std::string Output = "-";  // standard output
   std::string With;
   std::string Sections;
   bool Brief = false;
@@ -59,9 +59,12 @@ std::vector<std::string> ParseSections(const std::string& text) {
 
 void RequireFormat(const Options& options, const char* format, bool used, const char* option) {
   if (used && options.Format != format) {
-    throw std::runtime_error(std::string(option) + " is for --format " + format + " only");
+    const std::string wanted = std::string("--format ") + format;
+    throw std::runtime_error(std::string(option) + " is for " + wanted + " only; add " + wanted);
   }
 }
+
+bool ToStandardOutput(const Options& options) { return options.Output == "-"; }
 
 struct Result {
   int OfCycle = 0;
@@ -89,7 +92,7 @@ insight::Snapshot RunObserved(const Options& options, CStatusInterface& collecto
 
 Look LookFor(const Options& options, const StandardOutput& output) {
   Look look = {.Brief = options.Brief, .Sections = ParseSections(options.Sections)};
-  if (options.Output.empty()) {
+  if (ToStandardOutput(options)) {
     look.Columns = WindowOf(output.Descriptor()).Columns;
     look.Colour = WantsColour(output.Descriptor(), WhenColoured(options));
   } else {
@@ -119,7 +122,7 @@ Result RunCycles(const Options& options, const StandardOutput& output) {
 }
 
 void Put(const Options& options, const StandardOutput& output, const std::string& document) {
-  if (!options.Output.empty()) {
+  if (!ToStandardOutput(options)) {
     WriteFile(options.Output, document);
     return;
   }
@@ -160,7 +163,7 @@ Declaration DeclareShow() {
             .Most = 1000000},
            {.Name = "-o,--output",
             .Type = "FILE",
-            .About = "Write to FILE, whole or not at all",
+            .About = "Write to FILE as a whole; -: standard output",
             .Value = &options->Output},
            {.Name = "--with",
             .Type = "NAME",

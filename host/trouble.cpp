@@ -34,6 +34,8 @@ constexpr const char* kFolder = "/dev/shm";
 constexpr const char* kMoveAway =
     "; move it away, then a host or `statuscollector init` creates a new one";
 
+constexpr const char* kSeeLog = "; see the system log";
+
 constexpr const char* kWhoHasIt = "; `fuser -v` of it names who has it open";
 
 constexpr struct {
@@ -51,7 +53,7 @@ constexpr struct {
     {kOutOfMemory, nullptr, " cannot be read", "; see which program takes the memory"},
     {kReadOnly, nullptr, " cannot be written", "; see its owner, group and mode"},
     {kInterrupted, nullptr, " cannot be read", "; it takes too long or too much memory"},
-    {kInputOutput, nullptr, " cannot be read", "; see the system log"},
+    {kInputOutput, nullptr, " cannot be read", kSeeLog},
     {kCorrupt, "database disk image is malformed", " is damaged", kMoveAway},
     {kFull, nullptr, " cannot grow", "; make room in /dev/shm"},
     {kNoDatabase, "file is not a database", " is no database", kMoveAway},
@@ -118,7 +120,7 @@ std::string DatabaseTrouble::InWords() const {
       return file + words.What + (words.Message == nullptr ? ": " + message_ : "") + words.Cure;
     }
   }
-  return file + " cannot be read: " + message_;
+  return file + " cannot be read: " + message_ + kSeeLog;
 }
 
 // SQLite's code does not say why.
@@ -129,13 +131,13 @@ std::string DatabaseTrouble::WhyNotOpened() const {
   if (lstat(kDatabaseFile, &status) != 0 && errno == ENOENT) {
     const std::string denied = write ? WhyDenied(kFolder, W_OK) : "";
     return !write ? file + " does not exist; a host or `statuscollector init` creates it"
-                  : file + " cannot be created: " + (denied.empty() ? message_ : denied);
+                  : file + " cannot be created: " + (denied.empty() ? message_ + kSeeLog : denied);
   }
   if (const char* const other = OtherFile(status)) {
     return file + other + kMoveAway;
   }
   const std::string denied = Denied(write ? R_OK | W_OK : R_OK);
-  return file + " cannot be opened: " + (denied.empty() ? message_ : denied);
+  return file + " cannot be opened: " + (denied.empty() ? message_ + kSeeLog : denied);
 }
 
 void DatabaseTrouble::Report() const {

@@ -2,7 +2,7 @@
 
 _statuscollector() {
   local word=${COMP_WORDS[COMP_CWORD]} before=${COMP_WORDS[COMP_CWORD - 1]}
-  local commands='check diff explain init schema show watch'
+  local commands='check diff explain help init schema show watch'
   local command=${COMP_WORDS[1]} words=''
   COMPREPLY=()
 
@@ -37,6 +37,7 @@ _statuscollector() {
         words='--help'
         compopt -o filenames 2>/dev/null
         mapfile -t COMPREPLY < <(compgen -f -- "$word") ;;
+      'help '*) words="$commands --help" ;;
       'init '* | 'schema '*) words='--help' ;;
     esac
   fi

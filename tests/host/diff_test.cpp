@@ -180,7 +180,8 @@ TEST_F(DiffTest, NamesTheFileThatIsNoDocument) {
   EXPECT_EQ(missing.ExitCode, kTrouble);
   EXPECT_EQ(
       missing.Errors,
-      "statuscollector: /tmp/missing.xml: the file cannot be read: No such file or directory\n");
+      "statuscollector: /tmp/missing.xml: the file cannot be read: No such file or directory; give "
+      "a document that show --format xml wrote\n");
 }
 
 }  // namespace

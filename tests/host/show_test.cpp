@@ -211,7 +211,8 @@ TEST_F(ShowTest, AddsInsightToJsonAndToNothingElse) {
   for (const char* const format : {"text", "xml"}) {
     const ProgramResult wrong = Collector({"show", "--format", format, "--with", "insight"});
     EXPECT_EQ(wrong.ExitCode, kTrouble);
-    EXPECT_EQ(wrong.Errors, "statuscollector: --with is for --format json only\n");
+    EXPECT_EQ(wrong.Errors,
+              "statuscollector: --with is for --format json only; add --format json\n");
   }
 }
 
@@ -322,7 +323,9 @@ TEST_F(OutputTest, FollowsNoLinkOfAnotherUserInAFolderOfEverybody) {
   const ProgramResult result = Collector({"show", "--output", file_});
   EXPECT_EQ(result.ExitCode, kTrouble);
   EXPECT_THAT(result.Errors,
-              testing::EndsWith("statuscollector: " + file_ + ": Permission denied\n"));
+              testing::EndsWith("statuscollector: " + file_ +
+                                ": Permission denied; see who may write there, and who may enter "
+                                "its folders\n"));
   EXPECT_EQ(Read(secret), "old");
   chmod(folder_.c_str(), 0755);
   EXPECT_EQ(Collector({"show", "--output", file_}).ExitCode, kAllWell) << "root's folder";
@@ -365,7 +368,8 @@ TEST_F(OutputTest, RefusesWhatIsNoRegularFile) {
   for (const char* name : {"folder", "pipe"}) {
     const ProgramResult result = Collector({"show", "--output", folder_ + "/" + name});
     EXPECT_EQ(result.ExitCode, kTrouble);
-    EXPECT_THAT(result.Errors, testing::EndsWith(std::string(name) + " is not a regular file\n"));
+    EXPECT_THAT(result.Errors, testing::EndsWith(std::string(name) +
+                                                 " is not a regular file; give another name\n"));
   }
   EXPECT_THAT(Files(), testing::ElementsAre("folder", "pipe"));
 }
@@ -380,6 +384,14 @@ TEST_F(OutputTest, WritesFilesWithTheLongestNames) {
     EXPECT_THAT(Read(file), StartsAsText());
   }
   EXPECT_THAT(Files(), testing::SizeIs(3)) << "a temporary file is left";
+}
+
+// It used to write a file of this name.
+TEST_F(OutputTest, ADashIsStandardOutput) {
+  const ProgramResult result = Shell("cd " + folder_ + " && exec $COLLECTOR show -f xml -o -");
+  EXPECT_EQ(result.ExitCode, kAllWell) << result.Errors;
+  EXPECT_TRUE(test_support::IsValidDocument(result.Output));
+  EXPECT_THAT(Files(), testing::IsEmpty());
 }
 
 TEST_F(OutputTest, SaysWhenTheFolderIsNotThere) {
@@ -422,7 +434,8 @@ TEST_F(OutputTest, EndsWithTwoWhenTheReaderIsGone) {
     const ProgramResult result = WithBrokenPipe(std::string(arguments) + " >&4");
     EXPECT_EQ(result.ExitCode, kTrouble);
     EXPECT_THAT(result.Errors,
-                testing::EndsWith("statuscollector: standard output: Broken pipe\n"));
+                testing::EndsWith("statuscollector: standard output: Broken pipe; let its reader "
+                                  "read to the end\n"));
   }
 }
 
@@ -482,6 +495,7 @@ TEST(Usage, IsPrintedOnStandardOutputWithinEightyColumns) {
                                              {"watch", "--help"},
                                              {"init", "--help"},
                                              {"diff", "--help"},
+                                             {"help", "--help"},
                                              {"schema", "--help"}}) {
     SCOPED_TRACE(testing::PrintToString(arguments));
     const ProgramResult result = Collector(arguments);
@@ -535,8 +549,9 @@ TEST(Usage, EndsWithTwoAndAMessageOnStandardErrorWhenItIsWrong) {
 
 // The option used to be passed over and the document went to standard output.
 TEST(Usage, SaysThatAnEmptyFileNameIsNone) {
-  EXPECT_THAT(Collector({"show", "-o", ""}).Errors,
-              StartsWith("statuscollector: --output: must not be empty\n"));
+  EXPECT_EQ(
+      Collector({"show", "-o", ""}).Errors,
+      "statuscollector: show: --output: must not be empty; see statuscollector show --help\n");
 }
 
 // They used to reach the terminal as they are.
@@ -562,13 +577,62 @@ TEST(Usage, MakesArgumentsPrintableInMessages) {
   }
 }
 
-// What was named used to be passed over: "A subcommand is required".
-TEST(Usage, NamesTheCommandThatIsNone) {
-  EXPECT_THAT(Collector({"shwo"}).Errors, StartsWith("statuscollector: no such command: shwo\n"));
-  EXPECT_THAT(Collector({"--format", "xml"}).Errors,
-              StartsWith("statuscollector: no such command: --format\n"));
-  EXPECT_THAT(Collector({}).Errors, StartsWith("statuscollector: A subcommand is required\n"));
-  EXPECT_THAT(Collector({"show", "extra"}).Errors, HasSubstr("not expected: extra\n"));
+// What was named used to be passed over: "A subcommand is required"; and then there was no word of
+// what there is, and of where to read it.
+TEST(Usage, NamesTheMistakeTheNearestThatThereIsAndWhereToReadMore) {
+  const struct {
+    std::vector<std::string> Arguments;
+    const char* Message;
+  } kMistakes[] = {
+      {{}, "a command is missing; see statuscollector --help"},
+      {{"shwo"}, "no such command: shwo; the nearest is show; see statuscollector --help"},
+      {{"shwo", "--formt"},
+       "no such command: shwo; the nearest is show; see statuscollector --help"},
+      {{"zzz"}, "no such command: zzz; see statuscollector --help"},
+      {{"hlep"}, "no such command: hlep; the nearest is help; see statuscollector --help"},
+      {{"--verson"},
+       "no such option: --verson; the nearest is --version; see statuscollector --help"},
+      {{"--format", "xml"}, "no such option: --format; see statuscollector --help"},
+      {{"show", "extra"}, "show: not expected: extra; see statuscollector show --help"},
+      {{"show", "--formt", "json"},
+       "show: no such option: --formt; the nearest is --format; see statuscollector show --help"},
+      {{"show", "extra", "--ouptut=x"},
+       "show: no such option: --ouptut; the nearest is --output; see statuscollector show --help"},
+      {{"show", "-x"}, "show: no such option: -x; see statuscollector show --help"},
+      {{"show", "--format", "yaml"},
+       "show: --format: yaml not in {text,xml,json}; see statuscollector show --help"},
+      {{"watch", "--intervall", "1"},
+       "watch: no such option: --intervall; the nearest is --interval; see statuscollector watch "
+       "--help"},
+      {{"help", "shwo"}, "no such command: shwo; the nearest is show; see statuscollector --help"},
+  };
+  for (const auto& mistake : kMistakes) {
+    SCOPED_TRACE(testing::PrintToString(mistake.Arguments));
+    const ProgramResult result = Collector(mistake.Arguments);
+    EXPECT_EQ(result.ExitCode, kTrouble);
+    EXPECT_EQ(result.Errors, std::string("statuscollector: ") + mistake.Message + "\n");
+  }
+}
+
+TEST(Usage, AMonitoringClientReadsTheNearestOption) {
+  EXPECT_EQ(Collector({"check", "--warnning", "x"}).Output,
+            "UNKNOWN - check: no such option: --warnning; the nearest is --warning; see "
+            "statuscollector check --help\n");
+}
+
+TEST(Usage, HelpWithACommandIsTheHelpOfTheCommand) {
+  const std::string program = Collector({"--help"}).Output;
+  EXPECT_EQ(Collector({"help"}).Output, program);
+  for (const char* command :
+       {"show", "check", "explain", "watch", "init", "diff", "schema", "help"}) {
+    SCOPED_TRACE(command);
+    EXPECT_THAT(program, HasSubstr(std::string("\n  ") + command + " "));
+    const ProgramResult result = Collector({"help", command});
+    EXPECT_EQ(result.ExitCode, kAllWell);
+    EXPECT_EQ(result.Output, Collector({command, "--help"}).Output);
+    EXPECT_THAT(result.Output, HasSubstr(std::string("\nUsage: statuscollector ") + command));
+  }
+  EXPECT_THAT(Collector({"help", "show"}).Output, HasSubstr("-o,--output FILE"));
 }
 
 }  // namespace
