@@ -1,8 +1,10 @@
 // init: create the status database and its tables.
 #include <cstdio>
+#include <memory>
 #include <string>
 
 #include "collector/status_interface.h"
+#include "host/access.h"
 #include "host/column_order.h"
 #include "host/commands.h"
 #include "host/output.h"
@@ -11,6 +13,11 @@
 
 namespace host {
 namespace {
+
+struct Options {
+  std::string Mode;
+  std::string Group;
+};
 
 constexpr const char* kTables[] = {"status", "io", "packages"};
 
@@ -37,12 +44,17 @@ std::string Fault(CStatusInterface& collector) {
   return collector.m_DB.readOnly() ? "it cannot be written; see its owner, group and mode" : "";
 }
 
-int Init() {
+int Init(const Options& options) {
+  const Access access = ParseAccess(options.Mode, options.Group);
+  MakeWithAccess(access);
   const DatabaseTrouble trouble(Opened::kForWriting);
   CStatusInterface collector;
   collector.InitDatabase(true);
   const std::string fault = Fault(collector);
   const std::string columns = ColumnTrouble(collector);
+  if (fault.empty()) {
+    SetAccess(access);
+  }
   collector.CloseDatabase();
   if (!fault.empty()) {
     const std::string words = trouble.InWords();
@@ -57,6 +69,17 @@ int Init() {
 
 }  // namespace
 
-Declaration DeclareInit() { return {{}, &Init}; }
+Declaration DeclareInit() {
+  const auto options = std::make_shared<Options>();
+  return {{{.Name = "--mode",
+            .Type = "MODE",
+            .About = "Who may read and write it, such as 0660",
+            .Value = &options->Mode},
+           {.Name = "--group",
+            .Type = "GROUP",
+            .About = "Whose it is beside its owner: name or number",
+            .Value = &options->Group}},
+          [options] { return Init(*options); }};
+}
 
 }  // namespace host

@@ -37,8 +37,10 @@ _statuscollector() {
         words='--help'
         compopt -o filenames 2>/dev/null
         mapfile -t COMPREPLY < <(compgen -f -- "$word") ;;
+      'init --mode' | 'init --group') return ;;
+      'init '*) words='--group --help --mode' ;;
       'help '*) words="$commands --help" ;;
-      'init '* | 'schema '*) words='--help' ;;
+      'schema '*) words='--help' ;;
     esac
   fi
   mapfile -t -O "${#COMPREPLY[@]}" COMPREPLY < <(compgen -W "$words" -- "$word")
