@@ -88,23 +88,39 @@ foreach(library IN LISTS status_libraries)
           COMPONENT development)
 endforeach()
 
-# Reference and examples.
-set(development_doc_dir ${CMAKE_INSTALL_DATAROOTDIR}/doc/libstatuscollector-dev)
-install(FILES docs/document.md docs/library.md docs/rows.md CHANGELOG.md
-        DESTINATION ${development_doc_dir} COMPONENT development)
-install(DIRECTORY examples DESTINATION ${development_doc_dir} COMPONENT development)
+# Examples and the schema.
+install(DIRECTORY examples DESTINATION ${CMAKE_INSTALL_DATAROOTDIR}/doc/libstatuscollector-dev
+        COMPONENT development)
 install(FILES docs/status.xsd DESTINATION ${status_data_dir} COMPONENT development)
 
-# The command-line host.
+# The command-line host, its completion, and all pages, which refer to one another.
 install(TARGETS host RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT tools)
-add_custom_command(OUTPUT statuscollector.1.gz
-  COMMAND gzip -9nc ${PROJECT_SOURCE_DIR}/packaging/statuscollector.1 > statuscollector.1.gz
-  DEPENDS packaging/statuscollector.1 VERBATIM)
-add_custom_target(manual ALL DEPENDS statuscollector.1.gz)
-install(FILES ${PROJECT_BINARY_DIR}/statuscollector.1.gz DESTINATION ${CMAKE_INSTALL_MANDIR}/man1
-        COMPONENT tools)
-install(FILES packaging/statuscollector.bash
+install(FILES ${PROJECT_BINARY_DIR}/host/statuscollector.bash
         DESTINATION ${CMAKE_INSTALL_DATAROOTDIR}/bash-completion/completions
         RENAME statuscollector COMPONENT tools)
-install(FILES docs/host.md DESTINATION ${CMAKE_INSTALL_DATAROOTDIR}/doc/statuscollector-tools
-        COMPONENT tools)
+install(FILES ${PROJECT_BINARY_DIR}/host/statuscollector.zsh
+        DESTINATION ${CMAKE_INSTALL_DATAROOTDIR}/zsh/site-functions
+        RENAME _statuscollector COMPONENT tools)
+set(status_doc_dir ${CMAKE_INSTALL_DATAROOTDIR}/doc/statuscollector-tools)
+install(FILES docs/document.md docs/host.md docs/library.md docs/reliability.md docs/rows.md
+        DESTINATION ${status_doc_dir} COMPONENT tools)
+
+# status_manual_page(SOURCE NAME SECTION SUMMARY): a manual page made from a page of docs/.
+find_program(STATUS_LOWDOWN lowdown REQUIRED)
+function(status_manual_page source name section summary)
+  set(page ${name}.${section}.gz)
+  add_custom_command(OUTPUT ${page}
+    COMMAND ${PROJECT_SOURCE_DIR}/packaging/make-page ${PROJECT_SOURCE_DIR}/docs/${source} ${name}
+            ${section} ${PROJECT_VERSION} ${summary} > ${name}.${section}
+    COMMAND gzip -9nf ${name}.${section}
+    DEPENDS packaging/make-page docs/${source} packaging/debian/changelog VERBATIM)
+  install(FILES ${PROJECT_BINARY_DIR}/${page} DESTINATION ${CMAKE_INSTALL_MANDIR}/man${section}
+          COMPONENT tools)
+  set_property(GLOBAL APPEND PROPERTY status_manual_pages ${page})
+endfunction()
+status_manual_page(host.md statuscollector 1 "show the state of an LED display controller")
+status_manual_page(library.md libstatuscollector 3 "status of an LED display controller as one document")
+status_manual_page(rows.md statuscollector-rows 5 "rows of the status database")
+status_manual_page(document.md statuscollector-document 7 "the status document of an LED display controller")
+get_property(pages GLOBAL PROPERTY status_manual_pages)
+add_custom_target(manual ALL DEPENDS ${pages})

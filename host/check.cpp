@@ -35,6 +35,15 @@ std::string NamesOfLimits() {
   return names;
 }
 
+// "temperature="
+std::vector<std::string> BeginningsOfLimits() {
+  std::vector<std::string> beginnings;
+  for (const insight::LimitInfo& info : insight::LimitTable()) {
+    beginnings.push_back(std::string(info.Name) + "=");
+  }
+  return beginnings;
+}
+
 // Sets `range` of the limit that each text names. Throws std::invalid_argument.
 void Set(insight::Limits* limits, const std::vector<std::string>& texts,
          insight::Range insight::Limit::*range) {
@@ -106,11 +115,13 @@ Declaration DeclareCheck() {
   return {{{.Name = "-w,--warning",
             .Type = "NAME=RANGE",
             .About = "Warn when a reading is outside of RANGE",
-            .Value = &options->Warning},
+            .Value = &options->Warning,
+            .Offers = BeginningsOfLimits()},
            {.Name = "-c,--critical",
             .Type = "NAME=RANGE",
             .About = "Be critical when it is outside of RANGE",
-            .Value = &options->Critical},
+            .Value = &options->Critical,
+            .Offers = BeginningsOfLimits()},
            {.Name = "-i,--ignore",
             .Type = "ID",
             .About = "Leave out findings: ID or ID:WHICH",

@@ -35,7 +35,8 @@ struct Argument {
   std::vector<std::string> Choices = {};  // the only values of a text; empty: any
   int Least = 0;                          // the limits of a number
   int Most = 0;
-  bool MayBeMissing = false;  // of a word in its place; options always may
+  std::vector<std::string> Offers = {};  // what a shell completes a text with that may be any
+  bool MayBeMissing = false;             // of a word in its place; options always may
 };
 
 // What a command takes, and what runs it once that is parsed. What runs it returns an ExitStatus;
