@@ -149,7 +149,7 @@ void WriteBash() {
 
 // ---- zsh
 
-// Text within the single quotes of a specification, where brackets and colons are marks.
+// Text within the single quotes of an argument of _arguments, where brackets and colons are marks.
 std::string ZshText(std::string_view text) {
   std::string escaped;
   for (const char c : text) {
