@@ -28,8 +28,8 @@ inline constexpr std::size_t kMaximumDocumentSize = std::size_t{64} << 20;
 
 // The whole document as indented UTF-8 text with an XML declaration. Always well-formed: what XML
 // cannot carry stands as U+FFFD. What steers terminals stands as character references. Throws
-// std::bad_alloc when memory runs out.
-STATUS_API std::string WriteDocument(CStatus& status);
+// std::bad_alloc when memory runs out. The document's Write is called, which must not change it.
+STATUS_API std::string WriteDocument(const CStatus& status);
 
 // The document in `text`; null, and `*error` filled, when it is not one. That includes points that
 // their list would refuse, and a board whose two flags for a connection contradict each other.

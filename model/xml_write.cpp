@@ -63,7 +63,7 @@ bool CListedStatus::Write(_xmlNode* node) {
          !memory.RanOut();
 }
 
-std::string WriteDocument(CStatus& status) {
+std::string WriteDocument(const CStatus& status) {
   struct FreeBuffer {
     void operator()(xmlBuffer* buffer) const { xmlBufferFree(buffer); }
   };
@@ -86,7 +86,8 @@ std::string WriteDocument(CStatus& status) {
   xmlDocSetRootElement(document.get(), root);
   std::unique_ptr<xmlSaveCtxt, CloseSave> save(
       xmlSaveToBuffer(buffer.get(), "UTF-8", XML_SAVE_FORMAT));
-  const bool written = save != nullptr && !memory.RanOut() && status.Write(root) &&
+  const bool written = save != nullptr && !memory.RanOut() &&
+                       const_cast<CStatus&>(status).Write(root) &&
                        xmlSaveDoc(save.get(), document.get()) >= 0;
   const bool closed = save != nullptr && xmlSaveClose(save.release()) >= 0;
   if (!written || !closed || memory.RanOut()) {
@@ -96,6 +97,12 @@ std::string WriteDocument(CStatus& status) {
                    static_cast<std::size_t>(xmlBufferLength(buffer.get())));
   EscapeSteering(&text, "&#x", ";");  // names hold no such characters, only values do
   return text;
+}
+
+// For programs that were built when it took a document that may change.
+STATUS_API std::string WriteDocument(CStatus& status);
+std::string WriteDocument(CStatus& status) {
+  return WriteDocument(static_cast<const CStatus&>(status));
 }
 
 }  // namespace QtSts

@@ -5,6 +5,7 @@
 #include <cmath>
 #include <limits>
 #include <string>
+#include <utility>
 
 #include "model/can_sensors.h"
 #include "model/compare.h"
@@ -187,6 +188,15 @@ TEST(WriteDocument, LeavesTheXmlToAClassThatWritesItself) {
   COwnStatus status;
   EXPECT_EQ(WriteDocument(status),
             "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<Status Own=\"1\"/>\n");
+}
+
+// Programs used to copy a document, or cast const away, to write one that they only look at.
+TEST(WriteDocument, WritesADocumentThatIsConst) {
+  CStatus status;
+  status.GUID = "a";
+  EXPECT_EQ(WriteDocument(std::as_const(status)), WriteDocument(status));
+  std::string (*const write)(const CStatus&) = &WriteDocument;
+  EXPECT_EQ(write(status), WriteDocument(status));
 }
 
 TEST(Write, FillsTheElementOfAnyClass) {
