@@ -39,6 +39,7 @@ set(status_public_headers
   model/export.h
   model/inputs.h
   model/io_points.h
+  model/list_iterator.h
   model/listing.h
   model/lookup/verify.h
   model/network.h

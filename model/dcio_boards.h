@@ -2,6 +2,7 @@
 // I/O devices of model/dcio.h.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <vector>
@@ -55,6 +56,10 @@ class STATUS_API FanRpm : public CListedStatus {
 class STATUS_API FanRpmList {
  public:
   using Element = FanRpm;
+  // NOLINTBEGIN(readability-identifier-naming): the names of the standard library
+  using iterator = ListIterator<FanRpm, FanRpm*>;
+  using const_iterator = ListIterator<const FanRpm, FanRpm*>;
+  // NOLINTEND(readability-identifier-naming)
 
   std::vector<FanRpm*> Fans;
 
@@ -83,7 +88,21 @@ class STATUS_API FanRpmList {
     return position < Fans.size() ? Fans[position] : nullptr;
   }
 
+  // The same for a position of any other integer type: null for a negative one, too.
+  template <ListPosition Position>
+  FanRpm* operator[](Position position) const {
+    return IsWithin(position, size()) ? Fans[static_cast<std::size_t>(position)] : nullptr;
+  }
+
   unsigned int Count() const { return static_cast<unsigned int>(Fans.size()); }
+  std::size_t size() const { return Fans.size(); }
+  bool empty() const { return Fans.empty(); }
+
+  // The fans from front to back, those of a list that is const being const.
+  iterator begin() { return iterator(Fans.data()); }
+  iterator end() { return iterator(Fans.data() + Fans.size()); }
+  const_iterator begin() const { return const_iterator(Fans.data()); }
+  const_iterator end() const { return const_iterator(Fans.data() + Fans.size()); }
 };
 
 class STATUS_API CCANDcioAndFanRpm : public CCANDcio {

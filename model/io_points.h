@@ -2,6 +2,7 @@
 // pair of them that a board owns.
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <memory>
 #include <string>
@@ -191,6 +192,11 @@ class STATUS_API CCurrentMessageOutputType : public BaseOutputType {
 template <class T>
 class PointList {
  public:
+  // NOLINTBEGIN(readability-identifier-naming): the names of the standard library
+  using iterator = ListIterator<T, T*>;
+  using const_iterator = ListIterator<const T, T*>;
+  // NOLINTEND(readability-identifier-naming)
+
   std::vector<T*> Points;
   bool OpenEnded;  // indices above the maximum are accepted
   std::uint32_t MaximumIndex;
@@ -232,6 +238,15 @@ class PointList {
     }
     return false;
   }
+
+  std::size_t size() const { return Points.size(); }
+  bool empty() const { return Points.empty(); }
+
+  // The points from front to back, those of a list that is const being const.
+  iterator begin() { return iterator(Points.data()); }
+  iterator end() { return iterator(Points.data() + Points.size()); }
+  const_iterator begin() const { return const_iterator(Points.data()); }
+  const_iterator end() const { return const_iterator(Points.data() + Points.size()); }
 };
 
 class STATUS_API InputListType : public PointList<BaseInputType> {

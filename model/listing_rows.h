@@ -84,7 +84,7 @@ template <class L>
 inline constexpr ListAccess kListAccess = {
     [](const void* list) -> std::size_t { return static_cast<const L*>(list)->Count(); },
     [](const void* list, std::size_t position) -> CBaseStatus* {
-      return (*static_cast<const L*>(list))[static_cast<unsigned int>(position)];
+      return (*static_cast<const L*>(list))[position];
     },
     [](void* list, CBaseStatus* element) {
       static_cast<L*>(list)->Add(static_cast<typename L::Element*>(element));

@@ -1,10 +1,12 @@
 // The list of model elements: positional, growing, owning.
 #pragma once
 
+#include <cstddef>
 #include <memory>
 #include <vector>
 
 #include "model/export.h"
+#include "model/list_iterator.h"
 
 namespace QtSts {
 
@@ -28,6 +30,10 @@ template <class T>
 class COwningList {
  public:
   using Element = T;
+  // NOLINTBEGIN(readability-identifier-naming): the names of the standard library
+  using iterator = ListIterator<T, void*>;
+  using const_iterator = ListIterator<const T, void*>;
+  // NOLINTEND(readability-identifier-naming)
 
   COwningList() = default;
   COwningList(const COwningList&) = delete;
@@ -54,7 +60,24 @@ class COwningList {
     return position < elements_.size() ? static_cast<T*>(elements_[position]) : nullptr;
   }
 
+  // The same for a position of any other integer type: null for a negative one, too.
+  template <ListPosition Position>
+  T* operator[](Position position) const {
+    return IsWithin(position, size())
+               ? static_cast<T*>(elements_[static_cast<std::size_t>(position)])
+               : nullptr;
+  }
+
   unsigned int Count() const { return static_cast<unsigned int>(elements_.size()); }
+  std::size_t size() const { return elements_.size(); }
+  bool empty() const { return elements_.empty(); }
+
+  // The elements from front to back, null where null was added. Those of a list that is const are
+  // const.
+  iterator begin() { return iterator(elements_.data()); }
+  iterator end() { return iterator(elements_.data() + elements_.size()); }
+  const_iterator begin() const { return const_iterator(elements_.data()); }
+  const_iterator end() const { return const_iterator(elements_.data() + elements_.size()); }
 
  private:
   std::vector<void*> elements_;  // of T; all lists share what handles plain pointers
