@@ -48,4 +48,6 @@ constinit const ClassInfo CDigitalInput::Class =
 constinit const ClassInfo CCompositor::Class =
     listing::Root<CCompositor>("Compositor", "What mixes the inputs", kCompositorFields);
 
+InputType TypeOf(const CInput& input) { return const_cast<CInput&>(input).GetType(); }
+
 }  // namespace QtSts

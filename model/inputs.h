@@ -51,6 +51,9 @@ class STATUS_API CDigitalInput : public CInput {
   static const ClassInfo Class;
 };
 
+// What GetType says, of an input that is const. GetType must not change it.
+STATUS_API InputType TypeOf(const CInput& input);
+
 class STATUS_API CInputList : public COwningList<CInput> {};
 
 class STATUS_API CCompositor : public CListedStatus {

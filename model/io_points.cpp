@@ -1,5 +1,6 @@
 #include "model/io_points.h"
 
+#include "model/listed_object.h"
 #include "model/listing_rows.h"
 
 namespace QtSts {
@@ -114,5 +115,36 @@ constinit const ClassInfo OutputListType::Class =
     Root<OutputListType>("OutputListType", "Output points", kListFields<OutputListType>);
 constinit const ClassInfo IOList::Class =
     Root<IOList>("IOList", "Input and output points", kIoListFields);
+
+namespace {
+
+template <class T>
+T& Changeable(const T& object) {
+  return const_cast<T&>(object);
+}
+
+template <class Point>
+const Point* Find(const IOList& points, int index) {
+  Point* found = nullptr;
+  return Changeable(points).Get(index, &found) ? found : nullptr;
+}
+
+}  // namespace
+
+bool IsActive(const BaseInputType& point) { return Changeable(point).Get(); }
+bool IsOn(const BaseOutputType& point) { return Changeable(point).Get(); }
+
+const char* NodeNameOf(const BaseInputType& point) {
+  const ClassInfo* const info = ListedObject(point).Class();
+  return info == nullptr ? BaseInputType::Class.Name : info->Name;
+}
+const char* NodeNameOf(const BaseOutputType& point) { return Changeable(point).GetNodeName(); }
+
+const BaseInputType* FindInput(const IOList& points, int index) {
+  return Find<BaseInputType>(points, index);
+}
+const BaseOutputType* FindOutput(const IOList& points, int index) {
+  return Find<BaseOutputType>(points, index);
+}
 
 }  // namespace QtSts

@@ -297,4 +297,20 @@ class STATUS_API IOList {
   }
 };
 
+// The virtual functions of points are not const, but change nothing. The same for points that are
+// const:
+
+// What Get says: whether the input is active, whether the output is on.
+STATUS_API bool IsActive(const BaseInputType& point);
+STATUS_API bool IsOn(const BaseOutputType& point);
+
+// The name of the point's element in the document, "DoorSensorInputType". Of an output it is what
+// GetNodeName says; of an input, the class under which documents have it.
+STATUS_API const char* NodeNameOf(const BaseInputType& point);
+STATUS_API const char* NodeNameOf(const BaseOutputType& point);
+
+// The first point with this index, which is its number on the board; null without one.
+STATUS_API const BaseInputType* FindInput(const IOList& points, int index);
+STATUS_API const BaseOutputType* FindOutput(const IOList& points, int index);
+
 }  // namespace QtSts

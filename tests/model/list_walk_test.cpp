@@ -196,4 +196,67 @@ TEST(ListWalk, GivesPointsAndFansInOrderOfAddition) {
   EXPECT_EQ(fans.size(), 1U);
 }
 
+// ---- What the virtual functions say, of objects that are const
+
+TEST(ConstPoint, SaysWhetherItIsActiveOrOn) {
+  QtSts::CDoorSensorInputType door;
+  QtSts::CHeaterOutputType heater;
+  for (const bool on : {true, false}) {
+    door.Set(on);
+    heater.Set(on);
+    EXPECT_EQ(QtSts::IsActive(std::as_const(door)), on);
+    EXPECT_EQ(QtSts::IsOn(std::as_const(heater)), on);
+  }
+}
+
+TEST(ConstPoint, SaysWhatAClassOfTheHostSays) {
+  class CStuckInput : public QtSts::BaseInputType {
+   public:
+    bool Get() override { return true; }
+  };
+  class CNamedOutput : public QtSts::BaseOutputType {
+   public:
+    bool Get() override { return true; }
+    const char* GetNodeName() override { return "NamedOutput"; }
+  };
+  const CStuckInput input;
+  const CNamedOutput output;
+  EXPECT_TRUE(IsActive(input));
+  EXPECT_TRUE(IsOn(output));
+  EXPECT_STREQ(NodeNameOf(input), "BaseInputType");
+  EXPECT_STREQ(NodeNameOf(output), "NamedOutput");
+}
+
+TEST(ConstPoint, HasTheNodeNameOfItsElementInTheDocument) {
+  EXPECT_STREQ(NodeNameOf(QtSts::CDoorSensorInputType()), "DoorSensorInputType");
+  EXPECT_STREQ(NodeNameOf(QtSts::BaseInputType()), "BaseInputType");
+  EXPECT_STREQ(NodeNameOf(QtSts::CMaintHeaterOutputType()), "MaintenanceHeaterOutputType");
+  EXPECT_STREQ(NodeNameOf(QtSts::BaseOutputType()), "BaseOutputType");
+}
+
+TEST(ConstPoint, IsFoundByItsIndex) {
+  QtSts::IOList points(std::make_unique<InputListType>(8),
+                       std::make_unique<QtSts::OutputListType>(8));
+  auto* const input = new QtSts::BaseInputType;
+  auto* const output = new QtSts::BaseOutputType;
+  input->Index = 3;
+  output->Index = 4;
+  ASSERT_TRUE(points.Add(input));
+  ASSERT_TRUE(points.Add(output));
+  const QtSts::IOList& read_only = points;
+  EXPECT_EQ(FindInput(read_only, 3), input);
+  EXPECT_EQ(FindInput(read_only, 4), nullptr);
+  EXPECT_EQ(FindOutput(read_only, 4), output);
+  EXPECT_EQ(FindOutput(read_only, 0), nullptr);
+  const QtSts::IOList without_lists;
+  EXPECT_EQ(FindInput(without_lists, 1), nullptr);
+  EXPECT_EQ(FindOutput(without_lists, 1), nullptr);
+}
+
+TEST(ConstInput, SaysItsType) {
+  EXPECT_EQ(TypeOf(QtSts::CPlayerInput()), QtSts::kPlayerInput);
+  EXPECT_EQ(TypeOf(QtSts::CAnalogInput()), QtSts::kAnalogInput);
+  EXPECT_EQ(TypeOf(QtSts::CDigitalInput()), QtSts::kDigitalInput);
+}
+
 }  // namespace
