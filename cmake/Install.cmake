@@ -73,6 +73,8 @@ foreach(header IN LISTS status_public_headers)
   install(FILES ${PROJECT_SOURCE_DIR}/${header} DESTINATION ${status_include_dir}/${folder}
           COMPONENT development)
 endforeach()
+install(FILES ${PROJECT_BINARY_DIR}/include/statuscollector/version.h
+        DESTINATION ${status_include_dir}/statuscollector COMPONENT development)
 install(EXPORT statuscollector NAMESPACE statuscollector:: FILE statuscollectorConfig.cmake
         DESTINATION ${status_cmake_dir} COMPONENT development)
 write_basic_package_version_file(${PROJECT_BINARY_DIR}/statuscollectorConfigVersion.cmake
