@@ -4,12 +4,13 @@
 #include <utility>
 
 #include "host/json_insight.h"
-#include "host/json_text.h"
+#include "model/json_text.h"
 #include "model/text.h"
 
 namespace host {
 namespace {
 
+using QtSts::JsonText;
 using QtSts::TreeElement;
 using QtSts::TreeValue;
 using QtSts::ValueKind;

@@ -15,32 +15,32 @@ namespace host {
 namespace {
 
 // Texts of sources and rows may hold any bytes.
-void AddText(std::string_view text, JsonText* json) {
+void AddText(std::string_view text, QtSts::JsonText* json) {
   std::string clean(text);
   QtSts::CleanText(&clean);
   json->String(clean);
 }
 
 // A member only where there is something to say.
-void AddTextMember(const char* name, std::string_view text, JsonText* json) {
+void AddTextMember(const char* name, std::string_view text, QtSts::JsonText* json) {
   if (!text.empty()) {
     json->Member(name);
     AddText(text, json);
   }
 }
 
-void AddCount(const char* name, long long number, JsonText* json) {
+void AddCount(const char* name, long long number, QtSts::JsonText* json) {
   json->Member(name);
   json->Literal(std::to_string(number));
 }
 
-void AddFlag(const char* name, bool flag, JsonText* json) {
+void AddFlag(const char* name, bool flag, QtSts::JsonText* json) {
   json->Member(name);
   json->Literal(flag ? "true" : "false");
 }
 
 // JSON has no numbers for not-a-number and the infinities.
-void AddReal(const char* name, double number, JsonText* json) {
+void AddReal(const char* name, double number, QtSts::JsonText* json) {
   json->Member(name);
   if (!std::isfinite(number)) {
     json->String(std::isnan(number) ? "NaN" : number > 0 ? "INF" : "-INF");
@@ -52,7 +52,7 @@ void AddReal(const char* name, double number, JsonText* json) {
 }
 
 // "2026-11-22T04:29:22Z"
-void AddTime(const char* name, std::chrono::system_clock::time_point time, JsonText* json) {
+void AddTime(const char* name, std::chrono::system_clock::time_point time, QtSts::JsonText* json) {
   const std::time_t seconds = std::chrono::system_clock::to_time_t(time);
   std::tm parts = {};
   char text[64];
@@ -62,7 +62,7 @@ void AddTime(const char* name, std::chrono::system_clock::time_point time, JsonT
   }
 }
 
-void AddDatabase(const insight::DatabaseState& database, JsonText* json) {
+void AddDatabase(const insight::DatabaseState& database, QtSts::JsonText* json) {
   json->Open('{');
   AddCount("Rows", static_cast<long long>(database.Rows), json);
   if (database.LastChanged) {
@@ -75,7 +75,7 @@ void AddDatabase(const insight::DatabaseState& database, JsonText* json) {
   json->Close('}');
 }
 
-void AddItem(const insight::Source& source, JsonText* json) {
+void AddItem(const insight::Source& source, QtSts::JsonText* json) {
   AddTextMember("Id", source.Id, json);
   AddTextMember("Name", source.Name, json);
   AddTextMember("State", NameOf(source.State), json);
@@ -87,7 +87,7 @@ void AddItem(const insight::Source& source, JsonText* json) {
   AddTexts("Unfed", source.Unfed, json);
 }
 
-void AddItem(const insight::Remark& remark, JsonText* json) {
+void AddItem(const insight::Remark& remark, QtSts::JsonText* json) {
   const insight::OutcomeInfo& info = InfoOf(remark.What);
   AddTextMember("Outcome", info.Id, json);
   AddTextMember("Class", NameOf(info.Class), json);
@@ -100,16 +100,16 @@ void AddItem(const insight::Remark& remark, JsonText* json) {
   }
 }
 
-void AddItem(const insight::Change& change, JsonText* json) {
+void AddItem(const insight::Change& change, QtSts::JsonText* json) {
   AddTextMember("Path", change.Path, json);
   AddTextMember("Before", change.Before, json);
   AddTextMember("After", change.After, json);
 }
 
 template <class Items>
-void AddItems(const char* name, const Items& items, JsonText* json);
+void AddItems(const char* name, const Items& items, QtSts::JsonText* json);
 
-void AddItem(const insight::Row& row, JsonText* json) {
+void AddItem(const insight::Row& row, QtSts::JsonText* json) {
   json->Member("Key");
   AddText(row.Key, json);
   json->Member("Value");
@@ -126,7 +126,7 @@ void AddItem(const insight::Row& row, JsonText* json) {
   AddItems("Remarks", row.Remarks, json);
 }
 
-void AddItem(const insight::Finding& finding, JsonText* json) {
+void AddItem(const insight::Finding& finding, QtSts::JsonText* json) {
   AddTextMember("Id", finding.Id, json);
   AddTextMember("Severity", NameOf(finding.Level), json);
   AddTextMember("Message", finding.Message, json);
@@ -141,7 +141,7 @@ void AddItem(const insight::Finding& finding, JsonText* json) {
 }
 
 template <class Items>
-void AddItems(const char* name, const Items& items, JsonText* json) {
+void AddItems(const char* name, const Items& items, QtSts::JsonText* json) {
   json->Member(name);
   json->Open('[');
   for (const auto& item : items) {
@@ -155,7 +155,7 @@ void AddItems(const char* name, const Items& items, JsonText* json) {
 
 }  // namespace
 
-void AddTexts(const char* name, const std::vector<std::string>& texts, JsonText* json) {
+void AddTexts(const char* name, const std::vector<std::string>& texts, QtSts::JsonText* json) {
   json->Member(name);
   json->Open('[');
   for (const std::string& text : texts) {
@@ -165,7 +165,7 @@ void AddTexts(const char* name, const std::vector<std::string>& texts, JsonText*
   json->Close(']');
 }
 
-void AddInsight(const insight::Snapshot& snapshot, JsonText* json) {
+void AddInsight(const insight::Snapshot& snapshot, QtSts::JsonText* json) {
   json->Open('{');
   AddCount("Result", snapshot.Result, json);
   AddTime("Began", snapshot.Began, json);

@@ -4,15 +4,15 @@
 #include <string>
 #include <vector>
 
-#include "host/json_text.h"
 #include "insight/snapshot.h"
+#include "model/json_text.h"
 
 namespace host {
 
 // One object with sources, rows and findings; docs/host.md lists its members.
-void AddInsight(const insight::Snapshot& snapshot, JsonText* json);
+void AddInsight(const insight::Snapshot& snapshot, QtSts::JsonText* json);
 
 // A member with any texts.
-void AddTexts(const char* name, const std::vector<std::string>& texts, JsonText* json);
+void AddTexts(const char* name, const std::vector<std::string>& texts, QtSts::JsonText* json);
 
 }  // namespace host

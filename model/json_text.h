@@ -6,7 +6,7 @@
 #include <string_view>
 #include <utility>
 
-namespace host {
+namespace QtSts {
 
 // JSON with two blanks for each level, a member or an element a line.
 class JsonText {
@@ -78,4 +78,4 @@ class JsonText {
   bool empty_ = false;  // what was opened last has nothing in it yet
 };
 
-}  // namespace host
+}  // namespace QtSts
