@@ -32,7 +32,7 @@
 #include "bench/row_mix.h"
 #include "collector/observer.h"
 #include "collector/status_interface.h"
-#include "host/json.h"
+#include "model/json.h"
 #include "model/xml.h"
 #include "sandbox/enter.h"
 #include "sandbox/scenario.h"
@@ -135,9 +135,7 @@ class Bodies {
   void ProbeFloor() { benchmark::DoNotOptimize(bench::ProbeFloor()); }
   void Xml() { benchmark::DoNotOptimize(QtSts::WriteDocument(collector_.m_Status)); }
   void XmlFloor() { benchmark::DoNotOptimize(bench::XmlFloor(steps_)); }
-  void Json() {
-    benchmark::DoNotOptimize(host::RenderJson(QtSts::DocumentTree(collector_.m_Status)));
-  }
+  void Json() { benchmark::DoNotOptimize(QtSts::WriteJson(collector_.m_Status)); }
   void Parse() {
     QtSts::XmlError error;
     benchmark::DoNotOptimize(QtSts::ReadDocument(xml_, &error));

@@ -39,6 +39,8 @@ set(status_public_headers
   model/export.h
   model/inputs.h
   model/io_points.h
+  model/json.h
+  model/json_text.h
   model/list_iterator.h
   model/listing.h
   model/lookup/verify.h

@@ -14,7 +14,7 @@
 #include "host/text.h"
 #include "host/trouble.h"
 #include "insight/snapshot.h"
-#include "model/tree.h"
+#include "model/json.h"
 #include "model/xml.h"
 
 namespace host {
@@ -78,7 +78,7 @@ Result RunPlain(const Options& options, CStatusInterface& collector) {
     result.OfCycle = collector.QueryDatabase();
   }
   result.Document = options.Format == kXml ? QtSts::WriteDocument(collector.m_Status)
-                                           : RenderJson(QtSts::DocumentTree(collector.m_Status));
+                                           : QtSts::WriteJson(collector.m_Status);
   return result;
 }
 

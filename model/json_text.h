@@ -1,4 +1,4 @@
-// JSON being written. Private to the renderings.
+// JSON being written, for programs that add members of their own to a document.
 #pragma once
 
 #include <cstddef>
@@ -6,17 +6,22 @@
 #include <string_view>
 #include <utility>
 
+#include "model/text.h"
+
 namespace QtSts {
 
-// JSON with two blanks for each level, a member or an element a line.
+// JSON (RFC 8259, UTF-8) with two blanks for each level, a member or an element a line. It writes
+// what it is told: who calls it opens and closes in pairs, and gives each member one value.
 class JsonText {
  public:
+  // '{' or '['
   void Open(char bracket) {
     text_ += bracket;
     empty_ = true;
     indent_ += 2;
   }
 
+  // '}' or ']'
   void Close(char bracket) {
     indent_ -= 2;
     if (!empty_) {
@@ -39,9 +44,10 @@ class JsonText {
     text_.append("\"").append(name).append("\": ");
   }
 
+  // A value as it stands in JSON: a number, true, false or null.
   void Literal(std::string_view text) { text_ += text; }
 
-  // Text of the document has no control characters but these.
+  // A text as CleanText leaves it: without control characters but these.
   void String(std::string_view text) {
     text_ += '"';
     for (const char c : text) {
@@ -68,7 +74,12 @@ class JsonText {
     text_ += '"';
   }
 
-  std::string Take() { return std::move(text_); }
+  // All of it, with what steers terminals escaped: that stands nowhere but in texts.
+  std::string Take() {
+    text_ += '\n';
+    EscapeSteering(&text_, "\\u", "");
+    return std::move(text_);
+  }
 
  private:
   void NewLine() { text_.append("\n").append(indent_, ' '); }

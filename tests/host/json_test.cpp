@@ -10,6 +10,7 @@
 #include <string>
 
 #include "model/can_sensors.h"
+#include "model/json.h"
 #include "model/listing.h"
 #include "model/tree.h"
 #include "tests/host/sample_documents.h"
@@ -25,7 +26,7 @@ using testing::HasSubstr;
 using testing::Not;
 namespace listing = QtSts::listing;
 
-std::string Json(QtSts::CStatus& status) { return host::RenderJson(QtSts::DocumentTree(status)); }
+std::string Json(const QtSts::CStatus& status) { return QtSts::WriteJson(status); }
 
 // What the JSON value says, written as the XML and the tree write it.
 std::string AsXml(const json& value, const QtSts::ScalarType& type) {
@@ -105,27 +106,27 @@ void ExpectSame(const TreeElement& element, const json& object, bool in_list) {
   EXPECT_EQ(object.size(), members) << "has members that the tree lacks";
 }
 
-TEST(RenderJson, SaysTheSameAsTheTreeFieldByField) {
+TEST(WriteJson, SaysTheSameAsTheTreeFieldByField) {
   for (std::uint64_t seed = 0; seed < 100; ++seed) {
     SCOPED_TRACE(seed);
     const auto document = test_support::RandomDocument(test_support::SeededChoices(seed));
     const QtSts::DocumentTree tree(*document);
-    ExpectSame(tree.Root(), json::parse(host::RenderJson(tree)), false);
+    ExpectSame(tree.Root(), json::parse(QtSts::WriteJson(tree)), false);
   }
 }
 
-TEST(RenderJson, ShowsAControllerInTrouble) {
+TEST(WriteJson, ShowsAControllerInTrouble) {
   EXPECT_TRUE(
       test_support::MatchesGolden(Json(*sample::Troubled()), "tests/host/golden/troubled.json"));
 }
 
-TEST(RenderJson, ShowsTheSameUnderALocaleWithDecimalComma) {
+TEST(WriteJson, ShowsTheSameUnderALocaleWithDecimalComma) {
   const test_support::CommaLocale locale;
   EXPECT_TRUE(
       test_support::MatchesGolden(Json(*sample::Troubled()), "tests/host/golden/troubled.json"));
 }
 
-TEST(RenderJson, WritesNumbersInTheShortestFormOfTheirType) {
+TEST(WriteJson, WritesNumbersInTheShortestFormOfTheirType) {
   const struct {
     float Celsius;
     const char* Text;
@@ -146,7 +147,7 @@ TEST(RenderJson, WritesNumbersInTheShortestFormOfTheirType) {
   EXPECT_THAT(Json(status), HasSubstr("\"MemoryFree\": -9223372036854775808,"));
 }
 
-TEST(RenderJson, WritesNotANumberAndInfinitiesAsStrings) {
+TEST(WriteJson, WritesNotANumberAndInfinitiesAsStrings) {
   QtSts::CStatus status;
   auto* const sensor = new QtSts::CCANPsrbSensor;
   status.Sensors.Add(sensor);
@@ -158,14 +159,14 @@ TEST(RenderJson, WritesNotANumberAndInfinitiesAsStrings) {
   EXPECT_EQ(document["Sensors"][0]["OutputVoltages"].dump(), "[]");
 }
 
-TEST(RenderJson, LeavesOutWhatIsNotReported) {
+TEST(WriteJson, LeavesOutWhatIsNotReported) {
   QtSts::CStatus status;
   status.Sensors.Add(new QtSts::CCANTempSensor);
   EXPECT_THAT(Json(status), Not(HasSubstr("\"Face\"")));
 }
 
 // U+FFFF used to mark numbers on their way through a JSON library.
-TEST(RenderJson, TakesNoTextForANumber) {
+TEST(WriteJson, TakesNoTextForANumber) {
   QtSts::CStatus status;
   status.GUID =
       "\xEF\xBF\xBF"
@@ -177,7 +178,7 @@ TEST(RenderJson, TakesNoTextForANumber) {
 }
 
 // Such characters used to stand in the text as they are, and steered the terminal that showed it.
-TEST(RenderJson, EscapesWhatSteersATerminal) {
+TEST(WriteJson, EscapesWhatSteersATerminal) {
   QtSts::CStatus status;
   status.GUID =
       "\x7f\xC2\x9B"
@@ -187,7 +188,7 @@ TEST(RenderJson, EscapesWhatSteersATerminal) {
   EXPECT_EQ(json::parse(text)["GUID"], status.GUID);
 }
 
-TEST(RenderJson, KeepsTheNameClassForTheClass) {
+TEST(WriteJson, KeepsTheNameClassForTheClass) {
   EXPECT_GT(QtSts::Classes().size(), 50U);
   for (const QtSts::ClassInfo* const info : QtSts::Classes()) {
     EXPECT_EQ(QtSts::FieldNamed(*info, "Class"), nullptr) << info->Name;
@@ -200,7 +201,7 @@ json Insight() { return json::parse(host::RenderJson(sample::TroubledSnapshot())
 
 TEST(RenderJsonWithInsight, AddsOneMemberAtTheEndOfTheDocument) {
   const insight::Snapshot snapshot = sample::TroubledSnapshot();
-  const std::string plain = host::RenderJson(snapshot.Document);
+  const std::string plain = QtSts::WriteJson(snapshot.Document);
   const std::string with = host::RenderJson(snapshot);
   const std::string before = plain.substr(0, plain.rfind("\n}"));
   EXPECT_EQ(with.substr(0, before.size()), before);
