@@ -1,7 +1,9 @@
 // Documents of any contents: the input makes the choices of which fields hold what. Written and
-// read, each must come back as it was. Its tree must say what its XML says.
+// read, as XML and as JSON, each must come back as it was. Its tree must say
+// what its XML says.
 #include "fuzz/fuzz.h"
 #include "model/compare.h"
+#include "model/json.h"
 #include "model/xml.h"
 #include "tests/support/random_document.h"
 #include "tests/support/tree_of_xml.h"
@@ -42,5 +44,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   FUZZ_CHECK(QtSts::Compare(*document, *read).empty());
   FUZZ_CHECK(QtSts::WriteDocument(*read) == written);
   FUZZ_CHECK(test_support::TreeDiffersFromXml(*document, written).empty());
+  QtSts::JsonError json_error;
+  const auto of_json = QtSts::ReadJson(QtSts::WriteJson(*document), &json_error);
+  FUZZ_CHECK(of_json != nullptr);
+  FUZZ_CHECK(QtSts::WriteDocument(*of_json) == written);
   return 0;
 }
