@@ -42,6 +42,7 @@ set(status_public_headers
   model/json.h
   model/json_text.h
   model/list_iterator.h
+  model/listed_object.h
   model/listing.h
   model/lookup/verify.h
   model/network.h

@@ -8,7 +8,9 @@
 #include <span>
 #include <string>
 #include <string_view>
+#include <type_traits>
 #include <typeinfo>
+#include <vector>
 
 #include "model/base_status.h"
 #include "model/codes.h"
@@ -32,7 +34,9 @@ struct ListAccess {
   void (*Add)(void* list, CBaseStatus* element);  // takes ownership
 };
 
-// One field of a class: a scalar, a record, or a list, which has both Record and Elements.
+// One field of a class: a scalar, a record, or a list, which has both Record and Elements. Read and
+// Make take an object of its class without asking: programs walk objects with
+// model/listed_object.h, where object and field belong together.
 struct Field {
   const char* Name;   // the member's name; attribute or child element in XML
   const char* Unit;   // "" when it has none
@@ -118,6 +122,35 @@ STATUS_API extern const ScalarType kFloat;
 STATUS_API extern const ScalarType kDouble;
 STATUS_API extern const ScalarType kText;
 STATUS_API extern const ScalarType kFloats;
+
+// The scalar type of values of type T; a null pointer's type for a T that is no scalar.
+template <class T>
+inline constexpr std::nullptr_t kScalarOf = nullptr;
+template <>
+inline constexpr const ScalarType* kScalarOf<bool> = &kBool;
+template <>
+inline constexpr const ScalarType* kScalarOf<std::uint8_t> = &kUInt8;
+template <>
+inline constexpr const ScalarType* kScalarOf<std::uint16_t> = &kUInt16;
+template <>
+inline constexpr const ScalarType* kScalarOf<std::uint32_t> = &kUInt32;
+template <>
+inline constexpr const ScalarType* kScalarOf<std::uint64_t> = &kUInt64;
+template <>
+inline constexpr const ScalarType* kScalarOf<std::int32_t> = &kInt32;
+template <>
+inline constexpr const ScalarType* kScalarOf<std::int64_t> = &kInt64;
+template <>
+inline constexpr const ScalarType* kScalarOf<float> = &kFloat;
+template <>
+inline constexpr const ScalarType* kScalarOf<double> = &kDouble;
+template <>
+inline constexpr const ScalarType* kScalarOf<std::string> = &kText;
+template <>
+inline constexpr const ScalarType* kScalarOf<std::vector<float>> = &kFloats;
+
+template <class T>
+inline constexpr bool kIsScalar = !std::is_null_pointer_v<std::remove_cv_t<decltype(kScalarOf<T>)>>;
 
 }  // namespace listing
 }  // namespace QtSts

@@ -3,41 +3,13 @@
 
 #include <concepts>
 #include <cstddef>
-#include <cstdint>
 #include <memory>
-#include <string>
 #include <type_traits>
 #include <vector>
 
 #include "model/listing.h"
 
 namespace QtSts::listing {
-
-// The scalar type of values of type T; a null pointer's type for a T that is no scalar.
-template <class T>
-inline constexpr std::nullptr_t kScalarOf = nullptr;
-template <>
-inline constexpr const ScalarType* kScalarOf<bool> = &kBool;
-template <>
-inline constexpr const ScalarType* kScalarOf<std::uint8_t> = &kUInt8;
-template <>
-inline constexpr const ScalarType* kScalarOf<std::uint16_t> = &kUInt16;
-template <>
-inline constexpr const ScalarType* kScalarOf<std::uint32_t> = &kUInt32;
-template <>
-inline constexpr const ScalarType* kScalarOf<std::uint64_t> = &kUInt64;
-template <>
-inline constexpr const ScalarType* kScalarOf<std::int32_t> = &kInt32;
-template <>
-inline constexpr const ScalarType* kScalarOf<std::int64_t> = &kInt64;
-template <>
-inline constexpr const ScalarType* kScalarOf<float> = &kFloat;
-template <>
-inline constexpr const ScalarType* kScalarOf<double> = &kDouble;
-template <>
-inline constexpr const ScalarType* kScalarOf<std::string> = &kText;
-template <>
-inline constexpr const ScalarType* kScalarOf<std::vector<float>> = &kFloats;
 
 template <class T>
 concept Listed = requires {
@@ -146,8 +118,7 @@ constexpr Field Of(const char* name, const char* unit, const char* about, CodeTa
   } else if constexpr (std::is_enum_v<T>) {
     field.Scalar = kScalarOf<std::underlying_type_t<T>>;
   } else {
-    static_assert(!std::is_null_pointer_v<std::remove_cv_t<decltype(kScalarOf<T>)>>,
-                  "no way to write this type");
+    static_assert(kIsScalar<T>, "no way to write this type");
     field.Scalar = kScalarOf<T>;
   }
   return field;

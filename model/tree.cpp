@@ -1,11 +1,10 @@
 #include "model/tree.h"
 
 #include <algorithm>
-#include <charconv>
-#include <optional>
 
 #include "model/document.h"
 #include "model/listed_object.h"
+#include "model/path_position.h"
 #include "model/text.h"
 
 namespace QtSts {
@@ -209,17 +208,6 @@ void AppendReals(std::span<const float> reals, std::string* text) {
   }
 }
 
-// "[12]" as 12; nothing for any other text.
-std::optional<std::size_t> ParsePosition(std::string_view text) {
-  std::size_t position = 0;
-  if (!text.starts_with('[') || !text.ends_with(']')) {
-    return std::nullopt;
-  }
-  const char* const end = text.data() + text.size() - 1;
-  const auto [stopped, error] = std::from_chars(text.data() + 1, end, position);
-  return error == std::errc() && stopped == end ? std::optional(position) : std::nullopt;
-}
-
 }  // namespace
 
 void TreeValue::AppendTo(std::string* text) const {
@@ -346,7 +334,7 @@ std::string TreeElement::PathOf(const TreeValue& value) const {
 }
 
 DocumentTree::DocumentTree(const CStatus& status) {
-  TreeBuilder(this).Build(ListedObject::As(status));
+  TreeBuilder(this).Build(ListedObject::OfDocument(status));
 }
 
 DocumentTree::DocumentTree(const CBaseStatus& object) {
