@@ -33,6 +33,7 @@ set(status_public_headers
   model/codes.h
   model/common.h
   model/compare.h
+  model/copy.h
   model/dcio.h
   model/dcio_boards.h
   model/document.h

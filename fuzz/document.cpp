@@ -1,8 +1,9 @@
 // Documents of any contents: the input makes the choices of which fields hold what. Written and
-// read, as XML and as JSON, each must come back as it was. Its tree must say
+// read, as XML and as JSON, each must come back as it was, and so must a copy. Its tree must say
 // what its XML says.
 #include "fuzz/fuzz.h"
 #include "model/compare.h"
+#include "model/copy.h"
 #include "model/json.h"
 #include "model/xml.h"
 #include "tests/support/random_document.h"
@@ -48,5 +49,6 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   const auto of_json = QtSts::ReadJson(QtSts::WriteJson(*document), &json_error);
   FUZZ_CHECK(of_json != nullptr);
   FUZZ_CHECK(QtSts::WriteDocument(*of_json) == written);
+  FUZZ_CHECK(QtSts::WriteDocument(*QtSts::Copy(*document)) == written);
   return 0;
 }

@@ -1,0 +1,114 @@
+#include "model/copy.h"
+
+#include <algorithm>
+#include <cstdint>
+#include <iterator>
+#include <string>
+#include <vector>
+
+#include "model/io_points.h"
+#include "model/listed_object.h"
+
+namespace QtSts {
+namespace {
+
+// How a scalar of each type is assigned.
+struct Assignment {
+  const ScalarType* Type;
+  void (*Assign)(const void* from, void* to);
+};
+
+template <class T>
+constexpr Assignment AssignmentOf() {
+  return {listing::kScalarOf<T>,
+          [](const void* from, void* to) { *static_cast<T*>(to) = *static_cast<const T*>(from); }};
+}
+
+constexpr Assignment kAssignments[] = {
+    AssignmentOf<std::uint32_t>(),
+    AssignmentOf<bool>(),
+    AssignmentOf<float>(),
+    AssignmentOf<std::string>(),
+    AssignmentOf<std::uint16_t>(),
+    AssignmentOf<std::uint64_t>(),
+    AssignmentOf<std::int32_t>(),
+    AssignmentOf<std::uint8_t>(),
+    AssignmentOf<std::int64_t>(),
+    AssignmentOf<double>(),
+    AssignmentOf<std::vector<float>>(),
+};
+
+void AssignScalar(const ScalarType& type, const void* from, void* to) {
+  std::ranges::find(kAssignments, &type, &Assignment::Type)->Assign(from, to);
+}
+
+// Takes away what a fresh object has and the original does not: of the optional fields, only point
+// lists are there from the start.
+void Drop(const Field& field, void* part) {
+  if (field.Record == &InputListType::Class) {
+    static_cast<IOList*>(part)->Inputs.reset();
+  } else if (field.Record == &OutputListType::Class) {
+    static_cast<IOList*>(part)->Outputs.reset();
+  }
+}
+
+}  // namespace
+
+// Fills fresh objects.
+class DocumentCopy {
+ public:
+  // NOLINTNEXTLINE(misc-no-recursion): the document's depth is that of its classes
+  static void CopyFields(const ClassInfo& info, const void* from, void* to) {
+    if (info.Base != nullptr) {
+      CopyFields(*info.Base, info.ToBase(const_cast<void*>(from)), info.ToBase(to));
+    }
+    for (const Field& field : info.OwnFields()) {
+      const void* const value = field.Read(from);
+      if (value == nullptr) {
+        Drop(field, to);
+      } else if (field.Scalar != nullptr) {
+        AssignScalar(*field.Scalar, value, field.Make(to));
+      } else if (field.Elements != nullptr) {
+        CopyList(*field.Elements, value, field.Make(to));
+      } else {
+        CopyFields(*field.Record, value, field.Make(to));
+      }
+    }
+  }
+
+ private:
+  // NOLINTNEXTLINE(misc-no-recursion)
+  static void CopyList(const ListAccess& list, const void* from, void* to) {
+    const std::size_t count = list.Count(from);
+    for (std::size_t position = 0; position < count; ++position) {
+      const CBaseStatus* const element = list.At(from, position);
+      list.Add(to, element == nullptr ? nullptr : CopyElement(*element).release());
+    }
+  }
+
+  // Of the nearest class that can be made; null when there is none.
+  // NOLINTNEXTLINE(misc-no-recursion)
+  static std::unique_ptr<CBaseStatus> CopyElement(const CBaseStatus& element) {
+    const ListedObject listed(element);
+    const ClassInfo* info = listed.Class();
+    const void* from = listed.object_;
+    while (info != nullptr && info->Create == nullptr) {
+      from = info->Base == nullptr ? nullptr : info->ToBase(const_cast<void*>(from));
+      info = info->Base;
+    }
+    if (info == nullptr) {
+      return nullptr;
+    }
+    std::unique_ptr<CBaseStatus> copy(info->Create());
+    CopyFields(*info, from, dynamic_cast<void*>(copy.get()));
+    return copy;
+  }
+};
+
+std::unique_ptr<CStatus> Copy(const CStatus& status) {
+  auto copy = std::make_unique<CStatus>();
+  DocumentCopy::CopyFields(CStatus::Class, &status, copy.get());
+  return copy;
+}
+
+}  // namespace QtSts
