@@ -6,19 +6,13 @@ set(status_libraries statusinsight statuscollector status sqlitedb)
 
 # The public headers: what a host or a consumer of documents names, and what those include.
 set(status_public_headers
-  collector/key_table.h
   collector/observer.h
-  collector/state/codes.h
   collector/state/export.h
   collector/state/observer.h
-  collector/state/scratch.h
-  collector/state/scratch_list.h
   collector/status_interface.h
   db/cpp_sqlite3.h
   db/export.h
   db/sql_database.h
-  handlers/handlers.h
-  hardware/rate_limit.h
   hardware/tolmar_hardware.h
   insight/export.h
   insight/findings.h
@@ -45,7 +39,6 @@ set(status_public_headers
   model/list_iterator.h
   model/listed_object.h
   model/listing.h
-  model/lookup/verify.h
   model/network.h
   model/onboard_sensors.h
   model/outputs.h
@@ -54,7 +47,18 @@ set(status_public_headers
   model/sensors.h
   model/text.h
   model/tree.h
-  model/xml.h
+  model/xml.h)
+
+# What a cycle works with: exported, so that tests and tools of the controller may use it, but nothing
+# that a host needs. Apart in the tree, and on the include path under the same names.
+set(status_internal_headers
+  collector/key_table.h
+  collector/state/codes.h
+  collector/state/scratch.h
+  collector/state/scratch_list.h
+  handlers/handlers.h
+  hardware/rate_limit.h
+  model/lookup/verify.h
   sensors/placements.h
   sensors/points.h
   sensors/sensor_keys.h)
@@ -71,14 +75,20 @@ install(TARGETS ${status_libraries} EXPORT statuscollector
         LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR}
           COMPONENT libraries NAMELINK_COMPONENT development)
 
-# Headers and what finds them.
-foreach(header IN LISTS status_public_headers)
-  get_filename_component(folder ${header} DIRECTORY)
-  install(FILES ${PROJECT_SOURCE_DIR}/${header} DESTINATION ${status_include_dir}/${folder}
-          COMPONENT development)
-endforeach()
+# Headers and what finds them. status_install_headers(FOLDER header...)
+function(status_install_headers under)
+  foreach(header IN LISTS ARGN)
+    get_filename_component(folder ${header} DIRECTORY)
+    install(FILES ${PROJECT_SOURCE_DIR}/${header} DESTINATION ${under}/${folder}
+            COMPONENT development)
+  endforeach()
+endfunction()
+status_install_headers(${status_include_dir} ${status_public_headers})
+status_install_headers(${status_include_dir}/internals ${status_internal_headers})
 install(FILES ${PROJECT_BINARY_DIR}/include/statuscollector/version.h
         DESTINATION ${status_include_dir}/statuscollector COMPONENT development)
+target_include_directories(statuscollector INTERFACE
+                           $<INSTALL_INTERFACE:${status_include_dir}/internals>)
 install(EXPORT statuscollector NAMESPACE statuscollector:: FILE statuscollectorConfig.cmake
         DESTINATION ${status_cmake_dir} COMPONENT development)
 write_basic_package_version_file(${PROJECT_BINARY_DIR}/statuscollectorConfigVersion.cmake
