@@ -47,7 +47,8 @@ set(status_public_headers
   model/sensors.h
   model/text.h
   model/tree.h
-  model/xml.h)
+  model/xml.h
+  statuscollector/statuscollector.h)
 
 # What a cycle works with: exported, so that tests and tools of the controller may use it, but nothing
 # that a host needs. Apart in the tree, and on the include path under the same names.
