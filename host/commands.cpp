@@ -17,7 +17,7 @@ constexpr Command kCommandRows[] = {
      &DeclareInit},
     {"diff", "List what differs between two documents", "0 nothing differs, 1 something does",
      &DeclareDiff},
-    {"schema", "Print the XML schema of the document", "0", &DeclareSchema},
+    {"schema", "Print the schema of the document", "0", &DeclareSchema},
 };
 
 }  // namespace

@@ -23,6 +23,9 @@ namespace {
 constexpr std::size_t kBlock = 65536;  // what is written or read at a time
 constexpr const char* kStandardInput = "-";
 
+constexpr const char* kXsd = "xsd";
+constexpr const char* kJson = "json";
+
 struct Options {
   std::string Before;
   std::string After;
@@ -107,10 +110,17 @@ Declaration DeclareDiff() {
 }
 
 Declaration DeclareSchema() {
-  return {{}, [] {
-            StandardOutput().Write(QtSts::WriteSchema());
-            return static_cast<int>(kAllWell);
-          }};
+  const auto format = std::make_shared<std::string>(kXsd);
+  return {
+      {{.Name = "-f,--format",
+        .Type = "NAME",
+        .About = "xsd (default), of the XML, or json, of the JSON",
+        .Value = format.get(),
+        .Choices = {kXsd, kJson}}},
+      [format] {
+        StandardOutput().Write(*format == kJson ? QtSts::WriteJsonSchema() : QtSts::WriteSchema());
+        return static_cast<int>(kAllWell);
+      }};
 }
 
 }  // namespace host

@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "model/document.h"
+#include "model/documentation.h"
 #include "model/listing.h"
 
 namespace QtSts {
@@ -58,23 +59,6 @@ class XmlText {
   std::size_t indent_ = 0;
 };
 
-// "Temperature. Unit: °C." and, for codes, "Values: 0 auto, 1 manual."
-std::string Documentation(const Field& field) {
-  std::string text = std::string(field.About) + ".";
-  if (*field.Unit != '\0') {
-    text.append(" Unit: ").append(field.Unit).append(".");
-  }
-  const char* separator = " Values: ";
-  for (const Code& code : field.Codes) {
-    text.append(separator).append(std::to_string(code.Value)).append(" ").append(code.Text);
-    separator = ", ";
-  }
-  if (!field.Codes.empty()) {
-    text += ".";
-  }
-  return field.Optional ? text + " Absent when it is not reported." : text;
-}
-
 void Annotate(XmlText& xml, std::string_view documentation) {
   xml.Open("xs:annotation");
   xml.Leaf("xs:documentation", documentation);
@@ -85,7 +69,7 @@ void WriteAttribute(XmlText& xml, const Field& field) {
   xml.Open("xs:attribute", {{"name", field.Name},
                             {"type", field.Scalar->SchemaType},
                             {"use", field.Optional ? "optional" : "required"}});
-  Annotate(xml, Documentation(field));
+  Annotate(xml, DocumentationOf(field));
   xml.Close("xs:attribute");
 }
 
@@ -106,12 +90,12 @@ void WriteElement(XmlText& xml, const Field& field) {
   const char* const least = field.Optional ? "0" : "1";
   if (field.Elements != nullptr) {
     xml.Open("xs:element", {{"name", field.Name}, {"minOccurs", least}});
-    Annotate(xml, Documentation(field));
+    Annotate(xml, DocumentationOf(field));
     WriteListType(xml, *field.Record);
   } else {
     xml.Open("xs:element",
              {{"name", field.Name}, {"type", field.Record->Name}, {"minOccurs", least}});
-    Annotate(xml, Documentation(field));
+    Annotate(xml, DocumentationOf(field));
   }
   xml.Close("xs:element");
 }
@@ -166,6 +150,7 @@ std::string WriteSchema() {
   xml.Line("<!-- The status document; see docs/document.md. Generated from the listings of the");
   xml.Line("     model classes: change those, not this file. -->");
   xml.Open("xs:schema", {{"xmlns:xs", "http://www.w3.org/2001/XMLSchema"}});
+  Annotate(xml, kOfWhichDocuments);
   xml.Empty("xs:element", {{"name", CStatus::Class.Name}, {"type", CStatus::Class.Name}});
   WriteFloats(xml);
   for (const ClassInfo* const info : Classes()) {
