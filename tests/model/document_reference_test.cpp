@@ -5,6 +5,7 @@
 #include <map>
 #include <string>
 
+#include "model/document.h"
 #include "model/listing.h"
 #include "model/xml.h"
 #include "tests/support/golden.h"
@@ -84,6 +85,27 @@ TEST(DocumentReference, DescribesEveryFieldAsTheListingsDo) {
   ASSERT_NE(end, std::string::npos);
   EXPECT_TRUE(test_support::MatchesGolden(
       page.substr(0, begin + kBegin.size()) + Classes() + page.substr(end), kPage));
+}
+
+TEST(DocumentReference, NamesWhatStandsWhereNothingWasReported) {
+  const QtSts::CStatus status;
+  const QtSts::CNetworkDevice device;
+  const QtSts::CSolarInfo sun;
+  const auto code = [](const std::string& text) { return "`" + text + "`"; };
+  const std::string page = test_support::ReadSource(kPage);
+  for (const std::string& text :
+       {code(device.IPv4Address) + " as its `IPv4Address`",
+        code(device.Netmask) + " as its `Netmask`",
+        code(device.IPv6Address) + " as\n  its `IPv6Address`",
+        "its `Gateway` is " + code(device.Gateway),
+        "The four resource fields start at " + std::to_string(status.MemoryTotal) + " kB",
+        "the product family at " + std::to_string(status.ProductFamily),
+        "`Uptime` at " + code(status.Uptime), "the sun events at " + code(sun.CalculatedSunrise),
+        "the configuration timestamp at " + code(status.ConfigurationTimestamp)}) {
+    EXPECT_THAT(page, testing::HasSubstr(text));
+  }
+  EXPECT_EQ(status.MemoryTotal, status.MemoryFree);
+  EXPECT_EQ(status.StorageTotal, status.StorageFree);
 }
 
 TEST(DocumentReference, NamesTheBoundsOfReading) {
