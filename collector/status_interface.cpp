@@ -148,7 +148,7 @@ int CStatusInterface::RunCycle() {
   return QueryRows();
 }
 
-// The four places that catch differ deliberately: only the preparation and the statement's final
+// The three places that catch differ deliberately: only the preparation and the statement's final
 // finalize store the code, and only the latter leaves the cycle a success, so that its code makes
 // the next cycle fail.
 int CStatusInterface::QueryRows() {

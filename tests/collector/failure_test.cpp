@@ -1,4 +1,4 @@
-// The four places at which a cycle catches a failure of the database, and what follows from each.
+// The places at which a cycle catches a failure of the database, and what follows from each.
 
 #include <sqlite3.h>
 
