@@ -106,6 +106,13 @@ foreach(library IN LISTS status_libraries)
           COMPONENT development)
 endforeach()
 
+# Where the program and the libraries find the libraries, wherever the tree stands, so that no loader has
+# to be told. Packages, whose libraries the loader finds, take it out.
+file(RELATIVE_PATH status_libraries_from_program
+     ${CMAKE_INSTALL_FULL_BINDIR} ${CMAKE_INSTALL_FULL_LIBDIR})
+set_target_properties(${status_libraries} PROPERTIES INSTALL_RPATH "$ORIGIN")
+set_target_properties(host PROPERTIES INSTALL_RPATH "$ORIGIN/${status_libraries_from_program}")
+
 # Examples and the schema.
 install(DIRECTORY examples DESTINATION ${CMAKE_INSTALL_DATAROOTDIR}/doc/libstatuscollector-dev
         COMPONENT development)
