@@ -36,7 +36,9 @@ std::vector<std::string> Columns(CStatusInterface& collector) {
 std::string InWords(const char* place, const std::string& name, std::string_view expected) {
   return std::string("the ") + place + " column of table status is " + name + ", not " +
          std::string(expected) +
-         "; the first is read as the key, the second as the value, whatever their names";
+         "; the first is read as the key, the second as the value, whatever their names; make the "
+         "table anew with " +
+         std::string(expected) + " as the " + place + " one";
 }
 
 }  // namespace

@@ -18,6 +18,7 @@ constexpr struct {
     {EBADF, "start the program with it open"},
     {EDQUOT, "make room, or write elsewhere"},
     {EFBIG, "raise the limit of file sizes (ulimit -f)"},
+    {EISDIR, "give a file"},
     {ELOOP, "remove the symbolic links that lead in a circle"},
     {EMFILE, "raise the limit of open files (ulimit -n)"},
     {ENAMETOOLONG, "give a shorter name"},

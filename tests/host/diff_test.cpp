@@ -167,7 +167,7 @@ TEST_F(DiffOfDisplaysTest, ReadsOneDocumentFromStandardInput) {
   EXPECT_THAT(endless.Errors, HasSubstr("standard input: not a document: larger than"));
   EXPECT_THAT(shell(program + after_ + " - <&-").Errors, HasSubstr("standard input: "));
   EXPECT_THAT(shell(program + after_ + " - </tmp").Errors,
-              HasSubstr("standard input: Is a directory"));
+              HasSubstr("standard input: Is a directory; give a file\n"));
 }
 
 TEST_F(DiffTest, NamesTheFileThatIsNoDocument) {
