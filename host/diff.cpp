@@ -64,7 +64,9 @@ QtSts::DocumentTree Read(const std::string& path) {
 
 int Diff(const Options& options) {
   if (options.Before == kStandardInput && options.After == kStandardInput) {
-    throw std::runtime_error("only one of two documents can come from standard input");
+    throw std::runtime_error(
+        "only one of two documents can come from standard input; "
+        "give the other one as a file");
   }
   const DocumentPaths ignored(options.Ignore);
   const QtSts::DocumentTree before = Read(options.Before);

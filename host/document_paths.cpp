@@ -89,7 +89,7 @@ bool ChangesInEachCycle(std::string_view path) {
 DocumentPaths::DocumentPaths(std::vector<std::string> paths) : paths_(std::move(paths)) {
   for (const std::string& path : paths_) {
     if (!CanBe(path)) {
-      throw std::runtime_error("no document has the path " + path);
+      throw std::runtime_error("no document has the path " + path + "; write it as diff does");
     }
   }
 }

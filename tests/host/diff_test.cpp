@@ -144,8 +144,8 @@ TEST_F(DiffOfDisplaysTest, RefusesToIgnoreAPathThatNoDocumentHas) {
     const ProgramResult result = Collector({"diff", before_, after_, "--ignore", path});
     EXPECT_EQ(result.ExitCode, kTrouble);
     EXPECT_EQ(result.Output, "");
-    EXPECT_EQ(result.Errors,
-              std::string("statuscollector: no document has the path ") + path + "\n");
+    EXPECT_EQ(result.Errors, std::string("statuscollector: no document has the path ") + path +
+                                 "; write it as diff does\n");
   }
 }
 
@@ -158,7 +158,8 @@ TEST_F(DiffOfDisplaysTest, ReadsOneDocumentFromStandardInput) {
   const ProgramResult both = shell(program + "- - <" + after_);
   EXPECT_EQ(both.ExitCode, kTrouble);
   EXPECT_EQ(both.Errors,
-            "statuscollector: only one of two documents can come from standard input\n");
+            "statuscollector: only one of two documents can come from standard input; give the "
+            "other one as a file\n");
   const ProgramResult none = shell(program + "- " + after_ + " </dev/null");
   EXPECT_EQ(none.ExitCode, kTrouble);
   EXPECT_THAT(none.Errors, StartsWith("statuscollector: standard input: line 1: not a document: "));
