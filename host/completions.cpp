@@ -105,6 +105,7 @@ void WriteBashCommand(const Described& command) {
     words.push_back(names.back());
     if (!IsFlag(argument)) {
       std::vector<std::string> patterns;
+      patterns.reserve(names.size());
       for (const std::string& name : names) {
         patterns.push_back("'" + command.Name + " " + name + "'");
       }
