@@ -71,8 +71,22 @@ std::string DatabaseText(const Snapshot& snapshot) {
   return rows + ", when the database last changed is not known";
 }
 
+// No line is broken between a number and its unit.
+std::string WithTies(std::string text) {
+  static constexpr std::string_view kUnits[] = {" %", " \u00B0C", " V", " rpm", " Hz"};
+  for (const std::string_view unit : kUnits) {
+    for (std::size_t at = text.find(unit); at != std::string::npos; at = text.find(unit, at + 1)) {
+      const char before = at == 0 ? ' ' : text[at - 1];
+      if (before >= '0' && before <= '9') {
+        text.replace(at, 1, kTie);
+      }
+    }
+  }
+  return text;
+}
+
 std::string WhatAndWhere(const Finding& finding) {
-  const std::string message = Printable(finding.Message);
+  const std::string message = WithTies(Printable(finding.Message));
   const std::string where = Printable(finding.Where);
   return Truncated(message.empty() || where.empty() ? message + where : message + ", " + where,
                    kMostOfAText);
@@ -245,7 +259,8 @@ void ShowFindings(const Snapshot& snapshot, Extent extent, Page* page) {
     paths = std::max(paths, Width(Printable(choice.Shown->Path)));
     keys = std::max(keys, Width(Printable(choice.Shown->Key)));
   }
-  if (2 + kLevelWidth + 3 * kGap + kLeastBeside + paths + keys <= page->Columns()) {
+  const bool places = paths + keys > 0;
+  if (places && 2 + kLevelWidth + 3 * kGap + kLeastBeside + paths + keys <= page->Columns()) {
     ShowChosen(snapshot, chosen, Beside(), page);
   } else {
     ShowChosen(snapshot, chosen, Below(page), page);

@@ -106,6 +106,27 @@ TEST(ShowFindings, LeavesOutWhatIsNotThere) {
   EXPECT_EQ(Findings(snapshot, Extent::kFull, 120), "\n! warning   door open    DCIO_0_State\n");
 }
 
+// Columns for places that no finding has used to take room from the texts.
+TEST(ShowFindings, HaveTheWholePageWhereNoneHasAPlace) {
+  insight::Snapshot snapshot = Empty();
+  snapshot.Findings.push_back(sample::FindingOf(Severity::kUnknown, std::string(65, 'm') + " n"));
+  snapshot.Findings.back().Hint = std::string(60, 'h') + " i";
+  EXPECT_EQ(Findings(snapshot, Extent::kFull), "\n! unknown   " + std::string(65, 'm') +
+                                                   " n\n     look at: " + std::string(60, 'h') +
+                                                   " i\n");
+}
+
+// "%" used to stand on the line below its number.
+TEST(ShowFindings, BreakNoLineBetweenANumberAndItsUnit) {
+  insight::Snapshot snapshot = Empty();
+  snapshot.Findings.push_back(
+      sample::FindingOf(Severity::kWarning,
+                        "airflow, beside its long-term average, 7.35 %, below the limit of 25 %"));
+  EXPECT_EQ(Findings(snapshot, Extent::kFull),
+            "\n! warning   airflow, beside its long-term average, 7.35 %, below the limit of\n"
+            "            25 %\n");
+}
+
 TEST(ShowFindings, PutsPathsBesideTheTextsWhereThereIsRoom) {
   insight::Snapshot snapshot = Empty();
   snapshot.Findings.push_back(
@@ -161,7 +182,7 @@ TEST(ShowFindings, SaysWhatToLookAtOnceForFindingsInARow) {
   EXPECT_EQ(Findings(snapshot, Extent::kFull),
             "\n"
             "! warning   fan 1 stands still\n"
-            "            look at: the fan\n"
+            "     look at: the fan\n"
             "! warning   fan 2 stands still\n");
 }
 
@@ -198,9 +219,8 @@ TEST(ShowFindings, AbridgesManyFindingsOfOneKind) {
   const std::string abridged = Findings(snapshot, Extent::kAbridged);
   EXPECT_THAT(abridged, HasSubstr("sensor 19 is lost"));
   EXPECT_THAT(abridged, Not(HasSubstr("sensor 20 is lost")));
-  EXPECT_THAT(abridged,
-              HasSubstr("\n            and 280 more like it: --section findings shows all\n"
-                        "! warning   door open\n"));
+  EXPECT_THAT(abridged, HasSubstr("\n     and 280 more like it: --section findings shows all\n"
+                                  "! warning   door open\n"));
   const std::string brief = Findings(snapshot, Extent::kBrief);
   EXPECT_EQ(std::count(brief.begin(), brief.end(), '\n'), 1 + 20 + 1 + 1);
   EXPECT_THAT(Findings(snapshot, Extent::kFull), HasSubstr("sensor 299 is lost"));
