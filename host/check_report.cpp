@@ -64,6 +64,7 @@ constexpr struct {
     {"memory-free", "memory-free", Pick::kLowest, "0", ""},
     {"storage-free", "storage-free", Pick::kLowest, "0", "100"},
     {"fan-speed", "fan-speed", Pick::kLowest, "0", ""},
+    {"airflow", "airflow", Pick::kLowest, "0", ""},
     {"link-errors", "link-errors", Pick::kHighest, "0", ""},
     {"link-transitions", "link-transitions", Pick::kHighest, "0", ""},
     {"sync-losses", "sync-losses", Pick::kHighest, "0", ""},

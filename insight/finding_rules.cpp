@@ -74,7 +74,7 @@ bool IsLongAgo(const TreeElement&, const TreeValue& value) {
 
 // Without power nothing is sent.
 bool IsZeroWhilePowered(const TreeElement& element, const TreeValue& value) {
-  return value.Real() == 0 &&
+  return value.Written() == "0" &&
          !HasFlag<QtSts::kFlagPowerOff>(element, *element.FindValue("StatusFlags"));
 }
 
@@ -104,6 +104,37 @@ bool HasFans(const TreeElement& element) {
   return false;
 }
 
+bool IsOn(const TreeElement& point) { return point.FindValue("StoredState")->Written() == "0"; }
+
+// Inactive, though output 0 of the document says that fans are enabled.
+bool IsZeroWhileFansAreEnabled(const TreeElement& element, const TreeValue& value) {
+  const TreeElement* root = &element;
+  while (root->Parent() != nullptr) {
+    root = root->Parent();
+  }
+  const TreeValue* const enabled = root->FindValue("Outputs[0]/Fans/Enabled");
+  return IsZero(element, value) && enabled != nullptr && enabled->Flag();
+}
+
+// Inactive, though an output of `kClass` on the same board is on.
+template <const QtSts::ClassInfo& kClass>
+bool IsZeroWhileOn(const TreeElement& element, const TreeValue& value) {
+  const TreeElement* const outputs = element.Parent()->Parent()->Parent()->Find("Outputs/Points");
+  if (!IsZero(element, value) || outputs == nullptr) {
+    return false;
+  }
+  for (const TreeElement& output : outputs->Children()) {
+    if (output.IsA(kClass) && IsOn(output)) {
+      return true;
+    }
+  }
+  return false;
+}
+
+bool IsNotLocked(const TreeElement&, const TreeValue& value) {
+  return value.CodeName() != nullptr && std::string_view(value.CodeName()) == "locked_not_locked";
+}
+
 // A display without fans has none to enable.
 bool IsFalseThoughThereAreFans(const TreeElement& element, const TreeValue& value) {
   const TreeElement* root = &element;
@@ -124,6 +155,11 @@ constexpr When kAlways = When::kAlways;
 constexpr When kWhileConnected = When::kWhileConnected;
 constexpr const char* kNoRow = "";
 
+constexpr const char* kScaler = "the frame controller and its driver, and the system log";
+constexpr const char* kTtable = "the T-table of this display, and the program that writes its rows";
+constexpr const char* kFans = "supply, fuse and contactor of the fans, and the fans";
+constexpr const char* kHeater = "supply, fuse and contactor of the heater, and the heater";
+
 // Critical is what darkens the display or a part of it, or soon harms it.
 constexpr ValueRule kValueRules[] = {
     {"error-flags", kWarning, kAlways, QtSts::CStatus::Class, "ErrorFlags", &HasNumberAboveZero,
@@ -139,6 +175,10 @@ constexpr ValueRule kValueRules[] = {
     {"output-stopped", kCritical, kAlways, QtSts::COutput::Class, "Frequency/Vertical",
      &IsZeroWhilePowered, "the output sends no pictures: frame rate {}",
      "the router and its driver, and the system log"},
+    {"output-stopped", kCritical, kAlways, QtSts::COutput::Class, "ScalerOutputArea/Width",
+     &IsZeroWhilePowered, "the scaler gives no picture: width {}", kScaler},
+    {"output-stopped", kCritical, kAlways, QtSts::COutput::Class, "ScalerOutputArea/Height",
+     &IsZeroWhilePowered, "the scaler gives no picture: height {}", kScaler},
     {"watchdog-event", kWarning, kAlways, QtSts::COutput::Class, "StatusFlags",
      &HasFlag<QtSts::kFlagWatchdogEvent>, "watchdog event recorded since the start",
      "the system log of that time: what hung", kNoRow},
@@ -153,6 +193,16 @@ constexpr ValueRule kValueRules[] = {
     {"display-dark", kWarning, kAlways, QtSts::CDimming::Class, "ActualDimmingLevel",
      &IsZeroUnscheduled, "brightness in force is 0 %",
      "dimming mode, light sensors, and who asks for the level"},
+    {"display-dark", kWarning, kAlways, QtSts::CDimming::Class, "OutputLevel", &IsZeroUnscheduled,
+     "output level of the router is 0", "the router and its driver, and who asks for the level"},
+    {"ttable-empty", kWarning, kAlways, QtSts::CTtable::Class, "Columns", &IsZero,
+     "the T-table has no modules: 0 columns", kTtable},
+    {"ttable-empty", kWarning, kAlways, QtSts::CTtable::Class, "Rows", &IsZero,
+     "the T-table has no modules: 0 rows", kTtable},
+    {"ttable-empty", kWarning, kAlways, QtSts::CTtable::Class, "ModuleWidth", &IsZero,
+     "the modules of the T-table have no pixels: width {}", kTtable},
+    {"ttable-empty", kWarning, kAlways, QtSts::CTtable::Class, "ModuleHeight", &IsZero,
+     "the modules of the T-table have no pixels: height {}", kTtable},
     {"fans-disabled", kWarning, kAlways, QtSts::CFans::Class, "Enabled", &IsFalseThoughThereAreFans,
      "fans are disabled", "who or what has disabled them, and whether it is still wanted"},
     {"fans-disabled", kWarning, kWhileConnected, QtSts::COnboardCabinetFanControlSensor::Class,
@@ -179,6 +229,29 @@ constexpr ValueRule kValueRules[] = {
      QtSts::CPowerSupplyStatusRelayInputType::Class, "State", &IsZero,
      "power supply is not active by its status relay",
      "the power supply at this input: its lamps, its input, its fuse"},
+    {"fan-relay", kWarning, kWhileConnected, QtSts::CIntakeFanStatusRelayInputType::Class, "State",
+     &IsZeroWhileFansAreEnabled, "intake fans are enabled, but their status relay is not active",
+     kFans},
+    {"fan-relay", kWarning, kWhileConnected, QtSts::CFrontFanStatusRelayInputType::Class, "State",
+     &IsZeroWhileFansAreEnabled, "front fans are enabled, but their status relay is not active",
+     kFans},
+    {"fan-relay", kWarning, kWhileConnected, QtSts::CPixelFanStatusRelayInputType::Class, "State",
+     &IsZeroWhileFansAreEnabled, "pixel fans are enabled, but their status relay is not active",
+     kFans},
+    {"fan-power", kWarning, kWhileConnected, QtSts::CFanPowerSenseInputType::Class, "State",
+     &IsZeroWhileFansAreEnabled, "fans are enabled, but have no power", kFans},
+    {"airflow-lost", kWarning, kWhileConnected, QtSts::AirflowSensorInputType::Class, "State",
+     &IsZeroWhileFansAreEnabled, "fans are enabled, but an airflow sensor reports none",
+     "filters and fans of the cabinet; the sensor itself"},
+    {"heater-relay", kWarning, kWhileConnected, QtSts::CHeaterStatusRelayInputType::Class, "State",
+     &IsZeroWhileOn<QtSts::CHeaterOutputType::Class>,
+     "heater is on, but its status relay is not active", kHeater},
+    {"heater-relay", kWarning, kWhileConnected, QtSts::CMaintHeaterStatusRelayInputType::Class,
+     "State", &IsZeroWhileOn<QtSts::CMaintHeaterOutputType::Class>,
+     "maintenance heater is on, but its status relay is not active", kHeater},
+    {"position-not-locked", kWarning, kWhileConnected, QtSts::CCANMultiDirectionalSensor::Class,
+     "LockState", &IsNotLocked, "light sensor does not know where it is",
+     "its view of the sky; brightness by mode gps needs it"},
     {"surge-suppressor", kWarning, kWhileConnected, QtSts::SurgeSuppressorInputType::Class, "State",
      &IsZero, "surge suppressor is not active",
      "the surge suppressor at this input: spent ones are replaced; its contact"},

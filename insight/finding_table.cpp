@@ -8,6 +8,10 @@ constexpr Severity kUnknown = Severity::kUnknown;
 constexpr Severity kWarning = Severity::kWarning;
 
 constexpr FindingInfo kFindings[] = {
+    {"airflow", kWarning,
+     "The airflow of a minute is below the limit, beside its long-term average"},
+    {"airflow-lost", kWarning,
+     "An airflow sensor of a board that is connected is inactive while fans are enabled"},
     {"amber-leds-failed", kWarning, "A beacon or roundel counts failed amber LEDs"},
     {"ambient-failed", kWarning, "A row says that the ambient light sensor failed"},
     {"ambient-override", kWarning, "A row says that the ambient light is overridden"},
@@ -18,14 +22,23 @@ constexpr FindingInfo kFindings[] = {
     {"database-writable", kWarning, "Every user may write the database"},
     {"device-errors", kWarning, "A DCIO device counts errors beyond the limit"},
     {"dimming-override", kWarning, "The dimming mode is `override`"},
-    {"display-dark", kWarning, "The dimming level in force is 0, and no schedule asks for it"},
+    {"display-dark", kWarning,
+     "The dimming level in force or the output level is 0, and no schedule asks for it"},
     {"door-open", kWarning, "A door switch, or a door contact of a board, is active"},
     {"error-flags", kWarning, "The error flags text has a hexadecimal number above zero"},
+    {"fan-power", kWarning,
+     "A power sense of fans, on a board that is connected, is inactive while fans are enabled"},
+    {"fan-relay", kWarning,
+     "A status relay of fans, on a board that is connected, is inactive while fans are enabled"},
     {"fan-speed", kWarning, "A fan is slower than the limit, beside others or its own average"},
     {"fan-stopped", kWarning, "A fan, or a fan sensor, that is connected reads 0 rpm"},
     {"fans-disabled", kWarning,
      "The fans of a display that has fans are not enabled, or the cabinet fan control has 0"},
     {"fans-override", kWarning, "The fans override is not `none`"},
+    {"heater-relay", kWarning,
+     "The status relay of a heater is inactive while a heater output of that kind is on, on a "
+     "board "
+     "that is connected"},
     {"input-voltage", kWarning,
      "An input voltage is below the limit, beside the highest of its power-supply board or beside "
      "other isolation boards"},
@@ -41,8 +54,12 @@ constexpr FindingInfo kFindings[] = {
     {"no-network", kWarning, "Network devices could be asked for, and none is in use"},
     {"no-rows", kUnknown, "The database was read and has no rows"},
     {"output-blanked", kCritical, "Status flag 0x1000: the pixel tracker has blanked the output"},
-    {"output-stopped", kCritical, "The frame rate of an output is 0, and its power is not off"},
+    {"output-stopped", kCritical,
+     "The frame rate of an output, or a side of its scaled picture, is 0, and its power is not "
+     "off"},
     {"output-voltage", kWarning, "An output voltage is below the limit, as `input-voltage`"},
+    {"position-not-locked", kWarning,
+     "The position of a multi-directional light sensor that is connected is not locked"},
     {"power-monitor-inactive", kWarning, "The state of a power monitor is 0"},
     {"power-off", kCritical, "Status flag 0x4: the display has no power"},
     {"power-supply-errors", kWarning, "A power-supply redundancy board reports hardware errors"},
@@ -74,6 +91,8 @@ constexpr FindingInfo kFindings[] = {
     {"sync-losses", kWarning,
      "A connected sensor counts losses of synchronisation beyond the limit"},
     {"temperature", kWarning, "A temperature of a connected sensor is outside of the limit"},
+    {"ttable-empty", kWarning,
+     "By the T-table that rows give there are no modules, or they have no pixels"},
     {"watchdog-event", kWarning, "Status flag 0x400: a watchdog event since the start"},
 };
 

@@ -254,20 +254,31 @@ class Finder {
            !input->FindValue("SignalPresent")->Flag();
   }
 
+  static bool CanBe(const TreeValue& value, const Range& possible) {
+    return value.Kind() == QtSts::ValueKind::kReals
+               ? std::ranges::all_of(value.Reals(),
+                                     [&](float each) { return possible.Holds(each); })
+               : possible.Holds(NumberOf(value));
+  }
+
+  static std::string WhyNot(const Range& possible, const TreeValue& value) {
+    const std::string most =
+        std::isfinite(possible.Most) ? " to " + Rounded(possible.Most) : std::string();
+    return (most.empty() ? "below " : "outside of ") +
+           WithUnit(Rounded(possible.Least) + most, value.Listed().Unit);
+  }
+
   void FindInReadings(const TreeElement& element) {
     for (const ReadingRule& rule : ReadingRules()) {
       const FoundValue found = FindIn(element, rule.Class, rule.Field);
-      if (found.Value == nullptr || !std::isfinite(NumberOf(*found.Value))) {
+      if (found.Value == nullptr || IsInfinite(*found.Value)) {
         continue;
       }
-      const double number = NumberOf(*found.Value);
-      const std::string_view unit = found.Value->Listed().Unit;
-      if (!rule.Possible.Holds(number)) {
+      if (!CanBe(*found.Value, rule.Possible)) {
         if (IsOfConnected(element)) {
           AddImpossible(element, found,
-                        std::string(rule.What) + " " + WithUnit(Rounded(number), unit) +
-                            " is not possible: outside of " + Rounded(rule.Possible.Least) +
-                            " to " + WithUnit(Rounded(rule.Possible.Most), unit),
+                        WhatOf(element, *found.Value) + " " + TextOf(*found.Value) +
+                            " is not possible: " + WhyNot(rule.Possible, *found.Value),
                         rule.Hint);
         }
       } else if (rule.Limit != nullptr) {

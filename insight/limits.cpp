@@ -26,6 +26,7 @@ constexpr LimitInfo kLimits[] = {
      "%",
      "Speed of each fan, of the middle one of its board or of its average",
      {AtLeast(25), kAll}},
+    {"airflow", "%", "Airflow of a minute, of its long-term average", {AtLeast(25), kAll}},
     {"link-errors", "c", "Errors of each network device", {UpTo(1000), kAll}},
     {"link-transitions",
      "c",

@@ -22,6 +22,7 @@ constexpr Range kAny;
 constexpr Range kCelsius = {.Least = -60, .Most = 150};
 constexpr double kZeroCelsius = 273.15;  // kelvin
 constexpr Range kKelvin = {.Least = 213, .Most = 423};
+constexpr Range kVolts = {.Least = 0};
 constexpr Range kPercent = {.Least = 0, .Most = 100};
 constexpr Range kLatitude = {.Least = -90, .Most = 90};
 constexpr Range kLongitude = {.Least = -180, .Most = 180};
@@ -72,6 +73,10 @@ Number BesideAverage(const TreeElement& fan, const TreeValue& value, Peers*) {
   return ShareOf(NumberOf(value), NumberOf(*fan.FindValue("AverageRpm")));
 }
 
+Number BesideLongTerm(const TreeElement& sensor, const TreeValue& value, Peers*) {
+  return PercentOf(sensor, value, "LongTermAverage");
+}
+
 // The lowest that is not 0.
 Number BesideHighest(const TreeElement&, const TreeValue& value, Peers*) {
   double lowest = 0;
@@ -88,6 +93,7 @@ constexpr const char* kNoLimit = nullptr;
 constexpr const char* kHeat = "fans, filters, doors and heating of the cabinet; the sensor itself";
 constexpr const char* kFan = "the fan: dirty, blocked or worn out; its supply";
 constexpr const char* kCable = "cable, plugs and the switch at its other end";
+constexpr const char* kAirflow = "filters and fans of the cabinet; the sensor itself";
 constexpr const char* kVideo = "the player at this input, its cable and plugs";
 constexpr const char* kSupplyInput = "fuse and wiring of that input, and what feeds it";
 constexpr const char* kSupplyOutput = "the power supply of that output, and its load";
@@ -113,18 +119,20 @@ constexpr ReadingRule kRules[] = {
      kVideo, &OfSignal},
     {QtSts::CDigitalInput::Class, "Statistics/Second", "signal-losses", kAny,
      "pictures that were not valid", kVideo, &OfSignal},
-    {QtSts::CCANPsrbSensor::Class, "InputVoltages", "input-voltage", kAny,
+    {QtSts::CCANPsrbSensor::Class, "InputVoltages", "input-voltage", kVolts,
      "input voltage, beside the board's highest,", kSupplyInput, &BesideHighest},
-    {QtSts::CCANPsrbSensor::Class, "OutputVoltages", "output-voltage", kAny,
+    {QtSts::CCANPsrbSensor::Class, "OutputVoltages", "output-voltage", kVolts,
      "output voltage, beside the board's highest,", kSupplyOutput, &BesideHighest},
-    {QtSts::CCANIsolationBoardSensor::Class, "InputVoltage", "input-voltage", kAny,
+    {QtSts::CCANIsolationBoardSensor::Class, "InputVoltage", "input-voltage", kVolts,
      "input voltage, beside the other isolation boards,", kBoardInput, &BesideOthers},
-    {QtSts::CCANIsolationBoardSensor::Class, "OutputVoltage", "output-voltage", kAny,
+    {QtSts::CCANIsolationBoardSensor::Class, "OutputVoltage", "output-voltage", kVolts,
      "output voltage, beside the other isolation boards,", kBoardOutput, &BesideOthers},
     {QtSts::FanRpm::Class, "Rpm", "fan-speed", kAny, "fan speed, beside the board's other fans,",
      kFan, &BesideOthers},
     {QtSts::CCANFanRpmSensor::Class, "CurrentRpm", "fan-speed", kAny,
      "fan speed, beside its average,", kFan, &BesideAverage},
+    {QtSts::CCANAirflowSensor::Class, "OneMinAverage", "airflow", kAny,
+     "airflow, beside its long-term average,", kAirflow, &BesideLongTerm},
     {QtSts::CCANTempSensor::Class, "Celsius", "temperature", kCelsius, "temperature", kHeat,
      &Plain},
     {QtSts::CCANIsolationBoardSensor::Class, "Celsius", "temperature", kCelsius, "temperature",

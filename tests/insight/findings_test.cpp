@@ -84,6 +84,9 @@ COutput& AddOutput(CStatus& status) {
   COutput& output = Add<CTravex6Output>(status.Outputs);
   output.Frequency.Vertical = 60;
   output.Fans.Enabled = true;
+  output.ScalerOutputArea.Width = output.ScalerOutputArea.Height = 16;
+  output.Ttable.Columns = output.Ttable.Rows = 2;
+  output.Ttable.ModuleWidth = output.Ttable.ModuleHeight = 8;
   return output;
 }
 
@@ -134,6 +137,32 @@ void AddFanControl(CStatus& status, std::uint32_t enabled) {
   auto& control = Add<COnboardCabinetFanControlSensor>(status.Sensors);
   control.Connected = true;
   control.FansEnabled = enabled;
+}
+
+// On a display whose fans are enabled, or not.
+template <class Point>
+void AddFanPoint(CStatus& status, bool enabled, bool active) {
+  AddPoint<Point>(status, active);
+  AddOutput(status).Fans.Enabled = enabled;
+}
+
+template <class Output, class Relay = CHeaterStatusRelayInputType>
+void AddHeater(CStatus& status, bool on, bool active) {
+  CCANDcioAndFanRpm& board = AddBoard(status);
+  auto* const output = new Output;
+  output->Index = 1;
+  output->Set(on);
+  board.Points.Add(output);
+  auto* const relay = new Relay;
+  relay->Index = 1;
+  relay->Set(active);
+  board.Points.Add(relay);
+}
+
+void AddAirflow(CStatus& status, std::uint32_t now, std::uint32_t usual) {
+  auto& sensor = AddSensor<CCANAirflowSensor>(status);
+  sensor.OneMinAverage = now;
+  sensor.LongTermAverage = usual;
 }
 
 CCANPsrbSensor& AddSupply(CStatus& status) {
@@ -205,6 +234,12 @@ const DocumentCase kCases[] = {
     {"NoPictures", "output-stopped", kCritical, "the output sends no pictures: frame rate 0 Hz",
      [](CStatus& status) { AddOutput(status).Frequency.Vertical = 0; },
      [](CStatus& status) { AddOutput(status).Frequency.Vertical = 0.001F; }},
+    {"NoScaledPicture", "output-stopped", kCritical, "the scaler gives no picture: width 0 px",
+     [](CStatus& status) { AddOutput(status).ScalerOutputArea.Width = 0; },
+     [](CStatus& status) { AddOutput(status).ScalerOutputArea.Width = 1; }},
+    {"FlatScaledPicture", "output-stopped", kCritical, "the scaler gives no picture: height 0 px",
+     [](CStatus& status) { AddOutput(status).ScalerOutputArea.Height = 0; },
+     [](CStatus& status) { AddOutput(status).ScalerOutputArea.Height = 1; }},
     {"WatchdogEvent", "watchdog-event", kWarning, "watchdog event recorded since the start",
      [](CStatus& status) { AddOutput(status).StatusFlags = kFlagWatchdogEvent; },
      [](CStatus& status) { AddOutput(status).StatusFlags = kFlagTrackerActive; }},
@@ -227,6 +262,21 @@ const DocumentCase kCases[] = {
     {"DisplayNearlyDark", "display-dark", kWarning, "brightness in force is 0 %",
      [](CStatus& status) { AddOutput(status).Dimming.ActualDimmingLevel = 0; },
      [](CStatus& status) { AddOutput(status).Dimming.ActualDimmingLevel = 0.5F; }},
+    {"RouterDark", "display-dark", kWarning, "output level of the router is 0",
+     [](CStatus& status) { AddOutput(status).Dimming.OutputLevel = 0; },
+     [](CStatus& status) { AddOutput(status).Dimming.OutputLevel = 1; }},
+    {"NoColumns", "ttable-empty", kWarning, "the T-table has no modules: 0 columns",
+     [](CStatus& status) { AddOutput(status).Ttable.Columns = 0; },
+     [](CStatus& status) { AddOutput(status).Ttable.Columns = 1; }},
+    {"NoLines", "ttable-empty", kWarning, "the T-table has no modules: 0 rows",
+     [](CStatus& status) { AddOutput(status).Ttable.Rows = 0; },
+     [](CStatus& status) { AddOutput(status).Ttable.Rows = 1; }},
+    {"NoWidth", "ttable-empty", kWarning, "the modules of the T-table have no pixels: width 0 px",
+     [](CStatus& status) { AddOutput(status).Ttable.ModuleWidth = 0; },
+     [](CStatus& status) { AddOutput(status).Ttable.ModuleWidth = 1; }},
+    {"NoHeight", "ttable-empty", kWarning, "the modules of the T-table have no pixels: height 0 px",
+     [](CStatus& status) { AddOutput(status).Ttable.ModuleHeight = 0; },
+     [](CStatus& status) { AddOutput(status).Ttable.ModuleHeight = 1; }},
     {"FansOverride", "fans-override", kWarning, "fans are overridden: thermal",
      [](CStatus& status) { AddOutput(status).Fans.Override = 2; },
      [](CStatus& status) { AddOutput(status).Fans.Override = 0; }},
@@ -312,6 +362,50 @@ const DocumentCase kCases[] = {
     {"OtherRelay", "power-supply-relay", kWarning, "power supply is not active by its status relay",
      [](CStatus& status) { AddPoint<CPowerSupplyStatusRelayInputType>(status, false); },
      [](CStatus& status) { AddPoint<CHeaterStatusRelayInputType>(status, false); }},
+    {"IntakeFanRelay", "fan-relay", kWarning,
+     "intake fans are enabled, but their status relay is not active",
+     [](CStatus& status) { AddFanPoint<CIntakeFanStatusRelayInputType>(status, true, false); },
+     [](CStatus& status) { AddFanPoint<CIntakeFanStatusRelayInputType>(status, true, true); }},
+    {"FrontFanRelay", "fan-relay", kWarning,
+     "front fans are enabled, but their status relay is not active",
+     [](CStatus& status) { AddFanPoint<CFrontFanStatusRelayInputType>(status, true, false); },
+     [](CStatus& status) { AddFanPoint<CFrontFanStatusRelayInputType>(status, true, true); }},
+    {"PixelFanRelay", "fan-relay", kWarning,
+     "pixel fans are enabled, but their status relay is not active",
+     [](CStatus& status) { AddFanPoint<CPixelFanStatusRelayInputType>(status, true, false); },
+     [](CStatus& status) { AddPoint<CPixelFanStatusRelayInputType>(status, false); }},
+    {"FanPower", "fan-power", kWarning, "fans are enabled, but have no power",
+     [](CStatus& status) { AddFanPoint<CFanPowerSenseInputType>(status, true, false); },
+     [](CStatus& status) { AddFanPoint<CFanPowerSenseInputType>(status, true, true); }},
+    {"AirflowContact", "airflow-lost", kWarning,
+     "fans are enabled, but an airflow sensor reports none",
+     [](CStatus& status) { AddFanPoint<AirflowSensorInputType>(status, true, false); },
+     [](CStatus& status) { AddFanPoint<AirflowSensorInputType>(status, false, false); }},
+    {"Airflow", "airflow", kWarning,
+     "airflow, beside its long-term average, 24 %, below the limit of 25 %: 240",
+     [](CStatus& status) { AddAirflow(status, 240, 1000); },
+     [](CStatus& status) { AddAirflow(status, 250, 1000); }},
+    {"NoAirflow", "airflow", kWarning,
+     "airflow, beside its long-term average, 0 %, below the limit of 25 %: 0",
+     [](CStatus& status) { AddAirflow(status, 0, 1); },
+     [](CStatus& status) { AddAirflow(status, 0, 0); }},
+    {"Heater", "heater-relay", kWarning, "heater is on, but its status relay is not active",
+     [](CStatus& status) { AddHeater<CHeaterOutputType>(status, true, false); },
+     [](CStatus& status) { AddHeater<CHeaterOutputType>(status, true, true); }},
+    {"OtherHeater", "heater-relay", kWarning, "heater is on, but its status relay is not active",
+     [](CStatus& status) { AddHeater<CHeaterOutputType>(status, true, false); },
+     [](CStatus& status) { AddHeater<CMaintHeaterOutputType>(status, true, false); }},
+    {"MaintenanceHeater", "heater-relay", kWarning,
+     "maintenance heater is on, but its status relay is not active",
+     [](CStatus& status) {
+       AddHeater<CMaintHeaterOutputType, CMaintHeaterStatusRelayInputType>(status, true, false);
+     },
+     [](CStatus& status) {
+       AddHeater<CMaintHeaterOutputType, CMaintHeaterStatusRelayInputType>(status, false, false);
+     }},
+    {"PositionNotLocked", "position-not-locked", kWarning, "light sensor does not know where it is",
+     [](CStatus& status) { AddSensor<CCANMultiDirectionalSensor>(status).LockState = 2; },
+     [](CStatus& status) { AddSensor<CCANMultiDirectionalSensor>(status).LockState = 1; }},
     {"SurgeSuppressor", "surge-suppressor", kWarning, "surge suppressor is not active",
      [](CStatus& status) { AddPoint<SurgeSuppressorInputType>(status, false); },
      [](CStatus& status) { AddPoint<SurgeSuppressorInputType>(status, true); }},
@@ -467,6 +561,18 @@ const DocumentCase kCases[] = {
      "longitude 181 ° is not possible: outside of -180 to 180 °",
      [](CStatus& status) { AddSensor<CCANMultiDirectionalSensor>(status).Longitude = 181; },
      [](CStatus& status) { AddSensor<CCANMultiDirectionalSensor>(status).Longitude = 180; }},
+    {"VoltageBelowZero", "reading-impossible", kUnknown,
+     "output voltage 24, -0.5 V is not possible: below 0 V",
+     [](CStatus& status) {
+       AddSupply(status).OutputVoltages = {24, -0.5F};
+     },
+     [](CStatus& status) {
+       AddSupply(status).OutputVoltages = {24, 22};
+     }},
+    {"IsolationBelowZero", "reading-impossible", kUnknown,
+     "input voltage -1 V is not possible: below 0 V",
+     [](CStatus& status) { AddIsolation(status).InputVoltage = -1; },
+     [](CStatus& status) { AddIsolation(status).InputVoltage = 1; }},
     {"NoNumber", "reading-impossible", kUnknown,
      "temperature NaN °C is not possible: no finite number",
      [](CStatus& status) { AddSensor<CCANTempSensor>(status).Celsius = std::nanf(""); },
