@@ -118,8 +118,8 @@ class Explanation {
         std::string_view key = row.Key;
         key.remove_prefix(family.empty() ? 0 : std::min(key.size(), family.size() + 1));
         rows.push_back({MarkOf(row.Class()),
-                        {Truncated(Printable(key), kKeyColumns),
-                         row.IsNull ? "NULL" : Truncated(Printable(row.Value), kValueColumns),
+                        {Truncated(Printable(key), KeyColumns()),
+                         row.IsNull ? "NULL" : Truncated(Printable(row.Value), ValueColumns()),
                          Fate(row, element) + (differs_[i] ? kDiffers : "")}});
       }
       page_.Table({{""}, {""}, {""}}, rows);
@@ -175,8 +175,9 @@ class Explanation {
         std::to_string(differing) + (differing == 0 ? "." : ", marked ~."));
   }
 
-  static constexpr std::size_t kKeyColumns = 32;
-  static constexpr std::size_t kValueColumns = 24;
+  // What keys and values have of the page at most.
+  std::size_t KeyColumns() const { return page_.Columns() * 2 / 5; }
+  std::size_t ValueColumns() const { return page_.Columns() * 3 / 10; }
 
   const Snapshot& snapshot_;
   const Snapshot& before_;

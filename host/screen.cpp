@@ -12,6 +12,7 @@
 #include <iterator>
 #include <system_error>
 #include <utility>
+#include <vector>
 
 #include "host/printable.h"
 #include "host/terminal.h"
@@ -106,17 +107,18 @@ Screen::~Screen() {
   close(errors_);
 }
 
-void Screen::Draw(const std::string& title, const std::string& text) {
+void Screen::Draw(const std::string& title, const std::string& text, const std::string& known) {
   const Window window = WindowOf(output_.Descriptor());
   const std::vector<std::string> lines = LinesOf(text);
   const std::size_t room = window.Lines > 1 ? window.Lines - 1 : lines.size();
   std::string screen(kHome);
   screen.append(Truncated(title, window.Columns)).append(kRestOfLine);
-  const bool first = before_.empty();
+  std::vector<std::string> known_lines = LinesOf(known);
+  std::ranges::sort(known_lines);
   const bool cut = lines.size() > room;
   const std::size_t shown = cut ? room - 1 : lines.size();
   for (std::size_t i = 0; i < shown; ++i) {
-    const bool is_new = !first && !std::ranges::binary_search(before_, lines[i]);
+    const bool is_new = !known.empty() && !std::ranges::binary_search(known_lines, lines[i]);
     // A highlighted line has no other style.
     screen.append(is_new ? kHighlight : "").append(lines[i]).append(is_new ? kPlain : "");
     screen.append(kRestOfLine);
@@ -128,11 +130,6 @@ void Screen::Draw(const std::string& title, const std::string& text) {
   }
   screen.append(kRestOfScreen);
   output_.Write(screen);
-  if (text != text_) {
-    before_ = lines;
-    std::ranges::sort(before_);
-    text_ = text;
-  }
 }
 
 bool WaitUntil(std::chrono::steady_clock::time_point time) {

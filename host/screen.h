@@ -4,7 +4,6 @@
 #include <chrono>
 #include <string>
 #include <string_view>
-#include <vector>
 
 #include "host/output.h"
 
@@ -22,16 +21,13 @@ class Screen {
   Screen(const Screen&) = delete;
   Screen& operator=(const Screen&) = delete;
 
-  // Shows `title`, and as many lines of `text` below it as the window has. Lines that were not in
-  // the text before are highlighted. Throws std::system_error.
-  void Draw(const std::string& title, const std::string& text);
+  // Shows `title`, and as many lines of `text` below it as the window has. Those that are no lines
+  // of `known` are highlighted, none when that is empty. Throws std::system_error.
+  void Draw(const std::string& title, const std::string& text, const std::string& known);
 
  private:
   const StandardOutput& output_;
   int errors_;
-  std::vector<std::string> before_;  // sorted lines of the last text
-  std::string title_;
-  std::string text_;
 };
 
 // Waits until `time`. Returns false when the size of the window has changed, or the program was

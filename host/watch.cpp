@@ -17,6 +17,7 @@
 #include "host/screen.h"
 #include "host/terminal.h"
 #include "host/text.h"
+#include "host/trouble.h"
 #include "insight/snapshot.h"
 #include "model/compare.h"
 
@@ -64,9 +65,20 @@ std::string TimeOf(std::chrono::system_clock::time_point time) {
 // A line for each value that is another one in `now`: time, path, before, after, row key, with tabs
 // between them.
 std::string ChangesOf(const Snapshot& before, const Snapshot& now) {
+  std::unordered_map<std::string_view, std::string_view> values;
+  for (const insight::Row& row : before.Rows) {
+    values.emplace(row.Key, row.Value);
+  }
+  // Of several rows in one field the one that has another value.
   std::unordered_map<std::string_view, std::string_view> keys;
   for (const insight::Row& row : now.Rows) {
-    if (!row.Path.empty()) {
+    const auto value = values.find(row.Key);
+    if (row.Path.empty()) {
+      continue;
+    }
+    if (value == values.end() || value->second != row.Value) {
+      keys.insert_or_assign(row.Path, row.Key);
+    } else {
       keys.emplace(row.Path, row.Key);
     }
   }
@@ -84,38 +96,65 @@ std::string ChangesOf(const Snapshot& before, const Snapshot& now) {
   return lines;
 }
 
-// Runs the cycles and hands each snapshot to `show`, with the one before it, which is null for the
-// first. `redraw` is called when the window has changed. Returns what the last cycle returned.
+// The last two cycles; before the second one Before is nothing.
+struct Cycles {
+  std::optional<Snapshot> Before;
+  std::optional<Snapshot> Now;
+};
+
+// Runs the cycles; `show` gets the last two after each, `redraw` when the window has changed.
+// Returns what the last cycle returned.
 template <class Show, class Redraw>
 int RunCycles(const Options& options, CStatusInterface& collector, const Show& show,
               const Redraw& redraw) {
   insight::Recorder recorder(collector);
   Schedule schedule{std::chrono::seconds(options.Interval)};
-  std::optional<Snapshot> before;
+  Cycles cycles;
   for (int cycle = 1;; ++cycle) {
-    Snapshot now = recorder.RunCycle();
-    show(before ? &*before : nullptr, now);
-    before.emplace(std::move(now));
+    cycles.Before = std::move(cycles.Now);
+    cycles.Now.emplace(recorder.RunCycle());
+    show(cycles);
     if (cycle == options.Count) {
-      return before->Result;
+      return cycles.Now->Result;
     }
     const Clock::time_point next = schedule.Next();
     while (!WaitUntil(next)) {
-      redraw(*before);
+      redraw(cycles);
     }
   }
 }
 
-int WatchInLines(const Options& options, const StandardOutput& output,
-                 CStatusInterface& collector) {
+// What is wrong with the database is said when that becomes another thing.
+int WatchInLines(const Options& options, const StandardOutput& output, CStatusInterface& collector,
+                 const DatabaseTrouble& trouble) {
+  std::string said;
   return RunCycles(
       options, collector,
-      [&](const Snapshot* before, const Snapshot& now) {
-        if (before != nullptr) {
-          output.Write(ChangesOf(*before, now));
+      [&](const Cycles& cycles) {
+        if (cycles.Before) {
+          output.Write(ChangesOf(*cycles.Before, *cycles.Now));
+        }
+        if (std::string words = trouble.InWords(); words != said) {
+          trouble.Report();
+          said = std::move(words);
         }
       },
-      [](const Snapshot&) {});
+      [](const Cycles&) {});
+}
+
+// Lines of times, which are other ones in each cycle, so that they are no news.
+std::string TimesIn(const std::string& text) {
+  std::string times;
+  for (std::size_t begin = 0; begin < text.size();) {
+    const std::size_t end = std::min(text.find('\n', begin), text.size());
+    const std::string_view line = std::string_view(text).substr(begin, end - begin);
+    if (line.starts_with("  Local time  ") || line.starts_with("  Uptime  ") ||
+        line.find(", database last changed ") != std::string_view::npos) {
+      times.append(line).append("\n");
+    }
+    begin = end + 1;
+  }
+  return times;
 }
 
 int WatchOnScreen(const Options& options, const StandardOutput& output,
@@ -123,23 +162,28 @@ int WatchOnScreen(const Options& options, const StandardOutput& output,
   Screen screen(output);
   const std::string title =
       "Every " + std::to_string(options.Interval) + " s; Ctrl-C ends. Last cycle: ";
-  const auto draw = [&](const Snapshot& snapshot) {
+  const auto draw = [&](const Cycles& cycles) {
     const Look look = {.Columns = WindowOf(output.Descriptor()).Columns};
-    screen.Draw(title + TimeOf(snapshot.Began), RenderText(snapshot, look));
+    const std::string text = RenderText(*cycles.Now, look);
+    screen.Draw(title + TimeOf(cycles.Now->Began), text,
+                cycles.Before ? RenderText(*cycles.Before, look) + TimesIn(text) : "");
   };
-  return RunCycles(
-      options, collector, [&](const Snapshot*, const Snapshot& now) { draw(now); }, draw);
+  return RunCycles(options, collector, draw, draw);
 }
 
 int Watch(const Options& options) {
   const StandardOutput output;
   CStatusInterface collector;
   collector.m_Hardware.m_bLogTrackerPixel = false;
+  const DatabaseTrouble trouble(Opened::kForReading);
   collector.InitDatabase(false);
   const bool on_screen = !options.Changes && WantsScreen(output.Descriptor());
   const int result = on_screen ? WatchOnScreen(options, output, collector)
-                               : WatchInLines(options, output, collector);
+                               : WatchInLines(options, output, collector, trouble);
   collector.CloseDatabase();
+  if (on_screen) {
+    trouble.Report();  // the screen that said it is gone
+  }
   return result == 0 ? kAllWell : kFailed;
 }
 

@@ -56,6 +56,29 @@ TEST(Watch, NamesTheRowThatAChangeComesFrom) {
   EXPECT_THAT(result.Output, HasSubstr("\tSensors[0]/Celsius\t41.5\t12\tSensor_00_Celsius\n"));
 }
 
+// The first of the rows that fill the field used to be named.
+TEST(Watch, NamesTheRowOfTheVoltageThatChanged) {
+  const ProgramResult result = test_support::RunProgram(
+      InBox("$COLLECTOR watch -i 1 -n 3 & sleep 1.5; python3 -c \"import sqlite3; "
+            "d = sqlite3.connect('/dev/shm/status.db'); "
+            "d.execute('UPDATE status SET value = 12 WHERE address = "
+            "\\'Sensor_06_PsrbVout_01_Volts\\''); d.commit()\"; wait $!"));
+  EXPECT_EQ(result.ExitCode, 0) << result.Errors;
+  EXPECT_THAT(result.Output, HasSubstr("\tSensors[6]/OutputVoltages\t24.05 24.1 23.98\t"
+                                       "24.05 12 23.98\tSensor_06_PsrbVout_01_Volts\n"));
+}
+
+// It used to say nothing but the library's codes.
+TEST(Watch, SaysOnceWhatIsWrongWithTheDatabase) {
+  const ProgramResult result =
+      test_support::RunProgram(InBox("rm /dev/shm/status.db*; " + WatchFor("-n 3")));
+  EXPECT_EQ(result.ExitCode, 1);
+  const std::string words = "statuscollector: /dev/shm/status.db does not exist; ";
+  const std::size_t first = result.Errors.find(words);
+  ASSERT_NE(first, std::string::npos) << result.Errors;
+  EXPECT_EQ(result.Errors.find(words, first + 1), std::string::npos) << result.Errors;
+}
+
 TEST(Watch, BeginsItsCyclesAnIntervalApart) {
   const auto before = std::chrono::steady_clock::now();
   const ProgramResult result = test_support::RunProgram(InBox(WatchFor("-n 3")));
@@ -97,6 +120,25 @@ TEST(Watch, HighlightsTheLinesThatChanged) {
       {}, {.Columns = 100, .Lines = 400});
   EXPECT_EQ(terminal.WaitForEnd(), 0);
   EXPECT_THAT(terminal.Output(), testing::ContainsRegex("\x1b\\[7m[^\x1b]*9000"));
+}
+
+// The local time and the age of the database are other ones in each cycle.
+TEST(Watch, HighlightsNoTimes) {
+  PseudoTerminal terminal(InBox(WatchFor("-n 3")), {}, {.Columns = 100, .Lines = 400});
+  EXPECT_EQ(terminal.WaitForEnd(), 0);
+  EXPECT_THAT(terminal.Output(), HasSubstr("  Local time  "));
+  EXPECT_THAT(terminal.Output(), Not(HasSubstr("\x1b[7m"))) << terminal.Output();
+}
+
+// Lines that are wrapped otherwise used to be highlighted.
+TEST(Watch, HighlightsNoLinesBecauseTheWindowChanges) {
+  PseudoTerminal terminal(InBox("exec $COLLECTOR watch -i 1000"), {}, {.Columns = 80, .Lines = 40});
+  ASSERT_TRUE(terminal.WaitFor("more lines)"));
+  terminal.Resize({.Columns = 60, .Lines = 30});
+  EXPECT_TRUE(terminal.WaitFor("\x1b[J\x1b[HEvery 1000 s"));
+  terminal.Type("\x03");
+  terminal.WaitForEnd();
+  EXPECT_THAT(terminal.Output(), Not(HasSubstr("\x1b[7m")));
 }
 
 TEST(Watch, IsDrawnAnewWhenTheWindowChanges) {
