@@ -40,8 +40,8 @@ def registers(path):
     return {name: int(value, 16) for name, value in re.findall(r"^([^:]+): (0x[0-9a-f]+)", text, re.M)}
 
 
-def version(package):
-    found = re.search(rf"Package: {package}.*?Version: ([^\n]*)", read("/var/lib/dpkg/status") or "", re.S)
+def version(packages, package):
+    found = re.search(rf"Package: {package}.*?Version: ([^\n]*)", packages, re.S)
     return found and found.group(1)
 
 
@@ -94,6 +94,7 @@ def main():
     frame = registers("/proc/driver/frame_control/registers")
     memory = dict(re.findall(r"^(\w+): +(\d+)", read("/proc/meminfo", 2048) or "", re.M))
     storage = os.statvfs("/")
+    packages = read("/var/lib/dpkg/status") or ""
     document = {
         "GUID": read("/home/Zet/.settings/uuid", 128),
         "Serial": read("/home/Zet/.settings/serial#", 16),
@@ -107,8 +108,8 @@ def main():
         "Watchdog": os.path.exists("/var/run/wd_event"),
         "Memory": {name: int(memory.get(name, 0)) for name in ("MemTotal", "MemFree", "Cached")},
         "Storage": [storage.f_blocks * 4, storage.f_bfree * 4],
-        "Firmware": version("qtm-distro"),
-        "DisplayFirmware": version("display-firmware"),
+        "Firmware": version(packages, "qtm-distro"),
+        "DisplayFirmware": version(packages, "display-firmware"),
         "Network": interfaces(),
         "NameServers": re.findall(r"nameserver ([0-9.]+)", read("/etc/resolv.conf", 2662) or ""),
         **rows(),
