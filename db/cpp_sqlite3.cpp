@@ -77,6 +77,28 @@ CppSQLite3Exception EndFailedRun(Prepared& prepared, int code) {
   return failure;
 }
 
+// Rows that can be read pass through none of these, so they are out of line.
+[[noreturn, gnu::cold, gnu::noinline]] void Fail(int code) { throw Failure(nullptr, code); }
+
+[[noreturn, gnu::cold, gnu::noinline]] void FailRun(CppSQLite3Query& query, Prepared& prepared,
+                                                    int code) {
+  const CppSQLite3Exception failure = EndFailedRun(prepared, code);
+  query = CppSQLite3Query();
+  throw failure;
+}
+
+// What a column is that has no text: `if_null`, unless it cannot be read.
+[[gnu::cold, gnu::noinline]] const char* WithoutText(const Prepared& prepared, int column,
+                                                     const char* if_null) {
+  if (column < 0 || column >= sqlite3_data_count(prepared.Stmt)) {
+    Fail(SQLITE_RANGE);
+  }
+  if (sqlite3_errcode(prepared.Connection->Db) == SQLITE_NOMEM) {
+    Fail(SQLITE_NOMEM);
+  }
+  return if_null;
+}
+
 }  // namespace
 
 inline bool CppSQLite3Query::Running() const noexcept {
@@ -109,7 +131,7 @@ CppSQLite3Query::~CppSQLite3Query() {
 
 void CppSQLite3Query::nextRow() {
   if (eof_ || !Running()) {
-    throw Failure(nullptr, SQLITE_MISUSE);
+    Fail(SQLITE_MISUSE);
   }
   sqlitedb::Budget& budget = prepared_->Connection->Budget;
   budget.Enter();
@@ -120,31 +142,20 @@ void CppSQLite3Query::nextRow() {
   }
   eof_ = true;
   if (code != SQLITE_DONE) {
-    const CppSQLite3Exception failure = EndFailedRun(*prepared_, code);
-    *this = CppSQLite3Query();
-    throw failure;
+    FailRun(*this, *prepared_, code);
   }
 }
 
 const char* CppSQLite3Query::getStringField(int column, const char* if_null) {
   if (eof_ || !Running()) {
-    throw Failure(nullptr, SQLITE_MISUSE);
+    Fail(SQLITE_MISUSE);
   }
-  sqlite3_stmt* stmt = prepared_->Stmt;
   sqlitedb::Budget& budget = prepared_->Connection->Budget;
   budget.Enter();  // a text in UTF-16 is converted, which can take longer than reading it
-  const auto* const text = sqlite3_column_text(stmt, column);
+  const auto* const text = sqlite3_column_text(prepared_->Stmt, column);
   budget.Leave();
-  if (text != nullptr) {
-    return reinterpret_cast<const char*>(text);
-  }
-  if (column < 0 || column >= sqlite3_data_count(stmt)) {
-    throw Failure(nullptr, SQLITE_RANGE);
-  }
-  if (sqlite3_errcode(prepared_->Connection->Db) == SQLITE_NOMEM) {
-    throw Failure(nullptr, SQLITE_NOMEM);
-  }
-  return if_null;
+  return text != nullptr ? reinterpret_cast<const char*>(text)
+                         : WithoutText(*prepared_, column, if_null);
 }
 
 int CppSQLite3Query::getFieldBytes(int column) noexcept {
