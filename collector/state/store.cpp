@@ -99,7 +99,8 @@ Reading ReadNoWord(const Parser& parser, const char* text) {
 
 namespace {
 
-void Put(const Reading& reading, Type type, void* address) {
+// Always inlined, since every row passes through it.
+[[gnu::always_inline]] inline void Put(const Reading& reading, Type type, void* address) {
   switch (type) {
     case Type::kBool:
       return Write(address, Bits(reading) != 0);
@@ -194,27 +195,41 @@ observe::Fate FateOf(const Parser& parser, const Reading& reading) {
   return other ? observe::Fate::kOtherWord : observe::Fate::kStored;
 }
 
-}  // namespace
-
-void Store(const Entry& entry, Type type, void* address, const char* text, Slot slot) {
+[[gnu::always_inline]] inline Reading ReadAndPut(const Entry& entry, Type type, void* address,
+                                                 const char* text) {
   const Reading reading = entry.Reader->Read(*entry.Reader, text);
   if (reading.Is != Kind::kNothing) {
     Put(reading, type, address);
   }
-  observe::Report([&] {
-    observe::Stores event;
-    event.What = FateOf(*entry.Reader, reading);
-    event.Destination = address;
-    event.Container = slot.Container;
-    event.Index = slot.Index;
-    event.Attribute = entry.Name;
-    event.Parser = entry.Reader->Name;
-    event.Text = text;
-    event.Consumed = reading.Consumed;
-    event.Read = ReadNumberOf(reading);
-    event.Stored = StoredNumber(type, address);
-    return event;
-  });
+  return reading;
+}
+
+// Not inlined, so that rows that nobody watches do not pay for it.
+[[gnu::noinline]] void StoreWatched(const Entry& entry, Type type, void* address, const char* text,
+                                    Slot slot) {
+  const Reading reading = ReadAndPut(entry, type, address, text);
+  observe::Stores event;
+  event.What = FateOf(*entry.Reader, reading);
+  event.Destination = address;
+  event.Container = slot.Container;
+  event.Index = slot.Index;
+  event.Attribute = entry.Name;
+  event.Parser = entry.Reader->Name;
+  event.Text = text;
+  event.Consumed = reading.Consumed;
+  event.Read = ReadNumberOf(reading);
+  event.Stored = StoredNumber(type, address);
+  observe::Send(event);
+}
+
+}  // namespace
+
+void Store(const Entry& entry, Type type, void* address, const char* text, Slot slot) {
+  if (observe::IsWatched()) [[unlikely]] {
+    StoreWatched(entry, type, address, text, slot);
+  } else {
+    ReadAndPut(entry, type, address, text);
+  }
 }
 
 void ReportKept(observe::Fate fate, std::string_view attribute, const char* text, Slot slot) {
