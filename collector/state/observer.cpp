@@ -9,8 +9,8 @@
 namespace observe {
 namespace {
 
-// The observer is in See: what it calls of the collector is not reported.
-bool g_busy = false;
+// The observer that is in See, else null: what it calls of the collector is not reported.
+Observer* g_busy = nullptr;
 
 }  // namespace
 
@@ -25,22 +25,21 @@ Observer* CurrentObserver() noexcept { return g_observer; }
 // The sanitizer is off here, since what ends a cancelled thread is an exception without an object
 // that the reference could be bound to.
 __attribute__((no_sanitize("null"))) void Send(const Event& event) {
-  Observer* const observer = g_observer;
-  if (g_busy || observer == nullptr) {
+  if (g_busy != nullptr || g_observer == nullptr) {
     return;
   }
-  g_busy = true;
+  g_busy = g_observer;
   try {
-    observer->See(event);
+    g_busy->See(event);
   } catch (const abi::__forced_unwind&) {
-    g_busy = false;
+    g_busy = nullptr;
     throw;  // the thread is being cancelled: nobody may catch that
   } catch (...) {
-    if (g_observer == observer) {
+    if (g_observer == g_busy) {
       g_observer = nullptr;
     }
   }
-  g_busy = false;
+  g_busy = nullptr;
 }
 
 }  // namespace observe
