@@ -36,10 +36,16 @@ endfunction()
 # keeps them in.
 set(status_hidden_symbols _ZSt* _ZNSt* _ZNKSt* _ZZNSt* _ZTISt* _ZTSSt* _ZTVSt*)
 
-# status_shared_library(NAME SOURCES file... [HIDE symbol...]) makes one of the shipped libraries. It
-# exports what its sources export by name, less the mangled symbols (globs) under HIDE.
+# status_shared_library(NAME [FEW_THROW] SOURCES file... [HIDE symbol...] [SHARED_DATA symbol...]) makes
+# one of the shipped libraries. It exports what its sources export by name, less the mangled symbols
+# (globs) under HIDE.
+# FEW_THROW: exceptions pass through few of its functions. Only these get a table of how they are left,
+# which makes such a library smaller.
+# SHARED_DATA: the library's own references to what it exports are bound when it is linked, which makes
+# it smaller and quicker to load, but for those to these symbols: data of which a program may hold the
+# one copy.
 function(status_shared_library name)
-  cmake_parse_arguments(arg "" "" "SOURCES;HIDE" ${ARGN})
+  cmake_parse_arguments(arg "FEW_THROW" "" "SOURCES;HIDE;SHARED_DATA" ${ARGN})
   add_library(${name} SHARED ${arg_SOURCES})
   set(map ${CMAKE_CURRENT_BINARY_DIR}/${name}.map)
   set(hidden ${status_hidden_symbols} ${arg_HIDE})
@@ -47,7 +53,18 @@ function(status_shared_library name)
   file(CONFIGURE OUTPUT ${map} CONTENT "{ local: @hidden@; };\n" @ONLY)
   target_link_options(${name} PRIVATE -Wl,--version-script=${map})
   set_target_properties(${name} PROPERTIES LINK_DEPENDS ${map})
+  if(arg_SHARED_DATA AND NOT STATUS_SANITIZE)  # which compare type information by its address
+    set(list ${CMAKE_CURRENT_BINARY_DIR}/${name}.list)
+    list(JOIN arg_SHARED_DATA "; " data)
+    file(CONFIGURE OUTPUT ${list} CONTENT "{ @data@; };\n" @ONLY)
+    target_link_options(${name} PRIVATE -Wl,--dynamic-list=${list})
+    set_property(TARGET ${name} APPEND PROPERTY LINK_DEPENDS ${list})
+  endif()
   target_link_libraries(${name} PRIVATE $<BUILD_INTERFACE:status_options>)
+  if(arg_FEW_THROW)
+    target_compile_options(${name} PRIVATE
+      "$<$<CONFIG:Release>:-fno-asynchronous-unwind-tables;-fno-dwarf2-cfi-asm>")
+  endif()
   set(installed_headers ${CMAKE_INSTALL_INCLUDEDIR}/statuscollector)
   target_include_directories(${name} INTERFACE $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}>
                                                $<INSTALL_INTERFACE:${installed_headers}>)
