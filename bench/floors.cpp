@@ -45,7 +45,7 @@ unsigned ReadOnce(const hardware::TextSource& source) {
   return ReadOnce(source.Path, source.Mode, source.Limit);
 }
 
-// The whole file, as many bytes at a time as the probe reads.
+// The whole file, as many bytes at a time as the probe reads, into one place.
 unsigned ReadAll(const char* path) {
   static char bytes[std::size_t{64} << 10U];
   const int file = open(path, static_cast<int>(hardware::Access::kRead));
@@ -99,8 +99,7 @@ unsigned Resources() {
   sysinfo(&information);
   struct statfs storage;
   statfs(paths::kRootFolder, &storage);
-  return sum + ReadAll(paths::kPackages) + static_cast<unsigned>(information.uptime) +
-         static_cast<unsigned>(storage.f_bfree);
+  return sum + static_cast<unsigned>(information.uptime) + static_cast<unsigned>(storage.f_bfree);
 }
 
 unsigned NameOf(const sockaddr* address, socklen_t length) {
@@ -134,22 +133,6 @@ unsigned Interface(const ifaddrs& entry) {
   return sum;
 }
 
-unsigned Network() {
-  ifaddrs* first = nullptr;
-  if (getifaddrs(&first) != 0) {
-    return 0;
-  }
-  unsigned sum = 0;
-  for (const ifaddrs* entry = first; entry != nullptr; entry = entry->ifa_next) {
-    if (entry->ifa_addr != nullptr && (entry->ifa_flags & IFF_RUNNING) != 0 &&
-        std::strcmp(entry->ifa_name, "lo") != 0) {
-      sum += Interface(*entry);
-    }
-  }
-  freeifaddrs(first);
-  return sum + ReadOnce(paths::kResolver);
-}
-
 const xmlChar* Xml(const std::string& text) {
   return reinterpret_cast<const xmlChar*>(text.c_str());
 }
@@ -180,7 +163,25 @@ unsigned RowsFloor::Run() {
   return sum;
 }
 
-unsigned ProbeFloor() { return Devices() + Resources() + Network(); }
+unsigned PackagesFloor() { return ReadAll(paths::kPackages); }
+
+unsigned NetworkFloor() {
+  ifaddrs* first = nullptr;
+  if (getifaddrs(&first) != 0) {
+    return 0;
+  }
+  unsigned sum = 0;
+  for (const ifaddrs* entry = first; entry != nullptr; entry = entry->ifa_next) {
+    if (entry->ifa_addr != nullptr && (entry->ifa_flags & IFF_RUNNING) != 0 &&
+        std::strcmp(entry->ifa_name, "lo") != 0) {
+      sum += Interface(*entry);
+    }
+  }
+  freeifaddrs(first);
+  return sum + ReadOnce(paths::kResolver);
+}
+
+unsigned ProbeFloor() { return Devices() + Resources() + PackagesFloor() + NetworkFloor(); }
 
 std::vector<TreeStep> TreeSteps(const std::string& xml) {
   using Kind = TreeStep::Kind;

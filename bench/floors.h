@@ -24,8 +24,13 @@ class RowsFloor {
   sqlite3* database_ = nullptr;
 };
 
-// Every open, read, ioctl, stat, socket and interface look-up of the probe, without parsing.
+// Every open, read, ioctl, stat, socket and interface look-up of the probe, without parsing. Large
+// files are read as the probe reads them, 64 KiB at a time into one place.
 unsigned ProbeFloor();
+
+// The parts of it that read the package database and the network's state.
+unsigned PackagesFloor();
+unsigned NetworkFloor();
 
 // One call that builds a tree.
 struct TreeStep {

@@ -1,14 +1,16 @@
-"""Sorts the lines of callgrind_annotate into classes of work."""
+"""Sorts the lines of callgrind_annotate into classes."""
 import re
 
-# The first whose pattern is found in "function [object]" takes the line.
-CLASSES = [
+# Each is a list of classes. The first whose pattern is found in "function [object]" takes the line.
+WORK = [
     ("SQLite: steps and columns", r"libsqlite3"),
+    ("XML library", r"libxml2"),
     ("allocator: records and what they own",
      r"malloc|free|calloc|realloc|operator (new|delete)|unlink_chunk"),
     ("records: make, fill, place, destroy",
      r"Fill|Build|Make|COwningList|introsort|_M_realloc|sort|~|_Rb_tree|Populate|OfferPoint|Verify|"
      r"CompleteSensor|FindCode|Status_TtableDevice|Add\(|vector|ClearLists|basic_string|IOList|::Set"),
+    ("observer: what it is told of", r"observe::|Counter::See|ReportKept|StoredNumber|FateOf"),
     ("texts: copies of key and value", r"memcpy|memmove|strnlen|strcpy|stpcpy"),
     ("texts: lengths and comparisons", r"strlen|strchr|strcmp|strncmp|memcmp|memchr|strstr"),
     ("numbers", r"Parse(Long|Double|Unsigned)|strto|mpn|round_and_return"),
@@ -18,15 +20,33 @@ CLASSES = [
     ("everything else", r""),
 ]
 
+OBJECTS = [
+    ("loader", r"\[[^]]*/ld-linux"),
+    ("SQLite", r"\[[^]]*libsqlite3"),
+    ("libxml2 and what it needs", r"\[[^]]*(libxml2|libicu|liblzma|libz\.)"),
+    ("libsqlitedb", r"\[[^]]*libsqlitedb"),
+    ("libstatus", r"\[[^]]*libstatus\.so"),
+    ("libstatuscollector", r"\[[^]]*libstatuscollector"),
+    ("libstatusinsight", r"\[[^]]*libstatusinsight"),
+    ("the program", r"\[[^]]*/bin/"),
+    ("allocator", r"malloc|free|calloc|realloc|operator (new|delete)|unlink_chunk"),
+    ("C and C++ library", r"\[[^]]*(libc\.|libstdc\+\+|libm\.|libgcc)"),
+    ("everything else", r""),
+]
+
 LINE = re.compile(r"^\s*([\d,]+) \([ \d.]+%\)\s+\S*?:(.*)$")
 
 
-def classify(listing):
-    totals = {name: 0 for name, _ in CLASSES}
+def classify(listing, classes):
+    totals = {name: 0 for name, _ in classes}
     for line in listing.splitlines():
         found = LINE.match(line)
         if found:
             what = found.group(2)
-            name = next(name for name, pattern in CLASSES if re.search(pattern, what))
+            name = next(name for name, pattern in classes if re.search(pattern, what))
             totals[name] += int(found.group(1).replace(",", ""))
     return totals
+
+
+def total(classified):
+    return sum(classified.values())

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cstdio>
 #include <iterator>
+#include <stdexcept>
 
 namespace bench {
 namespace {
@@ -12,6 +13,10 @@ std::string Padded(std::size_t number) {
   std::snprintf(text, sizeof text, "%06zu", number);
   return text;
 }
+
+// Points of the board that AddBoard makes.
+constexpr std::size_t kInputs = 24;
+constexpr std::size_t kOutputs = 11;
 
 constexpr struct {
   const char* Key;
@@ -106,21 +111,63 @@ const struct {
      {{"Fan_01_Rpm", "2180"}, {"Fan_02_Rpm", "2205"}, {"PortStatus", "31"}}},
 };
 
-void AddSensor(std::size_t number, bool complete, std::vector<Row>* rows) {
-  const auto& sensor = kSensors[number % std::size(kSensors)];
-  const std::string prefix = "Sensor_" + Padded(number) + "_";
-  const std::string location = sensor.Location;
+bool IsBehindInterface(std::string_view location) {
+  return location == "TXR_CAN" || location == "SCBII_CAN";
+}
+
+std::string PrefixOf(std::size_t sensor) { return "Sensor_" + Padded(sensor) + "_"; }
+
+void AddHeader(const std::string& prefix, std::vector<Row>* rows) {
   for (const auto& header : kSensorHeader) {
     rows->emplace_back(prefix + header.Attribute, header.Value);
   }
-  rows->emplace_back(prefix + "DispInterfaceNumber", location == "TXR_CAN" ? "2" : "3");
-  rows->emplace_back(prefix + "Location", location);
-  if (complete) {
-    for (const Row& own : sensor.Own) {
-      rows->emplace_back(prefix + own.first, own.second);
+}
+
+// Sensors of all kinds one after the other, spread over so many display interfaces.
+class Sensors {
+ public:
+  explicit Sensors(std::size_t interfaces) : interfaces_(interfaces) {}
+
+  void AddTo(std::vector<Row>* rows, bool complete) {
+    const auto& sensor = kSensors[made_ % std::size(kSensors)];
+    const std::string prefix = PrefixOf(made_++);
+    AddHeader(prefix, rows);
+    behind_ += IsBehindInterface(sensor.Location) ? 1 : 0;
+    rows->emplace_back(prefix + "DispInterfaceNumber", std::to_string(2 + behind_ % interfaces_));
+    rows->emplace_back(prefix + "Location", sensor.Location);
+    if (complete) {
+      for (const Row& own : sensor.Own) {
+        rows->emplace_back(prefix + own.first, own.second);
+      }
+      rows->emplace_back(prefix + "Type", sensor.Type);
     }
-    rows->emplace_back(prefix + "Type", sensor.Type);
   }
+
+ private:
+  std::size_t interfaces_;
+  std::size_t made_ = 0;
+  std::size_t behind_ = 0;  // of these, behind a display interface
+};
+
+// A board with as many labelled points as it takes.
+void AddBoard(std::size_t number, std::vector<Row>* rows) {
+  const std::string prefix = PrefixOf(number);
+  const auto add = [&](const char* family, std::size_t count, const char* label) {
+    for (std::size_t point = 0; point < count; ++point) {
+      const std::string index = std::to_string(point + 1);
+      const std::string name =
+          prefix + family + (point < 10 ? "_0" : "_") + std::to_string(point) + "_";
+      rows->emplace_back(name + "Index", index);
+      rows->emplace_back(name + "Label", label + index);
+      rows->emplace_back(name + "State", "1");
+      rows->emplace_back(name + "Type", "1");
+    }
+  };
+  AddHeader(prefix, rows);
+  add("Input", kInputs, "Service door ");
+  add("Output", kOutputs, "Intake fans ");
+  rows->emplace_back(prefix + "Location", "Local_CAN");
+  rows->emplace_back(prefix + "Type", "CANDcio16in3out8cfg");
 }
 
 void AddDcioDevice(std::size_t number, std::vector<Row>* rows) {
@@ -134,37 +181,64 @@ void AddDcioDevice(std::size_t number, std::vector<Row>* rows) {
   rows->emplace_back(prefix + "Type", kTypes[number % std::size(kTypes)]);
 }
 
-std::vector<Row> Sorted(std::vector<Row> rows) {
-  std::sort(rows.begin(), rows.end());
-  return rows;
+void AddDeviceNode(std::size_t number, std::vector<Row>* rows) {
+  rows->emplace_back("TtableDeviceNode_" + Padded(number), std::to_string(100 + number));
 }
+
+void AddDisplay(const Mix& mix, std::vector<Row>* rows) {
+  for (const auto& scalar : kScalars) {
+    rows->emplace_back(scalar.Key, scalar.Value);
+  }
+  // One device node in twenty rows, one DCIO device (five rows) in fifty.
+  for (std::size_t node = 0; node < mix.Rows / 20; ++node) {
+    AddDeviceNode(node, rows);
+  }
+  for (std::size_t device = 0; device < mix.Rows / 50; ++device) {
+    AddDcioDevice(device, rows);
+  }
+  for (Sensors sensors(mix.Interfaces); rows->size() < mix.Rows;) {
+    sensors.AddTo(rows, true);
+  }
+}
+
+void AddParked(const Mix& mix, std::vector<Row>* rows) {
+  for (Sensors sensors(mix.Interfaces); rows->size() < mix.Rows;) {
+    sensors.AddTo(rows, false);
+  }
+}
+
+template <void (*kAdd)(std::size_t number, std::vector<Row>* rows)>
+void AddMany(const Mix& mix, std::vector<Row>* rows) {
+  for (std::size_t number = 0; rows->size() < mix.Rows; ++number) {
+    kAdd(number, rows);
+  }
+}
+
+void AddUnknown(std::size_t number, std::vector<Row>* rows) {
+  rows->emplace_back("Unknown_" + Padded(number), "1");
+}
+
+constexpr struct {
+  std::string_view What;
+  void (*Add)(const Mix& mix, std::vector<Row>* rows);
+} kMixes[] = {
+    {"display", &AddDisplay},          {"parked", &AddParked},
+    {"points", &AddMany<AddBoard>},    {"nodes", &AddMany<AddDeviceNode>},
+    {"unknown", &AddMany<AddUnknown>},
+};
 
 }  // namespace
 
-std::vector<Row> MakeRows(std::size_t count) {
-  std::vector<Row> rows;
-  for (const auto& scalar : kScalars) {
-    rows.emplace_back(scalar.Key, scalar.Value);
+std::vector<Row> MakeRows(const Mix& mix) {
+  for (const auto& [what, add] : kMixes) {
+    if (what == mix.What) {
+      std::vector<Row> rows;
+      add(mix, &rows);
+      std::sort(rows.begin(), rows.end());
+      return rows;
+    }
   }
-  // One device node in twenty rows, one DCIO device (five rows) in fifty.
-  for (std::size_t node = 0; node < count / 20; ++node) {
-    rows.emplace_back("TtableDeviceNode_" + Padded(node), std::to_string(100 + node));
-  }
-  for (std::size_t device = 0; device < count / 50; ++device) {
-    AddDcioDevice(device, &rows);
-  }
-  for (std::size_t sensor = 0; rows.size() < count; ++sensor) {
-    AddSensor(sensor, true, &rows);
-  }
-  return Sorted(std::move(rows));
-}
-
-std::vector<Row> MakeParkedRows(std::size_t count) {
-  std::vector<Row> rows;
-  for (std::size_t sensor = 0; rows.size() < count; ++sensor) {
-    AddSensor(sensor, false, &rows);
-  }
-  return Sorted(std::move(rows));
+  throw std::invalid_argument("no such rows: " + std::string(mix.What));
 }
 
 }  // namespace bench
