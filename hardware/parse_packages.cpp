@@ -24,6 +24,12 @@ constexpr std::array<PackageSearch::Rule, PackageSearch::kNameCount> PackageSear
     {kDisplayFallback, "Package: display-firmware", Stage::kLabel, EndOfDigits},
 }};
 
+// By its first letter, which is enough to pass by almost every other package.
+constexpr bool PackageSearch::BeginsAName(char letter) {
+  return std::ranges::any_of(
+      kRules, [letter](const Rule& rule) { return rule.Package[kPackage.size()] == letter; });
+}
+
 bool PackageSearch::Take(std::string_view piece) {
   static_assert(kRules[kDistribution].Of == kDistribution && kRules[kDisplay].Of == kDisplay &&
                 kRules[kDisplayFallback].Of == kDisplayFallback);
@@ -70,6 +76,9 @@ void PackageSearch::FindNames(std::string_view text, std::size_t begin) {
   std::size_t open = text.size() - std::min(text.size(), kPackage.size() - 1);
   for (; position != kNone; position = text.find(kPackage, position + 1)) {
     const std::string_view rest = text.substr(position);
+    if (rest.size() > kPackage.size() && !BeginsAName(rest[kPackage.size()])) {
+      continue;
+    }
     for (std::size_t i = 0; i < kNameCount; ++i) {
       if (found_[i].Wanted == Stage::kName && rest.starts_with(kRules[i].Package)) {
         found_[i] = {kRules[i].Next, begin + position, {}};

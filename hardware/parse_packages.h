@@ -54,6 +54,8 @@ class PackageSearch {
   };
   static const std::array<Rule, kNameCount> kRules;
 
+  static constexpr bool BeginsAName(char letter);
+
   // The first package of a name. Positions count from the beginning of the database.
   struct Found {
     Stage Wanted = Stage::kName;
