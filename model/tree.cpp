@@ -208,6 +208,25 @@ void AppendReals(std::span<const float> reals, std::string* text) {
   }
 }
 
+void AppendName(const char* name, std::string* path) {
+  *path += path->empty() ? "" : "/";
+  *path += name;
+}
+
+// NOLINTNEXTLINE(misc-no-recursion): the document's depth is that of its classes
+void AppendPath(const TreeElement& element, std::string* path) {
+  const TreeElement* const parent = element.Parent();
+  if (parent == nullptr) {
+    return;
+  }
+  AppendPath(*parent, path);
+  if (parent->IsList()) {
+    path->append("[").append(std::to_string(element.Position())).append("]");
+  } else {
+    AppendName(element.Name(), path);
+  }
+}
+
 }  // namespace
 
 void TreeValue::AppendTo(std::string* text) const {
@@ -317,20 +336,15 @@ const TreeValue* TreeElement::FindValue(std::string_view path) const {
 }
 
 std::string TreeElement::Path() const {
-  const TreeElement* const parent = Parent();
-  if (parent == nullptr) {
-    return "";
-  }
-  const std::string path = parent->Path();
-  if (parent->IsList()) {
-    return path + "[" + std::to_string(position_) + "]";
-  }
-  return path.empty() ? Name() : path + "/" + Name();
+  std::string path;
+  AppendPath(*this, &path);
+  return path;
 }
 
 std::string TreeElement::PathOf(const TreeValue& value) const {
-  const std::string path = Path();
-  return path.empty() ? value.Listed().Name : path + "/" + value.Listed().Name;
+  std::string path = Path();
+  AppendName(value.Listed().Name, &path);
+  return path;
 }
 
 DocumentTree::DocumentTree(const CStatus& status) {
