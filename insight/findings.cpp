@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <cmath>
+#include <span>
+#include <unordered_map>
 #include <utility>
 
 #include "hardware/paths.h"
@@ -29,6 +31,43 @@ Finding Make(const char* id, Severity level, std::string message, const char* hi
   return finding;
 }
 
+// Otherwise in their order. There may be one for each row: sorting would move them many times.
+std::vector<Finding> WorstFirst(std::vector<Finding> findings) {
+  std::vector<Finding> sorted;
+  sorted.reserve(findings.size());
+  for (const Severity level : {Severity::kCritical, Severity::kUnknown, Severity::kWarning}) {
+    for (Finding& finding : findings) {
+      if (finding.Level == level) {
+        sorted.push_back(std::move(finding));
+      }
+    }
+  }
+  return sorted;
+}
+
+// The rules of a table for elements of each class, found when the first of the class comes.
+template <class Rule>
+class RulesByClass {
+ public:
+  explicit RulesByClass(std::span<const Rule> rules) : rules_(rules) {}
+
+  const std::vector<const Rule*>& Of(const TreeElement& element) {
+    const auto [entry, first] = by_class_.try_emplace(element.Class());
+    if (first) {
+      for (const Rule& rule : rules_) {
+        if (element.IsA(rule.Class)) {
+          entry->second.push_back(&rule);
+        }
+      }
+    }
+    return entry->second;
+  }
+
+ private:
+  std::span<const Rule> rules_;
+  std::unordered_map<const QtSts::ClassInfo*, std::vector<const Rule*>> by_class_;
+};
+
 class Finder {
  public:
   Finder(const Snapshot& snapshot, const Limits& limits)
@@ -43,8 +82,7 @@ class Finder {
       FindInReadings(element);
     }
     FindInRows();
-    std::ranges::stable_sort(findings_, {}, &Finding::Level);
-    return std::move(findings_);
+    return WorstFirst(std::move(findings_));
   }
 
  private:
@@ -190,18 +228,21 @@ class Finder {
     if (!snapshot_.IsReported(finding.Path) && (key == nullptr || !origins_.HasRow(key))) {
       return;
     }
-    finding.Where = PlaceOf(element);
+    if (std::exchange(placed_, &element) != &element) {
+      place_ = PlaceOf(element);
+    }
+    finding.Where = place_;
     origins_.Name(&finding, element, key);
     findings_.push_back(std::move(finding));
   }
 
   void FindInValues(const TreeElement& element) {
-    for (const ValueRule& rule : ValueRules()) {
-      const FoundValue found = FindIn(element, rule.Class, rule.Field);
-      if (found.Value != nullptr && rule.NeedsAttention(element, *found.Value) &&
-          (rule.Counts == When::kAlways || IsOfConnected(element))) {
-        Add(Make(rule.Id, rule.Level, WithValue(rule.Message, *found.Value), rule.Hint), element,
-            found, rule.Key);
+    for (const ValueRule* const rule : value_rules_.Of(element)) {
+      const FoundValue found = FindIn(element, rule->Class, rule->Field);
+      if (found.Value != nullptr && rule->NeedsAttention(element, *found.Value) &&
+          (rule->Counts == When::kAlways || IsOfConnected(element))) {
+        Add(Make(rule->Id, rule->Level, WithValue(rule->Message, *found.Value), rule->Hint),
+            element, found, rule->Key);
       }
     }
   }
@@ -269,7 +310,8 @@ class Finder {
   }
 
   void FindInReadings(const TreeElement& element) {
-    for (const ReadingRule& rule : ReadingRules()) {
+    for (const ReadingRule* const each : reading_rules_.Of(element)) {
+      const ReadingRule& rule = *each;
       const FoundValue found = FindIn(element, rule.Class, rule.Field);
       if (found.Value == nullptr || IsInfinite(*found.Value)) {
         continue;
@@ -322,7 +364,11 @@ class Finder {
   const Limits& limits_;
   Origins origins_;
   Peers peers_;
+  RulesByClass<ValueRule> value_rules_{ValueRules()};
+  RulesByClass<ReadingRule> reading_rules_{ReadingRules()};
   std::vector<Finding> findings_;
+  const TreeElement* placed_ = nullptr;  // of the last finding; all of an element come together
+  std::string place_;
 };
 
 }  // namespace

@@ -8,13 +8,22 @@
 #include "insight/source_database.h"
 
 namespace insight {
+namespace {
+
+// The path of what holds the value or element at `path`; "" for the document.
+std::string_view HolderOf(std::string_view path) {
+  const std::size_t end = path.find_last_of("/[");
+  return path.substr(0, end == std::string_view::npos ? 0 : end);
+}
+
+}  // namespace
 
 void Origins::Name(Finding* finding, const QtSts::TreeElement& holder, const char* key) {
   Collect();
   if (key == nullptr) {
     finding->Key = KeyOfNumber(*finding, holder);
     if (finding->Key.empty()) {
-      finding->Key = KeyOf(finding->Path, holder);
+      finding->Key = KeyOf(finding->Path);
     }
   } else if (HasRow(key)) {
     finding->Key = key;
@@ -69,8 +78,7 @@ std::string Origins::SourceOf(std::string_view path) const {
     if (const auto source = sources_.find(path); source != sources_.end()) {
       return std::string(source->second);
     }
-    const std::size_t end = path.find_last_of("/[");
-    path = path.substr(0, end == std::string_view::npos ? 0 : end);
+    path = HolderOf(path);
   }
   return "";
 }
@@ -96,16 +104,13 @@ std::string Origins::KeyOfNumber(const Finding& finding, const QtSts::TreeElemen
   return std::string(filled->second[static_cast<std::size_t>(wrong - numbers.begin())]);
 }
 
-// The row that wrote the value, or else the one that completed its element.
-std::string Origins::KeyOf(const std::string& path, const QtSts::TreeElement& holder) const {
-  if (const auto row = rows_.find(path); row != rows_.end()) {
-    return std::string(row->second);
-  }
-  for (const QtSts::TreeElement* element = &holder; element != nullptr;
-       element = element->Parent()) {
-    if (const auto row = rows_.find(element->Path()); row != rows_.end()) {
+// The row that wrote the value, or else the one that completed an element that holds it.
+std::string Origins::KeyOf(std::string_view path) const {
+  while (!path.empty()) {
+    if (const auto row = rows_.find(path); row != rows_.end()) {
       return std::string(row->second);
     }
+    path = HolderOf(path);
   }
   return "";
 }

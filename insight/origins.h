@@ -29,7 +29,7 @@ class Origins {
 
   void Collect();
   std::string SourceOf(std::string_view path) const;
-  std::string KeyOf(const std::string& path, const QtSts::TreeElement& holder) const;
+  std::string KeyOf(std::string_view path) const;
   std::string KeyOfNumber(const Finding& finding, const QtSts::TreeElement& holder) const;
 
   const Snapshot& snapshot_;

@@ -1,5 +1,10 @@
 #include "insight/places.h"
 
+#include <algorithm>
+#include <iterator>
+#include <type_traits>
+#include <unordered_map>
+
 #include "model/beacons.h"
 #include "model/can_sensors.h"
 #include "model/dcio_boards.h"
@@ -85,19 +90,33 @@ constexpr struct {
     {QtSts::CNetworkDevice::Class, "network device", &Name},
 };
 
+using Thing = std::remove_extent_t<decltype(kThings)>;
+
+// By class; the rest are no things of their own.
+std::unordered_map<const QtSts::ClassInfo*, const Thing*> ThingsByClass() {
+  std::unordered_map<const QtSts::ClassInfo*, const Thing*> things;
+  for (const QtSts::ClassInfo* const info : QtSts::Classes()) {
+    const auto* const thing = std::ranges::find_if(
+        kThings, [info](const Thing& each) { return QtSts::IsA(*info, each.Class); });
+    if (thing != std::end(kThings)) {
+      things.emplace(info, thing);
+    }
+  }
+  return things;
+}
+
 }  // namespace
 
 std::string PlaceOf(const TreeElement& element) {
   std::string place;
   bool sensor = false;  // the last part is one
   for (const TreeElement* holder = &element; holder != nullptr; holder = holder->Parent()) {
-    for (const auto& thing : kThings) {
-      if (holder->IsA(thing.Class)) {
-        place += place.empty() ? "" : sensor ? " behind the " : " of the ";
-        place += thing.Words + thing.Which(*holder);
-        sensor = holder->IsA(QtSts::CSensor::Class);
-        break;
-      }
+    static const auto kThingsByClass = ThingsByClass();
+    const auto thing = kThingsByClass.find(holder->Class());
+    if (thing != kThingsByClass.end()) {
+      place += place.empty() ? "" : sensor ? " behind the " : " of the ";
+      place += thing->second->Words + thing->second->Which(*holder);
+      sensor = holder->IsA(QtSts::CSensor::Class);
     }
   }
   return place + (sensor ? " on the controller" : "");

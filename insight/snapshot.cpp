@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <exception>
+#include <functional>
 #include <iterator>
 #include <set>
 #include <stdexcept>
@@ -185,7 +186,8 @@ Snapshot Recorder::RunCycle(const Limits& limits) {
 bool Snapshot::IsReported(const std::string& path) const {
   for (std::size_t end = 0; end != std::string::npos;) {
     end = path.find_first_of("/[", end + 1);
-    if (std::ranges::binary_search(NotReported, path.substr(0, end))) {
+    const std::string_view holder = std::string_view(path).substr(0, end);
+    if (std::binary_search(NotReported.begin(), NotReported.end(), holder, std::less<>())) {
       return false;
     }
   }
