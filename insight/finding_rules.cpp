@@ -312,9 +312,17 @@ constexpr SourceHint kSourceHints[] = {
      "the list of installed packages, which has the firmware's version: restore its copy"},
 };
 
+constexpr SourceWords kSourceWords[] = {
+    {"sysinfo", "the time since the start"},
+    {"storage", "the file system of the controller"},
+    {"interfaces", "the list of network interfaces"},
+    {"clock", "the clock"},
+};
+
 }  // namespace
 
 std::span<const SourceHint> SourceHints() { return kSourceHints; }
+std::span<const SourceWords> SourcesInWords() { return kSourceWords; }
 std::span<const ValueRule> ValueRules() { return kValueRules; }
 std::span<const SourceRule> SourceRules() { return kSourceRules; }
 

@@ -53,4 +53,12 @@ struct SourceHint {
 
 std::span<const SourceHint> SourceHints();
 
+// What people call a source that has the name of a system call.
+struct SourceWords {
+  std::string_view Id;
+  const char* Words;
+};
+
+std::span<const SourceWords> SourcesInWords();
+
 }  // namespace insight

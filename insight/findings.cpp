@@ -110,7 +110,7 @@ class Finder {
       const bool no_rows = source.Id == kDatabaseId && source.State == SourceState::kEmpty;
       if (NeedsAttention(source) && StopperOf(source) == nullptr && !no_rows) {
         const auto rule = std::ranges::find(SourceRules(), source.State, &SourceRule::State);
-        std::string message = source.Name + " " + rule->Message;
+        std::string message = NameForPeople(source) + " " + rule->Message;
         message += source.Reason.empty() ? "" : ": " + source.Reason;
         message += NotAskedAfter(source);
         findings_.push_back(Make(rule->Id, Severity::kUnknown, message, HintFor(source, *rule)));
@@ -159,6 +159,13 @@ class Finder {
     }
   }
 
+  // "the list of network interfaces (getifaddrs)"
+  static std::string NameForPeople(const Source& source) {
+    const auto words = std::ranges::find(SourcesInWords(), source.Id, &SourceWords::Id);
+    return words == SourcesInWords().end() ? source.Name
+                                           : words->Words + (" (" + source.Name + ")");
+  }
+
   static const char* HintFor(const Source& source, const SourceRule& rule) {
     const auto hint = std::ranges::find_if(SourceHints(), [&](const SourceHint& candidate) {
       return candidate.Id == source.Id &&
@@ -172,7 +179,7 @@ class Finder {
     std::string names;
     for (const Source& source : snapshot_.Sources) {
       if (StopperOf(source) == &stopper) {
-        names += (names.empty() ? "; therefore not asked: " : ", ") + source.Name;
+        names += (names.empty() ? "; therefore not asked: " : ", ") + NameForPeople(source);
       }
     }
     return names;

@@ -176,7 +176,7 @@ const Fault kFaults[] = {
      [](Scenario& demo) { demo.NoInterfaces(); },
      nullptr,
      "unknown: 1 unknown\n",
-     {"getifaddrs is empty: no interface runs"}},
+     {"the list of network interfaces (getifaddrs) is empty: no interface runs"}},
     {"no network in use",
      [](Scenario& demo) {
        demo.NoInterfaces().Interface({.Name = "eth0"});

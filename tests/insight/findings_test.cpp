@@ -1026,6 +1026,16 @@ TEST(Findings, SayOfAFileThatNoDriverMakesWhoDoes) {
   EXPECT_THAT(driver, HasSubstr("driver"));
 }
 
+// A technician knows no "getifaddrs".
+TEST(Findings, NameSystemCallsInWords) {
+  Snapshot snapshot = Healthy(CStatus());
+  AddSource(snapshot, SourceState::kEmpty);
+  snapshot.Sources[0].Id = "interfaces";
+  snapshot.Sources[0].Name = "getifaddrs";
+  EXPECT_EQ(FindFindings(snapshot, {}).front().Message,
+            "the list of network interfaces (getifaddrs) is empty: because");
+}
+
 TEST(Findings, FollowTheLimitsThatAreGiven) {
   CStatus status;
   AddSensor<CCANTempSensor>(status).Celsius = 20;
