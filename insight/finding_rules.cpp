@@ -269,9 +269,9 @@ constexpr ValueRule kValueRules[] = {
     {"lamp-errors", kWarning, kAlways, QtSts::CBeaconRecord::Class, "ErrorFlags", &IsNotZero,
      "lamp reports errors 0x{0x}", "the lamp and its cable"},
     {"red-leds-failed", kWarning, kAlways, QtSts::CBeaconRecord::Class, "RedLedErrorCount",
-     &IsNotZero, "{} red LEDs failed", "the lamp"},
+     &IsNotZero, "red LEDs failed: {}", "the lamp"},
     {"amber-leds-failed", kWarning, kAlways, QtSts::CBeaconRecord::Class, "AmberLedErrorCount",
-     &IsNotZero, "{} amber LEDs failed", "the lamp"},
+     &IsNotZero, "amber LEDs failed: {}", "the lamp"},
 };
 
 constexpr SourceRule kSourceRules[] = {

@@ -466,10 +466,10 @@ const DocumentCase kCases[] = {
     {"LampErrors", "lamp-errors", kWarning, "lamp reports errors 0x80",
      [](CStatus& status) { AddSensor<CCANBeacon>(status).ErrorFlags = 0x80; },
      [](CStatus& status) { AddSensor<CCANBeacon>(status).StatusFlags = 0x80; }},
-    {"RedLeds", "red-leds-failed", kWarning, "1 red LEDs failed",
+    {"RedLeds", "red-leds-failed", kWarning, "red LEDs failed: 1",
      [](CStatus& status) { AddSensor<CCANRoundel>(status).RedLedErrorCount = 1; },
      [](CStatus& status) { AddSensor<CCANRoundel>(status).RedLedErrorCount = 0; }},
-    {"AmberLeds", "amber-leds-failed", kWarning, "12 amber LEDs failed",
+    {"AmberLeds", "amber-leds-failed", kWarning, "amber LEDs failed: 12",
      [](CStatus& status) { AddSensor<CCANRoundel>(status).AmberLedErrorCount = 12; },
      [](CStatus& status) { AddSensor<CCANRoundel>(status).PerColorLedCount = 12; }},
 
