@@ -24,6 +24,8 @@ class ColumnOrder : public testing::Test {
     sandbox::RemoveDatabase();
     sandbox::Scenario().Database().Apply();
   }
+  // Another test would find this table.
+  void TearDown() override { sandbox::RemoveDatabase(); }
 
   // The table status, or view, made anew.
   static void Make(const std::string& sql) { sandbox::RunSql("DROP TABLE status; " + sql); }
