@@ -199,6 +199,8 @@ constexpr ValueRule kValueRules[] = {
      "the T-table has no modules: 0 columns", kTtable},
     {"ttable-empty", kWarning, kAlways, QtSts::CTtable::Class, "Rows", &IsZero,
      "the T-table has no modules: 0 rows", kTtable},
+    {"ttable-empty", kWarning, kAlways, QtSts::CTtable::Class, "FaceCount", &IsZero,
+     "the T-table has no modules: 0 faces", kTtable},
     {"ttable-empty", kWarning, kAlways, QtSts::CTtable::Class, "ModuleWidth", &IsZero,
      "the modules of the T-table have no pixels: width {}", kTtable},
     {"ttable-empty", kWarning, kAlways, QtSts::CTtable::Class, "ModuleHeight", &IsZero,

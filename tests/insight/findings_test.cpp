@@ -85,7 +85,7 @@ COutput& AddOutput(CStatus& status) {
   output.Frequency.Vertical = 60;
   output.Fans.Enabled = true;
   output.ScalerOutputArea.Width = output.ScalerOutputArea.Height = 16;
-  output.Ttable.Columns = output.Ttable.Rows = 2;
+  output.Ttable.Columns = output.Ttable.Rows = output.Ttable.FaceCount = 2;
   output.Ttable.ModuleWidth = output.Ttable.ModuleHeight = 8;
   return output;
 }
@@ -271,6 +271,9 @@ const DocumentCase kCases[] = {
     {"NoLines", "ttable-empty", kWarning, "the T-table has no modules: 0 rows",
      [](CStatus& status) { AddOutput(status).Ttable.Rows = 0; },
      [](CStatus& status) { AddOutput(status).Ttable.Rows = 1; }},
+    {"NoFaces", "ttable-empty", kWarning, "the T-table has no modules: 0 faces",
+     [](CStatus& status) { AddOutput(status).Ttable.FaceCount = 0; },
+     [](CStatus& status) { AddOutput(status).Ttable.FaceCount = 1; }},
     {"NoWidth", "ttable-empty", kWarning, "the modules of the T-table have no pixels: width 0 px",
      [](CStatus& status) { AddOutput(status).Ttable.ModuleWidth = 0; },
      [](CStatus& status) { AddOutput(status).Ttable.ModuleWidth = 1; }},
