@@ -134,11 +134,9 @@ const Point* Find(const IOList& points, int index) {
 bool IsActive(const BaseInputType& point) { return Changeable(point).Get(); }
 bool IsOn(const BaseOutputType& point) { return Changeable(point).Get(); }
 
-const char* NodeNameOf(const BaseInputType& point) {
-  const ClassInfo* const info = ListedObject(point).Class();
-  return info == nullptr ? BaseInputType::Class.Name : info->Name;
-}
-const char* NodeNameOf(const BaseOutputType& point) { return Changeable(point).GetNodeName(); }
+// A point of a class that is not listed has the nearest one that is.
+const char* NodeNameOf(const BaseInputType& point) { return ListedObject(point).Class()->Name; }
+const char* NodeNameOf(const BaseOutputType& point) { return ListedObject(point).Class()->Name; }
 
 const BaseInputType* FindInput(const IOList& points, int index) {
   return Find<BaseInputType>(points, index);

@@ -305,7 +305,7 @@ STATUS_API bool IsActive(const BaseInputType& point);
 STATUS_API bool IsOn(const BaseOutputType& point);
 
 // The name of the point's element in the document, "DoorSensorInputType". Of an output it is what
-// GetNodeName says; of an input, the class under which documents have it.
+// GetNodeName says, where XML can have that as a name. Lives as long as the process.
 STATUS_API const char* NodeNameOf(const BaseInputType& point);
 STATUS_API const char* NodeNameOf(const BaseOutputType& point);
 

@@ -227,6 +227,20 @@ TEST(ConstPoint, SaysWhatAClassOfTheHostSays) {
   EXPECT_STREQ(NodeNameOf(output), "NamedOutput");
 }
 
+// It used to be what GetNodeName says, also where the document has another name.
+TEST(ConstPoint, HasANameThatXmlCanHave) {
+  class CBadlyNamedOutput : public QtSts::CHeaterOutputType {
+   public:
+    const char* GetNodeName() override { return "<heater>"; }
+  };
+  class CUnnamedOutput : public QtSts::BaseOutputType {
+   public:
+    const char* GetNodeName() override { return nullptr; }
+  };
+  EXPECT_STREQ(NodeNameOf(CBadlyNamedOutput()), "HeaterOutputType");
+  EXPECT_STREQ(NodeNameOf(CUnnamedOutput()), "BaseOutputType");
+}
+
 TEST(ConstPoint, HasTheNodeNameOfItsElementInTheDocument) {
   EXPECT_STREQ(NodeNameOf(QtSts::CDoorSensorInputType()), "DoorSensorInputType");
   EXPECT_STREQ(NodeNameOf(QtSts::BaseInputType()), "BaseInputType");
