@@ -41,8 +41,8 @@ STATUS_API std::string WriteJson(const DocumentTree& document,
 // XML: a member that is missing, unknown, given twice or of another type is an error. Members may
 // stand in any order; "Insight" of the root, which `statuscollector show` adds, is passed over.
 // Integers are read from integers, all numbers to the nearest value of their field's type. A text
-// must be one that XML can carry. Larger texts than kMaximumDocumentSize (model/xml.h) are not
-// read. Throws std::bad_alloc.
+// must be one that XML can carry. Limits are those of XML (kMaximumDocumentSize, model/xml.h), for
+// the document and for a value. Throws std::bad_alloc.
 STATUS_API std::unique_ptr<CStatus> ReadJson(std::string_view text, JsonError* error);
 
 }  // namespace QtSts

@@ -18,7 +18,10 @@ namespace {
 constexpr std::string_view kClass = "Class";      // of an element of a list, its class
 constexpr std::string_view kInsight = "Insight";  // of the root, what a host adds
 
+constexpr std::size_t kMaximumValueSize = 10'000'000;  // in bytes, as of a value in XML
+
 constexpr const char* kWrongValue = "not a value that it can hold";
+constexpr const char* kTooLong = "ten million bytes or more";
 constexpr const char* kTwice = "member stands twice";
 
 // One member of an object.
@@ -135,8 +138,11 @@ bool JsonReader::TakeMember(const ClassInfo& info, std::string_view name,
   }
   Member& member = members->emplace_back(Member{field, position, ""});
   if (field->Scalar != nullptr) {
-    return TakeScalar(*field, &member.Value) ||
-           (scanner_.Fault() == nullptr && Fail(position, name, kWrongValue));
+    const bool taken = TakeScalar(*field, &member.Value);
+    if (taken && member.Value.size() < kMaximumValueSize) {
+      return true;
+    }
+    return scanner_.Fault() == nullptr && Fail(position, name, taken ? kTooLong : kWrongValue);
   }
   const char wanted = field->Elements != nullptr ? '[' : '{';
   return scanner_.Next() == wanted ? scanner_.Skip() : Fail(position, name, kWrongValue);

@@ -351,6 +351,14 @@ TEST(ReadJson, RefusesATextThatIsTooLarge) {
   EXPECT_THAT(Refusal(text), StartsWith("not a document: larger than "));
 }
 
+// It used to be read, and then could not be read from the XML of the same document.
+TEST(ReadJson, RefusesAValueThatIsTooLongForTheXml) {
+  const std::string longest(9'999'999, 'a');
+  EXPECT_EQ(Refusal(With("\"GUID\": \"a\"", "\"GUID\": \"" + longest + "\"")), "");
+  EXPECT_THAT(Refusal(With("\"GUID\": \"a\"", "\"GUID\": \"" + longest + "a\"")),
+              HasSubstr("GUID: ten million bytes or more"));
+}
+
 // Class names that stand last make the reader look ahead; it must not do so from every level.
 TEST(ReadJson, ReadsManyElementsWhereverTheirClassStands) {
   CStatus status;
