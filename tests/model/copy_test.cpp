@@ -5,6 +5,7 @@
 
 #include <cstring>
 #include <set>
+#include <typeinfo>
 
 #include "model/beacons.h"
 #include "model/can_sensors.h"
@@ -127,6 +128,28 @@ TEST(Copy, LeavesNullWhereDocumentsPassOver) {
   EXPECT_EQ(copy->Sensors[0], nullptr);
   EXPECT_NE(copy->Sensors[1], nullptr);
   EXPECT_EQ(QtSts::WriteDocument(*copy), QtSts::WriteDocument(status));
+}
+
+TEST(Copy, MakesAPointOfTheNearestClassOfOneOfTheHost) {
+  class COwnOutput : public QtSts::CHeaterOutputType {
+   public:
+    const char* GetNodeName() override { return "OwnOutput"; }
+  };
+  CStatus status;
+  auto* const board = new QtSts::CCANDcio2in1out;
+  board->Points.Outputs = std::make_unique<QtSts::OutputListType>(2);
+  auto* const point = new COwnOutput;
+  point->Index = 1;
+  point->Label = "a";
+  ASSERT_TRUE(board->Points.Add(point));
+  status.Sensors.Add(board);
+  const auto copy = Copy(status);
+  const auto* const copied = dynamic_cast<const QtSts::CCANDcio2in1out*>(copy->Sensors[0]);
+  ASSERT_NE(copied, nullptr);
+  const QtSts::BaseOutputType* const found = FindOutput(copied->Points, 1);
+  ASSERT_NE(found, nullptr);
+  EXPECT_EQ(typeid(*found), typeid(QtSts::CHeaterOutputType));
+  EXPECT_EQ(found->Label, "a");
 }
 
 TEST(Copy, TakesADocumentOfAClassOfTheHost) {
