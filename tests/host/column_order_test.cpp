@@ -24,7 +24,6 @@ class ColumnOrder : public testing::Test {
     sandbox::RemoveDatabase();
     sandbox::Scenario().Database().Apply();
   }
-  // Another test would find this table.
   void TearDown() override { sandbox::RemoveDatabase(); }
 
   // The table status, or view, made anew.
