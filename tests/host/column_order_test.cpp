@@ -91,4 +91,39 @@ TEST_F(ColumnOrder, SteersNoTerminal) {
   EXPECT_THAT(errors, Not(HasSubstr("\x1b")));
 }
 
+// ---- What docs/rows.md says of keys that are not TEXT in byte order
+
+std::string Xml() { return RunProgram({HOST_PROGRAM, "show", "--format", "xml"}).Output; }
+
+TEST_F(ColumnOrder, OfRowsPutsKeysThatAreBlobsBehindAllTexts) {
+  Make(
+      "CREATE TABLE status(address, value TEXT);"
+      "INSERT INTO status VALUES(CAST('GUID' AS BLOB), 'of a blob')");
+  EXPECT_THAT(Xml(), HasSubstr(" GUID=\"of a blob\""));
+  sandbox::RunSql("INSERT INTO status VALUES('TtableTitle', 'a title')");
+  const std::string xml = Xml();
+  EXPECT_THAT(xml, HasSubstr(" GUID=\"\""));
+  EXPECT_THAT(xml, HasSubstr(" Title=\"a title\""));
+}
+
+TEST_F(ColumnOrder, OfRowsIsThatOfTheCollationOfTheirKeys) {
+  const char* const rows =
+      "INSERT INTO status VALUES('Sensor_00_Type', 'CANDcioAndFanRpm'),"
+      "('Sensor_00_fan_01_Rpm', '900')";
+  Make(std::string("CREATE TABLE status(address TEXT, value TEXT);") + rows);
+  EXPECT_THAT(Xml(), HasSubstr("<FanRpms/>"));
+  Make(std::string("CREATE TABLE status(address TEXT COLLATE NOCASE, value TEXT);") + rows);
+  EXPECT_THAT(Xml(), HasSubstr("<FanRpm Ordinal=\"0\" FanNumber=\"1\" Rpm=\"900\"/>"));
+}
+
+TEST_F(ColumnOrder, OfRowsCannotBeThatOfACollationOfTheWriters) {
+  Make("CREATE TABLE status(address TEXT, value TEXT)");
+  sandbox::RunSql(
+      "PRAGMA writable_schema=ON; UPDATE sqlite_schema SET sql = 'CREATE TABLE status(address TEXT "
+      "COLLATE mine, value TEXT)' WHERE name = 'status'");
+  const ProgramResult show = RunProgram({HOST_PROGRAM, "show", "--format", "xml"});
+  EXPECT_EQ(show.ExitCode, 1);
+  EXPECT_THAT(show.Errors, HasSubstr("1:no such collation sequence: mine"));
+}
+
 }  // namespace
