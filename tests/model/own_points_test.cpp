@@ -3,8 +3,11 @@
 #include <gtest/gtest.h>
 #include <libxml/tree.h>
 
+#include <atomic>
 #include <memory>
 #include <string>
+#include <thread>
+#include <vector>
 
 #include "model/compare.h"
 #include "model/dcio_boards.h"
@@ -132,6 +135,29 @@ TEST(OwnPoints, WriteTheirFieldsAlone) {
   EXPECT_STREQ(reinterpret_cast<const char*>(label), "alone");
   xmlFree(label);
   xmlFreeNode(node);
+}
+
+// Names are remembered for all threads.
+TEST(OwnPoints, MayBeWrittenOnSeveralThreadsAtATime) {
+  std::vector<std::string> names;
+  for (int i = 0; i < 100; ++i) {
+    names.push_back("Siren" + std::to_string(i) + "Type");
+  }
+  std::atomic<int> written = 0;
+  std::vector<std::thread> threads;
+  for (int i = 0; i < 4; ++i) {
+    threads.emplace_back([&] {
+      for (const std::string& name : names) {
+        Board board;
+        board.Add(std::make_unique<Siren>(name.c_str()));
+        written += Xml(board).find("<" + name + " ") != std::string::npos ? 1 : 0;
+      }
+    });
+  }
+  for (std::thread& thread : threads) {
+    thread.join();
+  }
+  EXPECT_EQ(written, 400);
 }
 
 template <class Listed>
