@@ -72,8 +72,9 @@ class SQLITEDB_API CppSQLite3Query {
   int getFieldBytes(int column) noexcept;
 
   // Name of a column, counted from 0, as the statement, its table or its view calls it, whether or
-  // not there is a row. What could steer a terminal is U+FFFD, and at most 1000 bytes are given. ""
+  // not there is a row. What could steer a terminal is U+FFFD, and a long name is cut. ""
   // when there is no such column, or the query is empty.
+  // NOLINTNEXTLINE(readability-identifier-naming): named like the functions beside it
   std::string getFieldName(int column) const;
 
   // Ends the query: the read lock goes, the statement stays. Harmless when empty. Throws
