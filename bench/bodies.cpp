@@ -33,6 +33,10 @@ void Bodies::Watched() {
   Cycle();
   observe::SetObserver(before);
 }
+void Bodies::Floors() {
+  ProbeFloor();
+  RowsFloor();
+}
 void Bodies::RowsFloor() { DoNotOptimize(rows_floor_.Run()); }
 
 void Bodies::Probe() { DoNotOptimize(probe_.UpdateStatus(&status_)); }
@@ -56,19 +60,13 @@ void Bodies::Parse() {
 
 std::span<const Benchmark> Benchmarks() {
   static constexpr Benchmark kBenchmarks[] = {
-      {"Cycle", &Bodies::Cycle},
-      {"Watched", &Bodies::Watched},
-      {"RowsFloor", &Bodies::RowsFloor},
-      {"Probe", &Bodies::Probe},
-      {"ProbeFloor", &Bodies::ProbeFloor},
-      {"Packages", &Bodies::Packages},
-      {"PackagesFloor", &Bodies::PackagesFloor},
-      {"Network", &Bodies::Network},
-      {"NetworkFloor", &Bodies::NetworkFloor},
-      {"ProbeJson", &Bodies::ProbeJson},
-      {"Xml", &Bodies::Xml},
-      {"XmlFloor", &Bodies::XmlFloor},
-      {"Json", &Bodies::Json},
+      {"Cycle", &Bodies::Cycle},         {"Watched", &Bodies::Watched},
+      {"Floors", &Bodies::Floors},       {"RowsFloor", &Bodies::RowsFloor},
+      {"Probe", &Bodies::Probe},         {"ProbeFloor", &Bodies::ProbeFloor},
+      {"Packages", &Bodies::Packages},   {"PackagesFloor", &Bodies::PackagesFloor},
+      {"Network", &Bodies::Network},     {"NetworkFloor", &Bodies::NetworkFloor},
+      {"ProbeJson", &Bodies::ProbeJson}, {"Xml", &Bodies::Xml},
+      {"XmlFloor", &Bodies::XmlFloor},   {"Json", &Bodies::Json},
       {"Parse", &Bodies::Parse},
   };
   return kBenchmarks;

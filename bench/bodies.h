@@ -24,6 +24,7 @@ class Bodies {
 
   void Cycle();
   void Watched();  // Cycle with an observer that counts events
+  void Floors();   // ProbeFloor, then RowsFloor, so that each finds the caches as in a cycle
   void RowsFloor();
 
   void Probe();

@@ -48,7 +48,6 @@ def reaches(f):
     """The rows of the table: what, at most, measured, how the two are written, where the profile is."""
     demo = f["demo"]
     largest = max(f["rows"], key=int)
-    floors = demo["ProbeFloor"]["time"] + demo["RowsFloor"]["time"]
     main = f["instructions"][MAIN]
     time, kib, mib, part = "{:.2f}".format, "{:.0f} KiB".format, "{:.1f} MiB".format, fraction
     document = (demo["Cycle"]["time"] + demo["Json"]["time"]) / 1000
@@ -58,7 +57,7 @@ def reaches(f):
         ("probe / floor, demo with a package database of 3 MiB, time", 1.3,
          ratio(f, "Probe", "ProbeFloor"), time, "Demo"),
         ("whole cycle of the demo / (probe floor + rows floor), time", 1.4,
-         demo["Cycle"]["time"] / floors, time, "Demo"),
+         ratio(f, "Cycle", "Floors"), time, "Demo"),
         ("rows / bare loop, 10,000 rows, instructions", 1.7,
          rows_count(f, MAIN) / total(main["RowsFloor"]), time, "Rows"),
         ("rows / bare loop, 10,000 rows, time", None,
@@ -173,8 +172,8 @@ def growth_table(f):
     return table(["instructions for each", "few", "many", "ratio"], lines)
 
 
-BODIES = ("Cycle", "Watched", "RowsFloor", "Probe", "ProbeFloor", "Packages", "PackagesFloor", "Network",
-          "NetworkFloor", "ProbeJson", "Xml", "XmlFloor", "Json", "Parse")
+BODIES = ("Cycle", "Floors", "Watched", "RowsFloor", "Probe", "ProbeFloor", "Packages", "PackagesFloor",
+          "Network", "NetworkFloor", "ProbeJson", "Xml", "XmlFloor", "Json", "Parse")
 
 
 def demo_table(f):
@@ -192,7 +191,8 @@ def parts_table(f):
         "devices, register dumps, identity, memory, storage": (
             time["Probe"] - time["Packages"] - time["Network"],
             time["ProbeFloor"] - time["PackagesFloor"] - time["NetworkFloor"]),
-        "rows, time, the document before": (time["Cycle"] - time["Probe"], time["RowsFloor"]),
+        "rows, time, the document before": (time["Cycle"] - time["Probe"],
+                                             time["Floors"] - time["ProbeFloor"]),
     }
     return comparison_table(["µs", "cycle", "floor", "more"],
                             {name: both[0] for name, both in parts.items()},
@@ -200,15 +200,14 @@ def parts_table(f):
 
 
 def calls_table(f):
-    """System calls of the demo's cycle and of its floors; those that only a few take stand together."""
-    cycle, probe, rows = (f["demo calls"][body] for body in ("Cycle", "ProbeFloor", "RowsFloor"))
-    floor = {name: probe.get(name, 0) + rows.get(name, 0) for name in {**probe, **rows}}
+    """System calls of the demo's cycle and of its floors; those that are few stand together."""
+    cycle, floor = (f["demo calls"][body] for body in ("Cycle", "Floors"))
     names = sorted({**cycle, **floor}, key=lambda name: (-cycle.get(name, 0), name))
-    few = [name for name in names if max(cycle.get(name, 0), floor.get(name, 0)) < 3]
+    rare = [name for name in names if max(cycle.get(name, 0), floor.get(name, 0)) < 3]
 
     def shown(calls):
-        return {**{name: calls.get(name, 0) for name in names if name not in few},
-                "others": sum(calls.get(name, 0) for name in few)}
+        return {**{name: calls.get(name, 0) for name in names if name not in rare},
+                "others": sum(calls.get(name, 0) for name in rare)}
 
     return comparison_table(["system calls", "cycle", "floors", "more"], shown(cycle), shown(floor), 1)
 
@@ -253,7 +252,8 @@ def machine(f):
     compiler = subprocess.run(["c++", "--version"], stdout=subprocess.PIPE, text=True).stdout.split("\n")[0]
     return (f"{model}, {os.cpu_count()} processors, {platform.system()} {platform.release()}, "
             f"{compiler}, release preset. The machine's load was between {min(f['loads']):.1f} and "
-            f"{max(f['loads']):.1f} while it measured, other work among it; alone it would be about 1.")
+            f"{max(f['loads']):.1f} while this was measured; this alone makes about 1, the rest was other "
+            "work beside it.")
 
 
 def page(f):
@@ -288,8 +288,9 @@ The demo scenario with a package database of 3 MiB.
 
 {parts_table(f)}
 
-The floor opens by path. The cycle also looks at what it opened, follows only links that it trusts, and
-examines the database's files and schema before it reads a row:
+The floors of the rows are those after a floor of the probe, as in a cycle. The floors open by path. The
+cycle also looks at what it opened, follows only links that it trusts, and examines the database's files
+and schema before it reads a row. System calls, with those of the box's device nodes:
 
 {calls_table(f)}
 
@@ -330,7 +331,8 @@ The user-space cost for each row, or for each network interface, on a small and 
 {growth_table(f)}
 
 A display interface is looked for among all of its output: the cost of a row grows with their number, here
-to {many / few:.2f} times that with one. No controller has so many, so there is no index. A network interface is looked for in the kernel's list of routes, which has a line for each.
+to {many / few:.2f} times that with one. No controller has so many, so there is no index. A network interface is
+looked for in the kernel's list of routes, which has a line for each.
 
 ## Processes
 
