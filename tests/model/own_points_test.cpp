@@ -140,11 +140,13 @@ TEST(OwnPoints, WriteTheirFieldsAlone) {
 // Names are remembered for all threads.
 TEST(OwnPoints, MayBeWrittenOnSeveralThreadsAtATime) {
   std::vector<std::string> names;
+  names.reserve(100);
   for (int i = 0; i < 100; ++i) {
     names.push_back("Siren" + std::to_string(i) + "Type");
   }
   std::atomic<int> written = 0;
   std::vector<std::thread> threads;
+  threads.reserve(4);
   for (int i = 0; i < 4; ++i) {
     threads.emplace_back([&] {
       for (const std::string& name : names) {
