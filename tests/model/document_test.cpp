@@ -174,9 +174,9 @@ class OwningList : public testing::Test {
   using Element = typename List::Element;
   static_assert(std::has_virtual_destructor_v<List>);
   static_assert(std::is_base_of_v<CBaseStatus, Element>);
-  // The position is taken by reference.
-  static_assert(std::is_same_v<decltype(&List::operator[]),
-                               Element* (COwningList<Element>::*)(const unsigned int&) const>);
+  // The position is taken by reference, by the operator that is no template.
+  using At = Element* (COwningList<Element>::*)(const unsigned int&) const;
+  static_assert(static_cast<At>(&List::operator[]) != nullptr);
 
   Element* Make() { return new Counted<Element>(&destroyed_); }
 
