@@ -8,13 +8,8 @@
 
 namespace insight {
 
-Element::Element(const QtSts::CBaseStatus& element, std::string path) {
-  if (const QtSts::ClassInfo* const info = QtSts::ClassOf(element)) {
-    Walk(*info, dynamic_cast<const void*>(&element), path, &element);
-  } else {
-    holders_.push_back({std::move(path), &element, nullptr});
-  }
-}
+Element::Element(const QtSts::CBaseStatus& element, std::string path)
+    : element_(element), class_(QtSts::ClassOf(element)), path_(std::move(path)) {}
 
 // NOLINTNEXTLINE(misc-no-recursion): as deep as elements are in elements
 void Element::Walk(const QtSts::ClassInfo& info, const void* object, const std::string& path,
@@ -50,19 +45,23 @@ void Element::Walk(const QtSts::ClassInfo& info, const void* object, const std::
       });
 }
 
-const char* Element::ClassName() const {
-  const QtSts::ClassInfo* const info = holders_.front().Class;
-  return info == nullptr ? "" : info->Name;
-}
+const char* Element::ClassName() const { return class_ == nullptr ? "" : class_->Name; }
 
 void Element::Get(const Value& value, Change* found) const {
   *found = {holders_[value.Holder].Path + "/" + value.Listed->Name, "",
             Written(*value.Listed->Scalar, value.Address)};
 }
 
-bool Element::Find(const void* address, Change* found) const {
+bool Element::Find(const void* address, Change* found) {
   if (address == nullptr) {
     return false;
+  }
+  if (holders_.empty()) {
+    if (class_ != nullptr) {
+      Walk(*class_, dynamic_cast<const void*>(&element_), path_, &element_);
+    } else {
+      holders_.push_back({path_, &element_, nullptr});
+    }
   }
   const auto value = std::ranges::find(values_, address, &Value::Address);
   if (value != values_.end()) {

@@ -4,6 +4,7 @@
 #include <string>
 #include <vector>
 
+#include "collector/state/elements.h"
 #include "insight/snapshot.h"
 #include "model/listing.h"
 
@@ -15,12 +16,13 @@ class Element {
  public:
   Element(const QtSts::CBaseStatus& element, std::string path);
 
-  const std::string& Path() const { return holders_.front().Path; }
+  const QtSts::CBaseStatus& Itself() const { return element_; }
+  const std::string& Path() const { return path_; }
   const char* ClassName() const;
 
   // The field at this address, or the element that begins there, with what it is now; false when
-  // there is none.
-  bool Find(const void* address, Change* found) const;
+  // there is none. The first call looks at all that the element holds.
+  bool Find(const void* address, Change* found);
 
  private:
   struct Holder {
@@ -38,8 +40,20 @@ class Element {
             const QtSts::CBaseStatus* element);
   void Get(const Value& value, Change* found) const;
 
-  std::vector<Holder> holders_;  // the element first
+  const QtSts::CBaseStatus& element_;
+  const QtSts::ClassInfo* class_;  // null when it is not listed
+  std::string path_;
+  std::vector<Holder> holders_;  // the element first; empty before the first search
   std::vector<Value> values_;
+};
+
+// Where a variable of the scratch state stands in the element that takes it.
+struct Member {
+  Element* Holder;
+  const elements::Taken* Variable;
+
+  // As Element::Find.
+  bool Find(Change* found) const { return Holder->Find(Variable->Member(Holder->Itself()), found); }
 };
 
 }  // namespace insight

@@ -80,29 +80,20 @@ void JudgeCell(const observe::RowBegins& begins, int column, Row* row) {
   const std::string_view whole = TextOf(is_key ? begins.Key : begins.Value);
   const std::string_view cut = is_key ? row->Key : row->Value;
   const Excerpt end = {is_key ? RowPart::kKey : RowPart::kValue, cut.size(), cut.size()};
-  const std::string name = is_key ? "the key" : "the value";
+  const std::string_view name = is_key ? "the key" : "the value";
   const std::size_t stored = begins.StoredBytes(column);
   if (stored > whole.size()) {
     AddRemark(row, Outcome::kZeroByte,
-              name + " has " + std::to_string(stored) + " bytes, but ends at a zero byte after " +
-                  std::to_string(whole.size()),
+              Joined({name, " has ", std::to_string(stored),
+                      " bytes, but ends at a zero byte after ", std::to_string(whole.size())}),
               end);
   }
   if (whole.size() > cut.size()) {
     AddRemark(row, Outcome::kTooLong,
-              name + " has " + std::to_string(whole.size()) + " bytes and is cut to " +
-                  std::to_string(cut.size()),
+              Joined({name, " has ", std::to_string(whole.size()), " bytes and is cut to ",
+                      std::to_string(cut.size())}),
               end);
   }
-}
-
-const rows::Attribute* FindAttribute(std::string_view entry, const std::string& attribute) {
-  if (entry == rows::kSensorPrefix) {
-    return sensors::FindAttribute(attribute.c_str());
-  }
-  const auto known = handlers::DcioAttributes();
-  const auto found = std::ranges::find(known, attribute, &rows::Attribute::Name);
-  return found == known.end() ? nullptr : &*found;
 }
 
 template <class Owner>
@@ -154,32 +145,36 @@ void JudgeKeyNumber(const observe::Stores& store, std::size_t begin, char end, R
   const std::size_t after = begin + store.Consumed;
   const char next = after < key.size() ? key[after] : '\0';
   const Excerpt where = {RowPart::kKey, begin, std::min(key.find('_', begin), key.size())};
-  const std::string counts = "counts as " + std::to_string(store.Stored.Signed);
+  const auto counts = [&store] { return "counts as " + std::to_string(store.Stored.Signed); };
   if (number.empty()) {
     AddRemark(row, Outcome::kBadNumber,
               next == '_' || next == '\0'
-                  ? "the number is missing and " + counts
-                  : Quoted(key.substr(begin, where.End - begin)) + " is no number and " + counts,
+                  ? "the number is missing and " + counts()
+                  : Quoted(key.substr(begin, where.End - begin)) + " is no number and " + counts(),
               where);
   } else if (number.find_first_not_of(kDigits) != std::string_view::npos ||
              (next != end && next != '\0')) {
     AddRemark(row, Outcome::kBadNumber,
-              Quoted(key.substr(begin, where.End - begin)) + " is not digits alone and " + counts,
+              Quoted(key.substr(begin, where.End - begin)) + " is not digits alone and " + counts(),
               where);
   } else if (store.Read.Signed != store.Stored.Signed) {
     AddRemark(row, Outcome::kWrapped,
-              "number " + std::string(number) + " does not fit and " + counts, where);
+              "number " + std::string(number) + " does not fit and " + counts(), where);
   }
 }
 
-ValueFormat FormatOfAttribute(std::string_view entry, const std::string& attribute,
-                              std::string_view part) {
-  const rows::Attribute* const known = FindAttribute(entry, attribute);
-  if (known == nullptr) {
-    return {};
+const rows::Attribute* AttributeOf(std::string_view entry, const char* name) {
+  if (entry == rows::kSensorPrefix) {
+    return sensors::FindAttribute(name);
   }
-  if (known->Where->Is != rows::Type::kPoint) {
-    return {known->Reader, known->Where->Is};
+  const auto known = handlers::DcioAttributes();
+  const auto found = std::ranges::find(known, std::string_view(name), &rows::Attribute::Name);
+  return found == known.end() ? nullptr : &*found;
+}
+
+ValueFormat FormatOfAttribute(const rows::Attribute& attribute, std::string_view part) {
+  if (attribute.Where->Is != rows::Type::kPoint) {
+    return {attribute.Reader, attribute.Where->Is};
   }
   ValueFormat format;
   for (const rows::Field<DcioPoint>& field : sensors::PointParts()) {
@@ -190,29 +185,28 @@ ValueFormat FormatOfAttribute(std::string_view entry, const std::string& attribu
   return format;
 }
 
-void JudgeAttribute(std::string_view entry, const observe::Stores& store, std::size_t begin,
+void JudgeAttribute(const rows::Attribute& known, const observe::Stores& store, std::size_t begin,
                     Row* row) {
-  const std::string attribute = row->Key.substr(begin);
-  const rows::Attribute* const known = FindAttribute(entry, attribute);
-  if (known == nullptr || known->Name == attribute) {
+  const std::string_view attribute = std::string_view(row->Key).substr(begin);
+  if (known.Name == attribute) {
     return;
   }
-  const bool is_point = known->Where->Is == rows::Type::kPoint;
-  const std::size_t length = known->Name.size();
-  const bool goes_on = is_point ? attribute[length] != '_' : !known->Name.ends_with('_');
-  const bool is_longer = goes_on && attribute.size() > length;
-  const bool is_voltage = known->Where->IsContainer && known->Where->Is == rows::Type::kFloat;
+  const bool is_point = known.Where->Is == rows::Type::kPoint;
+  const std::size_t length = known.Name.size();
+  const bool is_longer = attribute.size() > length &&
+                         (is_point ? attribute[length] != '_' : !known.Name.ends_with('_'));
+  const bool is_voltage = known.Where->IsContainer && known.Where->Is == rows::Type::kFloat;
   if (is_longer || (is_voltage && !attribute.ends_with("Volts"))) {
     AddRemark(row, Outcome::kLongerName,
               Quoted(attribute) + " is taken for " +
                   (is_voltage ? Quoted(attribute.substr(0, attribute.rfind("Volts") + 5))
-                              : Quoted(known->Name)),
+                              : Quoted(known.Name)),
               KeyFrom(*row, begin));
   }
-  if (!known->Where->IsContainer || is_voltage) {
+  if (!known.Where->IsContainer || is_voltage) {
     return;
   }
-  const char* const text = rows::AfterUnderscore(attribute.c_str());
+  const char* const text = rows::AfterUnderscore(attribute.data());
   if (text == nullptr) {
     return;
   }
@@ -223,7 +217,7 @@ void JudgeAttribute(std::string_view entry, const observe::Stores& store, std::s
   number.Read.Signed = store.Index;
   std::from_chars(text, end, number.Read.Signed);
   number.Stored.Signed = store.Index;
-  JudgeKeyNumber(number, begin + static_cast<std::size_t>(text - attribute.c_str()), '_', row);
+  JudgeKeyNumber(number, static_cast<std::size_t>(text - row->Key.c_str()), '_', row);
 }
 
 std::string_view NearestAttribute(std::string_view entry, bool is_part, std::string_view unknown) {

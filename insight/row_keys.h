@@ -7,6 +7,7 @@
 #include <string_view>
 
 #include "collector/observer.h"
+#include "collector/state/row_tables.h"
 #include "insight/row_values.h"
 #include "insight/snapshot.h"
 
@@ -25,12 +26,15 @@ ValueFormat FormatOfKey(int entry);
 // has to follow it: '_', or 0 for the end of the key.
 void JudgeKeyNumber(const observe::Stores& store, std::size_t begin, char end, Row* row);
 
-// How the value of an attribute of a sensor or DCIO device is read; `part` is that of a point.
-ValueFormat FormatOfAttribute(std::string_view entry, const std::string& attribute,
-                              std::string_view part);
+// The attribute of a sensor or DCIO device that a row of this name is taken for; null when there is
+// none.
+const rows::Attribute* AttributeOf(std::string_view entry, const char* name);
 
-// Of an attribute that is known; it begins at `begin` of the key.
-void JudgeAttribute(std::string_view entry, const observe::Stores& store, std::size_t begin,
+// How the value of this attribute is read; `part` is that of a point.
+ValueFormat FormatOfAttribute(const rows::Attribute& attribute, std::string_view part);
+
+// Of an attribute, whose name begins at `begin` of the key.
+void JudgeAttribute(const rows::Attribute& known, const observe::Stores& store, std::size_t begin,
                     Row* row);
 
 // The attribute, or the part of a point, that an unknown one is nearest to.

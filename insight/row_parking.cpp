@@ -61,16 +61,27 @@ void Parking::BeginCycle() {
   };
   for (auto& [address, variable] : variables_) {
     forget(&variable.Last);
+    variable.InheritedIn = kNone;
   }
   for (auto& [key, writer] : staged_) {
     forget(&writer);
   }
   group_ = {};
+  inheritance_.clear();
   points_.clear();
 }
 
 void Parking::EndCycle() {
   EndGroup();
+  // Voltages that nobody takes become more with every cycle: the first says where they come from.
+  for (const void* const voltages : {static_cast<const void*>(&f_Psrb_InputVoltages),
+                                     static_cast<const void*>(&f_Psrb_OutputVoltages)}) {
+    const auto begin = staged_.lower_bound({voltages, 0, {}});
+    const auto end = staged_.lower_bound({voltages, std::numeric_limits<long>::max(), {}});
+    if (begin != end) {
+      staged_.erase(std::next(begin), end);
+    }
+  }
   const auto keep = [this](Writer* writer) {
     if (writer->Row != kNone) {
       writer->Key = At(writer->Row).Key;
@@ -81,15 +92,6 @@ void Parking::EndCycle() {
   }
   for (auto& [key, writer] : staged_) {
     keep(&writer);
-  }
-  // Voltages that nobody takes become more with every cycle: the first says where they come from.
-  for (const void* const voltages : {static_cast<const void*>(&f_Psrb_InputVoltages),
-                                     static_cast<const void*>(&f_Psrb_OutputVoltages)}) {
-    const auto begin = staged_.lower_bound({voltages, 0, {}});
-    const auto end = staged_.lower_bound({voltages, std::numeric_limits<long>::max(), {}});
-    if (begin != end) {
-      staged_.erase(std::next(begin), end);
-    }
   }
   ended_ = true;
 }
@@ -172,25 +174,24 @@ void Parking::Inherit(std::string name, const Writer& writer) {
   } else if (!writer.Key.empty()) {
     from = writer.Key + " of an earlier cycle";
   }
-  if (group_.Names.insert(name).second) {
-    group_.Inheritance.push_back({std::move(name), std::move(from)});
-  }
+  inheritance_.push_back({std::move(name), std::move(from)});
 }
 
-void Parking::TakeVariable(const void* variable, const Change* where) {
+void Parking::TakeVariable(const void* variable, const Member* member) {
   const auto found = variables_.find(variable);
   if (found == variables_.end()) {
     return;
   }
-  const Writer& last = found->second.Last;
-  if (last.Row != kNone && last.Group == group_.Number) {
-    Resolve(last.Row, where);
-  } else {
-    Inherit(std::string(found->second.Written->Name), last);
+  Variable& taken = found->second;
+  if (IsOfGroup(taken.Last)) {
+    Change where;
+    Resolve(taken.Last.Row, member != nullptr && member->Find(&where) ? &where : nullptr);
+  } else if (std::exchange(taken.InheritedIn, Current()) != Current()) {
+    Inherit(std::string(taken.Written->Name), taken.Last);
   }
 }
 
-void Parking::Take(const observe::Record& record, const Element* element) {
+void Parking::Take(const observe::Record& record, Element* element) {
   const bool is_interface = record.Where == Place::kDisplayInterfaces;
   if (element != nullptr) {
     if (!is_interface) {
@@ -199,29 +200,27 @@ void Parking::Take(const observe::Record& record, const Element* element) {
       group_.Takes = TakesOf(record);
     }
     for (const observe::Point& point : points_) {
-      TakePoint(point, *element);
+      TakePoint(point, element);
     }
-    TakeMembers(record, *element);
+    TakeMembers(record, element);
   }
   if (!is_interface) {
     points_.clear();
   }
 }
 
-void Parking::TakeMembers(const observe::Record& record, const Element& element) {
+void Parking::TakeMembers(const observe::Record& record, Element* element) {
   for (const elements::Taken& taken : TakesOf(record)) {
     const void* const variable = taken.From->Address;
-    Change where;
-    const Change* const reported =
-        element.Find(taken.Member(*record.Element), &where) ? &where : nullptr;
-    if (std::ranges::count(record.Taken, variable) == 0) {
-      TakeTheSame(record, variable, reported);
+    const Member member = {element, &taken};
+    if (std::ranges::find(record.Taken, variable) == record.Taken.end()) {
+      TakeTheSame(record, member);
     } else if (variable == &f_Psrb_InputVoltages || variable == &f_Psrb_OutputVoltages) {
-      TakeVoltages(variable, where);
+      TakeVoltages(member);
     } else if (!taken.From->IsContainer) {
-      TakeVariable(variable, reported);
-      if (reported != nullptr && record.Where != Place::kDcioDevices) {
-        RemarkNarrowed(*taken.From, where);
+      TakeVariable(variable, &member);
+      if (record.Where != Place::kDcioDevices) {
+        RemarkNarrowed(member);
       }
     }
   }
@@ -229,14 +228,17 @@ void Parking::TakeMembers(const observe::Record& record, const Element& element)
 
 // A field of 16 bits keeps the low half of a variable of 32. The state of a DCIO device is reduced
 // to a flag instead.
-void Parking::RemarkNarrowed(const rows::Place& variable, const Change& where) {
-  const Writer& last = variables_.at(variable.Address).Last;
-  if (variable.Is != rows::Type::kUnsigned32 || last.Row == kNone || last.Group != group_.Number) {
+void Parking::RemarkNarrowed(const Member& member) {
+  const rows::Place& variable = *member.Variable->From;
+  if (variable.Is != rows::Type::kUnsigned32) {
     return;
   }
+  const Writer& last = variables_.at(variable.Address).Last;
   const std::uint32_t value = *static_cast<const std::uint32_t*>(variable.Address);
   const std::uint32_t low = value & 0xFFFFU;
-  if (value != low && where.After == std::to_string(low)) {
+  Change where;
+  if (value != low && IsOfGroup(last) && member.Find(&where) &&
+      where.After == std::to_string(low)) {
     Row& row = At(last.Row);
     AddRemark(&row, Outcome::kWrapped,
               std::to_string(value) + " does not fit: " + where.After + " is in the document",
@@ -245,48 +247,54 @@ void Parking::RemarkNarrowed(const rows::Place& variable, const Change& where) {
 }
 
 // The address of a display interface that is there already is not taken, but it may be the same.
-void Parking::TakeTheSame(const observe::Record& record, const void* variable,
-                          const Change* reported) {
+void Parking::TakeTheSame(const observe::Record& record, const Member& member) {
+  const void* const variable = member.Variable->From->Address;
   if (record.What != Ending::kFound || variable != &u16_DispInterfaceAddress) {
     return;
   }
   const Writer& last = variables_.at(variable).Last;
-  const bool is_own = last.Row != kNone && last.Group == group_.Number;
-  if (is_own &&
-      (reported == nullptr || reported->After == std::to_string(u16_DispInterfaceAddress))) {
-    Resolve(last.Row, reported);
+  if (!IsOfGroup(last)) {
+    return;
+  }
+  Change where;
+  if (!member.Find(&where)) {
+    Resolve(last.Row, nullptr);
+  } else if (where.After == std::to_string(u16_DispInterfaceAddress)) {
+    Resolve(last.Row, &where);
   }
 }
 
 // ---- Ends
 
 void Parking::EndRow() {
-  if (group_.Inheritance.empty()) {
+  if (inheritance_.empty()) {
     return;
   }
   // What comes from one place is named together.
-  if (!std::ranges::is_sorted(group_.Inheritance, {}, &Inherited::From)) {
-    std::ranges::stable_sort(group_.Inheritance, {}, &Inherited::From);
+  std::vector<const Inherited*> named;
+  named.reserve(inheritance_.size());
+  for (const Inherited& inherited : inheritance_) {
+    named.push_back(&inherited);
   }
+  std::ranges::stable_sort(named, {}, &Inherited::From);
   constexpr std::size_t kMostNamed = 20;
-  const std::size_t named = std::min(group_.Inheritance.size(), kMostNamed);
+  const std::size_t count = std::min(named.size(), kMostNamed);
   std::string text = "inherits ";
-  for (std::size_t i = 0; i < named; ++i) {
-    const auto& [name, from] = group_.Inheritance[i];
-    const bool is_last = i + 1 == named;
+  for (std::size_t i = 0; i < count; ++i) {
+    const auto& [name, from] = *named[i];
+    const bool is_last = i + 1 == count;
     text += name;
-    if (is_last || group_.Inheritance[i + 1].From != from) {
+    if (is_last || named[i + 1]->From != from) {
       text += " from ";
       text += from.empty() ? "what stood there before the first observed cycle" : from;
     }
     text += is_last ? "" : ", ";
   }
-  if (named < group_.Inheritance.size()) {
-    text += ", and " + std::to_string(group_.Inheritance.size() - named) + " more";
+  if (count < named.size()) {
+    text += ", and " + std::to_string(named.size() - count) + " more";
   }
   AddRemark(&At(Current()), Outcome::kInherited, std::move(text));
-  group_.Inheritance.clear();
-  group_.Names.clear();
+  inheritance_.clear();
 }
 
 void Parking::EndGroup() {
@@ -307,8 +315,8 @@ bool Parking::IsLast(const Parked& parked) const {
 void Parking::EndParked(const Parked& parked) {
   Row& row = At(parked.Row);
   if (!IsComplete()) {
-    AddRemark(&row, Outcome::kNoType, "no row " + group_.Prefix + "Type completes its element",
-              WholeKey(row));
+    AddRemark(&row, Outcome::kNoType,
+              Joined({"no row ", group_.Prefix, "Type completes its element"}), WholeKey(row));
     AddRemark(&row, Outcome::kParked, "kept for the next element that takes it");
     return;
   }
@@ -322,9 +330,10 @@ void Parking::EndParked(const Parked& parked) {
                 KeyFrom(row, group_.Prefix.size()));
     }
   }
-  AddRemark(&row, Outcome::kParked,
-            "kept for " + completes + ", " +
-                (group_.Path.empty() ? "whose element is lost" : "which completes " + group_.Path));
+  AddRemark(
+      &row, Outcome::kParked,
+      Joined({"kept for ", completes, ", ",
+              group_.Path.empty() ? "whose element is lost" : "which completes ", group_.Path}));
 }
 
 std::string Parking::WhyUntaken(const Variable& variable) {

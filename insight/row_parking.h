@@ -4,7 +4,6 @@
 
 #include <cstddef>
 #include <map>
-#include <set>
 #include <span>
 #include <string>
 #include <string_view>
@@ -40,7 +39,7 @@ class Parking {
 
   void Take(const observe::Point& point);
   // Of sensors, display interfaces and DCIO devices; `element` is null when it is refused.
-  void Take(const observe::Record& record, const Element* element);
+  void Take(const observe::Record& record, Element* element);
 
   // Reports what the element of the row has inherited.
   void EndRow();
@@ -60,6 +59,7 @@ class Parking {
   struct Variable {
     const rows::Attribute* Written;
     Writer Last;
+    std::size_t InheritedIn = kNone;  // the last row whose element inherited it
   };
   // A fan, a voltage, or one part of a point.
   struct StagedKey {
@@ -89,8 +89,6 @@ class Parking {
     std::string Path;                        // of the element; "" while it is not there
     bool OnOwnBus = false;
     std::vector<Parked> Rows;  // in order
-    std::vector<Inherited> Inheritance;
-    std::set<std::string> Names;  // of what it inherits
   };
 
   Row& At(std::size_t row) { return (*rows_)[row]; }
@@ -99,6 +97,10 @@ class Parking {
   Row* RowOf(StagedKey key, std::string_view part);
   std::string NameOf(const StagedKey& key) const;
   bool IsLast(const Parked& parked) const;
+  // Whether a row of the element that the row belongs to was the last to write.
+  bool IsOfGroup(const Writer& last) const {
+    return last.Row != kNone && last.Group == group_.Number;
+  }
 
   void Park(Writer* last, const void* variable, const StagedKey& staged);
   void EndGroup();
@@ -107,13 +109,14 @@ class Parking {
 
   void Resolve(std::size_t row, const Change* where);
   void Inherit(std::string name, const Writer& writer);
-  void TakeVariable(const void* variable, const Change* where);
+  // `member` is null when the variable does not stand in the element.
+  void TakeVariable(const void* variable, const Member* member);
   bool TakeStaged(const StagedKey& key, const Change* where);
-  void TakeMembers(const observe::Record& record, const Element& element);
-  void RemarkNarrowed(const rows::Place& variable, const Change& where);
-  void TakeTheSame(const observe::Record& record, const void* variable, const Change* reported);
-  void TakeVoltages(const void* container, Change where);
-  void TakePoint(const observe::Point& point, const Element& element);
+  void TakeMembers(const observe::Record& record, Element* element);
+  void RemarkNarrowed(const Member& member);
+  void TakeTheSame(const observe::Record& record, const Member& member);
+  void TakeVoltages(const Member& member);
+  void TakePoint(const observe::Point& point, Element* element);
   void RefusePoint(const observe::Point& point);
 
   std::vector<Row>* rows_;
@@ -122,6 +125,7 @@ class Parking {
   bool ended_ = false;  // the cycle before was seen to its end
   std::size_t groups_ = 0;
   Group group_;
+  std::vector<Inherited> inheritance_;  // of the row's element
   std::vector<observe::Point> points_;  // that the board takes that is being made
 };
 

@@ -51,7 +51,7 @@ bool Parking::TakeStaged(const StagedKey& key, const Change* where) {
   }
   const Writer writer = staged->second;
   staged_.erase(staged);
-  if (writer.Row != kNone && writer.Group == group_.Number) {
+  if (IsOfGroup(writer)) {
     Resolve(writer.Row, where);
   } else if (where != nullptr) {
     if (writer.Row != kNone) {
@@ -63,7 +63,10 @@ bool Parking::TakeStaged(const StagedKey& key, const Change* where) {
   return true;
 }
 
-void Parking::TakeVoltages(const void* container, Change where) {
+void Parking::TakeVoltages(const Member& member) {
+  const void* const container = member.Variable->From->Address;
+  Change where;
+  member.Find(&where);
   CutList(&where.After);
   auto staged = staged_.lower_bound({container, 0, {}});
   const auto is_here = [&] {
@@ -94,13 +97,13 @@ void Parking::Take(const observe::Point& point) {
   }
 }
 
-void Parking::TakePoint(const observe::Point& point, const Element& element) {
+void Parking::TakePoint(const observe::Point& point, Element* element) {
   const StagedKey whole = {ContainerOf(point.Where), static_cast<long>(point.Entry), {}};
   bool seen = false;
   const auto take = [&](std::string_view part, const void* address) {
     const StagedKey key = {whole.Container, whole.Index, part};
     Change where;
-    seen = TakeStaged(key, element.Find(address, &where) ? &where : nullptr) || seen;
+    seen = TakeStaged(key, element->Find(address, &where) ? &where : nullptr) || seen;
   };
   if (const auto* const fan = dynamic_cast<const QtSts::FanRpm*>(point.Element)) {
     take({}, &fan->Rpm);

@@ -122,6 +122,10 @@ void RowRecorder::SeeKeyNumber(const observe::Stores& store) {
                         : std::string_view());
 }
 
+const rows::Attribute* RowRecorder::KnownAttribute() const {
+  return AttributeOf(handled_.Entry, rows_.back().Key.c_str() + handled_.Attribute);
+}
+
 // What does not reach its destination.
 void RowRecorder::SeeKept(const observe::Stores& store) {
   Row& row = Current();
@@ -166,7 +170,9 @@ void RowRecorder::SeeKept(const observe::Stores& store) {
       AddRemark(&row, Outcome::kSecondSpeed,
                 "fan " + std::to_string(store.Index) + " has a speed already, which stays",
                 KeyFrom(row, attribute));
-      JudgeAttribute(handled_.Entry, store, attribute, &row);
+      if (const rows::Attribute* const known = KnownAttribute()) {
+        JudgeAttribute(*known, store, attribute, &row);
+      }
       break;
     default:
       break;
@@ -195,9 +201,10 @@ void RowRecorder::SeeStored(const observe::Stores& store) {
     return;
   }
   handled_.Destination = store.Destination;
-  const std::string attribute = row.Key.substr(handled_.Attribute);
-  JudgeAttribute(handled_.Entry, store, handled_.Attribute, &row);
-  JudgeValue(store, FormatOfAttribute(handled_.Entry, attribute, store.Attribute), &row);
+  if (const rows::Attribute* const known = KnownAttribute()) {
+    JudgeAttribute(*known, store, handled_.Attribute, &row);
+    JudgeValue(store, FormatOfAttribute(*known, store.Attribute), &row);
+  }
   if (store.Destination == &st_Type || store.Destination == &st_DCIO_Type) {
     parking_.StoreType(store.Destination == &st_Type);
   } else if (store.What != Fate::kUnknownWord) {
@@ -229,21 +236,21 @@ void RowRecorder::See(const observe::Record& record) {
     parking_.Take(record, nullptr);
     SeeRefused(record);
   } else {
-    const Element element(*record.Element, PathOf(record));
-    SeeElement(record, element);
+    Element element(*record.Element, PathOf(record));
+    SeeElement(record, &element);
   }
 }
 
-void RowRecorder::SeeElement(const observe::Record& record, const Element& element) {
+void RowRecorder::SeeElement(const observe::Record& record, Element* element) {
   Row& row = Current();
   if (record.Where == observe::Place::kTtableDevices) {
     Change value;
-    element.Find(handled_.Destination, &value);
+    element->Find(handled_.Destination, &value);
     row.Path = value.Path;
     row.After = value.After;
-    AddRemark(&row, Outcome::kStored, "makes " + element.Path());
+    AddRemark(&row, Outcome::kStored, "makes " + element->Path());
   } else {
-    parking_.Take(record, &element);
+    parking_.Take(record, element);
   }
   if (record.Where == observe::Place::kDisplayInterfaces) {
     return;
@@ -258,9 +265,9 @@ void RowRecorder::SeeElement(const observe::Record& record, const Element& eleme
   if (record.Where == observe::Place::kTtableDevices) {
     return;
   }
-  row.Path = element.Path();
-  row.After = element.ClassName();
-  AddRemark(&row, Outcome::kCompleted, "completes " + element.Path());
+  row.Path = element->Path();
+  row.After = element->ClassName();
+  AddRemark(&row, Outcome::kCompleted, "completes " + element->Path());
   if (record.Number != record.Position) {
     AddRemark(&row, Outcome::kNotThePosition,
               "number " + std::to_string(record.Number) + " becomes position " +

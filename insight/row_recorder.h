@@ -46,11 +46,13 @@ class RowRecorder {
   void Begin(const observe::RowBegins& begins);
   void See(const observe::Stores& store);
   void SeeKeyNumber(const observe::Stores& store);
+  // That the row is taken for; null when there is none.
+  const rows::Attribute* KnownAttribute() const;
   void SeeKept(const observe::Stores& store);
   void SeeStored(const observe::Stores& store);
   void StoreInField(const observe::Stores& store);
   void See(const observe::Record& record);
-  void SeeElement(const observe::Record& record, const Element& element);
+  void SeeElement(const observe::Record& record, Element* element);
   void SeeRefused(const observe::Record& record);
   void RemarkTaken(const observe::Record& record);
   void End();

@@ -23,6 +23,19 @@ bool HasRemark(const Row& row, Outcome what) {
   return std::ranges::find(row.Remarks, what, &Remark::What) != row.Remarks.end();
 }
 
+std::string Joined(std::initializer_list<std::string_view> parts) {
+  std::size_t size = 0;
+  for (const std::string_view part : parts) {
+    size += part.size();
+  }
+  std::string text;
+  text.reserve(size);
+  for (const std::string_view part : parts) {
+    text += part;
+  }
+  return text;
+}
+
 std::string Quoted(std::string_view text) {
   constexpr std::size_t kLongest = 60;
   constexpr std::size_t kEnd = 12;

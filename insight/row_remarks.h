@@ -1,6 +1,7 @@
 // How remarks about a row are made. Private to this library.
 #pragma once
 
+#include <initializer_list>
 #include <string>
 #include <string_view>
 
@@ -24,6 +25,9 @@ Excerpt KeyFrom(const Row& row, std::size_t begin);
 void AddRemark(Row* row, Outcome what, std::string text, const Excerpt& place = {});
 
 bool HasRemark(const Row& row, Outcome what);
+
+// One text of these parts.
+std::string Joined(std::initializer_list<std::string_view> parts);
 
 // A text between quotes as a message has it: clean UTF-8 in one line, without the middle of a long
 // one.

@@ -77,7 +77,7 @@ std::string StoredText(const Stores& store, rows::Type type) {
 
 // A value that is not the one word that is true, or sets a mark; `what` says what becomes of it.
 // False when it says that it is not true.
-bool JudgeUntrue(const std::string& wanted, const char* what, Row* row) {
+bool JudgeUntrue(std::string_view wanted, const char* what, Row* row) {
   const std::string word = Lower(Trimmed(row->Value));
   if (IsOneOf(word, {"false", "no", "off", "f", "n"}) ||
       word.find_first_not_of('0') == std::string::npos) {
@@ -95,13 +95,13 @@ bool JudgeUntrue(const std::string& wanted, const char* what, Row* row) {
   return true;
 }
 
-void JudgeFlag(const std::string& wanted, Row* row) {
+void JudgeFlag(std::string_view wanted, Row* row) {
   if (row->Value != wanted) {
     JudgeUntrue(wanted, "does not mean true", row);
   }
 }
 
-void JudgeMark(const std::string& wanted, Row* row) {
+void JudgeMark(std::string_view wanted, Row* row) {
   if (row->Value != wanted && !JudgeUntrue(wanted, "does not set the mark", row)) {
     AddRemark(row, Outcome::kMarkUnset, "the mark is not set");
   }
@@ -153,6 +153,18 @@ double AsReal(const Number& number) {
   }
 }
 
+// Of whole numbers of any type.
+bool IsSame(const Number& left, const Number& right) {
+  const auto is_negative = [](const Number& number) {
+    return number.Is == Number::Type::kSigned && number.Signed < 0;
+  };
+  const auto bits = [](const Number& number) {
+    return number.Is == Number::Type::kSigned ? static_cast<unsigned long long>(number.Signed)
+                                              : number.Unsigned;
+  };
+  return is_negative(left) == is_negative(right) && bits(left) == bits(right);
+}
+
 // Whether the destination holds another number than the text says. Digits that a floating number
 // has no room for do not count.
 bool IsWrapped(const Stores& store, std::string_view number) {
@@ -163,7 +175,7 @@ bool IsWrapped(const Stores& store, std::string_view number) {
   if (store.Stored.Is == Number::Type::kFloating) {
     return AsReal(store.Read) != store.Stored.Floating;
   }
-  return TextOf(store.Read) != TextOf(store.Stored) ||
+  return !IsSame(store.Read, store.Stored) ||
          (store.Read.Is == Number::Type::kUnsigned && number.find('-') != std::string_view::npos);
 }
 
@@ -171,11 +183,11 @@ void JudgeNumber(const Stores& store, const ValueFormat& format, Row* row) {
   const std::string_view value = row->Value;
   const std::string_view number = value.substr(0, store.Consumed);
   const std::string_view rest = value.substr(store.Consumed);
-  const std::string stored = StoredText(store, format.Is);
+  const auto stored = [&] { return StoredText(store, format.Is); };
   if (number.empty()) {
     AddRemark(row, Outcome::kNoNumber,
               (value.empty() ? "the value is empty" : Quoted(value) + " is no number") + ": " +
-                  stored + " is stored",
+                  stored() + " is stored",
               WholeValue(*row));
     return;
   }
@@ -185,17 +197,17 @@ void JudgeNumber(const Stores& store, const ValueFormat& format, Row* row) {
     // Nothing is left over.
   } else if (Trimmed(rest).empty()) {
     AddRemark(row, Outcome::kBlanksAfterNumber,
-              Counted(rest.size(), "blank") + " after the number " + stored, after);
+              Counted(rest.size(), "blank") + " after the number " + stored(), after);
   } else if (is_whole && IsFraction(Trimmed(rest))) {
     AddRemark(row, Outcome::kFractionDropped,
-              Quoted(rest) + " is dropped: " + stored + " is stored", after);
+              Quoted(rest) + " is dropped: " + stored() + " is stored", after);
   } else {
     AddRemark(row, Outcome::kTextAfterNumber,
-              Quoted(rest) + " follows the number: " + stored + " is stored", after);
+              Quoted(rest) + " follows the number: " + stored() + " is stored", after);
   }
   if (IsWrapped(store, number)) {
     AddRemark(row, Outcome::kWrapped,
-              Quoted(Trimmed(number)) + " does not fit: " + stored + " is stored",
+              Quoted(Trimmed(number)) + " does not fit: " + stored() + " is stored",
               {RowPart::kValue, 0, store.Consumed});
   }
 }
@@ -221,7 +233,7 @@ void JudgeValue(const Stores& store, const ValueFormat& format, Row* row) {
   }
   const rows::Parser& parser = *format.Parser;
   if (!parser.Words.empty()) {
-    const std::string first(parser.Words.front().Text);
+    const std::string_view first = parser.Words.front().Text;
     if (format.Is == rows::Type::kBool) {
       JudgeFlag(first, row);
     } else if (format.Is == rows::Type::kBits) {
