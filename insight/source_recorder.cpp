@@ -71,6 +71,7 @@ void SourceRecorder::BeginCycle() {
   talks_.clear();
   last_ = nullptr;
   probe_.clear();
+  feeds_ = {};
   last_of_.clear();
   interface_.clear();
   interfaces_.clear();
@@ -87,10 +88,12 @@ void SourceRecorder::See(const observe::Event& event) {
     SeeLabel(*label);
   } else if (const auto* const begins = event.As<observe::ProbeBegins>()) {
     probe_ = begins->Probe;
+    feeds_ = FeedsOf(probe_);
     last_ = nullptr;
   } else if (event.As<observe::ProbeEnds>() != nullptr) {
     last_of_[probe_] = last_;
     probe_.clear();
+    feeds_ = {};
   } else {
     database_.See(event);
   }
@@ -112,10 +115,10 @@ void SourceRecorder::SeeAnswer(const observe::Answers& answer) {
 }
 
 void SourceRecorder::SeeLabel(const observe::Label& label) {
-  const auto feed = std::ranges::find_if(FeedTable(), [&](const Feed& row) {
-    return row.Needs == Part::kLabel && probe_ == row.Probe && Is(row.Label, label.Text);
+  const auto feed = std::ranges::find_if(feeds_, [&](const Feed& row) {
+    return row.Needs == Part::kLabel && Is(row.Label, label.Text);
   });
-  if (feed != FeedTable().end()) {
+  if (feed != feeds_.end()) {
     TalkWith(SourceNamed(feed->Source))->TakeLabel(label.Text, label.Found);
   } else if (last_ != nullptr && Is(last_->Asked().Id, "link-counters")) {
     last_->TakeLabel(label.Text, label.Found);
@@ -173,10 +176,7 @@ Talk* SourceRecorder::TalkOf(const observe::Asks& question) {
 
 Talk* SourceRecorder::TalkOfPath(const std::string& path) {
   const SourceInfo* walked = nullptr;
-  for (const Feed& feed : FeedTable()) {
-    if (probe_ != feed.Probe) {
-      continue;
-    }
+  for (const Feed& feed : feeds_) {
     const SourceInfo& source = SourceNamed(feed.Source);
     if (source.Name == path) {
       return TalkWith(source);

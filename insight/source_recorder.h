@@ -6,6 +6,7 @@
 #include <deque>
 #include <map>
 #include <set>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -62,6 +63,7 @@ class SourceRecorder {
   std::deque<Talk> talks_;  // in the order in which they began
   Talk* last_ = nullptr;    // the one that was asked last in this probe
   std::string probe_;
+  std::span<const Feed> feeds_;                 // of this probe
   std::map<std::string, const Talk*> last_of_;  // the same when the probe ended
 
   std::string interface_;                         // that the network probe is at

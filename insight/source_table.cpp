@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <cstring>
+#include <iterator>
+#include <string_view>
 
 #include "hardware/parse_packages.h"
 #include "hardware/paths.h"
@@ -153,6 +155,20 @@ constexpr Feed kFeeds[] = {
     Whole("GetTime", "configuration-timestamp", "ConfigurationTimestamp"),
 };
 
+static_assert(
+    [] {
+      for (const Feed* feed = std::begin(kFeeds) + 1; feed != std::end(kFeeds); ++feed) {
+        const auto is_of_probe = [feed](const Feed& other) {
+          return std::string_view(other.Probe) == feed->Probe;
+        };
+        if (!is_of_probe(feed[-1]) && std::any_of(std::begin(kFeeds), feed, is_of_probe)) {
+          return false;
+        }
+      }
+      return true;
+    }(),
+    "the feeds of a probe stand together");
+
 }  // namespace
 
 std::span<const SourceInfo> SourceTable() {
@@ -189,6 +205,12 @@ const SourceInfo& SourceNamed(const char* id) {
 }
 
 std::span<const Feed> FeedTable() { return kFeeds; }
+
+std::span<const Feed> FeedsOf(std::string_view probe) {
+  const auto is_of_probe = [probe](const Feed& feed) { return probe == feed.Probe; };
+  const auto* const first = std::ranges::find_if(kFeeds, is_of_probe);
+  return {first, std::find_if_not(first, std::end(kFeeds), is_of_probe)};
+}
 
 bool AddsBits(std::string_view source, std::string_view field) {
   return std::ranges::any_of(kFeeds, [&](const Feed& feed) {

@@ -56,6 +56,9 @@ struct Feed {
 // In the order in which a cycle asks.
 std::span<const Feed> FeedTable();
 
+// Those of one probe, which stand together.
+std::span<const Feed> FeedsOf(std::string_view probe);
+
 // Whether the source only adds bits to this field.
 bool AddsBits(std::string_view source, std::string_view field);
 
