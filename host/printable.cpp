@@ -63,7 +63,13 @@ constexpr Range kWide[] = {
 
 static_assert(IsAscending(kSteering) && IsAscending(kCombining) && IsAscending(kWide));
 
+// Printable ASCII is in none of these ranges.
+constexpr bool IsPlain(char c) { return c >= ' ' && c <= '~'; }
+
 std::size_t ColumnsOf(std::uint32_t code) {
+  if (code < kCombining[0].First) {
+    return 1;
+  }
   if (IsIn(kCombining, code)) {
     return 0;
   }
@@ -101,7 +107,14 @@ std::string Printable(std::string_view source) {
   }
   text = text.substr(begin, text.find_last_not_of(kBlanks) + 1 - begin);
   std::string printable;
-  while (!text.empty()) {
+  while (true) {
+    const auto plain =
+        static_cast<std::size_t>(std::ranges::find_if_not(text, &IsPlain) - text.begin());
+    printable += text.substr(0, plain);
+    text.remove_prefix(plain);
+    if (text.empty()) {
+      return printable;
+    }
     const Character character = First(text);
     if (kBlanks.find(text[0]) != std::string_view::npos) {
       printable += ' ';
@@ -112,7 +125,6 @@ std::string Printable(std::string_view source) {
     }
     text.remove_prefix(character.Bytes.size());
   }
-  return printable;
 }
 
 std::size_t Width(std::string_view text) {
