@@ -44,19 +44,19 @@ class ValueFinder {
       wanted_;
 };
 
-// The values at `paths`, null where there is none.
+using Values = std::vector<const TreeValue*>;
+
+// Room for the values at `paths`, null where there is none, which the finder will find.
 template <class Paths>
-std::vector<const TreeValue*> ValuesAt(const QtSts::DocumentTree& document, const Paths& paths) {
-  std::vector<const TreeValue*> values(paths.size(), nullptr);
-  ValueFinder finder;
+Values Want(const Paths& paths, ValueFinder* finder) {
+  Values values(paths.size(), nullptr);
   for (std::size_t i = 0; i < paths.size(); ++i) {
-    finder.Want(paths[i], &values[i]);
+    finder->Want(paths[i], &values[i]);
   }
-  finder.Find(document);
   return values;
 }
 
-ValueSet SetOf(const std::vector<const TreeValue*>& values) {
+ValueSet SetOf(const Values& values) {
   ValueSet set(values.begin(), values.end());
   set.erase(nullptr);
   return set;
@@ -72,15 +72,13 @@ void AddListed(const TreeElement& element, ValueSet* values) {  // NOLINT(misc-n
   }
 }
 
-ValueSet UnreportedOf(const insight::Snapshot& snapshot) {
-  ValueSet values = SetOf(ValuesAt(snapshot.Document, snapshot.NotReported));
+void AddUnreportedLists(const insight::Snapshot& snapshot, ValueSet* values) {
   for (const std::string& path : snapshot.NotReported) {
     const TreeElement* const list = snapshot.Document.Root().Find(path);
     if (list != nullptr && list->IsList()) {
-      AddListed(*list, &values);
+      AddListed(*list, values);
     }
   }
-  return values;
 }
 
 // An optional source only adds to what others say.
@@ -101,17 +99,22 @@ Mark MarkOf(insight::Severity severity) {
   return kMarks[static_cast<std::size_t>(severity)];
 }
 
-Annotations::Annotations(const insight::Snapshot& snapshot)
-    : Unreported(UnreportedOf(snapshot)),
-      Unfed(SetOf(ValuesAt(snapshot.Document, UnfedPaths(snapshot)))) {
+Annotations::Annotations(const insight::Snapshot& snapshot) {
   std::vector<std::string_view> paths;
   for (const insight::Finding& finding : snapshot.Findings) {
     paths.emplace_back(finding.Path);
   }
-  const std::vector<const TreeValue*> values = ValuesAt(snapshot.Document, paths);
-  for (std::size_t i = 0; i < values.size(); ++i) {
-    if (values[i] != nullptr) {
-      Mark& mark = Marks[values[i]];
+  ValueFinder finder;
+  const Values found = Want(paths, &finder);
+  const Values unreported = Want(snapshot.NotReported, &finder);
+  const Values unfed = Want(UnfedPaths(snapshot), &finder);
+  finder.Find(snapshot.Document);
+  Unreported = SetOf(unreported);
+  AddUnreportedLists(snapshot, &Unreported);
+  Unfed = SetOf(unfed);
+  for (std::size_t i = 0; i < found.size(); ++i) {
+    if (found[i] != nullptr) {
+      Mark& mark = Marks[found[i]];
       mark = std::max(mark, MarkOf(snapshot.Findings[i].Level));
     }
   }
