@@ -40,10 +40,10 @@ INSTANTIATE_TEST_SUITE_P(Setting, ProtectedFolder, testing::Values(0, 2),
 
 TEST_P(ProtectedFolder, RootMakesThemWithThePermissionsOfTheDatabase) {
   struct {
-    User user;
-    mode_t mode;
-    std::string journal;
-    std::string others;
+    User Who;
+    mode_t Mode;
+    std::string Journal;
+    std::string Others;
   } const rows[] = {
       {{0, 0}, 0644, "0:0 644", "0:0 644"},
       {{0, 0}, 0600, "0:0 600", "0:0 600"},
@@ -58,14 +58,14 @@ TEST_P(ProtectedFolder, RootMakesThemWithThePermissionsOfTheDatabase) {
   };
   for (const auto& row : rows) {
     for (const bool write_ahead : {false, true}) {
-      SCOPED_TRACE(testing::Message() << row.user.id << ":" << row.user.group << " " << std::oct
-                                      << row.mode << (write_ahead ? " in WAL mode" : ""));
+      SCOPED_TRACE(testing::Message() << row.Who.Id << ":" << row.Who.Group << " " << std::oct
+                                      << row.Mode << (write_ahead ? " in WAL mode" : ""));
       write_ahead ? MakeWriteAhead() : MakeRollback();
-      Own(file_, row.user, row.mode);
+      Own(file_, row.Who, row.Mode);
       ASSERT_EQ(OpenReader(), 0);
-      EXPECT_EQ(Owner(Path("-journal")), row.journal);
-      EXPECT_EQ(Owner(Path("-wal")), row.others);
-      EXPECT_EQ(Owner(Path("-shm")), row.others);
+      EXPECT_EQ(Owner(Path("-journal")), row.Journal);
+      EXPECT_EQ(Owner(Path("-wal")), row.Others);
+      EXPECT_EQ(Owner(Path("-shm")), row.Others);
       EXPECT_EQ(Thrown([&] { EXPECT_EQ(ReadRows(reader_).size(), 1U); }), "");
       RemoveAll();
     }
@@ -122,7 +122,7 @@ TEST_P(ProtectedFolder, WriterOfTheGroupAndHostOfRootWorkSideBySide) {
       SCOPED_TRACE(testing::Message() << (write_ahead ? "WAL" : "rollback") << " mode, "
                                       << (writer_first ? "writer" : "host") << " first");
       write_ahead ? MakeWriteAhead() : MakeRollback();
-      Own(file_, {0, kWriter.group}, 0664);
+      Own(file_, {0, kWriter.Group}, 0664);
       if (!writer_first) {
         ASSERT_EQ(OpenReader(), 0);
         EXPECT_EQ(ReadRows(reader_).size(), 1U);
@@ -175,8 +175,8 @@ TEST_P(ProtectedFolder, WriterOfTheGroupIsKnownByTheListOfItsMembers) {
     }
     // SQLite gives the files that it makes to the group of its process.
     struct {
-      User user;
-      std::string failure;
+      User Who;
+      std::string Failure;
     } const rows[] = {
         {{2000, 2000}, ""},
         {{2000, 777}, ""},
@@ -188,10 +188,10 @@ TEST_P(ProtectedFolder, WriterOfTheGroupIsKnownByTheListOfItsMembers) {
       for (const char* suffix : {"-wal", "-shm"}) {
         Put("-wal", {0, 777}, 0664);
         Put("-shm", {0, 777}, 0664);
-        Put(suffix, row.user, 0664, row.failure.empty() ? "" : "bytes");
+        Put(suffix, row.Who, 0664, row.Failure.empty() ? "" : "bytes");
         const std::string expected =
-            row.failure.empty() ? "" : Refused(Path(suffix), row.failure) + "\n";
-        EXPECT_EQ(ReadAll(file_), expected) << row.user.id << suffix;
+            row.Failure.empty() ? "" : Refused(Path(suffix), row.Failure) + "\n";
+        EXPECT_EQ(ReadAll(file_), expected) << row.Who.Id << suffix;
         fs::remove(Path(suffix));
       }
     }

@@ -47,7 +47,7 @@ void Companions::RemoveAll() {
 int Companions::OpenReader() { return reader_.OpenDatabaseReadOnly(file_.c_str(), kNoMutex); }
 
 void Own(const std::string& name, User user, mode_t mode) {
-  ASSERT_EQ(chown(name.c_str(), user.id, user.group), 0);
+  ASSERT_EQ(chown(name.c_str(), user.Id, user.Group), 0);
   ASSERT_EQ(chmod(name.c_str(), mode), 0);
 }
 
@@ -62,7 +62,7 @@ std::string Owner(const std::string& name) {
 }
 
 bool Become(User user) {
-  return setgroups(0, nullptr) == 0 && setgid(user.group) == 0 && setuid(user.id) == 0;
+  return setgroups(0, nullptr) == 0 && setgid(user.Group) == 0 && setuid(user.Id) == 0;
 }
 
 std::string As(User user, const std::function<std::string()>& action) {

@@ -11,8 +11,8 @@
 constexpr const char* kSuffixes[] = {"-journal", "-wal", "-shm"};
 
 struct User {
-  uid_t id;
-  gid_t group;
+  uid_t Id;
+  gid_t Group;
 };
 
 constexpr User kStranger{65534, 65534};

@@ -77,23 +77,23 @@ TEST_F(Companions, HostIsNotEndedByAUserWhoMayNotWriteTheDatabase) {
 // SQLite used to wait in open for the other end of the pipe.
 TEST_F(Companions, PipeThatComesAfterTheLookDoesNotHoldAHost) {
   struct {
-    const char* suffix;
-    bool write_ahead;
+    const char* Suffix;
+    bool WriteAhead;
   } const rows[] = {{"-journal", false}, {"-journal", true}, {"-wal", true}, {"-shm", true}};
   for (const auto& row : rows) {
-    SCOPED_TRACE(testing::Message() << row.suffix << (row.write_ahead ? " in WAL mode" : ""));
-    row.write_ahead ? MakeWriteAhead() : MakeRollback();
+    SCOPED_TRACE(testing::Message() << row.Suffix << (row.WriteAhead ? " in WAL mode" : ""));
+    row.WriteAhead ? MakeWriteAhead() : MakeRollback();
     Child host([&] {
       alarm(10);
       if (OpenReader() != 0) {
         return 1;
       }
       // A writer's commit takes the journal away, and the stranger was waiting for that.
-      const std::string name = Path(row.suffix);
+      const std::string name = Path(row.Suffix);
       g_on_compile = [&](const char*) {
         unlink(name.c_str());
         mkfifo(name.c_str(), 0644);
-        chown(name.c_str(), kStranger.id, kStranger.group);
+        chown(name.c_str(), kStranger.Id, kStranger.Group);
       };
       const std::string failure = Thrown([&] { ReadRows(reader_); });
       g_on_compile = nullptr;
@@ -131,10 +131,10 @@ TEST_F(Companions, PipeThatComesInPlaceOfAMissingDatabaseDoesNotHoldAHost) {
 
 TEST_F(Companions, FileOfAStrangerIsNeverOpenedWhatever) {
   struct {
-    const char* suffix;
-    User user;
-    mode_t mode;
-    std::string why;
+    const char* Suffix;
+    User Who;
+    mode_t Mode;
+    std::string Why;
   } const rows[] = {
       {"-journal", kStranger, 0644, "belongs to user 65534, who may not write the database"},
       {"-wal", kStranger, 0644, "belongs to user 65534, who may not write the database"},
@@ -162,17 +162,17 @@ TEST_F(Companions, FileOfAStrangerIsNeverOpenedWhatever) {
   };
   for (const bool write_ahead : {false, true}) {
     for (const auto& row : rows) {
-      SCOPED_TRACE(testing::Message() << row.suffix << " " << row.why);
+      SCOPED_TRACE(testing::Message() << row.Suffix << " " << row.Why);
       write_ahead ? MakeWriteAhead() : MakeRollback();
-      Put(row.suffix, row.user, row.mode, "bytes");
+      Put(row.Suffix, row.Who, row.Mode, "bytes");
       EXPECT_EQ(Stderr([&] { EXPECT_EQ(OpenReader(), 14); }),
-                Refused(Path(row.suffix), row.why) + "\n");
-      fs::remove(Path(row.suffix));
+                Refused(Path(row.Suffix), row.Why) + "\n");
+      fs::remove(Path(row.Suffix));
       ASSERT_EQ(OpenReader(), 0);
       EXPECT_THAT(ReadRows(reader_), ElementsAre(Pair("a", "1")));
-      fs::remove(Path(row.suffix));
-      Put(row.suffix, row.user, row.mode, "bytes");
-      EXPECT_EQ(Thrown([&] { ReadRows(reader_); }), Refused(Path(row.suffix), row.why));
+      fs::remove(Path(row.Suffix));
+      Put(row.Suffix, row.Who, row.Mode, "bytes");
+      EXPECT_EQ(Thrown([&] { ReadRows(reader_); }), Refused(Path(row.Suffix), row.Why));
       RemoveAll();
     }
   }

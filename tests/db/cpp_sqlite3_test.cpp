@@ -292,8 +292,8 @@ TEST_F(Statement, QueryHoldsTheReadLockUntilItEnds) {
   CppSQLite3Statement statement = Select();
   constexpr const char* kInsert = "INSERT OR REPLACE INTO status VALUES('d','4')";
   struct {
-    const char* name;
-    std::function<void(CppSQLite3Query&)> end;
+    const char* Name;
+    std::function<void(CppSQLite3Query&)> End;
   } const ends[] = {
       {"finalize", [](CppSQLite3Query& query) { query.finalize(); }},
       {"destructor", [](CppSQLite3Query& query) { const CppSQLite3Query dies(std::move(query)); }},
@@ -306,10 +306,10 @@ TEST_F(Statement, QueryHoldsTheReadLockUntilItEnds) {
        }},
   };
   for (const auto& end : ends) {
-    SCOPED_TRACE(end.name);
+    SCOPED_TRACE(end.Name);
     CppSQLite3Query query = statement.execQuery();
     EXPECT_EQ(writer.Do(kInsert), "5:database is locked");
-    end.end(query);
+    end.End(query);
     EXPECT_EQ(writer.Do(kInsert), "");
   }
 }

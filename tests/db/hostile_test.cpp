@@ -95,32 +95,32 @@ std::string NotRegular(const std::string& name) {
 class OpenedFiles {
  public:
   OpenedFiles() {
-    names_.clear();
-    open_ = vfs_->xGetSystemCall(vfs_, "open");
+    g_names.clear();
+    g_open = vfs_->xGetSystemCall(vfs_, "open");
     vfs_->xSetSystemCall(vfs_, "open", reinterpret_cast<sqlite3_syscall_ptr>(&Note));
   }
   OpenedFiles(const OpenedFiles&) = delete;
   OpenedFiles& operator=(const OpenedFiles&) = delete;
-  ~OpenedFiles() { vfs_->xSetSystemCall(vfs_, "open", open_); }
+  ~OpenedFiles() { vfs_->xSetSystemCall(vfs_, "open", g_open); }
 
-  static const std::vector<std::string>& Names() { return names_; }
+  static const std::vector<std::string>& Names() { return g_names; }
 
  private:
   using Open = int (*)(const char*, int, int);
 
   static int Note(const char* name, int flags, int mode) {
-    names_.emplace_back(name);
-    return reinterpret_cast<Open>(open_)(name, flags, mode);
+    g_names.emplace_back(name);
+    return reinterpret_cast<Open>(g_open)(name, flags, mode);
   }
 
-  static inline std::vector<std::string> names_;
-  static inline sqlite3_syscall_ptr open_ = nullptr;
+  static inline std::vector<std::string> g_names;
+  static inline sqlite3_syscall_ptr g_open = nullptr;
   sqlite3_vfs* vfs_ = sqlite3_vfs_find(nullptr);
 };
 
 struct OddFile {
-  const char* name;
-  std::function<void(const std::string&)> make;
+  const char* Name;
+  std::function<void(const std::string&)> Make;
 };
 
 const OddFile kOddFiles[] = {
@@ -141,11 +141,11 @@ const OddFile kOddFiles[] = {
 TEST_F(Hostile, NothingButARegularFileIsOpened) {
   for (const OddFile& odd : kOddFiles) {
     for (const char* suffix : {"", "-journal", "-wal", "-shm"}) {
-      SCOPED_TRACE(testing::Message() << odd.name << " as " << suffix);
+      SCOPED_TRACE(testing::Message() << odd.Name << " as " << suffix);
       if (*suffix != '\0') {
         MakeForeign(file_, kTable);
       }
-      odd.make(file_ + suffix);
+      odd.Make(file_ + suffix);
       int read = -1;
       int write = -1;
       const std::string refusal = *suffix == '\0' ? kCantOpen : NotRegular(file_ + suffix);
@@ -180,12 +180,12 @@ TEST_F(Hostile, LinkInThePathIsNotFollowed) {
 // SQLite opens a journal that it finds for reading, which on a pipe used to wait for ever.
 TEST_F(Hostile, OddJournalThatComesAfterOpeningIsRefusedBeforeReading) {
   for (const OddFile& odd : kOddFiles) {
-    SCOPED_TRACE(odd.name);
+    SCOPED_TRACE(odd.Name);
     fs::remove(file_);
     Make(kTable);
     const std::string journal = file_ + "-journal";
     fs::remove(journal);
-    odd.make(journal);
+    odd.Make(journal);
     EXPECT_LT(Seconds([&] { EXPECT_EQ(Thrown([&] { Count(); }), NotRegular(journal)); }), 1.0);
     fs::remove(journal);
     EXPECT_EQ(Count(), 1);
@@ -295,11 +295,11 @@ TEST_F(Hostile, PausesOfTheHostAreNotCounted) {
       "INSERT INTO status SELECT 'key'||x, 'value'||x FROM c;");
   constexpr int kHour = 3600;
   struct {
-    const char* pause;
-    int gain;  // of the coarse clock, within SQLite
-    int row;   // that a row lasts outside
-    int work;  // how much of that the thread works
-    int wait;  // between compiling and running, in which the thread works
+    const char* Pause;
+    int Gain;  // of the coarse clock, within SQLite
+    int Row;   // that a row lasts outside
+    int Work;  // how much of that the thread works
+    int Wait;  // between compiling and running, in which the thread works
   } const cases[] = {
       {"stopped within SQLite", kHour, 0, 0, 0},
       {"stopped in a handler", 0, kHour, 0, 0},
@@ -307,17 +307,17 @@ TEST_F(Hostile, PausesOfTheHostAreNotCounted) {
       {"worked before the run", 0, 0, 0, kHour},
   };
   for (const auto& one : cases) {
-    SCOPED_TRACE(one.pause);
+    SCOPED_TRACE(one.Pause);
     int rows = 0;
     CppSQLite3Statement statement = database_.m_DB.compileStatement("SELECT * FROM status");
-    g_coarse_clock_shift += one.wait;
-    g_thread_clock_shift += one.wait;
+    g_coarse_clock_shift += one.Wait;
+    g_thread_clock_shift += one.Wait;
     EXPECT_EQ(Thrown([&] {
-                g_coarse_clock_gain = one.gain;
+                g_coarse_clock_gain = one.Gain;
                 for (CppSQLite3Query query = statement.execQuery(); !query.eof(); query.nextRow()) {
                   ++rows;
-                  g_coarse_clock_shift += one.row;
-                  g_thread_clock_shift += one.work;
+                  g_coarse_clock_shift += one.Row;
+                  g_thread_clock_shift += one.Work;
                 }
               }),
               "");
@@ -418,8 +418,8 @@ TEST_F(Hostile, DefencesAreUp) {
   ASSERT_EQ(database_.OpenDatabaseWrite(file_.c_str(), kNoMutex, 0), 0);
   const std::string library = dir_ / "evil.so";
   struct {
-    std::string sql;
-    std::string failure;
+    std::string Sql;
+    std::string Failure;
   } const rows[] = {
       {"UPDATE sqlite_schema SET sql=''", "1:table sqlite_master may not be modified"},
       {"SELECT load_extension('" + library + "')", "1:not authorized"},
@@ -436,8 +436,8 @@ TEST_F(Hostile, DefencesAreUp) {
   };
   EXPECT_EQ(Thrown([&] { Count("PRAGMA writable_schema=ON"); }), "");
   for (const auto& row : rows) {
-    SCOPED_TRACE(row.sql.substr(0, 80));
-    EXPECT_EQ(Thrown([&] { Count(row.sql.c_str()); }), row.failure);
+    SCOPED_TRACE(row.Sql.substr(0, 80));
+    EXPECT_EQ(Thrown([&] { Count(row.Sql.c_str()); }), row.Failure);
   }
   EXPECT_EQ(Setting(database_, "PRAGMA cell_size_check"), "1");
   EXPECT_EQ(Setting(database_, "PRAGMA trusted_schema"), "0");

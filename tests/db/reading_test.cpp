@@ -88,8 +88,8 @@ TEST_F(Reading, OrdinaryTablesAndViewsAreRead) {
 // compile.
 TEST_F(Reading, ViewThatHasNoBoundIsRefusedAtOnce) {
   struct {
-    std::string sql;
-    std::string failure;
+    std::string Sql;
+    std::string Failure;
   } const cases[] = {
       {View("SELECT instr(hex(zeroblob(500000)), hex(zeroblob(250000)) || 'x') AS address, 1"),
        "1:table or view calls function zeroblob"},
@@ -133,10 +133,10 @@ TEST_F(Reading, ViewThatHasNoBoundIsRefusedAtOnce) {
        "1:view status is longer than 4096 bytes"},
   };
   for (const auto& one : cases) {
-    SCOPED_TRACE(one.sql.substr(0, 100));
-    Make(kOther + one.sql);
-    EXPECT_THAT(Refusal(), StartsWith(one.failure));
-    EXPECT_EQ(Refusal().empty(), one.failure.empty());
+    SCOPED_TRACE(one.Sql.substr(0, 100));
+    Make(kOther + one.Sql);
+    EXPECT_THAT(Refusal(), StartsWith(one.Failure));
+    EXPECT_EQ(Refusal().empty(), one.Failure.empty());
   }
 }
 
@@ -261,9 +261,9 @@ TEST_F(Reading, EveryFunctionOfSqliteIsRefusedInAView) {
 // SQLite compiles for the schema of the cycle before, and compiles again in the first step.
 TEST_F(Reading, SchemaThatChangesBetweenCyclesIsFollowed) {
   struct Schema {
-    const char* name;
-    std::string sql;
-    std::string failure;
+    const char* Name;
+    std::string Sql;
+    std::string Failure;
   };
   const std::string drop_table = "DROP TABLE IF EXISTS status;";
   const std::string drop_view = "DROP VIEW IF EXISTS status;";
@@ -293,17 +293,17 @@ TEST_F(Reading, SchemaThatChangesBetweenCyclesIsFollowed) {
     CppSQLite3Statement kept = database_.m_DB.compileStatement(kSelect);
     const char* before = "table";
     const auto check = [&](const Schema& schema) {
-      SCOPED_TRACE(testing::Message() << before << " became " << schema.name);
-      EXPECT_EQ(Refusal(), schema.failure);
-      EXPECT_EQ(Refusal(), schema.failure) << "the second time";
+      SCOPED_TRACE(testing::Message() << before << " became " << schema.Name);
+      EXPECT_EQ(Refusal(), schema.Failure);
+      EXPECT_EQ(Refusal(), schema.Failure) << "the second time";
       EXPECT_EQ(Thrown([&] {
                   CppSQLite3Query query = kept.execQuery();
                   EXPECT_STREQ(query.getStringField(0, ""), "a");
                 }),
-                schema.failure)
+                schema.Failure)
           << "with a statement that was kept";
       EXPECT_EQ(other.Do("BEGIN EXCLUSIVE; COMMIT"), "") << "a lock is left";
-      before = schema.name;
+      before = schema.Name;
     };
     for (const Schema& first : schemas) {
       for (const Schema& second : schemas) {
@@ -311,7 +311,7 @@ TEST_F(Reading, SchemaThatChangesBetweenCyclesIsFollowed) {
           const bool view = other.Get(
                                 "SELECT count(*) FROM sqlite_schema WHERE type='view' AND "
                                 "name='status'") == "1";
-          ASSERT_EQ(other.Do((view ? drop_view : drop_table) + schema->sql), "");
+          ASSERT_EQ(other.Do((view ? drop_view : drop_table) + schema->Sql), "");
           check(*schema);
         }
       }
@@ -334,8 +334,8 @@ TEST_F(Reading, RowsComeInTheOrderThatTheColumnOfTheKeysHas) {
 // Messages go to the terminal of whoever runs a host, and into logs.
 TEST_F(Reading, NamesInMessagesSteerNoTerminal) {
   const struct {
-    std::string name;
-    std::string in_message;
+    std::string Name;
+    std::string InMessage;
   } cases[] = {
       {"gr\xc3\xb6\xc3\x9f"
        "e \xe2\x82\xac \xf0\x9f\x92\xa1",
@@ -361,9 +361,9 @@ TEST_F(Reading, NamesInMessagesSteerNoTerminal) {
       {"cut \xe2\x82", "cut \xef\xbf\xbd\xef\xbf\xbd"},
   };
   for (const auto& one : cases) {
-    SCOPED_TRACE(one.in_message);
-    Make(kOther + View("SELECT t.[" + one.name + "] AS address, y AS value FROM t"));
-    EXPECT_EQ(Refusal(), "1:no such column: t." + one.in_message);
+    SCOPED_TRACE(one.InMessage);
+    Make(kOther + View("SELECT t.[" + one.Name + "] AS address, y AS value FROM t"));
+    EXPECT_EQ(Refusal(), "1:no such column: t." + one.InMessage);
   }
 }
 

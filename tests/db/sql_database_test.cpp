@@ -318,8 +318,8 @@ TEST_F(Database, TriggersRefuseWhatIsTooLongAndSaySo) {
   // Two bytes for each of these characters.
   const auto accents = [](int count) { return "printf('%.*c'," + std::to_string(count) + ",'é')"; };
   struct {
-    std::string sql;
-    std::string result;
+    std::string Sql;
+    std::string Result;
   } const rows[] = {
       {"INSERT INTO status VALUES(" + text(127) + ",'v')", ""},
       {"INSERT INTO status VALUES(" + text(128) + ",'v')", address},
@@ -346,8 +346,8 @@ TEST_F(Database, TriggersRefuseWhatIsTooLongAndSaySo) {
       {"UPDATE status SET address=" + text(128) + " WHERE address='a'", address},
   };
   for (const auto& row : rows) {
-    SCOPED_TRACE(row.sql);
-    EXPECT_EQ(writer.Do(row.sql), row.result);
+    SCOPED_TRACE(row.Sql);
+    EXPECT_EQ(writer.Do(row.Sql), row.Result);
   }
   EXPECT_EQ(writer.Get("SELECT max(length(CAST(address AS BLOB))) FROM status"), "127");
   EXPECT_EQ(writer.Get("SELECT max(length(CAST(value AS BLOB))) FROM status"), "511");

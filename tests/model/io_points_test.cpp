@@ -80,10 +80,10 @@ TYPED_TEST_SUITE(PointListTest, BothLists, KindNames);
 
 TYPED_TEST(PointListTest, TakesIndicesUpToTheMaximumOrAnyWhenOpenEnded) {
   constexpr struct {
-    bool open_ended;
-    std::uint32_t maximum;
-    int index;
-    bool taken;
+    bool OpenEnded;
+    std::uint32_t Maximum;
+    int Index;
+    bool Taken;
   } kRows[] = {
       {false, 8, 1, true},
       {false, 8, 8, true},
@@ -107,13 +107,13 @@ TYPED_TEST(PointListTest, TakesIndicesUpToTheMaximumOrAnyWhenOpenEnded) {
       {false, 4294967295, 2147483647, true},
   };
   for (const auto& row : kRows) {
-    SCOPED_TRACE(testing::Message() << (row.open_ended ? "open-ended" : "closed") << " at "
-                                    << row.maximum << ", index " << row.index);
-    typename TypeParam::List list(row.maximum);
-    list.OpenEnded = row.open_ended;
-    EXPECT_EQ(list.IsValid(PointAt<typename TypeParam::Point>(row.index).get()), row.taken);
-    EXPECT_EQ(Offer<typename TypeParam::Point>(&list, row.index), row.taken);
-    EXPECT_EQ(list.Points.size(), row.taken ? 1U : 0U);
+    SCOPED_TRACE(testing::Message() << (row.OpenEnded ? "open-ended" : "closed") << " at "
+                                    << row.Maximum << ", index " << row.Index);
+    typename TypeParam::List list(row.Maximum);
+    list.OpenEnded = row.OpenEnded;
+    EXPECT_EQ(list.IsValid(PointAt<typename TypeParam::Point>(row.Index).get()), row.Taken);
+    EXPECT_EQ(Offer<typename TypeParam::Point>(&list, row.Index), row.Taken);
+    EXPECT_EQ(list.Points.size(), row.Taken ? 1U : 0U);
   }
 }
 

@@ -197,8 +197,8 @@ TEST_F(SensorAttributes, TakeConnectedForTrueOnlyWhenItSaysTrue) {
 
 TEST_F(SensorAttributes, KnowTheThreeLockTextsAndTakeAnyOtherForUnknown) {
   constexpr struct {
-    const char* text;
-    std::uint32_t code;
+    const char* Text;
+    std::uint32_t Code;
   } kLocks[] = {{"locked_location", 0},
                 {"locked_time", 1},
                 {"locked_not_locked", 2},
@@ -207,25 +207,25 @@ TEST_F(SensorAttributes, KnowTheThreeLockTextsAndTakeAnyOtherForUnknown) {
                 {"locked_location", 0},
                 {"locked", 3}};
   for (const auto& lock : kLocks) {
-    Send(1, "Locked", lock.text);
-    EXPECT_EQ(Locked, lock.code) << lock.text;
+    Send(1, "Locked", lock.Text);
+    EXPECT_EQ(Locked, lock.Code) << lock.Text;
   }
 }
 
 TEST_F(SensorAttributes, ReplaceTheAmbientLightWhileItIsOverriddenByHand) {
   constexpr struct {
-    std::uint32_t mode;
-    std::uint32_t flags;
-    std::uint16_t stored;
+    std::uint32_t Mode;
+    std::uint32_t Flags;
+    std::uint16_t Stored;
   } kRows[] = {{1, 0x4000, 201}, {1, 0xFFFFFFFF, 201}, {1, 0x2000, 80}, {1, 0, 80},
                {0, 0x4000, 80},  {2, 0x4000, 80},      {6, 0x4000, 80}};
   for (const auto& row : kRows) {
-    SCOPED_TRACE(testing::Message() << "mode " << row.mode << ", flags " << row.flags);
-    MakeOutput(row.mode, row.flags);
+    SCOPED_TRACE(testing::Message() << "mode " << row.Mode << ", flags " << row.Flags);
+    MakeOutput(row.Mode, row.Flags);
     Send(1, "Ambient", "80");
-    EXPECT_EQ(u16_Ambient, row.stored);
+    EXPECT_EQ(u16_Ambient, row.Stored);
     // Only the reading is replaced.
-    EXPECT_EQ(status_.Outputs[0]->StatusFlags, row.flags);
+    EXPECT_EQ(status_.Outputs[0]->StatusFlags, row.Flags);
   }
 }
 

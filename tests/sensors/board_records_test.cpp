@@ -32,19 +32,19 @@ TEST_F(Boards, AgreeInBothConnectedFlags) {
 
 TEST_F(Boards, HaveClosedListsOfTheirCapacity) {
   constexpr struct {
-    SensorType type;
-    std::uint32_t inputs;
-    std::uint32_t outputs;
+    SensorType Type;
+    std::uint32_t Inputs;
+    std::uint32_t Outputs;
   } kBoards[] = {
       {kCanDcio16In3Out8Cfg, 24, 11}, {kCanDcio2In1Out, 2, 1}, {kCanDcioAndFanRpm, 16, 12}};
   for (const auto& row : kBoards) {
-    SCOPED_TRACE(row.type);
+    SCOPED_TRACE(row.Type);
     for (const QtSts::CCANDcio* board :
-         {&BuildOwn<QtSts::CCANDcio>(row.type), &BuildBehindRouter<QtSts::CCANDcio>(row.type)}) {
+         {&BuildOwn<QtSts::CCANDcio>(row.Type), &BuildBehindRouter<QtSts::CCANDcio>(row.Type)}) {
       ASSERT_NE(board->Points.Inputs, nullptr);
       ASSERT_NE(board->Points.Outputs, nullptr);
-      EXPECT_EQ(board->Points.Inputs->MaximumIndex, row.inputs);
-      EXPECT_EQ(board->Points.Outputs->MaximumIndex, row.outputs);
+      EXPECT_EQ(board->Points.Inputs->MaximumIndex, row.Inputs);
+      EXPECT_EQ(board->Points.Outputs->MaximumIndex, row.Outputs);
       EXPECT_FALSE(board->Points.Inputs->OpenEnded);
       EXPECT_FALSE(board->Points.Outputs->OpenEnded);
       EXPECT_THAT(board->Points.Inputs->Points, IsEmpty());
@@ -56,22 +56,22 @@ TEST_F(Boards, HaveClosedListsOfTheirCapacity) {
 
 TEST_F(Boards, TakeTheStagedPointsUpToTheirCapacity) {
   constexpr struct {
-    SensorType type;
-    std::size_t inputs;
-    std::size_t outputs;
+    SensorType Type;
+    std::size_t Inputs;
+    std::size_t Outputs;
   } kBoards[] = {
       {kCanDcio16In3Out8Cfg, 24, 11}, {kCanDcio2In1Out, 2, 1}, {kCanDcioAndFanRpm, 16, 12}};
   for (const auto& row : kBoards) {
-    SCOPED_TRACE(row.type);
+    SCOPED_TRACE(row.Type);
     for (std::size_t i = 0; i < dcioInputs.size(); ++i) {
       dcioInputs[i] = {1, 1, static_cast<int>(i) + 1, 1, "in"};
     }
     for (std::size_t i = 0; i < dcioOutputs.size(); ++i) {
       dcioOutputs[i] = {1, 1, static_cast<int>(i) + 1, 1, "out"};
     }
-    const auto& board = BuildOwn<QtSts::CCANDcio>(row.type);
-    EXPECT_EQ(board.Points.Inputs->Points.size(), row.inputs);
-    EXPECT_EQ(board.Points.Outputs->Points.size(), row.outputs);
+    const auto& board = BuildOwn<QtSts::CCANDcio>(row.Type);
+    EXPECT_EQ(board.Points.Inputs->Points.size(), row.Inputs);
+    EXPECT_EQ(board.Points.Outputs->Points.size(), row.Outputs);
     EXPECT_EQ(dcioInputs, decltype(dcioInputs)());
     EXPECT_EQ(dcioOutputs, decltype(dcioOutputs)());
   }
@@ -85,14 +85,14 @@ TEST_F(Boards, WithFansHoldTheFansInOrderOfTheirNumbersAndEmptyTheMap) {
   const auto& fans = At<QtSts::CCANDcioAndFanRpm>(status_.Sensors, 0).FanRpms;
   ASSERT_EQ(fans.Count(), 3U);
   constexpr struct {
-    int number;
-    int rpm;
+    int Number;
+    int Rpm;
   } kFans[] = {{1, 1100}, {2, 1200}, {255, 65535}};
   for (unsigned int i = 0; i < 3; ++i) {
     SCOPED_TRACE(i);
     EXPECT_EQ(fans[i]->Ordinal, i);
-    EXPECT_EQ(fans[i]->FanNumber, kFans[i].number);
-    EXPECT_EQ(fans[i]->Rpm, kFans[i].rpm);
+    EXPECT_EQ(fans[i]->FanNumber, kFans[i].Number);
+    EXPECT_EQ(fans[i]->Rpm, kFans[i].Rpm);
   }
   EXPECT_THAT(FanRpms, IsEmpty());
 }

@@ -116,20 +116,20 @@ TEST_F(StagedPoints, WithoutAClassAreEmptiedAndAddNothing) {
 
 TEST_F(StagedPoints, AreOnOnlyInStateOne) {
   constexpr struct {
-    std::int32_t state;
-    bool on;
+    std::int32_t State;
+    bool On;
   } kRows[] = {{1, true}, {0, false}, {2, false}, {-1, false}, {257, false}};
   for (const auto& row : kRows) {
-    SCOPED_TRACE(row.state);
-    dcioInputs[0] = {1, 3, 1, row.state, ""};
-    dcioOutputs[0] = {1, 1, 1, row.state, ""};
+    SCOPED_TRACE(row.State);
+    dcioInputs[0] = {1, 3, 1, row.State, ""};
+    dcioOutputs[0] = {1, 1, 1, row.State, ""};
     PopulateInputs(&board_);
     PopulateOutputs(&board_);
     // Inputs store their state, outputs its inverse.
-    EXPECT_EQ(Inputs().back()->Get(), row.on);
-    EXPECT_EQ(Inputs().back()->State, row.on ? 1U : 0U);
-    EXPECT_EQ(Outputs().back()->Get(), row.on);
-    EXPECT_EQ(Outputs().back()->StoredState, row.on ? 0U : 1U);
+    EXPECT_EQ(Inputs().back()->Get(), row.On);
+    EXPECT_EQ(Inputs().back()->State, row.On ? 1U : 0U);
+    EXPECT_EQ(Outputs().back()->Get(), row.On);
+    EXPECT_EQ(Outputs().back()->StoredState, row.On ? 0U : 1U);
   }
 }
 

@@ -213,29 +213,29 @@ TEST_F(Records, OfBeaconsAndRoundelsHoldTheirBlock) {
 
 TEST_F(Records, OfBeaconsLeaveOutTheReadingsThatAreAllOnes) {
   constexpr struct {
-    std::uint16_t kelvin;
-    std::uint8_t humidity;
-    bool has_kelvin;
-    bool has_humidity;
+    std::uint16_t Kelvin;
+    std::uint8_t Humidity;
+    bool HasKelvin;
+    bool HasHumidity;
   } kRows[] = {{65535, 255, false, false},
                {65535, 0, false, true},
                {0, 255, true, false},
                {0, 0, true, true},
                {65534, 254, true, true}};
   for (const auto& row : kRows) {
-    SCOPED_TRACE(testing::Message() << row.kelvin << " K, " << int{row.humidity} << " %");
-    beaconRoundel.TemperatureKelvin = row.kelvin;
-    beaconRoundel.Humidity = row.humidity;
+    SCOPED_TRACE(testing::Message() << row.Kelvin << " K, " << int{row.Humidity} << " %");
+    beaconRoundel.TemperatureKelvin = row.Kelvin;
+    beaconRoundel.Humidity = row.Humidity;
     for (const QtSts::CBeaconRecord* record :
          {&BuildOwn<QtSts::CBeaconRecord>(kCanBeacon),
           &BuildBehindRouter<QtSts::CBeaconRecord>(kCanRoundel)}) {
-      EXPECT_EQ(record->TemperatureKelvin != nullptr, row.has_kelvin);
-      EXPECT_EQ(record->Humidity != nullptr, row.has_humidity);
-      if (row.has_kelvin) {
-        EXPECT_THAT(record->TemperatureKelvin, Pointee(row.kelvin));
+      EXPECT_EQ(record->TemperatureKelvin != nullptr, row.HasKelvin);
+      EXPECT_EQ(record->Humidity != nullptr, row.HasHumidity);
+      if (row.HasKelvin) {
+        EXPECT_THAT(record->TemperatureKelvin, Pointee(row.Kelvin));
       }
-      if (row.has_humidity) {
-        EXPECT_THAT(record->Humidity, Pointee(row.humidity));
+      if (row.HasHumidity) {
+        EXPECT_THAT(record->Humidity, Pointee(row.Humidity));
       }
     }
   }

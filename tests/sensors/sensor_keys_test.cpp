@@ -37,21 +37,21 @@ TEST_F(SensorKeys, BehindTheRouterEndAsARecordOfTheInterface) {
 
 TEST_F(SensorKeys, GoToTheOwnListFromEveryLocationButTheTwoInterfaces) {
   constexpr struct {
-    const char* location;
-    std::uint32_t code;
-    bool own;
+    const char* Location;
+    std::uint32_t Code;
+    bool Own;
   } kRows[] = {{"Local_CAN", 0, true},
                {"TXR_CAN", 1, false},
                {"SCBII_CAN", 2, false},
                {"Local_I2C", 3, true}};
   for (const auto& row : kRows) {
-    SCOPED_TRACE(row.location);
+    SCOPED_TRACE(row.Location);
     Status_ClearLists(&status_);
-    Send(0, "Location", row.location);
-    EXPECT_EQ(at_Type, row.code);
+    Send(0, "Location", row.Location);
+    EXPECT_EQ(at_Type, row.Code);
     Send(0, "Type", "CANDoor");
-    EXPECT_EQ(status_.Sensors.Count(), row.own ? 1U : 0U);
-    EXPECT_EQ(status_.Outputs.Count(), row.own ? 0U : 1U);
+    EXPECT_EQ(status_.Sensors.Count(), row.Own ? 1U : 0U);
+    EXPECT_EQ(status_.Outputs.Count(), row.Own ? 0U : 1U);
   }
   Status_ClearLists(&status_);
   at_Type = static_cast<AttachmentType>(7);
@@ -82,8 +82,8 @@ TEST_F(SensorKeys, SetTypeTwentyForAnUnknownTypeAndCompleteAllTheSame) {
 
 TEST_F(SensorKeys, KnowTheTypeByItsExactText) {
   constexpr struct {
-    const char* text;
-    std::uint32_t code;
+    const char* Text;
+    std::uint32_t Code;
   } kTypes[] = {
       {"CANTemp", 0},
       {"CANLight", 1},
@@ -105,10 +105,10 @@ TEST_F(SensorKeys, KnowTheTypeByItsExactText) {
   };
   EXPECT_EQ(std::size(kTypes), sensors::SensorKinds().size());
   for (const auto& type : kTypes) {
-    SCOPED_TRACE(type.text);
+    SCOPED_TRACE(type.Text);
     Status_ClearLists(&status_);
-    Send(0, "Type", type.text);
-    EXPECT_EQ(st_Type, type.code);
+    Send(0, "Type", type.Text);
+    EXPECT_EQ(st_Type, type.Code);
     EXPECT_EQ(status_.Sensors.Count(), 1U);
   }
 }
@@ -131,8 +131,8 @@ TEST_F(SensorKeys, AreRefusedWhenTheNumberBeginsWithASignOrTheLike) {
 
 TEST_F(SensorKeys, StoreTheNumberAsItWrapsWhateverTheAttribute) {
   constexpr struct {
-    const char* key;
-    std::uint32_t number;
+    const char* Key;
+    std::uint32_t Number;
   } kKeys[] = {{"Sensor_3_Nonsense", 3},
                {"Sensor_007_Nonsense", 7},
                {"Sensor_ 8_Nonsense", 8},
@@ -143,10 +143,10 @@ TEST_F(SensorKeys, StoreTheNumberAsItWrapsWhateverTheAttribute) {
                {"Sensor_5x_Nonsense", 5},
                {"Sensor_ -6_Nonsense", 4294967290}};
   for (const auto& row : kKeys) {
-    SCOPED_TRACE(row.key);
+    SCOPED_TRACE(row.Key);
     u32_SensorNumber = 99;
-    EXPECT_EQ(Send(row.key, "1"), 0);
-    EXPECT_EQ(u32_SensorNumber, row.number);
+    EXPECT_EQ(Send(row.Key, "1"), 0);
+    EXPECT_EQ(u32_SensorNumber, row.Number);
   }
 }
 
@@ -230,10 +230,10 @@ TEST_F(SensorKeys, HandTheirAttributesOnToTheNextCycle) {
 
 TEST(Strnicmp, ComparesTheFirstBytesWithoutRegardToCase) {
   constexpr struct {
-    const char* left;
-    const char* right;
-    unsigned int count;
-    int result;
+    const char* Left;
+    const char* Right;
+    unsigned int Count;
+    int Result;
   } kRows[] = {
       {"", "", 0, 0},
       {"a", "b", 0, 0},
@@ -253,8 +253,8 @@ TEST(Strnicmp, ComparesTheFirstBytesWithoutRegardToCase) {
       {"\xFF", "\x7F", 1, 1},
   };
   for (const auto& row : kRows) {
-    SCOPED_TRACE(testing::Message() << row.left << " " << row.right << " " << row.count);
-    EXPECT_EQ(Strnicmp(row.left, row.right, row.count), row.result);
+    SCOPED_TRACE(testing::Message() << row.Left << " " << row.Right << " " << row.Count);
+    EXPECT_EQ(Strnicmp(row.Left, row.Right, row.Count), row.Result);
   }
 }
 
