@@ -176,7 +176,7 @@ class OwningList : public testing::Test {
   static_assert(std::is_base_of_v<CBaseStatus, Element>);
   // The position is taken by reference, by the operator that is no template.
   using At = Element* (COwningList<Element>::*)(const unsigned int&) const;
-  static_assert(static_cast<At>(&List::operator[]) != nullptr);
+  static_assert(std::is_same_v<decltype(static_cast<At>(&List::operator[])), At>);
 
   Element* Make() { return new Counted<Element>(&destroyed_); }
 
