@@ -136,7 +136,8 @@ bool JsonReader::TakeMember(const ClassInfo& info, std::string_view name,
   if (std::ranges::find(*members, field, &Member::Listed) != members->end()) {
     return Fail(position, name, kTwice);
   }
-  Member& member = members->emplace_back(Member{field, position, ""});
+  members->push_back({field, position, ""});
+  Member& member = members->back();
   if (field->Scalar != nullptr) {
     const bool taken = TakeScalar(*field, &member.Value);
     if (taken && member.Value.size() < kMaximumValueSize) {
