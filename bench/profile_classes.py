@@ -10,7 +10,7 @@ WORK = [
     ("records: make, fill, place, destroy",
      r"Fill|Build|Make|COwningList|introsort|_M_realloc|sort|~|_Rb_tree|Populate|OfferPoint|Verify|"
      r"CompleteSensor|FindCode|Status_TtableDevice|Add\(|vector|ClearLists|basic_string|IOList|::Set"),
-    ("observer: what it is told of", r"observe::|Counter::See|ReportKept|StoredNumber|FateOf"),
+    ("observer: its events", r"observe::|Counter::See|ReportKept|StoredNumber|FateOf"),
     ("texts: copies of key and value", r"memcpy|memmove|strnlen|strcpy|stpcpy"),
     ("texts: lengths and comparisons", r"strlen|strchr|strcmp|strncmp|memcmp|memchr|strstr"),
     ("numbers", r"Parse(Long|Double|Unsigned)|strto|mpn|round_and_return"),

@@ -106,8 +106,8 @@ foreach(library IN LISTS status_libraries)
           COMPONENT development)
 endforeach()
 
-# Where the program and the libraries find the libraries, wherever the tree stands, so that no loader has
-# to be told. Packages, whose libraries the loader finds, take it out.
+# Where the program and the libraries find the libraries, wherever the tree stands, so that no loader
+# has to be set up. Packages, whose libraries the loader finds, take it out.
 file(RELATIVE_PATH status_libraries_from_program
      ${CMAKE_INSTALL_FULL_BINDIR} ${CMAKE_INSTALL_FULL_LIBDIR})
 set_target_properties(${status_libraries} PROPERTIES INSTALL_RPATH "$ORIGIN")

@@ -10,8 +10,8 @@
 
 namespace QtSts {
 
-// JSON (RFC 8259, UTF-8) with two blanks for each level, a member or an element a line. It writes
-// what it is told: who calls it opens and closes in pairs, and gives each member one value.
+// JSON (RFC 8259, UTF-8) with two blanks for each level, a member or an element a line. It
+// checks nothing: who calls it opens and closes in pairs, and gives each member one value.
 class JsonText {
  public:
   // '{' or '['

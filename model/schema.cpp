@@ -137,7 +137,7 @@ void WriteType(XmlText& xml, const ClassInfo& info) {
 
 void WriteFloats(XmlText& xml) {
   xml.Open("xs:simpleType", {{"name", listing::kFloats.SchemaType}});
-  Annotate(xml, "Numbers in order, parted by blanks.");
+  Annotate(xml, "Numbers in order, separated by blanks.");
   xml.Empty("xs:list", {{"itemType", listing::kFloat.SchemaType}});
   xml.Close("xs:simpleType");
 }
