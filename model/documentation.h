@@ -13,7 +13,7 @@ std::string DocumentationOf(const Field& field);
 
 // Of which documents a schema is.
 inline constexpr const char* kOfWhichDocuments =
-    "Of documents of this release. Later releases add fields, classes and codes: a schema refuses "
-    "these, a reader passes over them.";
+    "Of documents of this release. Later releases add fields and classes, which a schema refuses "
+    "and a reader passes over, and codes.";
 
 }  // namespace QtSts
