@@ -134,8 +134,10 @@ std::string Lacking(const Snapshot& snapshot, const Finding& finding) {
       !source->Name.starts_with('/')) {
     return "";
   }
-  const bool node = source->Name.starts_with("/dev/") && !source->Name.starts_with("/dev/shm/");
-  return WhyDenied(source->Name, node ? R_OK | W_OK : R_OK);
+  // Nodes and register dumps of drivers are opened for both.
+  const std::string& path = source->Name;
+  const bool node = path.starts_with("/dev/") && !path.starts_with("/dev/shm/");
+  return WhyDenied(path, node || path.starts_with("/proc/driver/") ? R_OK | W_OK : R_OK);
 }
 
 // "fan-stopped", or what leaves a finding of a source out.

@@ -113,9 +113,16 @@ TEST_F(CheckSources, SayWhichGroupAUserLacks) {
       .Apply();
   ASSERT_EQ(chown("/proc/meminfo", 0, 44), 0);
   ASSERT_EQ(chmod("/proc/meminfo", 0640), 0);
+  const char* const registers = "/proc/driver/frame_control/registers";
+  ASSERT_EQ(chown(registers, 0, 44), 0);
+  ASSERT_EQ(chmod(registers, 0664), 0);
   command.back() = "check";
   const ProgramResult result = RunProgram(command);
   EXPECT_EQ(result.ExitCode, kUnknown);
+  EXPECT_THAT(
+      result.Output,
+      HasSubstr("; user monitor may not read and write /proc/driver/frame_control/registers "
+                "(root:video, mode 0664); members of group video may; see "));
   EXPECT_THAT(result.Output,
               HasSubstr("unknown: /proc/meminfo may not be read by this user: Permission denied; "
                         "user monitor may not read /proc/meminfo (root:video, mode 0640); members "
