@@ -5,8 +5,10 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <charconv>
+#include <iterator>
 #include <limits>
 #include <stdexcept>
 #include <system_error>
@@ -30,16 +32,12 @@ std::optional<unsigned> Number(const std::string& text, int base) {
   return error == std::errc() && rest == end ? std::optional<unsigned>(number) : std::nullopt;
 }
 
-// A database is read and written by its owner at least, run by nobody, and who writes it has to
-// read it.
-bool IsOfDatabase(unsigned mode) {
-  const unsigned writes = mode & 0222U;
-  return (mode & ~0666U) == 0 && (mode & 0600U) == 0600U && ((writes << 1U) & ~mode) == 0;
-}
+// Its owner reads and writes it, nobody runs it, and who writes it has to read it.
+constexpr unsigned kModesOfDatabase[] = {0600, 0640, 0644, 0660, 0664, 0666};
 
 mode_t ParseMode(const std::string& text) {
   const std::optional<unsigned> mode = Number(text, 8);
-  if (!mode || !IsOfDatabase(*mode)) {
+  if (!mode || std::ranges::find(kModesOfDatabase, *mode) == std::end(kModesOfDatabase)) {
     throw std::runtime_error(
         "--mode: " + text +
         " is no mode for a database; give 0600, 0640, 0644, 0660, 0664 or 0666");

@@ -146,7 +146,7 @@ TEST_F(InitAccess, OnlyItsOwnerAndRootChangeIt) {
 
 TEST_F(InitAccess, WhatIsNoModeOrNoGroupMakesNothing) {
   for (const char* mode :
-       {"0777", "4660", "0440", "0620", "0888", "rw", "0x180", "-660", "00660x"}) {
+       {"0777", "4660", "0440", "0620", "0604", "0646", "0888", "rw", "0x180", "-660", "00660x"}) {
     SCOPED_TRACE(mode);
     const ProgramResult result = Init({std::string("--mode=") + mode});
     EXPECT_EQ(result.ExitCode, 2);
