@@ -24,6 +24,7 @@ endfunction()
 # fresh process. With SANDBOX the program runs inside a controller in a box. Every program is in the
 # locale of its environment.
 find_package(GTest REQUIRED)
+include(CheckLinkerFlag)
 include(GoogleTest)
 
 # What every test program shares: its locale, and the headers that nearly all of its sources include,
@@ -61,11 +62,15 @@ target_precompile_headers(test_base PRIVATE
   <utility>
   <vector>)
 
+# A hundred programs are linked: with gold in half the time.
+check_linker_flag(CXX -fuse-ld=gold STATUS_HAS_GOLD)
+
 function(status_test name)
   cmake_parse_arguments(arg "SANDBOX" "PASS" "SOURCES;LIBRARIES" ${ARGN})
   add_executable(${name} ${arg_SOURCES})
   target_precompile_headers(${name} REUSE_FROM test_base)
   target_link_libraries(${name} PRIVATE status_options test_base ${arg_LIBRARIES} GTest::gmock)
+  target_link_options(${name} PRIVATE $<$<BOOL:${STATUS_HAS_GOLD}>:-fuse-ld=gold>)
   # What is tested is built as the preset says; the tests themselves are to compile quickly.
   target_compile_options(${name} PRIVATE -O0 -g1)
   if(arg_SANDBOX)

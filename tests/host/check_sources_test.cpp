@@ -12,11 +12,13 @@
 #include "sandbox/enter.h"
 #include "sandbox/scenario.h"
 #include "sandbox/testing.h"
+#include "tests/support/paths.h"
 #include "tests/support/run_program.h"
 
 namespace {
 
 using sandbox::Scenario;
+using test_support::HostProgram;
 using test_support::ProgramResult;
 using test_support::RunProgram;
 using testing::HasSubstr;
@@ -27,7 +29,7 @@ constexpr int kUnknown = 3;
 constexpr const char* kDatabase = "/dev/shm/status.db";
 
 ProgramResult Check(const std::vector<std::string>& arguments = {}) {
-  std::vector<std::string> command = {HOST_PROGRAM, "check"};
+  std::vector<std::string> command = {HostProgram(), "check"};
   command.insert(command.end(), arguments.begin(), arguments.end());
   return RunProgram(command);
 }
@@ -101,7 +103,7 @@ TEST_F(CheckSources, AreWarnedOfWhenEveryoneMayWriteTheDatabase) {
 
 TEST_F(CheckSources, SayWhichGroupAUserLacks) {
   const std::vector<std::string> somebody = {
-      "/usr/bin/setpriv", "--reuid", "1001", "--regid", "1001", "--clear-groups", HOST_PROGRAM};
+      "/usr/bin/setpriv", "--reuid", "1001", "--regid", "1001", "--clear-groups", HostProgram()};
   std::vector<std::string> command = somebody;
   command.emplace_back("schema");
   if (RunProgram(command).ExitCode != 0) {

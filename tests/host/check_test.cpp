@@ -13,11 +13,13 @@
 #include "sandbox/enter.h"
 #include "sandbox/scenario.h"
 #include "sandbox/testing.h"
+#include "tests/support/paths.h"
 #include "tests/support/run_program.h"
 
 namespace {
 
 using sandbox::Scenario;
+using test_support::HostProgram;
 using test_support::ProgramResult;
 using test_support::RunProgram;
 using testing::AllOf;
@@ -32,7 +34,7 @@ constexpr int kCritical = 2;
 constexpr int kUnknown = 3;
 
 ProgramResult Check(const std::vector<std::string>& arguments = {}) {
-  std::vector<std::string> command = {HOST_PROGRAM, "check"};
+  std::vector<std::string> command = {HostProgram(), "check"};
   command.insert(command.end(), arguments.begin(), arguments.end());
   return RunProgram(command);
 }
@@ -262,7 +264,8 @@ TEST_F(CheckTest, DoesNotWaitForASourceThatHangsAndNamesIt) {
 
 TEST_F(CheckTest, EndsWithThreeWhenItsOutputCannotBeWritten) {
   Demo().Apply();
-  const ProgramResult result = RunProgram({"/bin/sh", "-c", "exec " HOST_PROGRAM " check >&-"});
+  const ProgramResult result =
+      RunProgram({"/bin/sh", "-c", "exec " + HostProgram() + " check >&-"});
   EXPECT_EQ(result.ExitCode, kUnknown);
   EXPECT_THAT(result.Errors, HasSubstr("statuscollector: standard output: "));
 }
@@ -276,7 +279,7 @@ TEST_F(CheckTest, KeepsTheProbesLinesOutOfItsOutput) {
 
 TEST_F(CheckTest, SaysWhichGroupAUserLacksForTheDatabase) {
   const std::vector<std::string> somebody = {
-      "/usr/bin/setpriv", "--reuid", "1001", "--regid", "1001", "--clear-groups", HOST_PROGRAM};
+      "/usr/bin/setpriv", "--reuid", "1001", "--regid", "1001", "--clear-groups", HostProgram()};
   std::vector<std::string> schema = somebody;
   schema.emplace_back("schema");
   if (RunProgram(schema).ExitCode != 0) {
@@ -303,7 +306,7 @@ TEST_F(CheckTest, SaysWhichGroupAUserLacksForTheDatabase) {
 TEST_F(CheckTest, IsReadByAClientThatTurnsItsStatusAround) {
   const auto negated = [] {
     return RunProgram({"/usr/lib/nagios/plugins/negate", "-s", "-o", "CRITICAL", "-w", "UNKNOWN",
-                       "-u", "OK", HOST_PROGRAM, "check"});
+                       "-u", "OK", HostProgram(), "check"});
   };
   Demo().Apply();
   const ProgramResult well = negated();

@@ -7,10 +7,12 @@
 #include "sandbox/enter.h"
 #include "sandbox/rows.h"
 #include "sandbox/scenario.h"
+#include "tests/support/paths.h"
 #include "tests/support/run_program.h"
 
 namespace {
 
+using test_support::HostProgram;
 using test_support::ProgramResult;
 using test_support::RunProgram;
 using testing::HasSubstr;
@@ -30,7 +32,7 @@ class ColumnOrder : public testing::Test {
   static void Make(const std::string& sql) { sandbox::RunSql("DROP TABLE status; " + sql); }
 
   static ProgramResult Run(const std::string& command) {
-    return RunProgram({HOST_PROGRAM, command});
+    return RunProgram({HostProgram(), command});
   }
 };
 
@@ -53,7 +55,7 @@ TEST_F(ColumnOrder, DecidesWhatIsReadAndNotTheNames) {
   Make(
       "CREATE TABLE status(name TEXT, content TEXT, address TEXT, value TEXT);"
       "INSERT INTO status VALUES('GUID', 'read', 'ErrorFlags', 'not read')");
-  const ProgramResult show = RunProgram({HOST_PROGRAM, "show", "--format", "xml"});
+  const ProgramResult show = RunProgram({HostProgram(), "show", "--format", "xml"});
   EXPECT_THAT(show.Output, HasSubstr(" GUID=\"read\""));
   EXPECT_THAT(show.Output, Not(HasSubstr("not read")));
   EXPECT_THAT(
@@ -93,7 +95,7 @@ TEST_F(ColumnOrder, SteersNoTerminal) {
 
 // ---- What docs/rows.md says of keys that are not TEXT in byte order
 
-std::string Xml() { return RunProgram({HOST_PROGRAM, "show", "--format", "xml"}).Output; }
+std::string Xml() { return RunProgram({HostProgram(), "show", "--format", "xml"}).Output; }
 
 TEST_F(ColumnOrder, OfRowsPutsKeysThatAreBlobsBehindAllTexts) {
   Make(
@@ -121,7 +123,7 @@ TEST_F(ColumnOrder, OfRowsCannotBeThatOfACollationOfTheWriters) {
   sandbox::RunSql(
       "PRAGMA writable_schema=ON; UPDATE sqlite_schema SET sql = 'CREATE TABLE status(address TEXT "
       "COLLATE mine, value TEXT)' WHERE name = 'status'");
-  const ProgramResult show = RunProgram({HOST_PROGRAM, "show", "--format", "xml"});
+  const ProgramResult show = RunProgram({HostProgram(), "show", "--format", "xml"});
   EXPECT_EQ(show.ExitCode, 1);
   EXPECT_THAT(show.Errors, HasSubstr("1:no such collation sequence: mine"));
 }

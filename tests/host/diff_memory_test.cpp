@@ -8,6 +8,7 @@
 
 #include "model/document.h"
 #include "model/xml.h"
+#include "tests/support/paths.h"
 #include "tests/support/run_program.h"
 #include "tests/support/temporary_folder.h"
 
@@ -40,8 +41,9 @@ class DiffMemory : public testing::Test {
   }
 
   static ProgramResult LimitedDiff(const std::string& before, const std::string& after) {
-    return test_support::RunProgram(
-        {"/bin/sh", "-c", "ulimit -v 140000; exec " HOST_PROGRAM " diff " + before + " " + after});
+    return test_support::RunProgram({"/bin/sh", "-c",
+                                     "ulimit -v 140000; exec " + test_support::HostProgram() +
+                                         " diff " + before + " " + after});
   }
 
   test_support::TemporaryFolder folder_;

@@ -10,10 +10,12 @@
 #include "model/can_sensors.h"
 #include "model/document.h"
 #include "model/xml.h"
+#include "tests/support/paths.h"
 #include "tests/support/run_program.h"
 
 namespace {
 
+using test_support::HostProgram;
 using test_support::ProgramResult;
 using test_support::RunProgram;
 using testing::HasSubstr;
@@ -24,7 +26,7 @@ constexpr int kAllWell = 0;
 constexpr int kTrouble = 2;
 
 ProgramResult Collector(const std::vector<std::string>& arguments) {
-  std::vector<std::string> command = {HOST_PROGRAM};
+  std::vector<std::string> command = {HostProgram()};
   command.insert(command.end(), arguments.begin(), arguments.end());
   return RunProgram(command);
 }
@@ -150,7 +152,7 @@ TEST_F(DiffOfDisplaysTest, RefusesToIgnoreAPathThatNoDocumentHas) {
 }
 
 TEST_F(DiffOfDisplaysTest, ReadsOneDocumentFromStandardInput) {
-  const std::string program = HOST_PROGRAM " diff ";
+  const std::string program = HostProgram() + " diff ";
   const auto shell = [](const std::string& line) { return RunProgram({"/bin/sh", "-c", line}); };
   EXPECT_EQ(shell("cat " + before_ + " | " + program + "- " + after_).Output,
             sensors_ + level_ + mode_);

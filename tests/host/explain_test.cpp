@@ -16,6 +16,7 @@
 #include "sandbox/rows.h"
 #include "sandbox/scenario.h"
 #include "sandbox/testing.h"
+#include "tests/support/paths.h"
 #include "tests/support/run_program.h"
 
 namespace {
@@ -35,7 +36,7 @@ constexpr int kErrors = 1;
 constexpr int kTrouble = 2;
 
 ProgramResult Explain(std::vector<std::string> arguments) {
-  arguments.insert(arguments.begin(), {HOST_PROGRAM, "explain"});
+  arguments.insert(arguments.begin(), {test_support::HostProgram(), "explain"});
   return test_support::RunProgram(arguments);
 }
 
@@ -141,14 +142,14 @@ TEST(Explain, EndsWithTroubleWhenTheRowsCannotBeRead) {
 void ExpectWarningOf(const std::vector<std::pair<const char*, const char*>>& mistake) {
   Load("demo");
   sandbox::SetRows({{"DimmingLevel", "62.5"}});
-  const ProgramResult sound = test_support::RunProgram({HOST_PROGRAM, "check"});
+  const ProgramResult sound = test_support::RunProgram({test_support::HostProgram(), "check"});
   EXPECT_EQ(sound.ExitCode, 0) << sound.Output;
   sandbox::Rows rows;
   for (const auto& [key, value] : mistake) {
     rows[key] = value;
   }
   sandbox::SetRows(rows);
-  const ProgramResult check = test_support::RunProgram({HOST_PROGRAM, "check"});
+  const ProgramResult check = test_support::RunProgram({test_support::HostProgram(), "check"});
   EXPECT_NE(check.ExitCode, 0);
   EXPECT_THAT(check.Output, AnyOf(HasSubstr("a row has an error"), HasSubstr("rows have errors")));
 }

@@ -14,6 +14,7 @@
 #include "sandbox/enter.h"
 #include "sandbox/scenario.h"
 #include "sandbox/testing.h"
+#include "tests/support/paths.h"
 #include "tests/support/run_program.h"
 
 namespace {
@@ -335,7 +336,7 @@ TEST_P(OneFault, IsNamedInTheFirstFortyLines) {
   if (GetParam().Afterwards != nullptr) {
     GetParam().Afterwards();
   }
-  const std::string output = test_support::RunProgram({HOST_PROGRAM, "show"}).Output;
+  const std::string output = test_support::RunProgram({test_support::HostProgram(), "show"}).Output;
   std::istringstream lines(output);
   std::string first_lines;
   std::string line;
@@ -366,7 +367,7 @@ INSTANTIATE_TEST_SUITE_P(Controllers, OneFault, testing::ValuesIn(kFaults), [](c
 TEST(Demo, HasNoFinding) {
   SANDBOX_NEEDS_DEVICES();
   Scenario::Load(sandbox::SourcePath("scenarios/demo")).Apply();
-  EXPECT_THAT(test_support::RunProgram({HOST_PROGRAM, "show"}).Output,
+  EXPECT_THAT(test_support::RunProgram({test_support::HostProgram(), "show"}).Output,
               StartsWith("all well: no findings in "));
 }
 

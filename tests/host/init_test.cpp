@@ -15,10 +15,12 @@
 #include "sandbox/enter.h"
 #include "sandbox/scenario.h"
 #include "sandbox/testing.h"
+#include "tests/support/paths.h"
 #include "tests/support/run_program.h"
 
 namespace {
 
+using test_support::HostProgram;
 using test_support::ProgramResult;
 using test_support::RunProgram;
 using testing::HasSubstr;
@@ -39,15 +41,15 @@ class InitAccess : public testing::Test {
   void TearDown() override { scenario_.NoDatabase().Apply(); }
 
   static ProgramResult Init(const std::vector<std::string>& options = {}) {
-    std::vector<std::string> command = {HOST_PROGRAM, "init"};
+    std::vector<std::string> command = {HostProgram(), "init"};
     command.insert(command.end(), options.begin(), options.end());
     return RunProgram(command);
   }
 
   static ProgramResult As(const std::string& user, const std::string& group,
                           const std::vector<std::string>& arguments) {
-    std::vector<std::string> command = {"/usr/bin/setpriv", "--reuid",   user, "--regid", group,
-                                        "--clear-groups",   HOST_PROGRAM};
+    std::vector<std::string> command = {"/usr/bin/setpriv", "--reuid",    user, "--regid", group,
+                                        "--clear-groups",   HostProgram()};
     command.insert(command.end(), arguments.begin(), arguments.end());
     return RunProgram(command);
   }

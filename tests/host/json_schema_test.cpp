@@ -18,6 +18,7 @@
 #include "model/xml.h"
 #include "tests/host/sample_documents.h"
 #include "tests/support/golden.h"
+#include "tests/support/paths.h"
 #include "tests/support/random_document.h"
 #include "tests/support/run_program.h"
 #include "tests/support/temporary_folder.h"
@@ -25,8 +26,10 @@
 namespace {
 
 using nlohmann::json;
+using test_support::HostProgram;
 using test_support::ProgramResult;
 using test_support::RunProgram;
+using test_support::SourceTree;
 using testing::Each;
 using testing::HasSubstr;
 using testing::StartsWith;
@@ -37,10 +40,10 @@ std::string Json(const QtSts::CStatus& status) { return QtSts::WriteJson(status)
 std::vector<std::string> Verdicts(const std::vector<std::string>& documents) {
   const test_support::TemporaryFolder folder;
   const std::string schema = folder.Path() + "/schema.json";
-  const ProgramResult printed = RunProgram({HOST_PROGRAM, "schema", "--format", "json"});
+  const ProgramResult printed = RunProgram({HostProgram(), "schema", "--format", "json"});
   EXPECT_EQ(printed.ExitCode, 0) << printed.Errors;
   std::ofstream(schema) << printed.Output;
-  std::vector<std::string> command = {VALIDATE_JSON, schema};
+  std::vector<std::string> command = {SourceTree() + "/tests/host/validate_json", schema};
   for (const std::string& document : documents) {
     command.push_back(folder.Path() + "/" + std::to_string(command.size()) + ".json");
     std::ofstream(command.back()) << document;
@@ -58,16 +61,16 @@ std::vector<std::string> Verdicts(const std::vector<std::string>& documents) {
 }
 
 TEST(JsonSchema, IsWhatTheLibraryWrites) {
-  EXPECT_EQ(RunProgram({HOST_PROGRAM, "schema", "--format", "json"}).Output,
+  EXPECT_EQ(RunProgram({HostProgram(), "schema", "--format", "json"}).Output,
             QtSts::WriteJsonSchema());
-  EXPECT_EQ(RunProgram({HOST_PROGRAM, "schema", "--format", "xsd"}).Output, QtSts::WriteSchema());
-  EXPECT_EQ(RunProgram({HOST_PROGRAM, "schema"}).Output, QtSts::WriteSchema());
+  EXPECT_EQ(RunProgram({HostProgram(), "schema", "--format", "xsd"}).Output, QtSts::WriteSchema());
+  EXPECT_EQ(RunProgram({HostProgram(), "schema"}).Output, QtSts::WriteSchema());
 }
 
 // The golden documents have '*' for what differs from run to run, a number among it.
 TEST(JsonSchema, AcceptsEveryGoldenDocument) {
   std::vector<std::string> documents;
-  for (const auto& file : std::filesystem::directory_iterator(TEST_SOURCE_TREE "/tests/golden")) {
+  for (const auto& file : std::filesystem::directory_iterator(SourceTree() + "/tests/golden")) {
     const std::string name = file.path().filename();
     const std::string xml =
         std::regex_replace(test_support::ReadSource("tests/golden/" + name),

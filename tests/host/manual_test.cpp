@@ -10,17 +10,19 @@
 #include "model/tree.h"
 #include "tests/host/sample_documents.h"
 #include "tests/support/golden.h"
+#include "tests/support/paths.h"
 #include "tests/support/run_program.h"
 
 namespace {
 
+using test_support::HostProgram;
 using test_support::RunProgram;
 using testing::HasSubstr;
 
 std::string Manual() { return test_support::ReadSource("docs/host.md"); }
 
 std::string Help(const std::string& command) {
-  return RunProgram({HOST_PROGRAM, command, "--help"}).Output;
+  return RunProgram({HostProgram(), command, "--help"}).Output;
 }
 
 std::vector<std::string> Matches(const std::string& text, const std::string& pattern) {
@@ -33,7 +35,7 @@ std::vector<std::string> Matches(const std::string& text, const std::string& pat
 }
 
 TEST(Manual, HasASectionForEveryCommandAndARowForEveryOption) {
-  const std::string help = RunProgram({HOST_PROGRAM, "--help"}).Output;
+  const std::string help = RunProgram({HostProgram(), "--help"}).Output;
   const auto commands = Matches(help.substr(help.find("Subcommands:")), "\n  ([a-z]+) +[A-Z]");
   EXPECT_GE(commands.size(), 4U);
   for (const std::string& command : commands) {

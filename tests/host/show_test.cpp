@@ -24,12 +24,14 @@
 #include "sandbox/system_log.h"
 #include "sandbox/testing.h"
 #include "tests/support/comma_locale.h"
+#include "tests/support/paths.h"
 #include "tests/support/run_program.h"
 #include "tests/support/validate.h"
 
 namespace {
 
 namespace fs = std::filesystem;
+using test_support::HostProgram;
 using test_support::ProgramResult;
 using test_support::RunProgram;
 using testing::AnyOf;
@@ -45,14 +47,14 @@ constexpr uid_t kSomebody = 1001;  // who is not the user of the tests
 
 ProgramResult Collector(const std::vector<std::string>& arguments,
                         const std::vector<std::string>& environment = {}) {
-  std::vector<std::string> command = {HOST_PROGRAM};
+  std::vector<std::string> command = {HostProgram()};
   command.insert(command.end(), arguments.begin(), arguments.end());
   return RunProgram(command, environment);
 }
 
 // The same behind a shell that changes streams or limits first.
 ProgramResult Shell(const std::string& line) {
-  return RunProgram({"/bin/sh", "-c", line}, {"COLLECTOR=" HOST_PROGRAM});
+  return RunProgram({"/bin/sh", "-c", line}, {"COLLECTOR=" + HostProgram()});
 }
 
 std::string Read(const std::string& path) {

@@ -18,6 +18,7 @@
 #include "model/xml.h"
 #include "sandbox/enter.h"
 #include "tests/host/pseudo_terminal.h"
+#include "tests/support/paths.h"
 #include "tests/support/temporary_folder.h"
 
 namespace {
@@ -31,7 +32,8 @@ constexpr WindowSize kSmall = {.Columns = 80, .Lines = 24};
 
 // What the program writes to a terminal that is longer than the text.
 std::string OnTerminal(const std::vector<std::string>& environment) {
-  PseudoTerminal terminal({HOST_PROGRAM, "show"}, environment, {.Columns = 80, .Lines = 2000});
+  PseudoTerminal terminal({test_support::HostProgram(), "show"}, environment,
+                          {.Columns = 80, .Lines = 2000});
   EXPECT_NE(terminal.WaitForEnd(), -1);
   return terminal.Output();
 }
@@ -52,7 +54,7 @@ TEST(Terminal, ShowsThatDocumentsAreEqual) {
   const std::string path = folder.Path() + "/document.xml";
   QtSts::CStatus status;
   std::ofstream(path) << QtSts::WriteDocument(status);
-  PseudoTerminal terminal({HOST_PROGRAM, "diff", path, path}, {}, kSmall);
+  PseudoTerminal terminal({test_support::HostProgram(), "diff", path, path}, {}, kSmall);
   EXPECT_EQ(terminal.WaitForEnd(), 0);
   EXPECT_EQ(terminal.Output(), "no differences\r\n");
 }
@@ -64,9 +66,10 @@ TEST(Terminal, ShowsLinesAsWideAsItsWindow) {
     std::size_t Least;
   };
   for (const auto& [size, least] : {Case{{.Columns = 60}, 50}, {{}, 70}, {{.Columns = 180}, 150}}) {
-    PseudoTerminal terminal({CONTROLLER_BOX, "--scenario", sandbox::SourcePath("scenarios/faults"),
-                             "--", HOST_PROGRAM, "show", "--no-pager"},
-                            {}, size);
+    PseudoTerminal terminal(
+        {test_support::ControllerBox(), "--scenario", sandbox::SourcePath("scenarios/faults"), "--",
+         test_support::HostProgram(), "show", "--no-pager"},
+        {}, size);
     EXPECT_EQ(terminal.WaitForEnd(), 0) << terminal.Output();
     EXPECT_LE(LongestFinding(terminal.Output()), size.Columns);
     EXPECT_GE(LongestFinding(terminal.Output()), least);
@@ -75,14 +78,14 @@ TEST(Terminal, ShowsLinesAsWideAsItsWindow) {
 
 TEST(Terminal, ShowsTheTextInThePagerUnlessAskedNotTo) {
   const std::vector<std::string> pager = {"PAGER=cat >/dev/null; echo paged"};
-  PseudoTerminal paged({HOST_PROGRAM, "show"}, pager, kSmall);
+  PseudoTerminal paged({test_support::HostProgram(), "show"}, pager, kSmall);
   EXPECT_NE(paged.WaitForEnd(), -1);
   EXPECT_THAT(paged.Output(), HasSubstr("paged\r\n"));
   EXPECT_THAT(paged.Output(), Not(HasSubstr("Identity")));
-  for (const std::vector<std::string>& arguments :
-       std::vector<std::vector<std::string>>{{HOST_PROGRAM, "show", "--no-pager"},
-                                             {HOST_PROGRAM, "show", "--format", "json"},
-                                             {HOST_PROGRAM, "schema"}}) {
+  for (const std::vector<std::string>& arguments : std::vector<std::vector<std::string>>{
+           {test_support::HostProgram(), "show", "--no-pager"},
+           {test_support::HostProgram(), "show", "--format", "json"},
+           {test_support::HostProgram(), "schema"}}) {
     PseudoTerminal direct(arguments, pager, kSmall);
     EXPECT_NE(direct.WaitForEnd(), -1);
     EXPECT_THAT(direct.Output(), Not(HasSubstr("paged")));
@@ -90,7 +93,7 @@ TEST(Terminal, ShowsTheTextInThePagerUnlessAskedNotTo) {
 }
 
 TEST(Terminal, ShowsNoColourWhenAskedNotTo) {
-  PseudoTerminal terminal({HOST_PROGRAM, "show", "--color=never"}, {},
+  PseudoTerminal terminal({test_support::HostProgram(), "show", "--color=never"}, {},
                           {.Columns = 80, .Lines = 2000});
   EXPECT_NE(terminal.WaitForEnd(), -1);
   EXPECT_THAT(terminal.Output(), Not(HasSubstr("\x1b")));
@@ -117,7 +120,7 @@ TEST(Terminal, ShowsNoColourOnADumbTerminal) {
 // What terminal_child.cpp answers on a terminal.
 std::string Answer(const std::string& question, const std::vector<std::string>& environment,
                    WindowSize size) {
-  PseudoTerminal terminal({TERMINAL_CHILD, question}, environment, size);
+  PseudoTerminal terminal({test_support::TerminalChild(), question}, environment, size);
   EXPECT_EQ(terminal.WaitForEnd(), 0);
   const std::string output = test_support::WithoutEscapes(terminal.Output());
   const std::size_t begin = output.find('<') + 1;
@@ -144,7 +147,7 @@ TEST(Window, HasAtLeastFortyColumns) {
 }
 
 TEST(Window, HasItsNewSizeAfterAChange) {
-  PseudoTerminal terminal({TERMINAL_CHILD, "resized"}, {}, kSmall);
+  PseudoTerminal terminal({test_support::TerminalChild(), "resized"}, {}, kSmall);
   ASSERT_TRUE(terminal.WaitFor("<80 x 24>")) << terminal.Output();
   terminal.Resize({.Columns = 123, .Lines = 45});
   terminal.Type("\n");
@@ -199,7 +202,7 @@ TEST(Pager, HasItsVariablesUnlessTheyAreSet) {
 }
 
 TEST(Pager, ShowsAPageGoesOnByKeysAndLeavesTheTerminalAsItWas) {
-  PseudoTerminal terminal({TERMINAL_CHILD, "page"}, {}, kSmall);
+  PseudoTerminal terminal({test_support::TerminalChild(), "page"}, {}, kSmall);
   ASSERT_TRUE(terminal.WaitFor("line 23 ")) << terminal.Output();
   EXPECT_THAT(terminal.Output(), HasSubstr("line 23 \xE2\x82\xAC"));
   EXPECT_THAT(terminal.Output(), Not(HasSubstr("line 24 ")));

@@ -15,11 +15,13 @@
 #include "sandbox/enter.h"
 #include "sandbox/scenario.h"
 #include "sandbox/testing.h"
+#include "tests/support/paths.h"
 #include "tests/support/run_program.h"
 
 namespace {
 
 namespace fs = std::filesystem;
+using test_support::HostProgram;
 using test_support::ProgramResult;
 using test_support::RunProgram;
 using testing::HasSubstr;
@@ -53,14 +55,14 @@ std::vector<std::string> Words(const ProgramResult& result) {
 
 ProgramResult AsSomebody(const std::string& command) {
   return RunProgram({"/usr/bin/setpriv", "--reuid", kSomebody, "--regid", kSomebody,
-                     "--clear-groups", HOST_PROGRAM, command});
+                     "--clear-groups", HostProgram(), command});
 }
 
 bool MayChangeUser() { return AsSomebody("schema").ExitCode == 0; }
 
 // Only the library's codes used to be there: "14:unable to open database file".
 TEST_F(TroubleTest, ADatabaseThatIsMissingIsOneMessageWithACure) {
-  const ProgramResult result = RunProgram({HOST_PROGRAM, "show", "--cycles", "3"});
+  const ProgramResult result = RunProgram({HostProgram(), "show", "--cycles", "3"});
   EXPECT_EQ(result.ExitCode, 1);
   EXPECT_THAT(
       Words(result),
@@ -74,8 +76,8 @@ TEST_F(TroubleTest, AFileThatIsNoDatabaseIsOneMessageFromShowAndFromInit) {
   const std::string words =
       "/dev/shm/status.db is no database; move it away, then a host or `statuscollector init` "
       "creates a new one";
-  EXPECT_THAT(Words(RunProgram({HOST_PROGRAM, "show"})), testing::ElementsAre(words));
-  const ProgramResult init = RunProgram({HOST_PROGRAM, "init"});
+  EXPECT_THAT(Words(RunProgram({HostProgram(), "show"})), testing::ElementsAre(words));
+  const ProgramResult init = RunProgram({HostProgram(), "init"});
   EXPECT_EQ(init.ExitCode, 1);
   EXPECT_THAT(Words(init), testing::ElementsAre("the status database is not ready: " + words));
 }
@@ -97,18 +99,18 @@ TEST_F(TroubleTest, AnotherKindOfFileIsNamed) {
         fs::create_symlink("/tmp/elsewhere.db", kDatabase);
         std::ofstream("/tmp/elsewhere.db") << "";
     }
-    EXPECT_THAT(Words(RunProgram({HOST_PROGRAM, "show"})),
+    EXPECT_THAT(Words(RunProgram({HostProgram(), "show"})),
                 testing::ElementsAre(HasSubstr(kDatabase + std::string(words))));
   }
 }
 
 TEST_F(TroubleTest, ATableThatIsMissingIsNamedWithItsCure) {
   std::ofstream(kDatabase) << "";
-  EXPECT_THAT(Words(RunProgram({HOST_PROGRAM, "show"})),
+  EXPECT_THAT(Words(RunProgram({HostProgram(), "show"})),
               testing::ElementsAre(
                   "/dev/shm/status.db has no table status; `statuscollector init` creates it"));
-  EXPECT_EQ(RunProgram({HOST_PROGRAM, "init"}).ExitCode, 0);
-  EXPECT_THAT(Words(RunProgram({HOST_PROGRAM, "show"})), testing::IsEmpty());
+  EXPECT_EQ(RunProgram({HostProgram(), "init"}).ExitCode, 0);
+  EXPECT_THAT(Words(RunProgram({HostProgram(), "show"})), testing::IsEmpty());
 }
 
 TEST_F(TroubleTest, WhoMayNotReadLearnsWhichGroupMay) {

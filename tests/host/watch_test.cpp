@@ -11,6 +11,7 @@
 
 #include "sandbox/enter.h"
 #include "tests/host/pseudo_terminal.h"
+#include "tests/support/paths.h"
 #include "tests/support/run_program.h"
 
 namespace {
@@ -28,8 +29,13 @@ constexpr std::string_view kShowCursor = "\x1b[?25h";
 
 // A shell in the box of the demo, in which $COLLECTOR is the program.
 std::vector<std::string> InBox(const std::string& line) {
-  return {CONTROLLER_BOX, "--scenario", sandbox::SourcePath("scenarios/demo"), "--",
-          "/bin/sh",      "-c",         "COLLECTOR=" HOST_PROGRAM "; " + line};
+  return {test_support::ControllerBox(),
+          "--scenario",
+          sandbox::SourcePath("scenarios/demo"),
+          "--",
+          "/bin/sh",
+          "-c",
+          "COLLECTOR=" + test_support::HostProgram() + "; " + line};
 }
 
 std::string WatchFor(const std::string& options) { return "exec $COLLECTOR watch -i 1 " + options; }

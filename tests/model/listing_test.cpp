@@ -19,6 +19,7 @@
 #include "model/listing_rows.h"
 #include "tests/model/forgetful.h"
 #include "tests/model/record_layouts.h"
+#include "tests/support/paths.h"
 #include "tests/support/temporary_folder.h"
 
 constexpr QtSts::Field kForgetfulFields[] = {
@@ -77,7 +78,8 @@ struct Headers {
 Headers ModelHeaders() {
   static const std::regex definition(R"(class STATUS_API (\w+)( :| \{))");
   Headers headers;
-  for (const auto& file : std::filesystem::directory_iterator(TEST_SOURCE_TREE "/model")) {
+  for (const auto& file :
+       std::filesystem::directory_iterator(test_support::SourceTree() + "/model")) {
     if (file.path().extension() != ".h") {
       continue;
     }

@@ -5,6 +5,7 @@
 #include <sstream>
 #include <stdexcept>
 
+#include "tests/support/paths.h"
 #include "tests/support/run_program.h"
 #include "tests/support/temporary_folder.h"
 
@@ -65,9 +66,9 @@ Layouts Dump(const std::vector<std::string>& headers, const std::vector<std::str
   const test_support::TemporaryFolder folder;
   const std::string path = folder.Path() + "/layouts.cpp";
   std::ofstream(path) << Source(headers, classes);
-  const test_support::ProgramResult result =
-      test_support::RunProgram({"clang++", "-fsyntax-only", "-std=c++20", "-I" TEST_SOURCE_TREE,
-                                "-Xclang", "-fdump-record-layouts", path});
+  const test_support::ProgramResult result = test_support::RunProgram(
+      {"clang++", "-fsyntax-only", "-std=c++20", "-I" + test_support::SourceTree(), "-Xclang",
+       "-fdump-record-layouts", path});
   if (result.ExitCode != 0) {
     throw std::runtime_error("clang++ -fdump-record-layouts ended with " +
                              std::to_string(result.ExitCode) + ": " + result.Errors);

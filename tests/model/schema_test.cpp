@@ -12,6 +12,7 @@
 #include "model/listing.h"
 #include "model/xml.h"
 #include "tests/support/golden.h"
+#include "tests/support/paths.h"
 #include "tests/support/schema_policy.h"
 #include "tests/support/validate.h"
 
@@ -54,7 +55,7 @@ TEST(Releases, AreTheVersionsWithADate) {
 // There used to be one of version 1.0, which nobody has released.
 TEST(Schema, IsKeptOfEveryReleaseAndOfNothingElse) {
   std::set<std::string> kept;
-  const std::filesystem::path folder = TEST_SOURCE_TREE "/docs/released";
+  const std::filesystem::path folder = test_support::SourceTree() + "/docs/released";
   if (std::filesystem::exists(folder)) {
     for (const auto& file : std::filesystem::directory_iterator(folder)) {
       kept.insert(file.path().filename());

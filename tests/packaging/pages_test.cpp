@@ -13,6 +13,7 @@
 #include "sandbox/testing.h"
 #include "tests/packaging/markdown.h"
 #include "tests/support/golden.h"
+#include "tests/support/paths.h"
 #include "tests/support/run_program.h"
 
 namespace {
@@ -39,7 +40,8 @@ std::string OutputOn(const std::string& path, std::string_view command, std::str
 TEST(Pages, ShowWhatTheProgramPrints) {
   SANDBOX_NEEDS_DEVICES();
   sandbox::Scenario::Load(sandbox::SourcePath("scenarios/faults")).Apply();
-  const test_support::ProgramResult shown = test_support::RunProgram({HOST_PROGRAM, "show"});
+  const test_support::ProgramResult shown =
+      test_support::RunProgram({test_support::HostProgram(), "show"});
   EXPECT_EQ(shown.ExitCode, 0) << shown.Errors;
   for (const std::string& output :
        {OutputOn("README.md", "./run faults", "run: the same document as XML"),

@@ -9,6 +9,7 @@
 #include "sandbox/scenario.h"
 #include "tests/packaging/markdown.h"
 #include "tests/support/golden.h"
+#include "tests/support/paths.h"
 #include "tests/support/run_program.h"
 
 namespace {
@@ -30,7 +31,7 @@ TEST(RowExamples, GiveTheDocumentsOfThePage) {
     }
     scenario.Apply();
     const test_support::ProgramResult shown =
-        test_support::RunProgram({HOST_PROGRAM, "show", "--format", "xml"});
+        test_support::RunProgram({test_support::HostProgram(), "show", "--format", "xml"});
     EXPECT_EQ(shown.ExitCode, 0) << shown.Errors;
     EXPECT_TRUE(markdown::Shows(shown.Output, blocks[i + 1].Text)) << shown.Output;
     ++examples;

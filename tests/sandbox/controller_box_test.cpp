@@ -7,6 +7,7 @@
 #include <string>
 
 #include "tests/sandbox/outside.h"
+#include "tests/support/paths.h"
 
 namespace sandbox {
 namespace {
@@ -15,7 +16,9 @@ namespace fs = std::filesystem;
 using testing::AllOf;
 using testing::HasSubstr;
 
-Outcome Box(const std::string& arguments) { return RunCommand(CONTROLLER_BOX " " + arguments); }
+Outcome Box(const std::string& arguments) {
+  return RunCommand(test_support::ControllerBox() + " " + arguments);
+}
 
 class ControllerBox : public OutsideTest {
  protected:
@@ -81,7 +84,8 @@ TEST_F(ControllerBox, ABoundFolderTakesResultsOut) {
 }
 
 TEST_F(ControllerBox, StandardInputReachesTheCommand) {
-  EXPECT_EQ("hello\n", RunCommand("echo hello | " CONTROLLER_BOX " -- cat").Output);
+  EXPECT_EQ("hello\n",
+            RunCommand("echo hello | " + test_support::ControllerBox() + " -- cat").Output);
 }
 
 TEST_F(ControllerBox, HelpNamesEveryOption) {
@@ -103,8 +107,8 @@ TEST_F(ControllerBox, AnUnknownOptionIsAnError) {
 TEST_F(ControllerBox, ATestProgramRunsInTheGivenBox) {
   Write("root/etc/of-the-scenario", "");
   const Outcome outcome =
-      Box("--scenario " + folder_.string() +
-          " -- " TEST_PROGRAM " --gtest_filter=Root.TheProgramKnowsThatItIsInside");
+      Box("--scenario " + folder_.string() + " -- " + test_support::SandboxTests() +
+          " --gtest_filter=Root.TheProgramKnowsThatItIsInside");
   EXPECT_EQ(0, outcome.Status) << outcome.Output;
 }
 

@@ -5,6 +5,7 @@
 #include <string_view>
 
 #include "tests/sandbox/outside.h"
+#include "tests/support/paths.h"
 
 namespace sandbox {
 namespace {
@@ -20,7 +21,8 @@ Outcome RunRefused(const std::string& command) {
 }
 
 std::string OneTest(const std::string& environment) {
-  return environment + " " TEST_PROGRAM " --gtest_filter=Root.TheProgramKnowsThatItIsInside";
+  return environment + " " + test_support::SandboxTests() +
+         " --gtest_filter=Root.TheProgramKnowsThatItIsInside";
 }
 
 // Tests that need user namespaces; some systems keep those from everybody.
@@ -50,13 +52,13 @@ TEST_F(RefusedTest, OnTheGuardingMachineThatIsAFailure) {
 }
 
 TEST_F(RefusedTest, ListingTheTestsNeedsNoSandbox) {
-  const Outcome outcome = RunRefused(TEST_PROGRAM " --gtest_list_tests");
+  const Outcome outcome = RunRefused(test_support::SandboxTests() + " --gtest_list_tests");
   EXPECT_EQ(0, outcome.Status);
   EXPECT_THAT(outcome.Output, HasSubstr("TheProgramKnowsThatItIsInside"));
 }
 
 TEST_F(RefusedTest, ControllerBoxReportsTheReason) {
-  const Outcome outcome = RunRefused(CONTROLLER_BOX " -- true");
+  const Outcome outcome = RunRefused(test_support::ControllerBox() + " -- true");
   EXPECT_EQ(126, outcome.Status);
   EXPECT_THAT(outcome.Output, HasSubstr("controller-box: new namespaces: "));
 }
@@ -73,7 +75,7 @@ class OrdinaryUser : public UserNamespaceTest {
 };
 
 TEST_F(OrdinaryUser, EntersASandboxToo) {
-  const Outcome outcome = Run(CONTROLLER_BOX " -- id -u");
+  const Outcome outcome = Run(test_support::ControllerBox() + " -- id -u");
   EXPECT_EQ(0, outcome.Status) << outcome.Output;
   EXPECT_EQ("0\n", outcome.Output);
 }
@@ -88,7 +90,7 @@ std::string WithoutSkipMarks(std::string output) {
 }
 
 TEST_F(OrdinaryUser, PassesTheTestsOfTheInside) {
-  const Outcome outcome = Run("env CI= " TEST_PROGRAM " --gtest_brief=1");
+  const Outcome outcome = Run("env CI= " + test_support::SandboxTests() + " --gtest_brief=1");
   EXPECT_EQ(0, outcome.Status) << WithoutSkipMarks(outcome.Output);
 }
 

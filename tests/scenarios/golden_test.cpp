@@ -12,6 +12,7 @@
 #include "sandbox/scenario.h"
 #include "sandbox/testing.h"
 #include "tests/support/comma_locale.h"
+#include "tests/support/paths.h"
 #include "tests/support/run_program.h"
 #include "tests/support/tree_of_xml.h"
 #include "tests/support/validate.h"
@@ -37,7 +38,7 @@ TEST_P(Scenarios, GiveTheGoldenDocument) {
   const auto& [name, cycles] = GetParam();
   sandbox::Scenario::Load(sandbox::SourcePath("scenarios") / name).Apply();
   const auto run = test_support::RunProgram(
-      {HOST, "show", "--format", "xml", "--cycles", std::to_string(cycles)});
+      {test_support::HostProgram(), "show", "--format", "xml", "--cycles", std::to_string(cycles)});
   EXPECT_EQ(run.ExitCode, 0) << run.Errors;
   EXPECT_TRUE(test_support::IsValidDocument(run.Output));
   EXPECT_TRUE(test_support::MatchesGolden(
@@ -65,7 +66,7 @@ TEST(ScenarioDocuments, AreTheSameUnderALocaleWithDecimalComma) {
   using test_support::CommaLocale;
   sandbox::Scenario::Load(sandbox::SourcePath("scenarios/demo")).Apply();
   const auto run = test_support::RunProgram(
-      {HOST, "show", "--format", "xml"},
+      {test_support::HostProgram(), "show", "--format", "xml"},
       {"LOCPATH=" + CommaLocale::Path(), std::string("LC_ALL=") + CommaLocale::kName});
   EXPECT_EQ(run.ExitCode, 0) << run.Errors;
   EXPECT_TRUE(test_support::MatchesGolden(Steady(run.Output), "tests/golden/demo-1.xml"));
@@ -81,7 +82,8 @@ TEST(ScenarioDocuments, AreGoldenForEveryFolder) {
 
 TEST(ScenarioDocuments, OfAControllerWithoutADatabaseComeWithAReport) {
   sandbox::Scenario::Load(sandbox::SourcePath("scenarios/bare")).NoDatabase().Apply();
-  const auto run = test_support::RunProgram({HOST, "show", "--format", "xml"});
+  const auto run =
+      test_support::RunProgram({test_support::HostProgram(), "show", "--format", "xml"});
   EXPECT_EQ(run.ExitCode, 1);
   EXPECT_NE(run.Errors.find("unable to open database file"), std::string::npos) << run.Errors;
   EXPECT_TRUE(test_support::IsValidDocument(run.Output));

@@ -5,11 +5,12 @@
 #include <cstring>
 #include <stdexcept>
 
+#include "tests/support/paths.h"
 #include "tests/support/process_locale.h"
 
 namespace test_support {
 
-std::string CommaLocale::Path() { return TEST_LOCALES; }
+std::string CommaLocale::Path() { return Locales(); }
 
 CommaLocale::CommaLocale() : before_(std::setlocale(LC_ALL, nullptr)) {
   setenv("LOCPATH", Path().c_str(), 1);

@@ -6,10 +6,12 @@
 #include <sstream>
 #include <string_view>
 
+#include "tests/support/paths.h"
+
 namespace test_support {
 namespace {
 
-std::string FullPath(const std::string& path) { return TEST_SOURCE_TREE "/" + path; }
+std::string FullPath(const std::string& path) { return SourceTree() + "/" + path; }
 
 std::string_view LineAt(const std::string& text, std::size_t position) {
   const std::size_t begin = position == 0 ? 0 : text.rfind('\n', position - 1) + 1;
