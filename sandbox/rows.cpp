@@ -40,12 +40,16 @@ class Connection {
   }
 
   // Runs a statement whose first parameters are `key` and `value`, if any.
-  void Run(const char* sql, const std::string& key, const RowValue* value) {
+  void Run(const char* sql, const RowKey& key, const RowValue* value) {
     sqlite3_stmt* prepared = nullptr;
     Require(sqlite3_prepare_v2(database_.get(), sql, -1, &prepared, nullptr) == SQLITE_OK);
     const std::unique_ptr<sqlite3_stmt, int (*)(sqlite3_stmt*)> statement(prepared,
                                                                           sqlite3_finalize);
-    BindText(prepared, 1, key);
+    if (key.IsBlob) {
+      BindBlob(prepared, 1, key.Bytes);
+    } else {
+      BindText(prepared, 1, key.Bytes);
+    }
     if (value != nullptr) {
       Bind(prepared, 2, *value);
     }
@@ -64,13 +68,17 @@ class Connection {
                               nullptr) == SQLITE_OK);
   }
 
+  void BindBlob(sqlite3_stmt* statement, int position, const std::string& bytes) {
+    Require(sqlite3_bind_blob(statement, position, bytes.data(), static_cast<int>(bytes.size()),
+                              nullptr) == SQLITE_OK);
+  }
+
   // Null needs no binding: a fresh statement's parameters are null.
   void Bind(sqlite3_stmt* statement, int position, const RowValue& value) {
     if (const auto* text = std::get_if<std::string>(&value)) {
       BindText(statement, position, *text);
     } else if (const auto* blob = std::get_if<Blob>(&value)) {
-      Require(sqlite3_bind_blob(statement, position, blob->Bytes.data(),
-                                static_cast<int>(blob->Bytes.size()), nullptr) == SQLITE_OK);
+      BindBlob(statement, position, blob->Bytes);
     }
   }
 
@@ -116,14 +124,17 @@ std::string FromHexadecimal(std::string_view digits) {
   return bytes;
 }
 
-RowValue ParseValue(std::string_view text) {
-  if (text == "\\N") {
-    return nullptr;
-  }
-  if (text.substr(0, 2) == "\\x") {
+// A text or a blob, as a RowKey or a RowValue.
+template <class Cell>
+Cell ParseCell(std::string_view text) {
+  if (text.starts_with("\\x")) {
     return Blob(FromHexadecimal(text.substr(2)));
   }
   return Unescape(text);
+}
+
+RowValue ParseValue(std::string_view text) {
+  return text == "\\N" ? RowValue(nullptr) : ParseCell<RowValue>(text);
 }
 
 }  // namespace
@@ -142,7 +153,8 @@ Rows ParseRows(std::string_view text) {
         throw std::runtime_error("expected a key, a tab and a value");
       }
       const std::string_view view = line;
-      if (!rows.emplace(Unescape(view.substr(0, tab)), ParseValue(view.substr(tab + 1))).second) {
+      if (!rows.emplace(ParseCell<RowKey>(view.substr(0, tab)), ParseValue(view.substr(tab + 1)))
+               .second) {
         throw std::runtime_error("the key stands twice");
       }
     } catch (const std::exception& error) {
@@ -162,13 +174,13 @@ void SetRows(const Rows& rows) {
   connection.Run("COMMIT;");
 }
 
-void SetRow(const std::string& key, const RowValue& value) {
+void SetRow(const RowKey& key, const RowValue& value) {
   Connection connection;
   MakeTable(connection);
   connection.Run(kInsert, key, &value);
 }
 
-void RemoveRow(const std::string& key) { Connection().Run(kDelete, key, nullptr); }
+void RemoveRow(const RowKey& key) { Connection().Run(kDelete, key, nullptr); }
 
 void RunSql(const std::string& statements) { Connection().Run(statements); }
 

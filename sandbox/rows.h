@@ -1,6 +1,7 @@
 #pragma once
 
 #include <array>
+#include <compare>
 #include <cstddef>
 #include <map>
 #include <string>
@@ -22,13 +23,26 @@ struct Blob {
 
 // NULL, a text or a blob.
 using RowValue = std::variant<std::nullptr_t, std::string, Blob>;
+
+// A text or a blob; a blob is another key than the text of the same bytes, and comes after all
+// texts.
+struct RowKey {
+  RowKey(std::string text) : Bytes(std::move(text)) {}
+  RowKey(const char* text) : Bytes(text) {}
+  RowKey(Blob blob) : IsBlob(true), Bytes(std::move(blob.Bytes)) {}
+  auto operator<=>(const RowKey&) const = default;
+
+  bool IsBlob = false;
+  std::string Bytes;
+};
+
 // The rows of table `status`, by key.
-using Rows = std::map<std::string, RowValue>;
+using Rows = std::map<RowKey, RowValue>;
 
 // Reads the text form: one row a line, key TAB value. In both, \t \n \r \\ and \# stand for a tab,
-// a line feed, a carriage return, a backslash and a '#'. A value \N is NULL, one that begins with
-// \x is a blob in hexadecimal. Empty lines and lines that begin with '#' are ignored. Throws
-// std::runtime_error with the line number when a line is not such a row.
+// a line feed, a carriage return, a backslash and a '#'. A value \N is NULL, a key or value that
+// begins with \x is a blob in hexadecimal. Empty lines and lines that begin with '#' are ignored.
+// Throws std::runtime_error with the line number when a line is not such a row.
 Rows ParseRows(std::string_view text);
 
 // Makes these the rows of table `status`, as one transaction of another process would: the
@@ -37,8 +51,8 @@ Rows ParseRows(std::string_view text);
 void SetRows(const Rows& rows);
 
 // Adds or replaces one row.
-void SetRow(const std::string& key, const RowValue& value);
-void RemoveRow(const std::string& key);
+void SetRow(const RowKey& key, const RowValue& value);
+void RemoveRow(const RowKey& key);
 
 // Runs SQL statements on the database, for what the above cannot do.
 void RunSql(const std::string& statements);

@@ -143,7 +143,7 @@ Scenario& Scenario::Database() {
   return *this;
 }
 
-Scenario& Scenario::Row(const std::string& key, const RowValue& value) {
+Scenario& Scenario::Row(const RowKey& key, const RowValue& value) {
   Database();
   rows_->insert_or_assign(key, value);
   return *this;

@@ -49,7 +49,7 @@ class Scenario {
 
   // A database without rows, unless Row() adds some.
   Scenario& Database();
-  Scenario& Row(const std::string& key, const RowValue& value);
+  Scenario& Row(const RowKey& key, const RowValue& value);
   Scenario& NoDatabase();
 
   Scenario& Uptime(std::chrono::seconds uptime);

@@ -40,14 +40,16 @@ TEST(RowText, EscapesNullsAndBlobsAreUnderstood) {
       "Empty\t\n"
       "Null\t\\N\n"
       "Blob\t\\x00fF41\n"
+      "\\x47554944\tblob as key\n"
       "Tabs\ta\tb\n"
       "Last\tno line feed");
-  ASSERT_EQ(7U, rows.size());
+  ASSERT_EQ(8U, rows.size());
   EXPECT_EQ("a b", std::get<std::string>(rows.at("GUID")));
   EXPECT_EQ("x\ty\nz\r\\", std::get<std::string>(rows.at("#key")));
   EXPECT_EQ("", std::get<std::string>(rows.at("Empty")));
   EXPECT_TRUE(std::holds_alternative<std::nullptr_t>(rows.at("Null")));
   EXPECT_EQ(std::string("\0\xFF\x41", 3), std::get<Blob>(rows.at("Blob")).Bytes);
+  EXPECT_EQ("blob as key", std::get<std::string>(rows.at(Blob("GUID"))));
   EXPECT_EQ("a\tb", std::get<std::string>(rows.at("Tabs")));
   EXPECT_EQ("no line feed", std::get<std::string>(rows.at("Last")));
 }

@@ -66,6 +66,17 @@ TEST_F(RowsTest, AValueMayBeNullOrABlob) {
               ElementsAre("A=null=(null)", "B=blob=3", "C=text=0"));
 }
 
+// A blob comes after all texts, and is another key than the same bytes as a text.
+TEST_F(RowsTest, AKeyMayBeABlob) {
+  SetRows({{Blob("GUID"), "blob"}, {"GUID", "text"}, {"TtableED", "x"}});
+  Reader reader;
+  EXPECT_THAT(reader.Rows(), ElementsAre("GUID=text", "TtableED=x", "GUID=blob"));
+  EXPECT_THAT(reader.Query("SELECT typeof(address) FROM status ORDER BY address;"),
+              ElementsAre("text", "text", "blob"));
+  RemoveRow(Blob("GUID"));
+  EXPECT_THAT(reader.Rows(), ElementsAre("GUID=text", "TtableED=x"));
+}
+
 TEST_F(RowsTest, ATextKeepsItsFormEvenWhenItLooksLikeANumber) {
   SetRows({{"A", "007"}, {"B", "1e3"}});
   EXPECT_THAT(Reader().Rows(), ElementsAre("A=007", "B=1e3"));

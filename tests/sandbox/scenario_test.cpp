@@ -185,6 +185,7 @@ TEST_F(ScenarioTest, AMistakeIsReportedWithItsFileAndLine) {
       {"rows.tsv", "A\t1\nA\t2\n"},
       {"rows.tsv", "\nA\t\\q\n"},
       {"rows.tsv", "\nA\t\\x1\n"},
+      {"rows.tsv", "\n\\x1\tA\n"},
       {"rows.tsv", "\nA\tends in \\\n"},
       {"uptime", "\nlong\n"},
   };
