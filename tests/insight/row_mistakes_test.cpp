@@ -170,8 +170,6 @@ TEST_F(ScenarioOfMistakes, HasOneOfEveryErrorAndNotice) {
       found.insert(insight::InfoOf(remark.What).Id);
     }
   }
-  // Keys of a scenario are texts, and come in byte order.
-  found.insert(insight::InfoOf(Outcome::kOutOfOrder).Id);
   for (const insight::OutcomeInfo& info : insight::Outcomes()) {
     EXPECT_TRUE(info.Class == OutcomeClass::kFine || found.contains(info.Id)) << info.Id;
   }
