@@ -139,7 +139,7 @@ ValueFormat FormatOfKey(int entry) {
   return entry < 0 ? ValueFormat() : kFormats[static_cast<std::size_t>(entry)];
 }
 
-void JudgeKeyNumber(const observe::Stores& store, std::size_t begin, char end, Row* row) {
+bool JudgeKeyNumber(const observe::Stores& store, std::size_t begin, char end, Row* row) {
   const std::string_view key = row->Key;
   const std::string_view number = key.substr(begin, store.Consumed);
   const std::size_t after = begin + store.Consumed;
@@ -160,7 +160,10 @@ void JudgeKeyNumber(const observe::Stores& store, std::size_t begin, char end, R
   } else if (store.Read.Signed != store.Stored.Signed) {
     AddRemark(row, Outcome::kWrapped,
               "number " + std::string(number) + " does not fit and " + counts(), where);
+  } else {
+    return true;
   }
+  return false;
 }
 
 const rows::Attribute* AttributeOf(std::string_view entry, const char* name) {
@@ -231,25 +234,13 @@ std::string_view NearestAttribute(std::string_view entry, bool is_part, std::str
   return (entry == rows::kSensorPrefix ? kOfSensors : kOfDevices).Nearest(unknown);
 }
 
-bool Widths::Add(std::string_view entry, std::size_t width) {
-  const auto seen = seen_.find(entry);
-  if (seen == seen_.end()) {
-    seen_.emplace(entry, Seen{width, width, width});
-    return true;
-  }
-  seen->second.Least = std::min(seen->second.Least, width);
-  seen->second.Most = std::max(seen->second.Most, width);
-  return seen->second.First == width;
-}
-
-std::size_t Widths::Least(std::string_view entry) const {
-  const auto seen = seen_.find(entry);
-  return seen == seen_.end() ? 0 : seen->second.Least;
-}
-
-std::size_t Widths::Most(std::string_view entry) const {
-  const auto seen = seen_.find(entry);
-  return seen == seen_.end() ? 0 : seen->second.Most;
+bool FamilyNumbers::Add(std::size_t width, long number) {
+  const bool is_first = FirstWidth == 0;
+  FirstWidth = is_first ? width : FirstWidth;
+  LeastWidth = is_first ? width : std::min(LeastWidth, width);
+  MostWidth = std::max(MostWidth, width);
+  Highest = std::max(Highest, number);
+  return FirstWidth == width;
 }
 
 }  // namespace insight

@@ -23,8 +23,8 @@ std::string_view EntryAt(int position);
 ValueFormat FormatOfKey(int entry);
 
 // Of a number in a key, which begins at `begin` and is read as `store` says; `end` is the byte that
-// has to follow it: '_', or 0 for the end of the key.
-void JudgeKeyNumber(const observe::Stores& store, std::size_t begin, char end, Row* row);
+// has to follow it: '_', or 0 for the end of the key. Whether it is digits alone, and fits.
+bool JudgeKeyNumber(const observe::Stores& store, std::size_t begin, char end, Row* row);
 
 // The attribute of a sensor or DCIO device that a row of this name is taken for; null when there is
 // none.
@@ -40,22 +40,15 @@ void JudgeAttribute(const rows::Attribute& known, const observe::Stores& store, 
 // The attribute, or the part of a point, that an unknown one is nearest to.
 std::string_view NearestAttribute(std::string_view entry, bool is_part, std::string_view unknown);
 
-// How many digits the numbers of a family of keys have.
-class Widths {
- public:
-  // Notes the number of a key. False when the one that came first has another width.
-  bool Add(std::string_view entry, std::size_t width);
-  std::size_t Least(std::string_view entry) const;
-  std::size_t Most(std::string_view entry) const;
-  void Clear() { seen_.clear(); }
+// The numbers of one family of keys.
+struct FamilyNumbers {
+  std::size_t FirstWidth = 0;  // digits of the one that came first
+  std::size_t LeastWidth = 0;
+  std::size_t MostWidth = 0;
+  long Highest = -1;
 
- private:
-  struct Seen {
-    std::size_t First;
-    std::size_t Least;
-    std::size_t Most;
-  };
-  std::map<std::string, Seen, std::less<>> seen_;
+  // False when the one that came first has another width.
+  bool Add(std::size_t width, long number);
 };
 
 }  // namespace insight

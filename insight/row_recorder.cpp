@@ -37,8 +37,14 @@ std::string PathOf(const observe::Record& record) {
   return {};
 }
 
+// "numbers of 1 to 2 digits are mixed"
+std::string MixedWidths(const FamilyNumbers& numbers) {
+  return "numbers of " + std::to_string(numbers.LeastWidth) + " to " +
+         std::to_string(numbers.MostWidth) + " digits are mixed";
+}
+
 // The number with zeros in front of it.
-std::string Padded(std::uint32_t number, std::size_t width) {
+std::string Padded(long number, std::size_t width) {
   std::string digits = std::to_string(number);
   return digits.size() < width ? std::string(width - digits.size(), '0') + digits : digits;
 }
@@ -51,9 +57,10 @@ void RowRecorder::BeginCycle(const QtSts::CStatus& status) {
   status_ = &status;
   rows_.clear();
   rows_.reserve(last_count_);
-  widths_.Clear();
+  numbers_.clear();
   field_rows_.clear();
   owners_.clear();
+  lost_.clear();
   parking_.BeginCycle();
 }
 
@@ -111,12 +118,13 @@ void RowRecorder::SeeKeyNumber(const observe::Stores& store) {
   Row& row = Current();
   const bool is_element = handled_.Entry != rows::kDevicePrefix;
   const auto begin = static_cast<std::size_t>(store.Text - handled_.Key);
-  JudgeKeyNumber(store, begin, is_element ? '_' : '\0', &row);
+  handled_.HasNumber = JudgeKeyNumber(store, begin, is_element ? '_' : '\0', &row);
   const char* const rest = rows::AfterUnderscore(store.Text);
   handled_.Attribute =
       rest == nullptr ? row.Key.size() : static_cast<std::size_t>(rest - handled_.Key);
-  handled_.Width = store.Consumed;
-  handled_.IsFirstWidth = store.Consumed == 0 || widths_.Add(handled_.Entry, store.Consumed);
+  handled_.IsFirstWidth =
+      !handled_.HasNumber ||
+      numbers_[handled_.Entry].Add(store.Consumed, static_cast<long>(store.Stored.Signed));
   parking_.BeginRow(is_element && rest != nullptr
                         ? std::string_view(row.Key).substr(0, handled_.Attribute)
                         : std::string_view());
@@ -124,6 +132,15 @@ void RowRecorder::SeeKeyNumber(const observe::Stores& store) {
 
 const rows::Attribute* RowRecorder::KnownAttribute() const {
   return AttributeOf(handled_.Entry, rows_.back().Key.c_str() + handled_.Attribute);
+}
+
+void RowRecorder::RemarkNoAttribute(bool is_part) {
+  Row& row = Current();
+  AddRemark(&row, Outcome::kNoAttribute,
+            is_part ? "the key ends before what comes after the number of " +
+                          Quoted(std::string_view(row.Key).substr(handled_.Attribute))
+                    : "the key ends before its attribute",
+            WholeKey(row));
 }
 
 // What does not reach its destination.
@@ -139,13 +156,13 @@ void RowRecorder::SeeKept(const observe::Stores& store) {
                 KeyFrom(row, handled_.Entry.size()));
       break;
     case Fate::kNoAttribute:
-      AddRemark(
-          &row, Outcome::kNoAttribute,
-          is_part ? "the key ends before what comes after the number of " + Quoted(store.Attribute)
-                  : "the key ends before its attribute",
-          WholeKey(row));
+      RemarkNoAttribute(is_part);
       break;
     case Fate::kUnknownAttribute:
+      if (store.Attribute.empty()) {
+        RemarkNoAttribute(is_part);  // the key ends with '_'
+        break;
+      }
       AddRemark(&row, Outcome::kUnknownAttribute,
                 Quoted(store.Attribute) + " is no attribute" +
                     NearestIs(NearestAttribute(handled_.Entry, is_part, store.Attribute)),
@@ -257,9 +274,7 @@ void RowRecorder::SeeElement(const observe::Record& record, Element* element) {
   }
   if (!handled_.IsFirstWidth) {
     AddRemark(&row, Outcome::kMixedWidths,
-              "numbers of " + std::to_string(widths_.Least(handled_.Entry)) + " to " +
-                  std::to_string(widths_.Most(handled_.Entry)) + " digits are mixed after " +
-                  Quoted(handled_.Entry),
+              MixedWidths(numbers_[handled_.Entry]) + " after " + Quoted(handled_.Entry),
               KeyFrom(row, handled_.Entry.size()));
   }
   if (record.Where == observe::Place::kTtableDevices) {
@@ -274,14 +289,18 @@ void RowRecorder::SeeElement(const observe::Record& record, Element* element) {
                   std::to_string(record.Position),
               KeyFrom(row, handled_.Entry.size()));
   }
-  owners_[{record.Where, record.Interface}].push_back(rows_.size() - 1);
+  Owners& owners = owners_[{record.Where, record.Interface}];
+  owners.Rows.push_back(rows_.size() - 1);
+  if (handled_.HasNumber) {
+    owners.Highest = std::max(owners.Highest.value_or(0), record.Number);
+  }
 }
 
 void RowRecorder::SeeRefused(const observe::Record& record) {
   Row& row = Current();
   switch (record.What) {
     case Ending::kPositionTaken:
-      RemarkTaken(record);
+      SeeTaken(record);
       break;
     case Ending::kNotHere:
     case Ending::kNoPlace:
@@ -302,30 +321,48 @@ void RowRecorder::SeeRefused(const observe::Record& record) {
   }
 }
 
-void RowRecorder::RemarkTaken(const observe::Record& record) {
-  Row& row = Current();
-  const std::vector<std::size_t>& owners = owners_[{record.Where, record.Interface}];
-  std::string text = "the element is lost: position " + std::to_string(record.Number) + " is taken";
-  std::string owner;
-  if (record.Number < owners.size()) {
-    owner = rows_[owners[record.Number]].Key;
-    text += " by " + owner;
-  }
-  const std::size_t least = widths_.Least(handled_.Entry);
-  const std::size_t most = widths_.Most(handled_.Entry);
-  std::string would_do = Padded(record.Position, most);
-  if (least != most && !HasRemark(row, Outcome::kBadNumber)) {
-    text += ", since numbers of " + std::to_string(least) + " to " + std::to_string(most) +
-            " digits are mixed and do not come in their order";
-    const std::string padded = Padded(record.Number, most);
+void RowRecorder::SeeTaken(const observe::Record& record) {
+  const Owners& owners = owners_[{record.Where, record.Interface}];
+  lost_.push_back({.Row = rows_.size() - 1,
+                   .Entry = handled_.Entry,
+                   .Number = record.Number,
+                   .Attribute = handled_.Attribute,
+                   .Owner = record.Number < owners.Rows.size()
+                                ? rows_[owners.Rows[record.Number]].Key
+                                : std::string(),
+                   .ComesLate = handled_.HasNumber && owners.Highest >= record.Number});
+}
+
+// Once all numbers of the family are known.
+void RowRecorder::RemarkTaken(const Lost& lost) {
+  Row& row = rows_[lost.Row];
+  AddRemark(&row, Outcome::kPositionTaken,
+            "the element is lost: position " + std::to_string(lost.Number) + " is taken" +
+                (lost.Owner.empty() ? "" : " by " + lost.Owner) + WhyTaken(lost) + " would do",
+            KeyFrom(row, lost.Entry.size()));
+}
+
+// Distinct numbers of one width come in their order, and none of them is lost.
+std::string RowRecorder::WhyTaken(const Lost& lost) {
+  FamilyNumbers& numbers = numbers_[lost.Entry];
+  const std::size_t width = numbers.MostWidth;
+  std::string why;
+  if (lost.ComesLate && numbers.LeastWidth != width) {
+    const std::string padded = Padded(lost.Number, width);
     const std::string key =
-        std::string(handled_.Entry) + padded + "_" + row.Key.substr(handled_.Attribute);
-    if (handled_.Width < most && key != owner) {
-      would_do = padded;
+        Joined({lost.Entry, padded, "_", rows_[lost.Row].Key.substr(lost.Attribute)});
+    why = ", since " + MixedWidths(numbers);
+    if (!std::ranges::binary_search(rows_, key, {}, &Row::Key)) {
+      return why + " and do not come in their order; padded to " + std::to_string(width) +
+             " digits, as all should be, number " + padded;
     }
+    why += " and " + key + " has the same number";
   }
-  text += "; number " + would_do + " would do";
-  AddRemark(&row, Outcome::kPositionTaken, std::move(text), KeyFrom(row, handled_.Entry.size()));
+  const std::string free = Padded(++numbers.Highest, width);
+  return why + "; number " + free +
+         (free.size() <= width
+              ? ""
+              : " of " + std::to_string(free.size()) + " digits, as all should be,");
 }
 
 // ---- Ends
@@ -358,6 +395,9 @@ void RowRecorder::End() {
 
 std::vector<Row> RowRecorder::EndCycle(const QtSts::DocumentTree& /*document*/) {
   parking_.EndCycle();
+  for (const Lost& lost : lost_) {
+    RemarkTaken(lost);
+  }
   for (Row& row : rows_) {
     if (row.Remarks.empty()) {
       row.Remarks.emplace_back();

@@ -38,8 +38,22 @@ class RowRecorder {
     const void* Destination = nullptr;  // of its first value
     int Interface = -1;                 // the display interface that gets a sensor
     bool HasEvents = false;
-    std::size_t Width = 0;  // of the number in its key
+    bool HasNumber = false;  // its key has one that is digits alone, and fits
     bool IsFirstWidth = true;
+  };
+  // What made the elements of one list.
+  struct Owners {
+    std::vector<std::size_t> Rows;         // that completed them, by position
+    std::optional<std::uint32_t> Highest;  // of their numbers
+  };
+  // An element that is lost, since its position is taken.
+  struct Lost {
+    std::size_t Row;
+    std::string_view Entry;
+    std::uint32_t Number;
+    std::size_t Attribute;  // where it begins in the key
+    std::string Owner;      // the key that completed the element at its position; "" when not known
+    bool ComesLate;         // an element with this number, or a higher one, came before
   };
 
   Row& Current() { return rows_.back(); }
@@ -48,13 +62,16 @@ class RowRecorder {
   void SeeKeyNumber(const observe::Stores& store);
   // That the row is taken for; null when there is none.
   const rows::Attribute* KnownAttribute() const;
+  void RemarkNoAttribute(bool is_part);
   void SeeKept(const observe::Stores& store);
   void SeeStored(const observe::Stores& store);
   void StoreInField(const observe::Stores& store);
   void See(const observe::Record& record);
   void SeeElement(const observe::Record& record, Element* element);
   void SeeRefused(const observe::Record& record);
-  void RemarkTaken(const observe::Record& record);
+  void SeeTaken(const observe::Record& record);
+  void RemarkTaken(const Lost& lost);
+  std::string WhyTaken(const Lost& lost);
   void End();
 
   const QtSts::CStatus* status_ = nullptr;
@@ -63,10 +80,11 @@ class RowRecorder {
   Handled handled_;
   Shadow shadow_;
   Parking parking_;
-  Widths widths_;
-  std::map<const void*, std::size_t> field_rows_;  // the last row of each field of the document
-  // The rows that completed the elements of each list: of the display interface at this position.
-  std::map<std::pair<observe::Place, int>, std::vector<std::size_t>> owners_;
+  std::map<std::string_view, FamilyNumbers> numbers_;  // by the entry of the key table
+  std::map<const void*, std::size_t> field_rows_;      // the last row of each field of the document
+  // Of each list: of the display interface at this position.
+  std::map<std::pair<observe::Place, int>, Owners> owners_;
+  std::vector<Lost> lost_;
 };
 
 }  // namespace insight

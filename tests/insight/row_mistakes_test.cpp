@@ -58,11 +58,34 @@ const std::vector<Mistake>& Mistakes() {
        Outcome::kUnknownWord, "the nearest is \"CANTemp\"; the element is lost"},
       {"NumbersWithoutPadding", Doors({"0", "1", "2", "10", "11"}), "Sensor_1_Type",
        Outcome::kPositionTaken,
-       "Sensor_10_Type, since numbers of 1 to 2 digits are mixed and do "
-       "not come in their order; number 01 would do"},
+       "Sensor_10_Type, since numbers of 1 to 2 digits are mixed and do not come in their order; "
+       "padded to 2 digits, as all should be, number 01 would do"},
       {"WidthsOfNumbersMixed", Doors({"000", "00"}), "Sensor_00_Type", Outcome::kPositionTaken,
-       "Sensor_000_Type, since numbers of 2 to 3 digits are mixed and do not come in their order; "
-       "number 001 would do"},
+       "Sensor_000_Type, since numbers of 2 to 3 digits are mixed and Sensor_000_Type has the same "
+       "number; number 001 would do"},
+      // Padding used to be the cure of all.
+      {"LetterAmongNumbers", Doors({"00", "01", "A"}), "Sensor_A_Type", Outcome::kPositionTaken,
+       "position 0 is taken by Sensor_00_Type; number 02 would do"},
+      {"BlankBeforeANumber", Doors({" 1", "00", "01"}), "Sensor_00_Type", Outcome::kPositionTaken,
+       "position 0 is taken by Sensor_ 1_Type; number 02 would do"},
+      {"NumberThatWraps", Doors({"40", "41", "4294967296"}), "Sensor_4294967296_Type",
+       Outcome::kPositionTaken, "position 0 is taken by Sensor_40_Type; number 42 would do"},
+      {"LetterAfterTheLastNumberOfOneDigit",
+       Doors({"0", "1", "2", "3", "4", "5", "6", "7", "8", "9", "A"}), "Sensor_A_Type",
+       Outcome::kPositionTaken, "Sensor_0_Type; number 10 of 2 digits, as all should be, would do"},
+      // It used to be an unknown attribute of no name.
+      {"KeyThatEndsAfterItsNumber",
+       {{"Sensor_00_", "1"}},
+       "Sensor_00_",
+       Outcome::kNoAttribute,
+       "the key ends before its attribute"},
+      {"DeviceKeyThatEndsAfterItsNumber",
+       {{"DCIO_00_", "1"}},
+       "DCIO_00_",
+       Outcome::kNoAttribute,
+       "the key ends before its attribute"},
+      {"PointWithoutItsPart", Sensor("Input_03_", "1"), "Sensor_00_Input_03_",
+       Outcome::kNoAttribute, "after the number of \"Input_03_\""},
       {"WordWithCapitalLetter",
        {{"DimmingMode", "Manual"}},
        "DimmingMode",
