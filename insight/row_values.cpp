@@ -179,6 +179,28 @@ bool IsWrapped(const Stores& store, std::string_view number) {
          (store.Read.Is == Number::Type::kUnsigned && number.find('-') != std::string_view::npos);
 }
 
+// What only the format of fractions reads: "0x12", "inf", "nan".
+void JudgeFraction(const Stores& store, std::string_view number, rows::Type type, Row* row) {
+  if (store.Read.Is != Number::Type::kFloating) {
+    return;
+  }
+  const Excerpt where = {RowPart::kValue, 0, store.Consumed};
+  if (!std::isfinite(store.Read.Floating)) {
+    if (std::isnan(store.Read.Floating) ||
+        number.find_first_of(kDigits) == std::string_view::npos) {
+      AddRemark(row, Outcome::kNoNumber,
+                Quoted(Trimmed(number)) + " is no finite number: " + StoredText(store, type) +
+                    " is stored",
+                where);
+    }
+  } else if (number.find_first_of("xX") != std::string_view::npos) {
+    AddRemark(
+        row, Outcome::kTextAfterNumber,
+        Quoted(Trimmed(number)) + " is hexadecimal: " + StoredText(store, type) + " is stored",
+        where);
+  }
+}
+
 void JudgeNumber(const Stores& store, const ValueFormat& format, Row* row) {
   const std::string_view value = row->Value;
   const std::string_view number = value.substr(0, store.Consumed);
@@ -191,6 +213,7 @@ void JudgeNumber(const Stores& store, const ValueFormat& format, Row* row) {
               WholeValue(*row));
     return;
   }
+  JudgeFraction(store, number, format.Is, row);
   const Excerpt after = {RowPart::kValue, store.Consumed, value.size()};
   const bool is_whole = format.Parser->Name != kNumberName;
   if (rest.empty()) {
