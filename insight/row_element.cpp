@@ -4,6 +4,7 @@
 #include <utility>
 
 #include "insight/row_shadow.h"
+#include "model/field_access.h"
 #include "model/outputs.h"
 
 namespace insight {
@@ -17,9 +18,9 @@ void Element::Walk(const QtSts::ClassInfo& info, const void* object, const std::
   const std::size_t holder = holders_.size();
   holders_.push_back({path, element, &info});
   const bool is_interface = QtSts::IsA(info, QtSts::CDisplayInterface::Class);
-  QtSts::VisitEveryField(
+  QtSts::FieldAccess::Visit(
       info, const_cast<void*>(object), [&](const QtSts::Field& field, const void* part) {
-        const void* const value = field.Read(part);
+        const void* const value = QtSts::FieldAccess::Read(field, part);
         if (value == nullptr) {
           return true;
         }
@@ -32,9 +33,10 @@ void Element::Walk(const QtSts::ClassInfo& info, const void* object, const std::
           Walk(*field.Record, value, here, nullptr);
           return true;
         }
-        const std::size_t count = is_interface ? 0 : field.Elements->Count(value);
+        const std::size_t count =
+            is_interface ? 0 : QtSts::FieldAccess::Count(*field.Elements, value);
         for (std::size_t at = 0; at < count; ++at) {
-          const QtSts::CBaseStatus* const held = field.Elements->At(value, at);
+          const QtSts::CBaseStatus* const held = QtSts::FieldAccess::At(*field.Elements, value, at);
           const QtSts::ClassInfo* const own = held == nullptr ? nullptr : QtSts::ClassOf(*held);
           if (own != nullptr) {
             Walk(*own, dynamic_cast<const void*>(held), here + "[" + std::to_string(at) + "]",

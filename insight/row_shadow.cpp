@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "collector/state/row_tables.h"
+#include "model/field_access.h"
 #include "model/text.h"
 
 namespace insight {
@@ -207,22 +208,23 @@ const Shadow::Watch* Shadow::Group::Find(const void* address) const {
 // NOLINTNEXTLINE(misc-no-recursion): as deep as records are in records
 void Shadow::Walk(const QtSts::ClassInfo& info, const void* object, const std::string& path,
                   Group* group) {
-  QtSts::VisitEveryField(info, const_cast<void*>(object),
-                         [&](const QtSts::Field& field, const void* part) {
-                           const void* const value = field.Read(part);
-                           const std::string here = path + (path.empty() ? "" : "/") + field.Name;
-                           if (value == nullptr) {
-                             return true;  // nothing of the fixed part is optional
-                           }
-                           if (field.Elements != nullptr) {
-                             tails_.push_back({&field, value, field.Elements->Count(value), here});
-                           } else if (field.Scalar == nullptr) {
-                             Walk(*field.Record, value, here, group);
-                           } else {
-                             group->Add(value, field.Scalar, here);
-                           }
-                           return true;
-                         });
+  QtSts::FieldAccess::Visit(
+      info, const_cast<void*>(object), [&](const QtSts::Field& field, const void* part) {
+        const void* const value = QtSts::FieldAccess::Read(field, part);
+        const std::string here = path + (path.empty() ? "" : "/") + field.Name;
+        if (value == nullptr) {
+          return true;  // nothing of the fixed part is optional
+        }
+        if (field.Elements != nullptr) {
+          tails_.push_back(
+              {&field, value, QtSts::FieldAccess::Count(*field.Elements, value), here});
+        } else if (field.Scalar == nullptr) {
+          Walk(*field.Record, value, here, group);
+        } else {
+          group->Add(value, field.Scalar, here);
+        }
+        return true;
+      });
 }
 
 // NOLINTNEXTLINE(misc-no-recursion)
@@ -272,9 +274,10 @@ void Shadow::WatchScratch() {
 }
 
 void Shadow::CompareTail(Tail* tail, std::vector<Change>* changes) {
-  for (const std::size_t count = tail->Listed->Elements->Count(tail->List); tail->Count < count;
-       ++tail->Count) {
-    const QtSts::CBaseStatus* const element = tail->Listed->Elements->At(tail->List, tail->Count);
+  for (const std::size_t count = QtSts::FieldAccess::Count(*tail->Listed->Elements, tail->List);
+       tail->Count < count; ++tail->Count) {
+    const QtSts::CBaseStatus* const element =
+        QtSts::FieldAccess::At(*tail->Listed->Elements, tail->List, tail->Count);
     const QtSts::ClassInfo* const info = element == nullptr ? nullptr : QtSts::ClassOf(*element);
     changes->push_back(
         {At(tail->Path.c_str(), tail->Count), "", info == nullptr ? "" : info->Name});

@@ -13,6 +13,7 @@
 #include "handlers/fields.h"
 #include "insight/source_table.h"
 #include "model/document.h"
+#include "model/field_access.h"
 
 namespace insight {
 namespace {
@@ -25,11 +26,11 @@ using QtSts::Field;
 // The path from an object to the value at this address in it; "" when there is none.
 std::string PathOf(const ClassInfo& info, void* object, const void* address) {
   std::string path;
-  QtSts::VisitEveryField(info, object, [&](const Field& field, void* part) {
+  QtSts::FieldAccess::Visit(info, object, [&](const Field& field, void* part) {
     if (field.Elements != nullptr) {
       return true;
     }
-    const void* const value = field.Read(part);
+    const void* const value = QtSts::FieldAccess::Read(field, part);
     if (field.Scalar != nullptr) {
       path = value == address ? field.Name : "";
     } else if (value != nullptr) {

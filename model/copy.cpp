@@ -6,8 +6,8 @@
 #include <string>
 #include <vector>
 
+#include "model/field_access.h"
 #include "model/io_points.h"
-#include "model/listed_object.h"
 
 namespace QtSts {
 namespace {
@@ -52,62 +52,62 @@ void Drop(const Field& field, void* part) {
   }
 }
 
+// NOLINTBEGIN(misc-no-recursion): the document's depth is that of its classes
+
+void CopyFields(const ClassInfo& info, const void* from, void* to);
+
+// Of the nearest class that can be made; null when there is none.
+std::unique_ptr<CBaseStatus> CopyElement(const CBaseStatus& element) {
+  const ListedObject listed(element);
+  const ClassInfo* info = listed.Class();
+  const void* from = FieldAccess::AddressOf(listed);
+  while (info != nullptr && info->Create == nullptr) {
+    from = info->Base == nullptr ? nullptr : FieldAccess::ToBase(*info, const_cast<void*>(from));
+    info = info->Base;
+  }
+  if (info == nullptr) {
+    return nullptr;
+  }
+  std::unique_ptr<CBaseStatus> copy(info->Create());
+  CopyFields(*info, from, dynamic_cast<void*>(copy.get()));
+  return copy;
+}
+
+void CopyList(const ListAccess& list, const void* from, void* to) {
+  const std::size_t count = FieldAccess::Count(list, from);
+  for (std::size_t position = 0; position < count; ++position) {
+    const CBaseStatus* const element = FieldAccess::At(list, from, position);
+    FieldAccess::Add(list, to, element == nullptr ? nullptr : CopyElement(*element).release());
+  }
+}
+
+// Into an object that is fresh.
+void CopyFields(const ClassInfo& info, const void* from, void* to) {
+  if (info.Base != nullptr) {
+    CopyFields(*info.Base, FieldAccess::ToBase(info, const_cast<void*>(from)),
+               FieldAccess::ToBase(info, to));
+  }
+  for (const Field& field : info.OwnFields()) {
+    const void* const value = FieldAccess::Read(field, from);
+    if (value == nullptr) {
+      Drop(field, to);
+    } else if (field.Scalar != nullptr) {
+      AssignScalar(*field.Scalar, value, FieldAccess::Make(field, to));
+    } else if (field.Elements != nullptr) {
+      CopyList(*field.Elements, value, FieldAccess::Make(field, to));
+    } else {
+      CopyFields(*field.Record, value, FieldAccess::Make(field, to));
+    }
+  }
+}
+
+// NOLINTEND(misc-no-recursion)
+
 }  // namespace
-
-// Fills fresh objects.
-class DocumentCopy {
- public:
-  // NOLINTNEXTLINE(misc-no-recursion): the document's depth is that of its classes
-  static void CopyFields(const ClassInfo& info, const void* from, void* to) {
-    if (info.Base != nullptr) {
-      CopyFields(*info.Base, info.ToBase(const_cast<void*>(from)), info.ToBase(to));
-    }
-    for (const Field& field : info.OwnFields()) {
-      const void* const value = field.Read(from);
-      if (value == nullptr) {
-        Drop(field, to);
-      } else if (field.Scalar != nullptr) {
-        AssignScalar(*field.Scalar, value, field.Make(to));
-      } else if (field.Elements != nullptr) {
-        CopyList(*field.Elements, value, field.Make(to));
-      } else {
-        CopyFields(*field.Record, value, field.Make(to));
-      }
-    }
-  }
-
- private:
-  // NOLINTNEXTLINE(misc-no-recursion)
-  static void CopyList(const ListAccess& list, const void* from, void* to) {
-    const std::size_t count = list.Count(from);
-    for (std::size_t position = 0; position < count; ++position) {
-      const CBaseStatus* const element = list.At(from, position);
-      list.Add(to, element == nullptr ? nullptr : CopyElement(*element).release());
-    }
-  }
-
-  // Of the nearest class that can be made; null when there is none.
-  // NOLINTNEXTLINE(misc-no-recursion)
-  static std::unique_ptr<CBaseStatus> CopyElement(const CBaseStatus& element) {
-    const ListedObject listed(element);
-    const ClassInfo* info = listed.Class();
-    const void* from = listed.object_;
-    while (info != nullptr && info->Create == nullptr) {
-      from = info->Base == nullptr ? nullptr : info->ToBase(const_cast<void*>(from));
-      info = info->Base;
-    }
-    if (info == nullptr) {
-      return nullptr;
-    }
-    std::unique_ptr<CBaseStatus> copy(info->Create());
-    CopyFields(*info, from, dynamic_cast<void*>(copy.get()));
-    return copy;
-  }
-};
 
 std::unique_ptr<CStatus> Copy(const CStatus& status) {
   auto copy = std::make_unique<CStatus>();
-  DocumentCopy::CopyFields(CStatus::Class, &status, copy.get());
+  CopyFields(CStatus::Class, &status, copy.get());
   return copy;
 }
 

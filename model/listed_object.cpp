@@ -9,6 +9,7 @@
 #include <string_view>
 #include <utility>
 
+#include "model/field_access.h"
 #include "model/io_points.h"
 
 namespace QtSts {
@@ -63,14 +64,10 @@ const ClassInfo& ClassWithName(const ClassInfo& nearest, std::string_view name) 
   const auto [entry, added] = classes.try_emplace(Key(&nearest, name));
   if (added) {
     ClassInfo& info = entry->second;
-    info = {entry->first.second.c_str(),
-            nearest.About,
-            nearest.Type,
-            nullptr,
-            &nearest,
-            [](void* object) { return object; },
-            nullptr,
-            0};
+    info.Name = entry->first.second.c_str();
+    info.About = nearest.About;
+    info.Type = nearest.Type;
+    FieldAccess::SetBase(&info, nearest, [](void* object) { return object; });
   }
   return entry->second;
 }

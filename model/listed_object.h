@@ -47,9 +47,14 @@ class ListedObject {
   bool VisitFields(const Visit& visit) const;
 
  private:
-  friend class DocumentCopy;
+  friend class FieldAccess;
   friend class ListedField;
   ListedObject(const ClassInfo* info, const void* object) : class_(info), object_(object) {}
+
+  // The one walk over the fields of objects. Calls `visit` with each field of `object`, whose class
+  // is `info`, and with the part of the object that the field belongs to.
+  template <class Visit>
+  static bool VisitParts(const ClassInfo& info, void* object, const Visit& visit);
 
   const ClassInfo* class_;
   const void* object_;
@@ -116,13 +121,26 @@ STATUS_API std::optional<ListedField> FindValue(const CStatus& status, std::stri
 std::optional<ListedField> FindValue(const CStatus&& status, std::string_view path) = delete;
 
 template <class Visit>
+bool ListedObject::VisitParts(const ClassInfo& info, void* object, const Visit& visit) {
+  if (info.Base != nullptr && !VisitParts(*info.Base, info.ToBase(object), visit)) {
+    return false;
+  }
+  for (const Field& field : info.OwnFields()) {
+    if (!visit(field, object)) {
+      return false;
+    }
+  }
+  return true;
+}
+
+template <class Visit>
 bool ListedObject::VisitFields(const Visit& visit) const {
   static_assert(std::is_invocable_r_v<bool, const Visit&, const ListedField&>,
                 "returns whether to go on");
-  return class_ == nullptr || VisitEveryField(*class_, const_cast<void*>(object_),
-                                              [&visit](const Field& field, const void* part) {
-                                                return visit(ListedField(field, part));
-                                              });
+  return class_ == nullptr || VisitParts(*class_, const_cast<void*>(object_),
+                                         [&visit](const Field& field, const void* part) {
+                                           return visit(ListedField(field, part));
+                                         });
 }
 
 template <class Visit>

@@ -19,6 +19,9 @@
 namespace QtSts {
 
 struct ClassInfo;
+class FieldAccess;  // of this project's sources: reads and fills objects by their listings
+class ListedField;
+class ListedObject;
 
 // How values of one type are written as text and read back.
 struct ScalarType {
@@ -27,67 +30,71 @@ struct ScalarType {
   bool (*Parse)(std::string_view text, void* value);     // false: malformed or out of range
 };
 
+// A listing says what objects hold. What reads and fills them takes pointers to any object, and is
+// private: programs walk objects with model/listed_object.h, where object and field belong
+// together.
+
 // How a list of any element type is walked and filled.
 struct ListAccess {
-  std::size_t (*Count)(const void* list);
-  CBaseStatus* (*At)(const void* list, std::size_t position);
-  void (*Add)(void* list, CBaseStatus* element);  // takes ownership
+ private:
+  friend class FieldAccess;
+  friend class ListedField;
+  std::size_t (*Count)(const void* list) = nullptr;
+  CBaseStatus* (*At)(const void* list, std::size_t position) = nullptr;
+  void (*Add)(void* list, CBaseStatus* element) = nullptr;  // takes ownership
 };
 
-// One field of a class: a scalar, a record, or a list, which has both Record and Elements. Read and
-// Make take an object of its class without asking: programs walk objects with
-// model/listed_object.h, where object and field belong together.
+// One field of a class: a scalar, a record, or a list, which has both Record and Elements.
 struct Field {
-  const char* Name;   // the member's name; attribute or child element in XML
-  const char* Unit;   // "" when it has none
-  const char* About;  // one sentence without the closing stop
-  CodeTable Codes;    // the names of its values, empty for a plain value
-  bool Optional;      // may be absent (null)
+  const char* Name = nullptr;   // the member's name; attribute or child element in XML
+  const char* Unit = nullptr;   // "" when it has none
+  const char* About = nullptr;  // one sentence without the closing stop
+  CodeTable Codes;              // the names of its values, empty for a plain value
+  bool Optional = false;        // may be absent (null)
 
   const ScalarType* Scalar = nullptr;
   const ClassInfo* Record = nullptr;     // the class of a record, or of what a list holds
   const ListAccess* Elements = nullptr;  // a list
 
+ private:
+  friend class FieldAccess;
+  friend class ListedField;
   const void* (*Read)(const void* object) = nullptr;  // the value in `object`; null when absent
   void* (*Make)(void* object) = nullptr;              // the value in `object`, made when absent
 };
 
-// One class of the model. `Fields` are its own; those of `Base` come before them.
+// One class of the model. Its fields are its own; those of `Base` come before them.
 struct ClassInfo {
-  const char* Name;   // element name in lists: the class name without its leading C
-  const char* About;  // one sentence without the closing stop
-  const std::type_info* Type;
-  CBaseStatus* (*Create)();  // null for a class that no list makes on its own
-  const ClassInfo* Base;
-  void* (*ToBase)(void* object);
-  const Field* Fields;     // asked for through OwnFields
-  std::size_t FieldCount;  // likewise
+  const char* Name = nullptr;   // element name in lists: the class name without its leading C
+  const char* About = nullptr;  // one sentence without the closing stop
+  const std::type_info* Type = nullptr;
+  CBaseStatus* (*Create)() = nullptr;  // null for a class that no list makes on its own
+  const ClassInfo* Base = nullptr;
 
   // Without those of its bases.
   constexpr std::span<const Field> OwnFields() const { return {Fields, FieldCount}; }
+
+ private:
+  friend class FieldAccess;
+  friend class ListedObject;
+  void* (*ToBase)(void* object) = nullptr;
+  const Field* Fields = nullptr;
+  std::size_t FieldCount = 0;
 };
 
-// The one walk over fields. Calls `visit` with each field of `object`, whose class is `info`, and
-// with the part of the object that the field's Read and Make take: first the fields of its base,
-// then its own. Stops when `visit` returns false. Returns whether it never did.
+// Calls `visit` with each field of a class: first the fields of its base, then its own. Stops when
+// `visit` returns false. Returns whether it never did.
 template <class Visit>
-bool VisitEveryField(const ClassInfo& info, void* object, const Visit& visit) {
-  if (info.Base != nullptr && !VisitEveryField(*info.Base, info.ToBase(object), visit)) {
+bool VisitEveryField(const ClassInfo& info, const Visit& visit) {
+  if (info.Base != nullptr && !VisitEveryField(*info.Base, visit)) {
     return false;
   }
   for (const Field& field : info.OwnFields()) {
-    if (!visit(field, object)) {
+    if (!visit(field)) {
       return false;
     }
   }
   return true;
-}
-
-// The same for a class alone.
-template <class Visit>
-bool VisitEveryField(const ClassInfo& info, const Visit& visit) {
-  return VisitEveryField(info, nullptr,
-                         [&visit](const Field& field, void* /*part*/) { return visit(field); });
 }
 
 // The listing of an object's own class; null for a class that is not listed.

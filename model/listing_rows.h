@@ -7,6 +7,7 @@
 #include <type_traits>
 #include <vector>
 
+#include "model/field_access.h"
 #include "model/listing.h"
 
 namespace QtSts::listing {
@@ -53,18 +54,18 @@ struct ElementOf<std::vector<E*>> {
 };
 
 template <class L>
-inline constexpr ListAccess kListAccess = {
+inline constexpr ListAccess kListAccess = FieldAccess::List(
     [](const void* list) -> std::size_t { return static_cast<const L*>(list)->Count(); },
     [](const void* list, std::size_t position) -> CBaseStatus* {
       return (*static_cast<const L*>(list))[position];
     },
     [](void* list, CBaseStatus* element) {
       static_cast<L*>(list)->Add(static_cast<typename L::Element*>(element));
-    }};
+    });
 
 // A plain vector of owned elements, as the point lists hold them.
 template <class E>
-inline constexpr ListAccess kListAccess<std::vector<E*>> = {
+inline constexpr ListAccess kListAccess<std::vector<E*>> = FieldAccess::List(
     [](const void* list) -> std::size_t {
       return static_cast<const std::vector<E*>*>(list)->size();
     },
@@ -75,7 +76,7 @@ inline constexpr ListAccess kListAccess<std::vector<E*>> = {
       std::unique_ptr<CBaseStatus> owned(element);
       static_cast<std::vector<E*>*>(list)->push_back(static_cast<E*>(element));
       static_cast<void>(owned.release());
-    }};
+    });
 
 template <auto kMember>
 const void* Read(const void* object) {
@@ -102,14 +103,24 @@ void* Make(void* object) {
   }
 }
 
+// What every row says.
+constexpr Field Row(const char* name, const char* unit, const char* about) {
+  Field field;
+  field.Name = name;
+  field.Unit = unit;
+  field.About = about;
+  return field;
+}
+
 // One row: the member, its name, unit, meaning and, for a coded value, the names of its codes.
 template <auto kMember>
 constexpr Field Of(const char* name, const char* unit, const char* about, CodeTable codes = {}) {
   using H = Held<typename Member<decltype(kMember)>::Type>;
   using T = typename H::Type;
-  Field field{name, unit, about, codes, H::kIsOptional};
-  field.Read = &Read<kMember>;
-  field.Make = &Make<kMember>;
+  Field field = Row(name, unit, about);
+  field.Codes = codes;
+  field.Optional = H::kIsOptional;
+  FieldAccess::Set(&field, &Read<kMember>, &Make<kMember>);
   if constexpr (requires { typename ElementOf<T>::Type; }) {
     field.Record = &ElementOf<T>::Type::Class;
     field.Elements = &kListAccess<T>;
@@ -127,12 +138,14 @@ constexpr Field Of(const char* name, const char* unit, const char* about, CodeTa
 // One row for a second base B of class C, as a record of its own.
 template <class C, class B>
 constexpr Field OfBase(const char* name, const char* unit, const char* about) {
-  Field field{name, unit, about, {}, false};
+  Field field = Row(name, unit, about);
   field.Record = &B::Class;
-  field.Read = [](const void* object) -> const void* {
-    return static_cast<const B*>(static_cast<const C*>(object));
-  };
-  field.Make = [](void* object) -> void* { return static_cast<B*>(static_cast<C*>(object)); };
+  FieldAccess::Set(
+      &field,
+      [](const void* object) -> const void* {
+        return static_cast<const B*>(static_cast<const C*>(object));
+      },
+      [](void* object) -> void* { return static_cast<B*>(static_cast<C*>(object)); });
   return field;
 }
 
@@ -146,29 +159,41 @@ void* ToBase(void* object) {
   return static_cast<B*>(static_cast<C*>(object));
 }
 
-// The listing of class C, which has no listed base.
-template <class C, std::size_t kCount>
-constexpr ClassInfo Root(const char* name, const char* about, const Field (&fields)[kCount]) {
-  CBaseStatus* (*create)() = nullptr;
+// What every listing says.
+template <class C>
+constexpr ClassInfo Named(const char* name, const char* about) {
+  ClassInfo info;
+  info.Name = name;
+  info.About = about;
+  info.Type = &typeid(C);
   if constexpr (std::is_base_of_v<CBaseStatus, C> && !std::is_abstract_v<C>) {
-    create = &Create<C>;
+    info.Create = &Create<C>;
   }
-  return {name, about, &typeid(C), create, nullptr, nullptr, fields, kCount};
-}
-
-// The listing of class C, whose base B is listed too.
-template <class C, class B, std::size_t kCount>
-constexpr ClassInfo Derived(const char* name, const char* about, const Field (&fields)[kCount]) {
-  ClassInfo info = Root<C>(name, about, fields);
-  info.Base = &B::Class;
-  info.ToBase = &ToBase<C, B>;
   return info;
 }
 
-// The listing of class C, which adds no field to its base B.
+// The listing of class C, which has no listed base.
+template <class C, std::size_t kCount>
+constexpr ClassInfo Root(const char* name, const char* about, const Field (&fields)[kCount]) {
+  ClassInfo info = Named<C>(name, about);
+  FieldAccess::SetFields(&info, fields, kCount);
+  return info;
+}
+
+// The listing of class C, which adds no field to its base B, whose listing there is.
 template <class C, class B>
 constexpr ClassInfo Derived(const char* name, const char* about) {
-  return {name, about, &typeid(C), &Create<C>, &B::Class, &ToBase<C, B>, nullptr, 0};
+  ClassInfo info = Named<C>(name, about);
+  FieldAccess::SetBase(&info, B::Class, &ToBase<C, B>);
+  return info;
+}
+
+// The same with fields of its own.
+template <class C, class B, std::size_t kCount>
+constexpr ClassInfo Derived(const char* name, const char* about, const Field (&fields)[kCount]) {
+  ClassInfo info = Derived<C, B>(name, about);
+  FieldAccess::SetFields(&info, fields, kCount);
+  return info;
 }
 
 }  // namespace QtSts::listing

@@ -1,6 +1,7 @@
 #include "model/promises.h"
 
 #include "model/dcio_boards.h"
+#include "model/field_access.h"
 #include "model/io_points.h"
 
 namespace QtSts {
@@ -14,7 +15,7 @@ B* PartOf(const ReadObject& object) {
     if (info == &B::Class) {
       return static_cast<B*>(part);
     }
-    part = info->Base != nullptr ? info->ToBase(part) : nullptr;
+    part = info->Base != nullptr ? FieldAccess::ToBase(*info, part) : nullptr;
   }
   return nullptr;
 }

@@ -5,6 +5,7 @@
 #include <string>
 #include <utility>
 
+#include "model/field_access.h"
 #include "model/promises.h"
 
 namespace QtSts {
@@ -19,7 +20,7 @@ struct Member {
 // Null without such a field.
 Member FindMember(const ClassInfo& info, void* object, std::string_view name) {
   Member found{nullptr, nullptr};
-  VisitEveryField(info, object, [&found, name](const Field& field, void* part) {
+  FieldAccess::Visit(info, object, [&found, name](const Field& field, void* part) {
     found = name == field.Name ? Member{&field, part} : found;
     return found.Listed == nullptr;
   });
@@ -72,12 +73,14 @@ void XmlReader::BeginField(const char* name, std::span<const XmlAttribute> attri
   }
   parent.Seen.push_back(field);
   if (field->Elements == nullptr) {
-    BeginObject({field->Name, line, field->Record, field->Make(part), nullptr, {}, nullptr},
-                attributes);
+    BeginObject(
+        {field->Name, line, field->Record, FieldAccess::Make(*field, part), nullptr, {}, nullptr},
+        attributes);
   } else if (!attributes.empty()) {
     Fail(name, line, attributes.front().Name, "unknown attribute");
   } else {
-    open_.push_back({field->Name, line, nullptr, field->Make(part), field, {}, nullptr});
+    open_.push_back(
+        {field->Name, line, nullptr, FieldAccess::Make(*field, part), field, {}, nullptr});
   }
 }
 
@@ -127,7 +130,7 @@ bool XmlReader::HasOnlyListed(const Open& object, std::span<const XmlAttribute> 
 }
 
 bool XmlReader::ReadScalars(const Open& object, std::span<const XmlAttribute> attributes) {
-  return VisitEveryField(*object.Class, object.Object, [&](const Field& field, void* part) {
+  return FieldAccess::Visit(*object.Class, object.Object, [&](const Field& field, void* part) {
     return field.Scalar == nullptr || ReadScalar(object, field, part, attributes);
   });
 }
@@ -143,7 +146,7 @@ bool XmlReader::ReadScalar(const Open& object, const Field& field, void* part,
     }
     return field.Optional;
   }
-  const bool fits = field.Scalar->Parse(attribute->Value, field.Make(part));
+  const bool fits = field.Scalar->Parse(attribute->Value, FieldAccess::Make(field, part));
   if (!fits) {
     Fail(object.Name, object.Line, field.Name, "not a value that it can hold");
   }
@@ -163,12 +166,12 @@ void XmlReader::End() {
   Open ended = std::move(open_.back());
   open_.pop_back();
   if (ended.Class != nullptr && HasAllElements(ended) && ended.Made != nullptr) {
-    open_.back().List->Elements->Add(open_.back().Object, ended.Made.release());
+    FieldAccess::Add(*open_.back().List->Elements, open_.back().Object, ended.Made.release());
   }
 }
 
 bool XmlReader::HasAllElements(const Open& object) {
-  return VisitEveryField(*object.Class, object.Object, [&](const Field& field, const void*) {
+  return VisitEveryField(*object.Class, [&](const Field& field) {
     const bool missing =
         field.Scalar == nullptr && !field.Optional &&
         std::find(object.Seen.begin(), object.Seen.end(), &field) == object.Seen.end();

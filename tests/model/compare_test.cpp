@@ -10,6 +10,7 @@
 #include "model/can_sensors.h"
 #include "model/dcio_boards.h"
 #include "model/document.h"
+#include "model/field_access.h"
 #include "tests/support/comma_locale.h"
 #include "tests/support/random_document.h"
 
@@ -200,7 +201,7 @@ TEST(Compare, SeesEveryFieldOfEveryClass) {
       SCOPED_TRACE(std::string(info->Name) + "/" + field.Name);
       const std::unique_ptr<QtSts::CBaseStatus> before(info->Create());
       const std::unique_ptr<QtSts::CBaseStatus> after(info->Create());
-      void* const value = field.Make(dynamic_cast<void*>(after.get()));
+      void* const value = QtSts::FieldAccess::Make(field, dynamic_cast<void*>(after.get()));
       ASSERT_TRUE(
           field.Scalar->Parse(field.Scalar == &QtSts::listing::kBool ? "true" : "7", value));
       EXPECT_EQ(Texts(*before, *after).size(), 1U);

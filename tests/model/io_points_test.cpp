@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "model/dcio_boards.h"
+#include "model/field_access.h"
 #include "tests/model/slot.h"
 
 namespace {
@@ -245,7 +246,7 @@ TEST(InputPoint, HasAFieldMoreInEachOfItsElevenKindsThatStartsAtOne) {
     ASSERT_EQ(info->OwnFields().size(), 1U);
     std::string value;
     const QtSts::Field& field = info->OwnFields().front();
-    field.Scalar->Format(field.Read(kind.get()), &value);
+    field.Scalar->Format(QtSts::FieldAccess::Read(field, kind.get()), &value);
     EXPECT_EQ(value, "1");
   }
   QtSts::CDoorSensorInputType door;

@@ -23,6 +23,22 @@ using QtSts::ListedObject;
 // What cannot be asked: a field without its object, an object that is gone, a value of a type that
 // no field has.
 static_assert(!std::is_constructible_v<ListedField, const QtSts::Field&, const void*>);
+template <class Field, class List, class Class>
+concept TakesAnyObject = requires(const Field& field, const void* object) {
+  field.Read(object);
+}
+|| requires(const Field& field, void* object) { field.Make(object); }
+|| requires(const List& list, const void* object) { list.At(object, std::size_t{0}); }
+|| requires(const List& list, const void* object) { list.Count(object); }
+|| requires(const List& list, void* object) { list.Add(object, nullptr); }
+|| requires(const Class& info, void* object) { info.ToBase(object); }
+|| requires(const Class& info, void* object) {
+  VisitEveryField(info, object, [](const Field&, const void*) { return true; });
+}
+|| requires(const Class& info, void* object) {
+  ListedObject::VisitParts(info, object, [](const Field&, const void*) { return true; });
+};
+static_assert(!TakesAnyObject<QtSts::Field, QtSts::ListAccess, QtSts::ClassInfo>);
 static_assert(!std::is_constructible_v<ListedObject, const QtSts::ClassInfo*, const void*>);
 static_assert(!std::is_constructible_v<ListedObject, CStatus>);
 static_assert(std::is_constructible_v<ListedObject, const CStatus&>);
@@ -32,8 +48,8 @@ concept MayBeAsked = requires(Status&& status) {
 };
 static_assert(MayBeAsked<const CStatus&> && MayBeAsked<CStatus&> && !MayBeAsked<CStatus>);
 
-// A field's own access takes any pointer: the red dim level of a temperature sensor used to be a 0
-// that nobody had reported.
+// A field's own access, which took any pointer, was open to all: the red dim level of a temperature
+// sensor used to be a 0 that nobody had reported.
 TEST(ListedObject, HasTheFieldsOfItsOwnClassAlone) {
   QtSts::CCANTempSensor sensor;
   sensor.Celsius = 21.5F;

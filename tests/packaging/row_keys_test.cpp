@@ -15,6 +15,7 @@
 #include "handlers/fields.h"
 #include "handlers/handlers.h"
 #include "model/document.h"
+#include "model/field_access.h"
 #include "model/lookup/kinds.h"
 #include "tests/packaging/markdown.h"
 #include "tests/support/golden.h"
@@ -40,7 +41,7 @@ void Handle(const std::string& key, const std::string& value, CStatus* status) {
 
 const Field* FieldOf(const ClassInfo& info, std::string_view name, const void** object) {
   const Field* found = nullptr;
-  QtSts::VisitEveryField(info, const_cast<void*>(*object), [&](const Field& field, void* part) {
+  QtSts::FieldAccess::Visit(info, const_cast<void*>(*object), [&](const Field& field, void* part) {
     if (field.Name == name) {
       found = &field;
       *object = part;
@@ -66,12 +67,12 @@ Found Find(const CStatus& status, std::string_view path) {
     if (field == nullptr) {
       return {};
     }
-    const void* const value = field->Read(object);
+    const void* const value = QtSts::FieldAccess::Read(*field, object);
     Found found{field, value, ""};
     if (field->Scalar != nullptr) {
       field->Scalar->Format(value, &found.Value);
     } else if (field->Elements != nullptr) {
-      found.Value = std::to_string(field->Elements->Count(value));
+      found.Value = std::to_string(QtSts::FieldAccess::Count(*field->Elements, value));
     }
     if (name.size() == path.size()) {
       return found;
@@ -80,7 +81,7 @@ Found Find(const CStatus& status, std::string_view path) {
     info = field->Record;
     object = value;
     if (field->Elements != nullptr) {
-      const QtSts::CBaseStatus* const element = field->Elements->At(value, 0);
+      const QtSts::CBaseStatus* const element = QtSts::FieldAccess::At(*field->Elements, value, 0);
       info = QtSts::ClassOf(*element);
       object = dynamic_cast<const void*>(element);
     }

@@ -5,6 +5,7 @@
 #include <set>
 
 #include "handlers/fields.h"
+#include "model/field_access.h"
 #include "model/lookup/kinds.h"
 #include "sensors/attributes.h"
 #include "sensors/record_builder.h"
@@ -34,11 +35,11 @@ std::string PlaceOf(const char* attribute) {
 std::string FieldAt(const QtSts::CBaseStatus& element, const void* address) {
   std::string name;
   void* const object = const_cast<void*>(dynamic_cast<const void*>(&element));
-  QtSts::VisitEveryField(*QtSts::ClassOf(element), object,
-                         [&](const QtSts::Field& field, const void* part) {
-                           name = field.Read(part) == address ? field.Name : "";
-                           return name.empty();
-                         });
+  QtSts::FieldAccess::Visit(
+      *QtSts::ClassOf(element), object, [&](const QtSts::Field& field, const void* part) {
+        name = QtSts::FieldAccess::Read(field, part) == address ? field.Name : "";
+        return name.empty();
+      });
   return name;
 }
 

@@ -13,6 +13,7 @@
 #include <vector>
 
 #include "model/dcio_boards.h"
+#include "model/field_access.h"
 
 namespace test_support {
 namespace {
@@ -131,7 +132,7 @@ std::string RandomText(const ScalarType& type, const Choices& next) {
 
 void FillScalar(const Field& field, void* object, const Choices& next) {
   const std::string text = RandomText(*field.Scalar, next);
-  if (!field.Scalar->Parse(text, field.Make(object))) {
+  if (!field.Scalar->Parse(text, QtSts::FieldAccess::Make(field, object))) {
     throw std::logic_error(std::string(field.Name) + " does not take \"" + text + "\"");
   }
 }
@@ -143,12 +144,12 @@ void FillList(const Field& field, void* object, const Choices& next) {
       classes.push_back(info);
     }
   }
-  void* const list = field.Make(object);
+  void* const list = QtSts::FieldAccess::Make(field, object);
   for (std::uint64_t left = Below(4, next); left > 0; --left) {
     const ClassInfo& info = *classes[Below(classes.size(), next)];
     std::unique_ptr<CBaseStatus> element(info.Create());
     FillAtRandom(info, dynamic_cast<void*>(element.get()), next);
-    field.Elements->Add(list, element.release());
+    QtSts::FieldAccess::Add(*field.Elements, list, element.release());
   }
 }
 
@@ -176,7 +177,7 @@ void KeepPromises(const ClassInfo& info, void* object) {
     auto* const board = static_cast<QtSts::CCANDcio*>(object);
     board->BoardConnected = board->Connected;
   } else if (info.Base != nullptr) {
-    KeepPromises(*info.Base, info.ToBase(object));
+    KeepPromises(*info.Base, QtSts::FieldAccess::ToBase(info, object));
   }
 }
 
@@ -187,7 +188,7 @@ Choices SeededChoices(std::uint64_t seed) {
 }
 
 void FillAtRandom(const ClassInfo& info, void* object, const Choices& next) {
-  QtSts::VisitEveryField(info, object, [&next](const Field& field, void* part) {
+  QtSts::FieldAccess::Visit(info, object, [&next](const Field& field, void* part) {
     if (field.Optional && Below(2, next) == 0) {
       return true;
     }
@@ -196,7 +197,7 @@ void FillAtRandom(const ClassInfo& info, void* object, const Choices& next) {
     } else if (field.Elements != nullptr) {
       FillList(field, part, next);
     } else {
-      FillAtRandom(*field.Record, field.Make(part), next);
+      FillAtRandom(*field.Record, QtSts::FieldAccess::Make(field, part), next);
     }
     return true;
   });
