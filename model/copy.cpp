@@ -8,6 +8,7 @@
 
 #include "model/field_access.h"
 #include "model/io_points.h"
+#include "model/own_points.h"
 
 namespace QtSts {
 namespace {
@@ -56,20 +57,18 @@ void Drop(const Field& field, void* part) {
 
 void CopyFields(const ClassInfo& info, const void* from, void* to);
 
-// Of the nearest class that can be made; null when there is none.
+// Null for an element that does not belong to the document.
 std::unique_ptr<CBaseStatus> CopyElement(const CBaseStatus& element) {
   const ListedObject listed(element);
-  const ClassInfo* info = listed.Class();
-  const void* from = FieldAccess::AddressOf(listed);
-  while (info != nullptr && info->Create == nullptr) {
-    from = info->Base == nullptr ? nullptr : FieldAccess::ToBase(*info, const_cast<void*>(from));
-    info = info->Base;
-  }
+  const ClassInfo* const info = listed.Class();
   if (info == nullptr) {
     return nullptr;
   }
-  std::unique_ptr<CBaseStatus> copy(info->Create());
-  CopyFields(*info, from, dynamic_cast<void*>(copy.get()));
+  std::unique_ptr<CBaseStatus> copy = MakeOwnPoint(*info);
+  if (copy == nullptr) {
+    copy.reset(info->Create());
+  }
+  CopyFields(*info, FieldAccess::AddressOf(listed), dynamic_cast<void*>(copy.get()));
   return copy;
 }
 

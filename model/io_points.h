@@ -304,8 +304,9 @@ class STATUS_API IOList {
 STATUS_API bool IsActive(const BaseInputType& point);
 STATUS_API bool IsOn(const BaseOutputType& point);
 
-// The name of the point's element in the document, "DoorSensorInputType". Of an output it is what
-// GetNodeName says, where XML can have that as a name. Lives as long as the process.
+// The name of the point's element in the document, "DoorSensorInputType": that of its class, or of
+// the nearest listed one. An output of a class that is not listed has the name that GetNodeName
+// gives, where XML can have it and no listed class has it. Lives as long as the process.
 STATUS_API const char* NodeNameOf(const BaseInputType& point);
 STATUS_API const char* NodeNameOf(const BaseOutputType& point);
 

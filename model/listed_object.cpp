@@ -7,10 +7,12 @@
 #include <mutex>
 #include <string>
 #include <string_view>
+#include <type_traits>
 #include <utility>
 
 #include "model/field_access.h"
 #include "model/io_points.h"
+#include "model/own_points.h"
 
 namespace QtSts {
 namespace {
@@ -19,6 +21,7 @@ namespace {
 struct Kind {
   const ClassInfo* Class;
   const void* (*As)(const CBaseStatus& object);  // null when the object is no such point
+  std::unique_ptr<CBaseStatus> (*MakeNamed)(const char* name);  // null for inputs
 };
 
 template <class C>
@@ -26,9 +29,34 @@ const void* As(const CBaseStatus& object) {
   return dynamic_cast<const C*>(&object);
 }
 
+// An output point of class C under a name that lives as long.
+template <class C>
+class Named final : public C {
+ public:
+  explicit Named(const char* name) : name_(name) {}
+  const char* GetNodeName() override { return name_; }
+
+ private:
+  const char* name_;
+};
+
+template <class C>
+std::unique_ptr<CBaseStatus> MakeNamed(const char* name) {
+  return std::make_unique<Named<C>>(name);
+}
+
+template <class C>
+constexpr Kind KindOf() {
+  Kind kind{&C::Class, &As<C>, nullptr};
+  if constexpr (std::is_base_of_v<BaseOutputType, C>) {
+    kind.MakeNamed = &MakeNamed<C>;
+  }
+  return kind;
+}
+
 template <class... C>
 constexpr std::array<Kind, sizeof...(C)> Kinds() {
-  return {Kind{&C::Class, &As<C>}...};
+  return {KindOf<C>()...};
 }
 
 // The bases come last, so that the first that fits is the nearest.
@@ -72,9 +100,10 @@ const ClassInfo& ClassWithName(const ClassInfo& nearest, std::string_view name) 
   return entry->second;
 }
 
-// The class of an output point that calls itself `name`.
+// The class of an output point that calls itself `name`. Under the name of a listed class it would
+// be read back as what it is not.
 const ClassInfo* ClassOfOutput(const ClassInfo& nearest, const char* name) {
-  if (name == nullptr || !IsName(name) || std::string_view(name) == nearest.Name) {
+  if (name == nullptr || !IsName(name) || ClassNamed(name) != nullptr) {
     return &nearest;
   }
   return &ClassWithName(nearest, name);
@@ -97,6 +126,14 @@ ListedObject::ListedObject(const CBaseStatus& object)
   if (const auto* const output = dynamic_cast<const BaseOutputType*>(&object)) {
     class_ = ClassOfOutput(*class_, const_cast<BaseOutputType*>(output)->GetNodeName());
   }
+}
+
+std::unique_ptr<CBaseStatus> MakeOwnPoint(const ClassInfo& own) {
+  if (own.Create != nullptr) {
+    return nullptr;
+  }
+  const auto* const kind = std::ranges::find(kKinds, own.Base, &Kind::Class);
+  return kind == kKinds.end() || kind->MakeNamed == nullptr ? nullptr : kind->MakeNamed(own.Name);
 }
 
 }  // namespace QtSts

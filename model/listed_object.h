@@ -30,7 +30,8 @@ class ListedObject {
  public:
   // The object with the listing of its own class, or with none when it is not listed. A point whose
   // class is not listed has the listing of the nearest class that is; an output point has it under
-  // the name that its GetNodeName gives, where XML can have that as the name of an element.
+  // the name that its GetNodeName gives, where XML can have that as the name of an element and no
+  // listed class has it.
   STATUS_API explicit ListedObject(const CBaseStatus& object);
   explicit ListedObject(const CBaseStatus&& object) = delete;
 

@@ -5,7 +5,6 @@
 
 #include <cstring>
 #include <set>
-#include <typeinfo>
 
 #include "model/beacons.h"
 #include "model/can_sensors.h"
@@ -148,7 +147,9 @@ TEST(Copy, MakesAPointOfTheNearestClassOfOneOfTheHost) {
   ASSERT_NE(copied, nullptr);
   const QtSts::BaseOutputType* const found = FindOutput(copied->Points, 1);
   ASSERT_NE(found, nullptr);
-  EXPECT_EQ(typeid(*found), typeid(QtSts::CHeaterOutputType));
+  EXPECT_NE(dynamic_cast<const QtSts::CHeaterOutputType*>(found), nullptr);
+  EXPECT_EQ(dynamic_cast<const COwnOutput*>(found), nullptr);
+  EXPECT_STREQ(NodeNameOf(*found), "OwnOutput");
   EXPECT_EQ(found->Label, "a");
 }
 

@@ -10,8 +10,10 @@
 #include <vector>
 
 #include "model/compare.h"
+#include "model/copy.h"
 #include "model/dcio_boards.h"
 #include "model/document.h"
+#include "model/json.h"
 #include "model/tree.h"
 #include "model/xml.h"
 
@@ -98,10 +100,12 @@ TEST(OwnPoints, AreComparedByTheirNameAndFields) {
             std::string(kOutputs) + "[0]: AuxiliaryOutputType -> SirenOutputType");
 }
 
-// A name that XML cannot have would make the whole document unreadable.
+// A name that XML cannot have would make the whole document unreadable, and that of a listed class
+// used to come back as that class, or not at all.
 TEST(OwnPoints, HaveTheNameOfTheNearestListedClassWhereTheirOwnIsNone) {
   for (const char* name : {static_cast<const char*>(nullptr), "", " ", "1st", "a b", "<a>", "a:b",
-                           "-a", "\xC3\xA4", "a\"", "AuxiliaryOutputType"}) {
+                           "-a", "\xC3\xA4", "a\"", "AuxiliaryOutputType", "HeaterOutputType",
+                           "DoorSensorInputType", "CANTempSensor", "Status"}) {
     SCOPED_TRACE(name == nullptr ? "null" : name);
     Board board;
     board.Add(std::make_unique<Siren>(name));
@@ -109,6 +113,28 @@ TEST(OwnPoints, HaveTheNameOfTheNearestListedClassWhereTheirOwnIsNone) {
     QtSts::XmlError error;
     EXPECT_NE(QtSts::ReadDocument(Xml(board), &error), nullptr) << error.Text();
   }
+}
+
+// The copy used to have the name of the nearest listed class.
+TEST(OwnPoints, KeepTheirNamesInCopies) {
+  Board board;
+  board.Add(std::make_unique<Siren>())->Set(true);
+  std::string name = "Horn";
+  board.Add(std::make_unique<Siren>(name.c_str()))->Label = "Horn";
+  class Lamp : public QtSts::BaseOutputType {
+    const char* GetNodeName() override { return "Lamp.1"; }
+  };
+  board.Add(std::make_unique<Lamp>());
+  const std::string xml = Xml(board);
+  const auto copy = QtSts::Copy(board.Status);
+  name = "gone";
+  EXPECT_EQ(QtSts::WriteDocument(*copy), xml);
+  EXPECT_EQ(QtSts::WriteJson(*QtSts::Copy(*copy)), QtSts::WriteJson(*copy));
+  const auto* const record = dynamic_cast<const QtSts::CCANDcio*>(copy->Sensors[0]);
+  ASSERT_NE(record, nullptr);
+  const QtSts::BaseOutputType* const horn = record->Points.Outputs->Points.at(1);
+  EXPECT_STREQ(NodeNameOf(*horn), "Horn");
+  EXPECT_NE(dynamic_cast<const QtSts::CAuxiliaryOutputType*>(horn), nullptr);
 }
 
 TEST(OwnPoints, OfInputsAreWrittenAsTheNearestListedClass) {
