@@ -254,6 +254,7 @@ bool CListedStatus::Parse(_xmlNode* node) {
   if (node == nullptr || info == nullptr) {
     return false;
   }
+  InitializeXml();
   XmlError error;
   XmlReader reader(*info, dynamic_cast<void*>(this), &error);
   return ReadNode(reader, node) && !reader.Failed();
