@@ -3,11 +3,9 @@
 #include <sqlite3.h>
 
 #include <memory>
-#include <optional>
 #include <stdexcept>
 
 #include "sandbox/files.h"
-#include "sandbox/text.h"
 
 namespace sandbox {
 namespace {
@@ -17,12 +15,6 @@ constexpr const char* kTable =
 constexpr const char* kInsert = "INSERT OR REPLACE INTO status VALUES(?, ?);";
 constexpr const char* kDelete = "DELETE FROM status WHERE address = ?;";
 constexpr int kPatience = 5000;  // milliseconds to wait for another connection's lock
-
-struct Escape {
-  char Letter;
-  char Meaning;
-};
-constexpr Escape kEscapes[] = {{'t', '\t'}, {'n', '\n'}, {'r', '\r'}, {'\\', '\\'}, {'#', '#'}};
 
 class Connection {
  public:
@@ -90,79 +82,7 @@ void MakeTable(Connection& connection) {
   connection.Run(kTable);
 }
 
-std::string Unescape(std::string_view text) {
-  std::string plain;
-  for (std::size_t at = 0; at < text.size(); ++at) {
-    if (text[at] != '\\') {
-      plain += text[at];
-      continue;
-    }
-    ++at;
-    std::optional<char> meaning;
-    for (const Escape& escape : kEscapes) {
-      if (at < text.size() && escape.Letter == text[at]) {
-        meaning = escape.Meaning;
-      }
-    }
-    if (!meaning) {
-      throw std::runtime_error("unknown escape in: " + std::string(text));
-    }
-    plain += *meaning;
-  }
-  return plain;
-}
-
-std::string FromHexadecimal(std::string_view digits) {
-  std::string bytes;
-  for (std::size_t at = 0; at < digits.size(); at += 2) {
-    const std::string pair(digits.substr(at, 2));
-    if (pair.size() != 2 || pair.find_first_not_of("0123456789abcdefABCDEF") != std::string::npos) {
-      throw std::runtime_error("not hexadecimal: " + std::string(digits));
-    }
-    bytes += static_cast<char>(std::stoi(pair, nullptr, 16));
-  }
-  return bytes;
-}
-
-// A text or a blob, as a RowKey or a RowValue.
-template <class Cell>
-Cell ParseCell(std::string_view text) {
-  if (text.starts_with("\\x")) {
-    return Blob(FromHexadecimal(text.substr(2)));
-  }
-  return Unescape(text);
-}
-
-RowValue ParseValue(std::string_view text) {
-  return text == "\\N" ? RowValue(nullptr) : ParseCell<RowValue>(text);
-}
-
 }  // namespace
-
-Rows ParseRows(std::string_view text) {
-  Rows rows;
-  int number = 0;
-  ForEachRawLine(text, [&](const std::string& line) {
-    ++number;
-    if (line.empty() || line.front() == '#') {
-      return;
-    }
-    try {
-      const std::size_t tab = line.find('\t');
-      if (tab == std::string::npos) {
-        throw std::runtime_error("expected a key, a tab and a value");
-      }
-      const std::string_view view = line;
-      if (!rows.emplace(ParseCell<RowKey>(view.substr(0, tab)), ParseValue(view.substr(tab + 1)))
-               .second) {
-        throw std::runtime_error("the key stands twice");
-      }
-    } catch (const std::exception& error) {
-      throw std::runtime_error("line " + std::to_string(number) + ": " + error.what());
-    }
-  });
-  return rows;
-}
 
 void SetRows(const Rows& rows) {
   Connection connection;

@@ -2,24 +2,14 @@
 
 #include <stdexcept>
 
+#include "sandbox/format/text.h"
+#include "sandbox/format/uptime.h"
 #include "sandbox/root.h"
-#include "sandbox/text.h"
 
 namespace sandbox {
 namespace {
 
 namespace fs = std::filesystem;
-
-std::chrono::seconds ParseUptime(std::string_view text) {
-  std::optional<std::chrono::seconds> uptime;
-  ForEachLine(text, [&uptime](const std::vector<std::string>& words) {
-    uptime = std::chrono::seconds(std::stoll(words[0]));
-  });
-  if (!uptime) {
-    throw std::runtime_error("expected a number of seconds");
-  }
-  return *uptime;
-}
 
 // The first word of the file: the name of a scenario beside this one.
 std::string ParseBase(std::string_view text) {

@@ -5,6 +5,9 @@
 #include "sandbox/devices.h"
 #include "sandbox/enter.h"
 #include "sandbox/files.h"
+#include "sandbox/format/faults.h"
+#include "sandbox/format/text.h"
+#include "sandbox/format/uptime.h"
 #include "sandbox/interfaces.h"
 #include "sandbox/rows.h"
 
@@ -54,6 +57,36 @@ TEST(RowText, EscapesNullsAndBlobsAreUnderstood) {
   EXPECT_EQ("no line feed", std::get<std::string>(rows.at("Last")));
 }
 
+TEST(RowText, EveryBytePassesThroughTheText) {
+  std::string every;
+  for (int byte = 0; byte < 256; ++byte) {
+    every += static_cast<char>(byte);
+  }
+  const Rows rows = {{"", ""},
+                     {"#key", "\\N"},
+                     {Blob("GUID"), "blob as key"},
+                     {"Blob", Blob(every)},
+                     {every, every},
+                     {"Key", "\\x41"},
+                     {"Null", nullptr},
+                     {"Empty", ""},
+                     {"Number", "# 5"},
+                     {std::string("a\0b", 3), "x"},
+                     {"EmptyBlob", Blob("")}};
+  const Rows again = ParseRows(RowsText(rows));
+  ASSERT_EQ(rows.size(), again.size());
+  for (const auto& [key, value] : rows) {
+    SCOPED_TRACE(key.Bytes);
+    const RowValue& read = again.at(key);
+    ASSERT_EQ(value.index(), read.index());
+    if (const auto* const blob = std::get_if<Blob>(&value)) {
+      EXPECT_EQ(blob->Bytes, std::get<Blob>(read).Bytes);
+    } else if (const auto* const text = std::get_if<std::string>(&value)) {
+      EXPECT_EQ(*text, std::get<std::string>(read));
+    }
+  }
+}
+
 TEST(InterfaceText, EveryPropertyIsUnderstood) {
   const std::vector<NetworkInterface> interfaces = ParseInterfaces(
       "# the first\n"
@@ -77,6 +110,87 @@ TEST(InterfaceText, EveryPropertyIsUnderstood) {
   EXPECT_EQ("::1", interfaces[0].Addresses[1].Peer);
   EXPECT_EQ(LinkState::kUnplugged, interfaces[1].State);
   EXPECT_EQ(LinkState::kDown, interfaces[2].State);
+}
+
+TEST(InterfaceText, ItsTextIsReadBackTheSame) {
+  const std::vector<NetworkInterface> interfaces = {
+      {.Name = "#a\\b\xFF",
+       .Mac = "00:1A:2B:3C:4D:5E",
+       .State = LinkState::kDown,
+       .Addresses = {{"10.0.0.5/8", "10.255.255.255", "#a\\b\xFF:1", ""},
+                     {"172.16.0.5/32", "", "", "172.16.0.1"},
+                     {"2001:db8::20/64", "", "", ""}}},
+      {.Name = "eth1", .State = LinkState::kUnplugged},
+      {.Name = "eth2"}};
+  const std::string text = InterfacesText(interfaces);
+  const std::vector<NetworkInterface> again = ParseInterfaces(text);
+  EXPECT_EQ(text, InterfacesText(again));
+  ASSERT_EQ(3U, again.size());
+  EXPECT_EQ(interfaces[0].Name, again[0].Name);
+  EXPECT_EQ(interfaces[0].Mac, again[0].Mac);
+  EXPECT_EQ(interfaces[0].State, again[0].State);
+  ASSERT_EQ(3U, again[0].Addresses.size());
+  EXPECT_EQ(interfaces[0].Addresses[0].Label, again[0].Addresses[0].Label);
+  EXPECT_EQ(interfaces[0].Addresses[0].Broadcast, again[0].Addresses[0].Broadcast);
+  EXPECT_EQ(interfaces[0].Addresses[1].Peer, again[0].Addresses[1].Peer);
+  EXPECT_EQ(LinkState::kUnplugged, again[1].State);
+  EXPECT_EQ(LinkState::kUp, again[2].State);
+}
+
+TEST(FaultText, EveryKindIsUnderstood) {
+  const Faults faults = ParseFaults(
+      "# what fails\n"
+      "/proc/meminfo open 13\n"
+      "/etc/resolv.conf\tread 5 after 120 # in the middle\n"
+      "/etc/resolv.conf status 116\n"
+      "/a\\x20b\\x23 read 5\n"
+      "/etc/hosts type fifo\n"
+      "eth0 hardware-address 19\n"
+      "/dev/shm/status.db query 1\n");
+  EXPECT_EQ((FileFault{.Open = 13}), faults.Files.at("/proc/meminfo"));
+  EXPECT_EQ((FileFault{.Status = 116, .Read = 5, .ReadAfter = 120}),
+            faults.Files.at("/etc/resolv.conf"));
+  EXPECT_EQ((FileFault{.Read = 5}), faults.Files.at("/a b#"));
+  EXPECT_EQ((FileFault{.IsPipe = true}), faults.Files.at("/etc/hosts"));
+  EXPECT_EQ(4U, faults.Files.size());
+  EXPECT_THAT(faults.HardwareAddresses, ElementsAre(Pair("eth0", 19)));
+  EXPECT_EQ(1, faults.Query);
+  EXPECT_EQ(faults, ParseFaults(FaultsText(faults)));
+}
+
+TEST(FaultText, AMistakeIsReportedWithItsLine) {
+  for (const char* const line :
+       {"/etc/hosts", "/etc/hosts open", "/etc/hosts open x", "/etc/hosts open 0",
+        "/etc/hosts open 512", "/etc/hosts open -5", "/etc/hosts open 5 6", "/etc/hosts read 4",
+        "/etc/hosts read 5 after", "/etc/hosts read 5 before 3", "/etc/hosts type folder",
+        "/etc/hosts\\x open 5", "/etc/hosts\\n open 5", "eth0 open 5", "eth0 hardware-address",
+        "/dev/shm/status.db query 0"}) {
+    try {
+      ParseFaults(std::string("\n") + line + "\n");
+      ADD_FAILURE() << "not refused: " << line;
+    } catch (const std::runtime_error& error) {
+      EXPECT_THAT(error.what(), testing::StartsWith("line 2: ")) << line;
+    }
+  }
+}
+
+TEST(WordText, EveryByteIsReadBack) {
+  for (int byte = 0; byte < 256; ++byte) {
+    const std::string plain = std::string("a") + static_cast<char>(byte) + "b";
+    std::vector<std::string> words;
+    ForEachLine(WordText(plain), [&](const std::vector<std::string>& line) { words = line; });
+    EXPECT_THAT(words, ElementsAre(plain)) << byte;
+  }
+}
+
+TEST(UptimeText, IsReadBackTheSame) {
+  for (const long long seconds : {0LL, 1LL, 93784LL, 9'000'000'000LL}) {
+    EXPECT_EQ(seconds, ParseUptime(UptimeText(std::chrono::seconds(seconds))).count());
+  }
+  EXPECT_THROW(ParseUptime("# none\n"), std::runtime_error);
+  EXPECT_THROW(ParseUptime("-1\n"), std::runtime_error);
+  EXPECT_THROW(ParseUptime("5x\n"), std::runtime_error);
+  EXPECT_THROW(ParseUptime("9000000001\n"), std::runtime_error);
 }
 
 TEST(Outside, NothingCanBeMadeAFixture) {
