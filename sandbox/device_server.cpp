@@ -14,12 +14,14 @@
 #include <cstdlib>
 #include <exception>
 #include <string>
+#include <string_view>
 #include <system_error>
 #include <vector>
 
 #include "sandbox/check.h"
 #include "sandbox/descriptor.h"
 #include "sandbox/devices.h"
+#include "sandbox/faults.h"
 #include "sandbox/files.h"
 
 namespace sandbox {
@@ -51,6 +53,24 @@ class Server {
     return access(FileOf(inode).c_str(), F_OK) == 0;
   }
 
+  // A file that fails; everything else is a device node.
+  [[nodiscard]] bool IsFaulty(fuse_ino_t inode) const {
+    return inode != FUSE_ROOT_ID && NameOf(inode).starts_with(kFaultyNode);
+  }
+
+  [[nodiscard]] FileFault Fault(fuse_ino_t inode) const {
+    return ParseFile(FaultFolderOf(inode) + kFault, ParseFaults).Files.begin()->second;
+  }
+
+  [[nodiscard]] struct stat FaultyStatus(fuse_ino_t inode) const {
+    struct stat status = {};
+    Check(stat(FileOf(inode).c_str(), &status), "stat", FileOf(inode));
+    status.st_ino = inode;
+    return status;
+  }
+
+  [[nodiscard]] std::string Bytes(fuse_ino_t inode) const { return ReadFile(FileOf(inode)); }
+
   [[nodiscard]] DeviceAnswers Answers(fuse_ino_t inode) const {
     return ParseFile(FileOf(inode), DeviceAnswers::Parse);
   }
@@ -61,8 +81,13 @@ class Server {
   [[nodiscard]] const std::string& NameOf(fuse_ino_t inode) const {
     return names_.at(inode - kFirstInode);
   }
+  [[nodiscard]] std::string FaultFolderOf(fuse_ino_t inode) const {
+    return std::string(kFaultFolder) + "/" +
+           NameOf(inode).substr(std::string_view(kFaultyNode).size());
+  }
   [[nodiscard]] std::string FileOf(fuse_ino_t inode) const {
-    return std::string(kDeviceFolder) + "/" + NameOf(inode);
+    return IsFaulty(inode) ? FaultFolderOf(inode) + kBytes
+                           : std::string(kDeviceFolder) + "/" + NameOf(inode);
   }
 
   Descriptor log_;
@@ -86,6 +111,9 @@ void LookUp(fuse_req_t request, fuse_ino_t /*parent*/, const char* name) {
   fuse_entry_param entry = {};
   entry.ino = ServerOf(request).InodeOf(name);
   entry.attr = StatusOf(entry.ino);
+  if (ServerOf(request).IsFaulty(entry.ino) && ServerOf(request).Exists(entry.ino)) {
+    entry.attr = ServerOf(request).FaultyStatus(entry.ino);
+  }
   if (ServerOf(request).Exists(entry.ino)) {
     fuse_reply_entry(request, &entry);
   } else {
@@ -94,6 +122,16 @@ void LookUp(fuse_req_t request, fuse_ino_t /*parent*/, const char* name) {
 }
 
 void GetAttributes(fuse_req_t request, fuse_ino_t inode, fuse_file_info* /*file*/) {
+  const Server& server = ServerOf(request);
+  if (server.IsFaulty(inode)) {
+    const struct stat status = server.FaultyStatus(inode);
+    if (const int error = server.Fault(inode).Status; error != 0) {
+      fuse_reply_err(request, error);
+    } else {
+      fuse_reply_attr(request, &status, kNotCached);
+    }
+    return;
+  }
   const struct stat status = StatusOf(inode);
   if (inode == FUSE_ROOT_ID || ServerOf(request).Exists(inode)) {
     fuse_reply_attr(request, &status, kNotCached);
@@ -108,8 +146,41 @@ void SetAttributes(fuse_req_t request, fuse_ino_t inode, struct stat* /*status*/
   GetAttributes(request, inode, file);
 }
 
+void OpenFaulty(fuse_req_t request, fuse_ino_t inode, fuse_file_info* file) {
+  if (const int error = ServerOf(request).Fault(inode).Open; error != 0) {
+    fuse_reply_err(request, error);
+  } else {
+    file->direct_io = 1;  // each read() arrives as it is
+    fuse_reply_open(request, file);
+  }
+}
+
+void Read(fuse_req_t request, fuse_ino_t inode, size_t size, off_t offset,
+          fuse_file_info* /*file*/) {
+  const Server& server = ServerOf(request);
+  if (!server.IsFaulty(inode)) {
+    fuse_reply_err(request, ENOSYS);
+    return;
+  }
+  const FileFault fault = server.Fault(inode);
+  const std::string bytes = server.Bytes(inode);
+  const auto begin = static_cast<std::uint64_t>(offset);
+  const std::uint64_t end = fault.Read == 0 ? bytes.size() : fault.ReadAfter;
+  if (fault.Read != 0 && begin >= end) {
+    fuse_reply_err(request, fault.Read);
+    return;
+  }
+  const std::string_view rest =
+      std::string_view(bytes).substr(0, end).substr(std::min<std::uint64_t>(begin, bytes.size()));
+  fuse_reply_buf(request, rest.data(), std::min(size, rest.size()));
+}
+
 void Open(fuse_req_t request, fuse_ino_t inode, fuse_file_info* file) {
   const Server& server = ServerOf(request);
+  if (server.IsFaulty(inode)) {
+    OpenFaulty(request, inode, file);
+    return;
+  }
   if (!server.Exists(inode)) {
     fuse_reply_err(request, ENOENT);
   } else if (const int error = server.Answers(inode).OpenError; error != 0) {
@@ -155,7 +226,9 @@ void Ioctl(fuse_req_t request, fuse_ino_t inode, unsigned int number, void* /*ar
 
 // Sent at close(), before close() returns; the final release comes later.
 void Flush(fuse_req_t request, fuse_ino_t inode, fuse_file_info* /*file*/) {
-  ServerOf(request).Log(inode, "close");
+  if (!ServerOf(request).IsFaulty(inode)) {
+    ServerOf(request).Log(inode, "close");
+  }
   fuse_reply_err(request, 0);
 }
 
@@ -178,6 +251,7 @@ void Guarded(fuse_req_t request, Arguments... arguments) {
   operations.getattr = Guarded<GetAttributes>;
   operations.setattr = Guarded<SetAttributes>;
   operations.open = Guarded<Open>;
+  operations.read = Guarded<Read>;
   operations.ioctl = Guarded<Ioctl>;
   operations.flush = Guarded<Flush>;
   std::string program = "device-server";

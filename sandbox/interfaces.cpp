@@ -94,7 +94,7 @@ void CreatePair(NetlinkSocket& socket, const NetworkInterface& interface, const 
   NetlinkMessage message(RTM_NEWLINK, NLM_F_CREATE | NLM_F_EXCL);
   message.Append(ifinfomsg{});
   message.TextAttribute(IFLA_IFNAME, interface.Name);
-  if (!interface.Mac.empty()) {
+  if (!interface.Mac.empty() && CanHaveMac(interface)) {
     message.Attribute(IFLA_ADDRESS, MacBytes(interface.Mac));
   }
   message.Nest(IFLA_LINKINFO, [&] {
@@ -215,7 +215,24 @@ void RemoveInterfaces(NetlinkSocket& socket) {
   }
 }
 
+// In the order in which the kernel has to get them, so that it lists them as given: of several IPv6
+// addresses it puts the newest first.
+std::vector<InterfaceAddress> InKernelOrder(std::vector<InterfaceAddress> addresses) {
+  const auto six = std::stable_partition(addresses.begin(), addresses.end(),
+                                         [](const InterfaceAddress& address) {
+                                           return address.Prefix.find(':') == std::string::npos;
+                                         });
+  std::reverse(six, addresses.end());
+  return addresses;
+}
+
 }  // namespace
+
+bool CanHaveMac(const NetworkInterface& interface) {
+  const std::string bytes = MacBytes(interface.Mac);
+  const bool is_group = (bytes.front() & 1) != 0;
+  return !is_group && bytes.find_first_not_of('\0') != std::string::npos;
+}
 
 void SetInterfaces(const std::vector<NetworkInterface>& interfaces) {
   RequireInside();
@@ -229,7 +246,7 @@ void SetInterfaces(const std::vector<NetworkInterface>& interfaces) {
   for (const NetworkInterface& interface : interfaces) {
     CreatePair(socket, interface, peers);
     KeepLinkLocalAway(socket, interface.Name);
-    for (const InterfaceAddress& address : interface.Addresses) {
+    for (const InterfaceAddress& address : InKernelOrder(interface.Addresses)) {
       AddAddress(socket, interface.Name, address);
     }
     if (interface.State != LinkState::kUnplugged) {

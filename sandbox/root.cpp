@@ -10,6 +10,7 @@
 #include <array>
 #include <cerrno>
 #include <set>
+#include <stdexcept>
 #include <string_view>
 #include <utility>
 
@@ -279,6 +280,24 @@ void EnterRoot(const std::vector<Bind>& binds, std::uint64_t bytes) {
 void ClearRoot() {
   for (const char* folder : {"/", "/dev"}) {
     Empty(folder, DeviceOf(folder), Stays);
+  }
+}
+
+void RequireFixturePlace(const std::string& path) {
+  const fs::path named(path);
+  const fs::path plain = named.lexically_normal();
+  bool own = named.is_absolute() && plain == named && named.has_filename();
+  struct stat status = {};
+  if (own && lstat(path.c_str(), &status) == -1) {
+    fs::path folder = named.parent_path();
+    while (stat(folder.c_str(), &status) == -1 && folder != "/") {
+      folder = folder.parent_path();
+    }
+  }
+  own = own && (status.st_dev == DeviceOf("/") || status.st_dev == DeviceOf("/dev") ||
+                status.st_dev == DeviceOf("/tmp"));
+  if (!own) {
+    throw std::runtime_error(path + ": not a place for a file of a scenario");
   }
 }
 

@@ -27,6 +27,10 @@ void EnterRoot(const std::vector<Bind>& binds, std::uint64_t bytes);
 // status database and the log socket stay, since the running program may have them open.
 void ClearRoot();
 
+// Throws std::runtime_error unless a fixture at `path` lands on a file system of the sandbox's own:
+// links and mounts lead to folders of the outside that are writable inside, and into the kernel's.
+void RequireFixturePlace(const std::string& path);
+
 // Removes a file or a folder with its contents, never crossing into a mount; nothing when it is
 // absent.
 void RemoveTree(const std::string& path);

@@ -1,80 +1,10 @@
 #include "sandbox/scenario.h"
 
-#include <stdexcept>
-
-#include "sandbox/format/text.h"
-#include "sandbox/format/uptime.h"
 #include "sandbox/root.h"
 
 namespace sandbox {
-namespace {
 
 namespace fs = std::filesystem;
-
-// The first word of the file: the name of a scenario beside this one.
-std::string ParseBase(std::string_view text) {
-  std::string base;
-  ForEachLine(text, [&base](const std::vector<std::string>& words) { base = words[0]; });
-  if (base.empty()) {
-    throw std::runtime_error("expected the name of a scenario");
-  }
-  return base;
-}
-
-mode_t ModeOf(const fs::path& path) {
-  return static_cast<mode_t>(fs::status(path).permissions() & fs::perms::mask);
-}
-
-}  // namespace
-
-Scenario Scenario::Load(const fs::path& folder) {
-  if (!fs::is_directory(folder)) {
-    throw std::runtime_error(folder.string() + ": not a scenario folder");
-  }
-  Scenario scenario;
-  if (fs::exists(folder / "base")) {
-    const fs::path base = fs::absolute(folder).lexically_normal().parent_path() /
-                          ParseFile(folder / "base", ParseBase);
-    if (fs::exists(base / "base")) {
-      throw std::runtime_error((folder / "base").string() + ": the base has a base itself");
-    }
-    scenario = Load(base);
-  }
-  if (fs::exists(folder / "root")) {
-    scenario.LoadRoot(folder / "root");
-  }
-  if (fs::exists(folder / "devices")) {
-    for (const fs::directory_entry& entry : fs::directory_iterator(folder / "devices")) {
-      scenario.devices_[entry.path().filename()] = ParseFile(entry.path(), DeviceAnswers::Parse);
-    }
-  }
-  if (fs::exists(folder / "interfaces")) {
-    scenario.interfaces_ = ParseFile(folder / "interfaces", ParseInterfaces);
-  }
-  if (fs::exists(folder / "rows.tsv")) {
-    scenario.Database();
-    for (const auto& [key, value] : ParseFile(folder / "rows.tsv", ParseRows)) {
-      scenario.Row(key, value);
-    }
-  }
-  if (fs::exists(folder / "uptime")) {
-    scenario.uptime_ = ParseFile(folder / "uptime", ParseUptime);
-  }
-  return scenario;
-}
-
-void Scenario::LoadRoot(const fs::path& root) {
-  for (const fs::directory_entry& entry : fs::recursive_directory_iterator(root)) {
-    const std::string path = "/" + entry.path().lexically_relative(root).string();
-    if (entry.is_symlink()) {
-      Link(path, fs::read_symlink(entry.path()));
-    } else if (entry.is_directory()) {
-      Folder(path);
-    } else {
-      File(path, ReadFile(entry.path()), ModeOf(entry.path()));
-    }
-  }
-}
 
 Scenario& Scenario::File(const std::string& path, const std::string& bytes, mode_t mode) {
   files_[path] = {Kind::kFile, bytes, mode};
@@ -149,6 +79,22 @@ Scenario& Scenario::Uptime(std::chrono::seconds uptime) {
   return *this;
 }
 
+Scenario& Scenario::Fault(const std::string& path, const FileFault& fault) {
+  faults_.Files[path] = fault;
+  return *this;
+}
+
+Scenario& Scenario::NoTable() {
+  constexpr int kMissingTable = 1;  // SQLITE_ERROR
+  faults_.Query = kMissingTable;
+  return *this;
+}
+
+Scenario& Scenario::NoFaults() {
+  faults_ = {};
+  return *this;
+}
+
 void Scenario::Install(const std::string& path, const Entry& entry) {
   switch (entry.What) {
     case Kind::kFile:
@@ -168,24 +114,106 @@ void Scenario::Install(const std::string& path, const Entry& entry) {
 
 void Scenario::Apply() const {
   RequireInside();
+  SetFileFaults({});
   RemoveDevices();
   ClearRoot();
+  SetInterfaces(interfaces_);
+  if (!rows_ && faults_.Query == 0) {
+    RemoveDatabase();
+  }
+  Scenario empty;
+  empty.interfaces_ = interfaces_;
+  ApplyAfter(empty);
+  ClearDeviceLog();
+}
+
+void Scenario::ApplyAfter(const Scenario& before) const {
+  RequireInside();
+  const bool faulty = !faults_.Files.empty() || !before.faults_.Files.empty();
+  if (faulty) {
+    SetFileFaults({});  // what is covered may change
+  }
+  ApplyFiles(before);
+  if (faulty) {
+    for (const auto& [path, fault] : faults_.Files) {
+      RequireFixturePlace(path);
+    }
+    SetFileFaults(faults_);
+  }
+  ApplyDevices(before);
+  if (InterfacesText(interfaces_) != InterfacesText(before.interfaces_)) {
+    SetInterfaces(interfaces_);
+  }
+  ApplyRows(before);
+  if (uptime_ && uptime_ != before.uptime_) {
+    SetUptime(*uptime_);
+  }
+}
+
+// Files that are new or changed; before them, those that are gone go, the innermost first.
+void Scenario::ApplyFiles(const Scenario& before) const {
+  for (auto gone = before.files_.rbegin(); gone != before.files_.rend(); ++gone) {
+    const auto& [path, entry] = *gone;
+    // A folder of which something is left stays.
+    if (!files_.contains(path) &&
+        (entry.What != Kind::kFolder || !fs::exists(path) || fs::is_empty(path))) {
+      RequireFixturePlace(path);
+      RemoveFile(path);
+    }
+  }
   for (const auto& [path, entry] : files_) {
-    Install(path, entry);
+    const auto former = before.files_.find(path);
+    if (former == before.files_.end() || former->second != entry) {
+      RequireFixturePlace(path);
+      Install(path, entry);
+    }
+  }
+}
+
+void Scenario::ApplyDevices(const Scenario& before) const {
+  for (const auto& [node, answers] : before.devices_) {
+    if (!devices_.contains(node)) {
+      RemoveDevice(node);
+    }
   }
   for (const auto& [node, answers] : devices_) {
-    SetDevice(node, answers);
+    const auto former = before.devices_.find(node);
+    if (former == before.devices_.end() || former->second.Text() != answers.Text()) {
+      SetDevice(node, answers);
+    }
   }
-  SetInterfaces(interfaces_);
-  if (rows_) {
+}
+
+void Scenario::ApplyRows(const Scenario& before) const {
+  const bool same = rows_.has_value() == before.rows_.has_value() &&
+                    (!rows_ || RowsText(*rows_) == RowsText(*before.rows_));
+  if (same && faults_.Query == before.faults_.Query) {
+    return;
+  }
+  if (faults_.Query != 0) {
+    SetRows({});
+    RunSql("DROP TABLE status;");
+  } else if (rows_) {
     SetRows(*rows_);
   } else {
     RemoveDatabase();
   }
-  if (uptime_) {
-    SetUptime(*uptime_);
+}
+
+std::vector<std::string> Scenario::NotReplayed() const {
+  std::vector<std::string> lines;
+  for (const NetworkInterface& interface : interfaces_) {
+    if (!interface.Mac.empty() && !CanHaveMac(interface)) {
+      lines.push_back("interface " + interface.Name + " has another hardware address than " +
+                      interface.Mac + ", which the kernel does not give it");
+    }
   }
-  ClearDeviceLog();
+  for (const auto& [name, error] : faults_.HardwareAddresses) {
+    lines.push_back("interface " + name +
+                    " says its hardware address, where it failed with errno " +
+                    std::to_string(error));
+  }
+  return lines;
 }
 
 }  // namespace sandbox

@@ -22,8 +22,8 @@ struct FileFault {
 
 // What fails on a controller besides its device nodes.
 struct Faults {
-  std::map<std::string, FileFault> Files;        // by absolute path
-  std::map<std::string, int> HardwareAddresses;  // errno of the question, by interface
+  std::map<std::string, FileFault> Files = {};        // by absolute path
+  std::map<std::string, int> HardwareAddresses = {};  // errno of the question, by interface
   // SQLite's code of a query that fails though the database opens; 0: none. Whatever the code,
   // there is no table `status` then.
   int Query = 0;

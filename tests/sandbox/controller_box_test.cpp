@@ -83,6 +83,27 @@ TEST_F(ControllerBox, ABoundFolderTakesResultsOut) {
   EXPECT_TRUE(fs::exists(folder_ / "result"));
 }
 
+// A scenario used to be able to write into a folder that is bound.
+TEST_F(ControllerBox, OnlyTheCommandWritesIntoABoundFolder) {
+  const fs::path bound = folder_ / "bound";
+  fs::create_directories(bound / "folder");
+  std::ofstream(bound / "file") << "of the outside";
+  const std::string box =
+      "--bind " + bound.string() + " --scenario " + folder_.string() + "/scenario -- echo started";
+  for (const std::string name : {"new", "file", "folder/new"}) {
+    fs::remove_all(folder_ / "scenario");
+    Write("scenario/root" + (bound / name).string(), "of the scenario");
+    const Outcome outcome = Box(box);
+    EXPECT_EQ(126, outcome.Status) << outcome.Output;
+    EXPECT_THAT(outcome.Output, HasSubstr("not a place for a file of a scenario"));
+  }
+  EXPECT_FALSE(fs::exists(bound / "new"));
+  EXPECT_TRUE(fs::is_empty(bound / "folder"));
+  std::stringstream text;
+  text << std::ifstream(bound / "file").rdbuf();
+  EXPECT_EQ("of the outside", text.str());
+}
+
 TEST_F(ControllerBox, StandardInputReachesTheCommand) {
   EXPECT_EQ("hello\n",
             RunCommand("echo hello | " + test_support::ControllerBox() + " -- cat").Output);

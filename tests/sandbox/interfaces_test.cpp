@@ -133,6 +133,26 @@ TEST_F(Interfaces, TheyAreListedInTheGivenOrder) {
   EXPECT_THAT(Listed(), ElementsAre("wlan0 link", "eth1 link", "eth0 link"));
 }
 
+// The kernel used to list several addresses of IPv6 the other way round.
+TEST_F(Interfaces, AddressesAreListedInTheGivenOrder) {
+  SetInterfaces({{.Name = "eth0",
+                  .Addresses = {{.Prefix = "2001:db8::20/64"},
+                                {.Prefix = "10.0.0.5/8", .Broadcast = "10.255.255.255"},
+                                {.Prefix = "2001:db8::10/64"},
+                                {.Prefix = "10.0.0.4/8", .Broadcast = "10.255.255.255"},
+                                {.Prefix = "2001:db8::30/64"}}}});
+  EXPECT_THAT(Listed(),
+              ElementsAre("eth0 link", "eth0 10.0.0.5 mask 255.0.0.0 broadcast 10.255.255.255",
+                          "eth0 10.0.0.4 mask 255.0.0.0 broadcast 10.255.255.255",
+                          "eth0 2001:db8::20", "eth0 2001:db8::10", "eth0 2001:db8::30"));
+}
+
+TEST_F(Interfaces, OneThatCannotHaveItsMacAddressGetsAnotherOne) {
+  SetInterfaces(
+      {{.Name = "ppp0", .Mac = "00:00:00:00:00:00"}, {.Name = "tun0", .Mac = "01:00:5E:00:00:01"}});
+  EXPECT_THAT(Listed(), ElementsAre("ppp0 link", "tun0 link"));
+}
+
 TEST_F(Interfaces, NewOnesReplaceTheFormerOnes) {
   SetInterfaces({{.Name = "eth0", .Addresses = {{.Prefix = "10.0.0.5/8"}}}});
   SetInterfaces({{.Name = "eth0", .Addresses = {{.Prefix = "10.0.0.6/8"}}}, {.Name = "eth1"}});
