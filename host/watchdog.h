@@ -2,28 +2,34 @@
 #pragma once
 
 #include <chrono>
-#include <memory>
+#include <condition_variable>
+#include <mutex>
+#include <thread>
 
-#include "collector/observer.h"
+#include "host/last_asked.h"
 
 namespace host {
 
 // As long as it lives: when `timeout` is over, writes to `descriptor` that the state is unknown and
-// which source was asked last, and ends the process with `status`. Observes the collector; the
-// observer before it sees the same.
-class Watchdog : public observe::Observer {
+// which source was asked last, and ends the process with `status`.
+class Watchdog {
  public:
   Watchdog(std::chrono::seconds timeout, int descriptor, int status);
-  ~Watchdog() override;
+  ~Watchdog();
   Watchdog(const Watchdog&) = delete;
   Watchdog& operator=(const Watchdog&) = delete;
 
-  void See(const observe::Event& event) override;
-
  private:
-  class State;
-  std::unique_ptr<State> state_;
-  observe::Observer* before_;
+  void Wait();
+
+  const std::chrono::seconds timeout_;
+  const int output_;
+  const int status_;
+  LastAsked last_;
+  std::mutex mutex_;
+  std::condition_variable changed_;
+  bool over_ = false;
+  std::thread thread_;  // begins when all else is there
 };
 
 }  // namespace host
