@@ -14,6 +14,7 @@
 #include "host/document_paths.h"
 #include "host/output.h"
 #include "host/printable.h"
+#include "host/schedule.h"
 #include "host/screen.h"
 #include "host/terminal.h"
 #include "host/text.h"
@@ -25,30 +26,12 @@ namespace host {
 namespace {
 
 using insight::Snapshot;
-using Clock = std::chrono::steady_clock;
+using Clock = Schedule::Clock;
 
 struct Options {
   int Interval = 2;  // seconds
   int Count = 0;     // cycles; 0: without end
   bool Changes = false;
-};
-
-// The moments at which cycles begin: an interval apart, whatever the cycles take. A cycle that
-// takes longer than the interval leaves out the moments that it misses, so that two never overlap
-// and none makes up for a missed one.
-class Schedule {
- public:
-  explicit Schedule(std::chrono::seconds interval) : interval_(interval) {}
-
-  Clock::time_point Next() {
-    const auto missed = (Clock::now() - next_) / interval_;
-    next_ += interval_ * (std::max<std::int64_t>(missed, 0) + 1);
-    return next_;
-  }
-
- private:
-  std::chrono::seconds interval_;
-  Clock::time_point next_ = Clock::now();
 };
 
 // "2026-11-22T04:29:22+0100"
