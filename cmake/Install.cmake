@@ -127,8 +127,8 @@ install(FILES ${PROJECT_BINARY_DIR}/host/statuscollector.zsh
         DESTINATION ${CMAKE_INSTALL_DATAROOTDIR}/zsh/site-functions
         RENAME _statuscollector COMPONENT tools)
 set(status_doc_dir ${CMAKE_INSTALL_DATAROOTDIR}/doc/statuscollector-tools)
-install(FILES docs/document.md docs/host.md docs/library.md docs/reliability.md docs/rows.md
-        DESTINATION ${status_doc_dir} COMPONENT tools)
+install(FILES docs/document.md docs/host.md docs/library.md docs/metrics.md docs/reliability.md
+        docs/rows.md DESTINATION ${status_doc_dir} COMPONENT tools)
 
 # status_manual_page(SOURCE NAME SECTION SUMMARY): a manual page made from a page of docs/.
 find_program(STATUS_LOWDOWN lowdown REQUIRED)

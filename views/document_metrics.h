@@ -1,0 +1,35 @@
+// Metrics of values of the document. Private to this folder.
+#pragma once
+
+#include "views/metric_table.h"
+
+namespace views {
+
+// Numbers and flags, with the labels "element" and "kind".
+void CollectValues(const Metric& metric, const Sources& from, Samples* samples);
+
+// The same for the devices of the network, with the label "device".
+void CollectOfDevices(const Metric& metric, const Sources& from, Samples* samples);
+
+// Each number in a row, with the label "index".
+void CollectRows(const Metric& metric, const Sources& from, Samples* samples);
+
+// A code as a set of states: 1 for the one that it has, 0 for the others, in the label "state".
+void CollectCodes(const Metric& metric, const Sources& from, Samples* samples);
+
+// Each known bit of the output's flags, in the label "state".
+void CollectFlags(const Metric& metric, const Sources& from, Samples* samples);
+
+// Output points, 1 when one is on: their stored state is deliberately the inverse.
+void CollectOutputPoints(const Metric& metric, const Sources& from, Samples* samples);
+
+// "P1DT2H3M4S" in seconds.
+void CollectUptime(const Metric& metric, const Sources& from, Samples* samples);
+
+// 1, with texts of the controller and its output as labels.
+void CollectDisplay(const Metric& metric, const Sources& from, Samples* samples);
+
+// 1, with what tells one sensor from another as labels.
+void CollectSensors(const Metric& metric, const Sources& from, Samples* samples);
+
+}  // namespace views
