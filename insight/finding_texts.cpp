@@ -9,14 +9,13 @@
 namespace insight {
 namespace {
 
+// Where the value stands in a message.
+constexpr std::string_view kValue = "{}";
+constexpr std::string_view kHexadecimal = "{0x}";
+
 std::string Hexadecimal(std::uint64_t number) {
   char buffer[16];
   return {buffer, std::to_chars(std::begin(buffer), std::end(buffer), number, 16).ptr};
-}
-
-std::string Replaced(std::string text, std::string_view place, const std::string& by) {
-  const std::size_t at = text.find(place);
-  return at == std::string::npos ? text : text.replace(at, place.size(), by);
 }
 
 }  // namespace
@@ -57,19 +56,24 @@ std::string TextOf(const QtSts::TreeValue& value) {
   if (value.CodeName() != nullptr) {
     return value.CodeName();
   }
-  std::string text;
-  for (const char c : value.Written()) {
-    const bool between = c == ' ' && value.Kind() == QtSts::ValueKind::kReals;
-    text += between ? ", " : std::string(1, c);
+  std::string text = value.Written();
+  if (value.Kind() == QtSts::ValueKind::kReals) {
+    for (std::size_t blank = text.find(' '); blank != std::string::npos;
+         blank = text.find(' ', blank + 2)) {
+      text.insert(blank, ",");
+    }
   }
   return WithUnit(text, value.Listed().Unit);
 }
 
 std::string WithValue(const char* message, const QtSts::TreeValue& value) {
-  if (std::string_view(message).find("{0x}") != std::string_view::npos) {
-    return Replaced(message, "{0x}", Hexadecimal(value.Unsigned()));
+  std::string text = message;
+  if (const std::size_t digits = text.find(kHexadecimal); digits != std::string::npos) {
+    text.replace(digits, kHexadecimal.size(), Hexadecimal(value.Unsigned()));
+  } else if (const std::size_t place = text.find(kValue); place != std::string::npos) {
+    text.replace(place, kValue.size(), TextOf(value));
   }
-  return Replaced(message, "{}", TextOf(value));
+  return text;
 }
 
 std::string OutsideOf(const Range& range, const std::string& what, double number,

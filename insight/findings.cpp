@@ -33,6 +33,9 @@ Finding Make(const char* id, Severity level, std::string message, const char* hi
 
 // Otherwise in their order. There may be one for each row: sorting would move them many times.
 std::vector<Finding> WorstFirst(std::vector<Finding> findings) {
+  if (std::ranges::is_sorted(findings, {}, &Finding::Level)) {
+    return findings;
+  }
   std::vector<Finding> sorted;
   sorted.reserve(findings.size());
   for (const Severity level : {Severity::kCritical, Severity::kUnknown, Severity::kWarning}) {

@@ -32,7 +32,7 @@ void Origins::Name(Finding* finding, const QtSts::TreeElement& holder, const cha
 }
 
 bool Origins::HasRow(std::string_view key) {
-  Collect();
+  CollectKeys();
   return keys_.contains(key);
 }
 
@@ -40,9 +40,25 @@ void Origins::Collect() {
   if (std::exchange(collected_, true)) {
     return;
   }
+  CollectRows();
+  for (const Source& source : snapshot_.Sources) {
+    for (const std::string& field : source.Fields) {
+      const auto [entry, first] = sources_.emplace(field, source.Id);
+      if (!first) {
+        entry->second = "";  // of two it is not known which one
+      }
+    }
+  }
+}
+
+// There may be many rows: each is looked at once, and most make one entry.
+void Origins::CollectRows() {
+  rows_.reserve(snapshot_.Rows.size());
+  // A row that completes an element fills fields that came of other rows, or of none.
+  std::vector<Texts::value_type> completed;
   for (const Row& row : snapshot_.Rows) {
     if (!row.Path.empty()) {
-      const auto [entry, first] = rows_.emplace(row.Path, row.Key);
+      const auto [entry, first] = rows_.try_emplace(row.Path, row.Key);
       if (!first) {
         std::vector<std::string_view>& keys = filled_[row.Path];
         if (keys.empty()) {
@@ -52,22 +68,22 @@ void Origins::Collect() {
         entry->second = row.Key;
       }
     }
+    for (const Change& change : row.Changes) {
+      if (change.Path != row.Path) {
+        completed.emplace_back(change.Path, row.Key);
+      }
+    }
+  }
+  rows_.insert(completed.begin(), completed.end());
+}
+
+void Origins::CollectKeys() {
+  if (std::exchange(keys_collected_, true)) {
+    return;
+  }
+  for (const Row& row : snapshot_.Rows) {
     if (!row.Path.empty() && row.What() != Outcome::kMarkUnset) {
       keys_.insert(row.Key);
-    }
-  }
-  // A row that completes an element fills fields that came of other rows, or of none.
-  for (const Row& row : snapshot_.Rows) {
-    for (const Change& change : row.Changes) {
-      rows_.emplace(change.Path, row.Key);
-    }
-  }
-  for (const Source& source : snapshot_.Sources) {
-    for (const std::string& field : source.Fields) {
-      const auto [entry, first] = sources_.emplace(field, source.Id);
-      if (!first) {
-        entry->second = "";  // of two it is not known which one
-      }
     }
   }
 }

@@ -28,12 +28,15 @@ class Origins {
   using Texts = std::unordered_map<std::string_view, std::string_view>;
 
   void Collect();
+  void CollectRows();
+  void CollectKeys();
   std::string SourceOf(std::string_view path) const;
   std::string KeyOf(std::string_view path) const;
   std::string KeyOfNumber(const Finding& finding, const QtSts::TreeElement& holder) const;
 
   const Snapshot& snapshot_;
   bool collected_ = false;
+  bool keys_collected_ = false;
   Texts rows_;  // path to key
   // Path to keys, where several rows fill one field.
   std::unordered_map<std::string_view, std::vector<std::string_view>> filled_;

@@ -271,29 +271,26 @@ void Parking::EndRow() {
     return;
   }
   // What comes from one place is named together.
-  std::vector<const Inherited*> named;
-  named.reserve(inheritance_.size());
-  for (const Inherited& inherited : inheritance_) {
-    named.push_back(&inherited);
+  if (!std::ranges::is_sorted(inheritance_, {}, &Inherited::From)) {
+    std::ranges::stable_sort(inheritance_, {}, &Inherited::From);
   }
-  std::ranges::stable_sort(named, {}, &Inherited::From);
   constexpr std::size_t kMostNamed = 20;
-  const std::size_t count = std::min(named.size(), kMostNamed);
-  std::string text = "inherits ";
+  const std::size_t count = std::min(inheritance_.size(), kMostNamed);
+  text_ = "inherits ";
   for (std::size_t i = 0; i < count; ++i) {
-    const auto& [name, from] = *named[i];
+    const auto& [name, from] = inheritance_[i];
     const bool is_last = i + 1 == count;
-    text += name;
-    if (is_last || named[i + 1]->From != from) {
-      text += " from ";
-      text += from.empty() ? "what stood there before the first observed cycle" : from;
+    text_ += name;
+    if (is_last || inheritance_[i + 1].From != from) {
+      text_ += " from ";
+      text_ += from.empty() ? "what stood there before the first observed cycle" : from;
     }
-    text += is_last ? "" : ", ";
+    text_ += is_last ? "" : ", ";
   }
-  if (count < named.size()) {
-    text += ", and " + std::to_string(named.size() - count) + " more";
+  if (count < inheritance_.size()) {
+    text_ += ", and " + std::to_string(inheritance_.size() - count) + " more";
   }
-  AddRemark(&At(Current()), Outcome::kInherited, std::move(text));
+  AddRemark(&At(Current()), Outcome::kInherited, text_);
   inheritance_.clear();
 }
 

@@ -126,6 +126,7 @@ class Parking {
   std::size_t groups_ = 0;
   Group group_;
   std::vector<Inherited> inheritance_;  // of the row's element
+  std::string text_;                    // room for one that is long
   std::vector<observe::Point> points_;  // that the board takes that is being made
 };
 

@@ -285,8 +285,8 @@ void RowRecorder::SeeElement(const observe::Record& record, Element* element) {
   AddRemark(&row, Outcome::kCompleted, "completes " + element->Path());
   if (record.Number != record.Position) {
     AddRemark(&row, Outcome::kNotThePosition,
-              "number " + std::to_string(record.Number) + " becomes position " +
-                  std::to_string(record.Position),
+              Joined({"number ", std::to_string(record.Number), " becomes position ",
+                      std::to_string(record.Position)}),
               KeyFrom(row, handled_.Entry.size()));
   }
   Owners& owners = owners_[{record.Where, record.Interface}];

@@ -64,8 +64,11 @@ void ComparePoints(const char* name, const Points& now, Points* before,
       continue;
     }
     for (const Part& part : kParts) {
-      Note(At(name, entry) + "." + part.Name, Written(*part.Type, part.Of((*before)[entry])),
-           Written(*part.Type, part.Of(now[entry])), changes);
+      std::string was = Written(*part.Type, part.Of((*before)[entry]));
+      std::string is = Written(*part.Type, part.Of(now[entry]));
+      if (was != is) {  // of one point in few rows more than one part
+        changes->push_back({At(name, entry) + "." + part.Name, std::move(was), std::move(is)});
+      }
     }
     (*before)[entry] = now[entry];
   }

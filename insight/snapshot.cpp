@@ -184,14 +184,16 @@ Snapshot Recorder::RunCycle(const Limits& limits) {
 }
 
 bool Snapshot::IsReported(const std::string& path) const {
-  for (std::size_t end = 0; end != std::string::npos;) {
-    end = path.find_first_of("/[", end + 1);
-    const std::string_view holder = std::string_view(path).substr(0, end);
-    if (std::binary_search(NotReported.begin(), NotReported.end(), holder, std::less<>())) {
+  const std::string_view whole = path;
+  const auto is_missing = [this](std::string_view field) {
+    return std::binary_search(NotReported.begin(), NotReported.end(), field, std::less<>());
+  };
+  for (std::size_t end = 1; end < whole.size(); ++end) {
+    if ((whole[end] == '/' || whole[end] == '[') && is_missing(whole.substr(0, end))) {
       return false;
     }
   }
-  return true;
+  return !is_missing(whole);
 }
 
 const char* NameOf(SourceState state) {

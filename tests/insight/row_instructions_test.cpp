@@ -4,11 +4,15 @@
 #include <gtest/gtest.h>
 
 #include <cstdio>
+#include <iterator>
+#include <numeric>
 #include <ostream>
 #include <regex>
+#include <sstream>
 #include <stdexcept>
 #include <string>
 #include <utility>
+#include <vector>
 
 #include "sandbox/rows.h"
 #include "sandbox/scenario.h"
@@ -74,6 +78,7 @@ void AddMistakes(int number, sandbox::Rows* rows) {
 struct Mix {
   const char* Name;
   void (*Add)(int number, sandbox::Rows* rows);
+  int RowsOfElement = 1;
 };
 void PrintTo(const Mix& mix, std::ostream* out) { *out << mix.Name; }
 
@@ -86,21 +91,41 @@ void SetRows(const Mix& mix, int elements) {
   sandbox::SetRows(rows);
 }
 
-// Of two cycles over the rows that are there, within `function`.
-double Instructions(const char* how, const char* function) {
-  const auto ran = test_support::RunProgram(
-      {"valgrind", "--tool=callgrind", "--callgrind-out-file=/dev/null", "--collect-atstart=no",
-       std::string("--toggle-collect=") + function, RUN_CYCLES, how, "2"});
-  static const std::regex kCollected(R"(Collected : (\d+))");
+// Of two cycles over the rows that are there, within `function`: each number that valgrind counts.
+std::vector<double> Counted(const char* how, const char* function,
+                            const std::vector<std::string>& options = {}) {
+  std::vector<std::string> command = {"valgrind", "--tool=callgrind",
+                                      "--callgrind-out-file=/dev/null", "--collect-atstart=no",
+                                      std::string("--toggle-collect=") + function};
+  command.insert(command.end(), options.begin(), options.end());
+  command.insert(command.end(), {RUN_CYCLES, how, "2"});
+  const auto ran = test_support::RunProgram(command);
+  static const std::regex kCollected(R"(Collected : ([\d ]+))");
   std::smatch collected;
   if (ran.ExitCode != 0 || !std::regex_search(ran.Errors, collected, kCollected)) {
     throw std::runtime_error("valgrind: " + ran.Errors);
   }
-  return std::stod(collected[1]);
+  std::istringstream numbers(collected[1]);
+  return {std::istream_iterator<double>(numbers), {}};
 }
 
-double Plain() { return Instructions("plain", "CStatusInterface::QueryDatabase*"); }
-double Explained() { return Instructions("explained", "insight::Recorder::RunCycle*"); }
+constexpr const char* kPlain = "CStatusInterface::QueryDatabase*";
+constexpr const char* kExplained = "insight::Recorder::RunCycle*";
+
+double Plain() { return Counted("plain", kPlain).front(); }
+double Explained() { return Counted("explained", kExplained).front(); }
+
+// The same with what waiting for memory costs: ten instructions for what is not in the first cache,
+// a hundred for what is not in the last one either.
+double WithMemory(const char* how, const char* function, const std::string& last_cache) {
+  const std::vector<double> counted =
+      Counted(how, function,
+              {"--cache-sim=yes", "--I1=32768,8,64", "--D1=32768,8,64", "--LL=" + last_cache});
+  const auto sum = [&counted](std::size_t from) {  // of instructions, reads and writes
+    return std::accumulate(&counted.at(from), &counted.at(from + 2) + 1, 0.0);
+  };
+  return counted.front() + 10 * sum(3) + 100 * sum(6);
+}
 
 class RowsOf : public testing::TestWithParam<Mix> {};
 
@@ -118,13 +143,32 @@ TEST_P(RowsOf, CostNoMoreEachTheMoreThereAre) {
   EXPECT_LE(Explained() / kMany, few / kFew);
 }
 
+// 100,000 rows fill memory that no cache holds: 5,000 do so beside a cache of 128 KiB.
+class MoreRowsThanACacheHoldsOf : public RowsOf {};
+
+TEST_P(MoreRowsThanACacheHoldsOf, AreExplainedInTwentyTimesTheirCycle) {
+  constexpr int kRows = 5000;
+  SetRows(GetParam(), kRows / GetParam().RowsOfElement);
+  const std::string cache = "131072,16,64";
+  const double times =
+      WithMemory("explained", kExplained, cache) / WithMemory("plain", kPlain, cache);
+  RecordProperty("times", std::to_string(times));
+  EXPECT_LE(times, 20);
+}
+
+std::string NameOf(const testing::TestParamInfo<Mix>& mix) { return mix.param.Name; }
+
+constexpr Mix kUnpaddedTypes = {"UnpaddedTypes", &AddUnpaddedType};
+constexpr Mix kBoards = {"Boards", &AddBoard, 9};
+
 INSTANTIATE_TEST_SUITE_P(Mixes, RowsOf,
                          testing::Values(Mix{"Sensors", &AddSensor}, Mix{"Types", &AddType},
                                          Mix{"TypesBehindRouter", &AddTypeBehindRouter},
-                                         Mix{"UnpaddedTypes", &AddUnpaddedType},
-                                         Mix{"Boards", &AddBoard},
+                                         kUnpaddedTypes, kBoards,
                                          Mix{"WaitingVoltages", &AddVoltage},
                                          Mix{"Mistakes", &AddMistakes}),
-                         [](const auto& mix) { return std::string(mix.param.Name); });
+                         &NameOf);
+INSTANTIATE_TEST_SUITE_P(Mixes, MoreRowsThanACacheHoldsOf, testing::Values(kUnpaddedTypes, kBoards),
+                         &NameOf);
 
 }  // namespace
