@@ -182,7 +182,7 @@ Ignored::Ignored(const std::string& text) {
   const auto table = insight::FindingTable();
   if (std::ranges::find(table, id_, &insight::FindingInfo::Id) == table.end()) {
     throw std::invalid_argument("there is no finding " + id_ +
-                                "; docs/host.md lists those that there are");
+                                "; statuscollector(1) lists those that there are");
   }
   if (id_.starts_with("source-") && which_.empty()) {
     throw std::invalid_argument(id_ + " needs the name of a source: " + id_ + ":travex");

@@ -39,7 +39,7 @@ std::string Fault(CStatusInterface& collector) {
       }
     }
   } catch (const CppSQLite3Exception& failure) {
-    return std::string(failure.errorMessage()) + "; see docs/rows.md";
+    return std::string(failure.errorMessage()) + "; see statuscollector-rows(5)";
   }
   return collector.m_DB.readOnly() ? "it cannot be written; see its owner, group and mode" : "";
 }

@@ -46,7 +46,8 @@ constexpr struct {
 } kWords[] = {
     {kError, "no such table: status", " has no table status",
      "; `statuscollector init` creates it"},
-    {kError, nullptr, " cannot be read", "; docs/rows.md says what its table status may be"},
+    {kError, nullptr, " cannot be read",
+     "; statuscollector-rows(5) says what its table status may be"},
     {kBusy, "database is locked", " is locked by another program", kWhoHasIt},
     {kLocked, "database table is locked", " is locked by another program", kWhoHasIt},
     {kProtocol, "locking protocol", " is locked by another program", kWhoHasIt},

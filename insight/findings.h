@@ -20,8 +20,8 @@ struct FindingInfo {
   const char* When;  // one sentence without the closing stop
 };
 
-// Every finding that there can be once, in alphabetic order. The table of docs/host.md says the
-// same, and a test compares them.
+// Every finding that there can be once, in alphabetic order. The table of statuscollector(1) says
+// the same, and a test compares them.
 INSIGHT_API std::span<const FindingInfo> FindingTable();
 
 }  // namespace insight

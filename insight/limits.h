@@ -1,5 +1,5 @@
-// From which values on a reading needs attention. The table of docs/host.md says the same, and a
-// test compares them.
+// From which values on a reading needs attention. The table of statuscollector(1) says the same,
+// and a test compares them.
 #pragma once
 
 #include <limits>

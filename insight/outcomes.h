@@ -1,5 +1,5 @@
 // What can become of a row: a closed list, each with its class and one line of cure. The table of
-// docs/rows.md says the same, and a test compares them.
+// statuscollector-rows(5) says the same, and a test compares them.
 #pragma once
 
 #include <cstdint>

@@ -195,7 +195,7 @@ void SchemaText::Class(const ClassInfo& info, Use use) {
 
 void SchemaText::Insight() {
   Object("Insight", [this] {
-    Text("description", "What show --with insight adds; docs/host.md describes it.");
+    Text("description", "What show --with insight adds; statuscollector(1) describes it.");
     Text("type", "object");
   });
 }

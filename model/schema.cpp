@@ -147,8 +147,9 @@ void WriteFloats(XmlText& xml) {
 std::string WriteSchema() {
   XmlText xml;
   xml.Line(R"(<?xml version="1.0" encoding="UTF-8"?>)");
-  xml.Line("<!-- The status document; see docs/document.md. Generated from the listings of the");
-  xml.Line("     model classes: change those, not this file. -->");
+  xml.Line(
+      "<!-- The status document; see statuscollector-document(7). Generated from the listings");
+  xml.Line("     of the model classes: change those, not this file. -->");
   xml.Open("xs:schema", {{"xmlns:xs", "http://www.w3.org/2001/XMLSchema"}});
   Annotate(xml, kOfWhichDocuments);
   xml.Empty("xs:element", {{"name", CStatus::Class.Name}, {"type", CStatus::Class.Name}});
