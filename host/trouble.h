@@ -1,10 +1,11 @@
-// What went wrong with the status database, in words: which file, what is wrong, what to do. The
-// library reports code and message of each step on standard error; this is one line beside them.
+// What went wrong with the status database, in words: which file, what is wrong, what to do. One
+// line takes the place of what the library reports of each step.
 #pragma once
 
 #include <string>
 
 #include "collector/observer.h"
+#include "host/library_lines.h"
 
 namespace host {
 
@@ -14,7 +15,7 @@ inline constexpr const char* kDatabaseFile = "/dev/shm/status.db";
 enum class Opened { kForReading, kForWriting };
 
 // Observes the collector as long as it lives, from before InitDatabase on; the observer before it
-// sees the same.
+// sees the same. Meanwhile the library's own lines do not reach standard error.
 class DatabaseTrouble : public observe::Observer {
  public:
   explicit DatabaseTrouble(Opened opened);
@@ -37,6 +38,7 @@ class DatabaseTrouble : public observe::Observer {
  private:
   std::string WhyNotOpened() const;
 
+  LibraryLines lines_;
   Opened opened_;
   observe::Observer* before_;
   bool failed_ = false;

@@ -125,7 +125,7 @@ TEST_F(ColumnOrder, OfRowsCannotBeThatOfACollationOfTheWriters) {
       "COLLATE mine, value TEXT)' WHERE name = 'status'");
   const ProgramResult show = RunProgram({HostProgram(), "show", "--format", "xml"});
   EXPECT_EQ(show.ExitCode, 1);
-  EXPECT_THAT(show.Errors, HasSubstr("1:no such collation sequence: mine"));
+  EXPECT_THAT(show.Errors, HasSubstr("cannot be read: no such collation sequence: mine;"));
 }
 
 }  // namespace

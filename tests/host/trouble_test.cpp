@@ -41,14 +41,15 @@ class TroubleTest : public testing::Test {
           .File("/etc/group", "root:x:0:\nstatus:x:1044:\n");
 };
 
-// The lines that the program writes in its own name.
+// What the program says, all of it in its own name. The library's lines used to stand before it:
+// "14:unable to open database file".
 std::vector<std::string> Words(const ProgramResult& result) {
   std::vector<std::string> lines;
   std::istringstream errors(result.Errors);
   for (std::string line; std::getline(errors, line);) {
-    if (line.starts_with("statuscollector: ")) {
-      lines.push_back(line.substr(std::strlen("statuscollector: ")));
-    }
+    const bool is_named = line.starts_with("statuscollector: ");
+    lines.push_back(is_named ? line.substr(std::strlen("statuscollector: "))
+                             : "not named: " + line);
   }
   return lines;
 }
@@ -68,7 +69,6 @@ TEST_F(TroubleTest, ADatabaseThatIsMissingIsOneMessageWithACure) {
       Words(result),
       testing::ElementsAre(
           "/dev/shm/status.db does not exist; a host or `statuscollector init` creates it"));
-  EXPECT_THAT(result.Errors, HasSubstr("14:")) << "the library's own line stays";
 }
 
 TEST_F(TroubleTest, AFileThatIsNoDatabaseIsOneMessageFromShowAndFromInit) {
