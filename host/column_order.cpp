@@ -13,6 +13,7 @@ namespace {
 
 constexpr std::string_view kKey = "address";
 constexpr std::string_view kValue = "value";
+constexpr int kMostColumns = 100;  // that a table or view may have
 
 // As SQLite compares names: without regard to the case of ASCII letters.
 bool IsSame(std::string_view left, std::string_view right) {
@@ -26,16 +27,18 @@ std::vector<std::string> Columns(CStatusInterface& collector) {
   CppSQLite3Statement statement = collector.m_DB.compileStatement("SELECT * FROM status LIMIT 0");
   const CppSQLite3Query query = statement.execQuery();
   std::vector<std::string> names;
-  for (std::string name = query.getFieldName(0); !name.empty();) {
-    names.push_back(name);
-    name = query.getFieldName(static_cast<int>(names.size()));
+  for (int column = 0; column < kMostColumns; ++column) {
+    names.emplace_back(query.getFieldName(column));
+  }
+  while (!names.empty() && names.back().empty()) {  // past the last one, too
+    names.pop_back();
   }
   return names;
 }
 
 std::string InWords(const char* place, const std::string& name, std::string_view expected) {
-  return std::string("the ") + place + " column of table status is " + name + ", not " +
-         std::string(expected) +
+  return std::string("the ") + place + " column of table status is " +
+         (name.empty() ? "\"\"" : name) + ", not " + std::string(expected) +
          "; the first is read as the key, the second as the value, whatever their names; make the "
          "table anew with " +
          std::string(expected) + " as the " + place + " one";
