@@ -6,6 +6,7 @@
 #include <stdexcept>
 #include <utility>
 
+#include "insight/nearest.h"
 #include "model/document.h"
 
 namespace host {
@@ -26,10 +27,14 @@ std::string_view TakeStep(std::string_view* path) {
 // "Sensors[3]" as "Sensors".
 std::string_view NameOf(std::string_view step) { return step.substr(0, step.find('[')); }
 
-// Whether what follows the name of a step is "[", digits and "]".
+// Whether what follows the name of a step is "[", a number and "]", as paths have them.
 bool IsPosition(std::string_view text) {
-  return text.size() > 2 && text.front() == '[' && text.back() == ']' &&
-         text.substr(1, text.size() - 2).find_first_not_of("0123456789") == std::string_view::npos;
+  if (text.size() <= 2 || text.front() != '[' || text.back() != ']') {
+    return false;
+  }
+  const std::string_view digits = text.substr(1, text.size() - 2);
+  return digits.find_first_not_of("0123456789") == std::string_view::npos &&
+         (digits.front() != '0' || digits.size() == 1);
 }
 
 // Of these classes, what the step leads to; `*found` is set when there is such a field.
@@ -54,18 +59,40 @@ std::set<const ClassInfo*> After(std::string_view step, const std::set<const Cla
   return next;
 }
 
-// Whether a document can have this path.
-bool CanBe(std::string_view path) {
+// The field of these classes whose name is nearest to that of the step; "" without one.
+std::string_view NearestName(std::string_view step, const std::set<const ClassInfo*>& classes) {
+  std::vector<std::string_view> names;
+  for (const ClassInfo* const info : classes) {
+    QtSts::VisitEveryField(*info, [&names](const Field& field) {
+      names.emplace_back(field.Name);
+      return true;
+    });
+  }
+  std::ranges::sort(names);
+  names.erase(std::unique(names.begin(), names.end()), names.end());
+  return insight::Names(names).Nearest(NameOf(step));
+}
+
+// Why no document can have this path, with the nearest one up to the step that is wrong; "" when
+// one can.
+std::string WhyNot(const std::string& whole) {
+  const std::string why = "no document has the path " + whole;
+  const std::string cure = "; write it as diff does";
   std::set<const ClassInfo*> classes = {&QtSts::CStatus::Class};
-  bool found = !path.ends_with('/');
-  while (found && !path.empty()) {
+  for (std::string_view path = whole; !path.empty();) {
     const std::string_view step = TakeStep(&path);
     const std::string_view position = step.substr(NameOf(step).size());
-    found = false;
-    classes = After(step, classes, &found);
-    found = found && (position.empty() || IsPosition(position));
+    bool found = false;
+    std::set<const ClassInfo*> next = After(step, classes, &found);
+    if (!found || (!position.empty() && !IsPosition(position))) {
+      const std::string_view name = NearestName(step, classes);
+      const std::string above =
+          whole.substr(0, static_cast<std::size_t>(step.data() - whole.data()));
+      return why + (name.empty() ? "" : "; the nearest is " + above + std::string(name)) + cure;
+    }
+    classes = std::move(next);
   }
-  return found;
+  return whole.ends_with('/') ? why + cure : "";
 }
 
 // Whether `path` is `above` or stands below it.
@@ -88,8 +115,8 @@ bool ChangesInEachCycle(std::string_view path) {
 
 DocumentPaths::DocumentPaths(std::vector<std::string> paths) : paths_(std::move(paths)) {
   for (const std::string& path : paths_) {
-    if (!CanBe(path)) {
-      throw std::runtime_error("no document has the path " + path + "; write it as diff does");
+    if (const std::string why = WhyNot(path); !why.empty()) {
+      throw std::runtime_error(why);
     }
   }
 }

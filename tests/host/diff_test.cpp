@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <fstream>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "model/can_sensors.h"
@@ -140,14 +141,27 @@ TEST_F(DiffOfDisplaysTest, LeavesOutWhatIsIgnored) {
 }
 
 TEST_F(DiffOfDisplaysTest, RefusesToIgnoreAPathThatNoDocumentHas) {
-  for (const char* path : {"Sensor", "Sensors/Kelvin", "Sensors[]", "Sensors[x]", "Sensors[1", "/",
-                           "Sensors/", "GUID[0]", "GUID/Sensors", "Outputs/Dimming[0]"}) {
+  for (const auto& [path, nearest] : std::vector<std::pair<const char*, std::string>>{
+           {"Sensor", "Sensors"},
+           {"Sensors/Kelvin", ""},
+           {"Sensors[]", "Sensors"},
+           {"Sensors[x]", "Sensors"},
+           {"Sensors[1", "Sensors"},
+           {"Sensors[03]/Celsius", "Sensors"},
+           {"Sensors[00]", "Sensors"},
+           {"Sensors[0]/Celsus", "Sensors[0]/Celsius"},
+           {"/", ""},
+           {"Sensors/", ""},
+           {"GUID[0]", "GUID"},
+           {"GUID/Sensors", ""},
+           {"Outputs/Dimming[0]", "Outputs/Dimming"}}) {
     SCOPED_TRACE(path);
+    const std::string near = nearest.empty() ? "" : "; the nearest is " + nearest;
     const ProgramResult result = Collector({"diff", before_, after_, "--ignore", path});
     EXPECT_EQ(result.ExitCode, kTrouble);
     EXPECT_EQ(result.Output, "");
     EXPECT_EQ(result.Errors, std::string("statuscollector: no document has the path ") + path +
-                                 "; write it as diff does\n");
+                                 near + "; write it as diff does\n");
   }
 }
 
