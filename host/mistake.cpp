@@ -19,23 +19,46 @@ std::vector<std::string> NamesOfCommands() {
   return names;
 }
 
-// The long options of a command, or of the program.
-std::vector<std::string> NamesOfOptions(const std::string& name) {
-  std::vector<std::string> names = {"--help"};
+// The options of a command, or of the program, each as "-f,--format" or without the short name.
+std::vector<std::string> Options(const std::string& name) {
+  std::vector<std::string> options = {"-h,--help"};
   if (name.empty()) {
-    names.emplace_back("--version");
+    options.emplace_back("--version");
   }
   for (const Command& command : kCommands) {
     if (command.Name == name) {
       for (const Argument& argument : command.Declare().Arguments) {
-        const std::string_view all = argument.Name;
-        if (const std::size_t at = all.find("--"); at != std::string_view::npos) {
-          names.emplace_back(all.substr(at));
-        }
+        options.emplace_back(argument.Name);
       }
     }
   }
+  return options;
+}
+
+std::vector<std::string> LongNames(const std::vector<std::string>& options) {
+  std::vector<std::string> names;
+  for (const std::string& option : options) {
+    if (const std::size_t at = option.find("--"); at != std::string::npos) {
+      names.push_back(option.substr(at));
+    }
+  }
   return names;
+}
+
+// "; there are -h, -f and -c", letters being too short to be near to others.
+std::string ShortNamesAre(const std::vector<std::string>& options) {
+  std::vector<std::string> names;
+  for (const std::string& option : options) {
+    if (option.size() > 1 && option[0] == '-' && option[1] != '-') {
+      names.push_back(option.substr(0, 2));
+    }
+  }
+  std::string text = names.size() == 1 ? "; there is " : "; there are ";
+  for (const std::string& name : names) {
+    const bool is_first = &name == &names.front();
+    text.append(is_first ? "" : &name == &names.back() ? " and " : ", ").append(name);
+  }
+  return text;
 }
 
 std::string NearestIs(const std::string& word, const std::vector<std::string>& names) {
@@ -54,9 +77,9 @@ std::string AboutUnknown(const Mistake& mistake) {
   const std::string& word = Wrong(mistake);
   if (IsOption(word)) {
     const std::string name = word.substr(0, word.find('='));
-    const bool is_long = name.starts_with("--");
+    const std::vector<std::string> options = Options(mistake.Command);
     return "no such option: " + name +
-           (is_long ? NearestIs(name, NamesOfOptions(mistake.Command)) : "");
+           (name.starts_with("--") ? NearestIs(name, LongNames(options)) : ShortNamesAre(options));
   }
   return mistake.Command.empty() ? "no such command: " + word + NearestIs(word, NamesOfCommands())
                                  : "not expected: " + word;

@@ -59,8 +59,10 @@ std::vector<std::string> ParseSections(const std::string& text) {
 
 void RequireFormat(const Options& options, const char* format, bool used, const char* option) {
   if (used && options.Format != format) {
-    const std::string wanted = std::string("--format ") + format;
-    throw std::runtime_error(std::string(option) + " is for " + wanted + " only; add " + wanted);
+    const std::string about = std::string(option) + " is for --format " + format;
+    throw std::runtime_error(options.Format == kText ? about + "; add --format " + format
+                                                     : about + ", not for " + options.Format +
+                                                           "; leave out one of the two");
   }
 }
 

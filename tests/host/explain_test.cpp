@@ -82,7 +82,8 @@ TEST(Explain, MarksTheBytesOfAProblemAndGivesItsCure) {
                                        "Sensor_03_Zone = front\n"
                                        "          ^^^^\n"));
   EXPECT_THAT(result.Output, HasSubstr("[unknown-attribute]"));
-  EXPECT_THAT(result.Output, HasSubstr("Cure: Write one of the attributes of statuscollector-rows(5)."));
+  EXPECT_THAT(result.Output,
+              HasSubstr("Cure: Write one of the attributes of statuscollector-rows(5)."));
 }
 
 // The errors alone say nothing about the rest.

@@ -210,11 +210,22 @@ TEST_F(ShowTest, AddsInsightToJsonAndToNothingElse) {
   EXPECT_TRUE(insight["Rows"].is_array());
   EXPECT_FALSE(insight["Findings"].empty());
   EXPECT_THAT(Collector({"show", "--format", "json"}).Output, Not(HasSubstr("Insight")));
-  for (const char* const format : {"text", "xml"}) {
-    const ProgramResult wrong = Collector({"show", "--format", format, "--with", "insight"});
+}
+
+// "--brief is for --format text only; add --format text" used to be the answer to --format json.
+TEST_F(ShowTest, SaysWhichFormatAnOptionIsFor) {
+  using Words = std::vector<std::string>;
+  for (const auto& [options, cure] : std::vector<std::pair<Words, std::string>>{
+           {{"--with", "insight"}, "--with is for --format json; add --format json"},
+           {{"--with", "insight", "--format", "xml"},
+            "--with is for --format json, not for xml; leave out one of the two"},
+           {{"--brief", "--format", "json"},
+            "--brief is for --format text, not for json; leave out one of the two"}}) {
+    Words words = {"show"};
+    words.insert(words.end(), options.begin(), options.end());
+    const ProgramResult wrong = Collector(words);
     EXPECT_EQ(wrong.ExitCode, kTrouble);
-    EXPECT_EQ(wrong.Errors,
-              "statuscollector: --with is for --format json only; add --format json\n");
+    EXPECT_EQ(wrong.Errors, "statuscollector: " + cure + "\n");
   }
 }
 
@@ -600,7 +611,9 @@ TEST(Usage, NamesTheMistakeTheNearestThatThereIsAndWhereToReadMore) {
        "show: no such option: --formt; the nearest is --format; see statuscollector show --help"},
       {{"show", "extra", "--ouptut=x"},
        "show: no such option: --ouptut; the nearest is --output; see statuscollector show --help"},
-      {{"show", "-x"}, "show: no such option: -x; see statuscollector show --help"},
+      {{"show", "-x"},
+       "show: no such option: -x; there are -h, -f, -c and -o; see statuscollector show --help"},
+      {{"-x"}, "no such option: -x; there is -h; see statuscollector --help"},
       {{"show", "--format", "yaml"},
        "show: --format: yaml not in {text,xml,json}; see statuscollector show --help"},
       {{"watch", "--intervall", "1"},
