@@ -1,0 +1,78 @@
+#include "capture/archive.h"
+
+#include <archive.h>
+#include <archive_entry.h>
+
+#include <memory>
+#include <stdexcept>
+
+namespace capture {
+namespace {
+
+la_ssize_t Append(archive* /*writer*/, void* text, const void* bytes, std::size_t count) {
+  static_cast<std::string*>(text)->append(static_cast<const char*>(bytes), count);
+  return static_cast<la_ssize_t>(count);
+}
+
+class Writer {
+ public:
+  explicit Writer(std::string* text) {
+    Require(writer_ != nullptr ? ARCHIVE_OK : ARCHIVE_FATAL);
+    Require(archive_write_add_filter_zstd(writer_.get()));
+    Require(archive_write_set_format_pax_restricted(writer_.get()));
+    Require(archive_write_set_bytes_in_last_block(writer_.get(), 1));
+    Require(archive_write_open(writer_.get(), text, nullptr, &Append, nullptr));
+  }
+
+  void Add(const std::string& name, const Entry& entry) {
+    const std::unique_ptr<archive_entry, decltype(&archive_entry_free)> header(archive_entry_new(),
+                                                                               &archive_entry_free);
+    archive_entry_set_pathname(header.get(), name.c_str());
+    archive_entry_set_filetype(header.get(), entry.IsFolder ? AE_IFDIR : AE_IFREG);
+    archive_entry_set_perm(header.get(), entry.Mode);
+    archive_entry_set_size(header.get(), static_cast<la_int64_t>(entry.Bytes.size()));
+    archive_entry_set_mtime(header.get(), 0, 0);
+    Require(archive_write_header(writer_.get(), header.get()));
+    const la_ssize_t count =
+        archive_write_data(writer_.get(), entry.Bytes.data(), entry.Bytes.size());
+    Require(count == static_cast<la_ssize_t>(entry.Bytes.size()) ? ARCHIVE_OK : ARCHIVE_FATAL);
+  }
+
+  void Close() { Require(archive_write_close(writer_.get())); }
+
+ private:
+  // A warning is a failure, too: something would not stand in the archive as it was.
+  void Require(int result) {
+    if (result != ARCHIVE_OK) {
+      const char* const why = writer_ ? archive_error_string(writer_.get()) : nullptr;
+      throw std::runtime_error(std::string("the capture cannot be packed: ") +
+                               (why == nullptr ? "no memory" : why));
+    }
+  }
+
+  std::unique_ptr<archive, decltype(&archive_write_free)> writer_{archive_write_new(),
+                                                                  &archive_write_free};
+};
+
+}  // namespace
+
+std::string Pack(const Entries& entries) {
+  std::uint64_t bytes = 0;
+  for (const auto& [name, entry] : entries) {
+    bytes += entry.Bytes.size();
+  }
+  if (bytes > kMostBytes) {
+    throw std::runtime_error("the sources have " + std::to_string(bytes >> 20) +
+                             " MiB, more than a capture holds (1024 MiB)");
+  }
+  std::string packed;
+  Writer writer(&packed);
+  writer.Add(kFolder, {"", 0755, true});
+  for (const auto& [name, entry] : entries) {
+    writer.Add(std::string(kFolder) + "/" + name, entry);
+  }
+  writer.Close();
+  return packed;
+}
+
+}  // namespace capture
