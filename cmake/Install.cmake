@@ -112,6 +112,10 @@ file(RELATIVE_PATH status_libraries_from_program
      ${CMAKE_INSTALL_FULL_BINDIR} ${CMAKE_INSTALL_FULL_LIBDIR})
 set_target_properties(${status_libraries} PROPERTIES INSTALL_RPATH "$ORIGIN")
 set_target_properties(host PROPERTIES INSTALL_RPATH "$ORIGIN/${status_libraries_from_program}")
+file(RELATIVE_PATH status_libraries_from_capture
+     ${CMAKE_INSTALL_FULL_LIBEXECDIR}/statuscollector ${CMAKE_INSTALL_FULL_LIBDIR})
+set_target_properties(capture_program PROPERTIES
+                      INSTALL_RPATH "$ORIGIN/${status_libraries_from_capture}")
 
 # Examples and the schema.
 install(DIRECTORY examples DESTINATION ${CMAKE_INSTALL_DATAROOTDIR}/doc/libstatuscollector-dev
@@ -120,6 +124,7 @@ install(FILES docs/status.xsd DESTINATION ${status_data_dir} COMPONENT developme
 
 # The command-line host, its completion, and all pages, which refer to one another.
 install(TARGETS host RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT tools)
+install(TARGETS capture_program RUNTIME DESTINATION ${CMAKE_INSTALL_LIBEXECDIR}/statuscollector COMPONENT tools)
 install(FILES ${PROJECT_BINARY_DIR}/host/statuscollector.bash
         DESTINATION ${CMAKE_INSTALL_DATAROOTDIR}/bash-completion/completions
         RENAME statuscollector COMPONENT tools)
@@ -128,7 +133,7 @@ install(FILES ${PROJECT_BINARY_DIR}/host/statuscollector.zsh
         RENAME _statuscollector COMPONENT tools)
 set(status_doc_dir ${CMAKE_INSTALL_DATAROOTDIR}/doc/statuscollector-tools)
 install(FILES docs/document.md docs/host.md docs/library.md docs/metrics.md docs/reliability.md
-        docs/rows.md DESTINATION ${status_doc_dir} COMPONENT tools)
+        docs/rows.md docs/support.md DESTINATION ${status_doc_dir} COMPONENT tools)
 
 # status_manual_page(SOURCE NAME SECTION SUMMARY): a manual page made from a page of docs/.
 find_program(STATUS_LOWDOWN lowdown REQUIRED)

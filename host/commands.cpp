@@ -17,6 +17,8 @@ constexpr Command kCommandRows[] = {
      &DeclareInit},
     {"diff", "List what differs between two documents", "0 nothing differs, 1 something does",
      &DeclareDiff},
+    {"capture", "Put what a cycle is given into a file",
+     "0 FILE has all cycles, 1 less, since a source did not answer", &DeclareCapture},
     {"schema", "Print the schema of the document", "0", &DeclareSchema},
 };
 

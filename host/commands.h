@@ -63,5 +63,6 @@ Declaration DeclareWatch();
 Declaration DeclareInit();
 Declaration DeclareDiff();
 Declaration DeclareSchema();
+Declaration DeclareCapture();
 
 }  // namespace host

@@ -1,0 +1,53 @@
+#include "tests/capture/capture_fixture.h"
+
+#include <regex>
+
+#include "sandbox/enter.h"
+#include "sandbox/files.h"
+#include "sandbox/testing.h"
+
+namespace captured {
+
+using test_support::ProgramResult;
+using test_support::RunProgram;
+
+sandbox::Scenario Load(const std::string& name) {
+  return sandbox::Scenario::Load(sandbox::SourcePath("scenarios/" + name));
+}
+
+ProgramResult Capture(const std::vector<std::string>& arguments) {
+  std::vector<std::string> command = {HOST_PROGRAM, "capture"};
+  command.insert(command.end(), arguments.begin(), arguments.end());
+  return RunProgram(command);
+}
+
+Entries Read(const std::string& file) { return Unpack(sandbox::ReadFile(file)); }
+
+Entries CaptureNow(const std::vector<std::string>& options) {
+  sandbox::MakeFolder("/captures");
+  std::vector<std::string> arguments = options;
+  arguments.emplace_back(kFile);
+  const ProgramResult result = Capture(arguments);
+  EXPECT_EQ(result.ExitCode, 0) << result.Errors;
+  EXPECT_EQ(result.Output, "");
+  return Read();
+}
+
+nlohmann::json Description(const Entries& capture) {
+  return nlohmann::json::parse(capture.at("capture.json").Bytes);
+}
+
+std::string Show() { return RunProgram({HOST_PROGRAM, "show", "--format", "xml"}).Output; }
+
+std::string Comparable(std::string document) {
+  static const std::regex other("(LocalTime|Uptime|StorageTotal|StorageFree)=\"[^\"]*\"");
+  return std::regex_replace(document, other, "$1");
+}
+
+void CaptureTest::SetUp() {
+  if (!sandbox::DevicesAvailable()) {
+    GTEST_SKIP() << "no device nodes: " << sandbox::DevicesRefusal();
+  }
+}
+
+}  // namespace captured
