@@ -180,4 +180,12 @@ Tree ReadArchive(const std::filesystem::path& file) {
   }
 }
 
+Scenario LoadScenario(const std::filesystem::path& path) {
+  std::error_code error;
+  if (std::filesystem::is_directory(path, error)) {
+    return Scenario::Load(path);
+  }
+  return Scenario::FromTree(ReadArchive(path), path.string());
+}
+
 }  // namespace sandbox

@@ -4,6 +4,7 @@
 #include <string>
 #include <string_view>
 
+#include "sandbox/scenario.h"
 #include "sandbox/tree.h"
 
 namespace sandbox {
@@ -16,5 +17,8 @@ Tree ReadArchive(const std::filesystem::path& file);
 
 // The same from its bytes; the std::runtime_error says what is wrong with them.
 Tree ParseArchive(std::string_view bytes);
+
+// The scenario that is this folder or capture. Throws std::runtime_error.
+Scenario LoadScenario(const std::filesystem::path& path);
 
 }  // namespace sandbox

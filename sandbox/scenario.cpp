@@ -1,5 +1,7 @@
 #include "sandbox/scenario.h"
 
+#include <algorithm>
+
 #include "sandbox/root.h"
 
 namespace sandbox {
@@ -198,6 +200,11 @@ void Scenario::ApplyRows(const Scenario& before) const {
   } else {
     RemoveDatabase();
   }
+}
+
+bool Scenario::NeedsDevices() const {
+  return !devices_.empty() ||
+         std::ranges::any_of(faults_.Files, [](const auto& file) { return !file.second.IsPipe; });
 }
 
 std::vector<std::string> Scenario::NotReplayed() const {

@@ -87,6 +87,9 @@ class Scenario {
   // so that programs may go on meanwhile.
   void ApplyAfter(const Scenario& before) const;
 
+  // Whether it takes the device file system.
+  [[nodiscard]] bool NeedsDevices() const;
+
   // What the kernel does not do as the scenario has it, a line each, for people.
   [[nodiscard]] std::vector<std::string> NotReplayed() const;
 

@@ -65,14 +65,14 @@ TEST_F(ControllerBox, RunsTheCommandOnTheScenario) {
 TEST_F(ControllerBox, ReportsAMistakeOfTheScenario) {
   Write("rows.tsv", "no tab\n");
   const Outcome outcome = Box("--scenario " + folder_.string() + " -- true");
-  EXPECT_EQ(126, outcome.Status);
+  EXPECT_EQ(125, outcome.Status);
   EXPECT_THAT(outcome.Output, AllOf(HasSubstr("rows.tsv"), HasSubstr("line 1")));
 }
 
 TEST_F(ControllerBox, ReportsAScenarioThatTheKernelRefuses) {
   Write("interfaces", "interface a-name-that-is-too-long\n");
   const Outcome outcome = Box("--scenario " + folder_.string() + " -- echo started");
-  EXPECT_EQ(126, outcome.Status);
+  EXPECT_EQ(125, outcome.Status);
   EXPECT_THAT(outcome.Output, HasSubstr("a-name-that-is-too-long"));
   EXPECT_THAT(outcome.Output, testing::Not(HasSubstr("started")));
 }
@@ -94,7 +94,7 @@ TEST_F(ControllerBox, OnlyTheCommandWritesIntoABoundFolder) {
     fs::remove_all(folder_ / "scenario");
     Write("scenario/root" + (bound / name).string(), "of the scenario");
     const Outcome outcome = Box(box);
-    EXPECT_EQ(126, outcome.Status) << outcome.Output;
+    EXPECT_EQ(125, outcome.Status) << outcome.Output;
     EXPECT_THAT(outcome.Output, HasSubstr("not a place for a file of a scenario"));
   }
   EXPECT_FALSE(fs::exists(bound / "new"));
@@ -112,8 +112,9 @@ TEST_F(ControllerBox, StandardInputReachesTheCommand) {
 TEST_F(ControllerBox, HelpNamesEveryOption) {
   const Outcome help = Box("--help");
   EXPECT_EQ(0, help.Status);
-  EXPECT_THAT(help.Output, AllOf(HasSubstr("--bind"), HasSubstr("--scenario"),
-                                 HasSubstr("--root-size"), HasSubstr("COMMAND")));
+  EXPECT_THAT(help.Output,
+              AllOf(HasSubstr("--bind"), HasSubstr("--scenario"), HasSubstr("--root-size"),
+                    HasSubstr("--step"), HasSubstr("--realtime"), HasSubstr("COMMAND")));
   std::istringstream lines(help.Output);
   for (std::string line; std::getline(lines, line);) {
     EXPECT_GE(80U, line.size()) << line;
@@ -123,6 +124,85 @@ TEST_F(ControllerBox, HelpNamesEveryOption) {
 TEST_F(ControllerBox, AnUnknownOptionIsAnError) {
   EXPECT_NE(0, Box("--no-such-option -- true").Status);
   EXPECT_NE(0, Box("").Status);
+}
+
+TEST_F(ControllerBox, AMistakeIsReportedWithTheNearestOption) {
+  const Outcome outcome = Box("--scenari x -- true");
+  EXPECT_EQ(125, outcome.Status);
+  EXPECT_EQ(
+      "controller-box: no such option: --scenari; the nearest is --scenario; see "
+      "controller-box --help\n",
+      outcome.Output);
+  EXPECT_EQ("controller-box: COMMAND is missing; see controller-box --help\n",
+            Box("--root-size 64M").Output);
+  EXPECT_EQ("controller-box: --bind /no-such-path: there is no such path; make it first\n",
+            Box("--bind /no-such-path true").Output);
+}
+
+TEST_F(ControllerBox, ACommandThatIsNotInTheBoxIsReportedWithWhatBringsIt) {
+  Write("tool", "#!/bin/sh\necho started\n");
+  fs::permissions(folder_ / "tool", fs::perms::owner_all);
+  const std::string tool = (folder_ / "tool").string();
+  const Outcome outcome = Box("-- " + tool);
+  EXPECT_EQ(127, outcome.Status);
+  EXPECT_EQ("controller-box: " + tool + " is not in the box; bring its folder with --bind " +
+                folder_.string() + "\n",
+            outcome.Output);
+  EXPECT_EQ("started\n", Box("--bind " + folder_.string() + " -- " + tool).Output);
+  EXPECT_EQ("controller-box: no-such-program is not on this machine; give a program that is\n",
+            Box("-- no-such-program").Output);
+}
+
+TEST_F(ControllerBox, BeginsAfterTheGivenStep) {
+  Write("root/etc/motto", "zero");
+  Write("steps/01/root/etc/motto", "one");
+  Write("steps/02/root/etc/motto", "two");
+  const std::string box = "--scenario " + folder_.string();
+  EXPECT_EQ("zero", Box(box + " -- cat /etc/motto").Output);
+  EXPECT_EQ("one", Box(box + " --step 1 -- cat /etc/motto").Output);
+  EXPECT_EQ("two", Box(box + " --step 2 -- cat /etc/motto").Output);
+  const Outcome outcome = Box(box + " --step 3 -- cat /etc/motto");
+  EXPECT_EQ(125, outcome.Status);
+  EXPECT_EQ("controller-box: --step 3: " + folder_.string() + " has no such step; give 0 to 2\n",
+            outcome.Output);
+}
+
+TEST_F(ControllerBox, MakesStepsAsTimePasses) {
+  Write("root/etc/motto", "zero");
+  Write("steps/01/root/etc/motto", "one");
+  Write("steps/02/root/etc/motto", "two");
+  const Outcome outcome =
+      Box("--scenario " + folder_.string() +
+          " --realtime 1 -- sh -c 'until [ $(cat /etc/motto) = two ]; do cat /etc/motto; echo; "
+          "sleep 0.1; done; cat /etc/motto' | uniq");
+  EXPECT_THAT(outcome.Output, AllOf(testing::StartsWith("zero\n"), testing::EndsWith("two\n")));
+}
+
+TEST_F(ControllerBox, ACaptureIsAScenario) {
+  Write("capture/root/etc/motto", "of the capture");
+  const std::string capture = (folder_ / "capture.tar.zst").string();
+  ASSERT_EQ(
+      0,
+      RunCommand("cd " + folder_.string() + " && tar --zstd -cf " + capture + " capture").Status);
+  EXPECT_EQ("of the capture", Box("--scenario " + capture + " -- cat /etc/motto").Output);
+  ASSERT_EQ(0, RunCommand("truncate -s -20 " + capture).Status);
+  const Outcome outcome = Box("--scenario " + capture + " -- echo started");
+  EXPECT_EQ(125, outcome.Status);
+  EXPECT_THAT(outcome.Output,
+              testing::StartsWith("controller-box: " + capture + ": not a capture: "));
+  EXPECT_EQ(125, Box("--scenario " + folder_.string() + "/missing -- true").Status);
+}
+
+TEST_F(ControllerBox, WhatIsMissingForDeviceNodesIsReportedWithWhatToDo) {
+  Write("devices/travex", "open 13\n");
+  const Outcome outcome = RunCommand("unshare --mount sh -c 'mount -t tmpfs none /dev && " +
+                                     test_support::ControllerBox() + " --scenario " +
+                                     folder_.string() + " -- echo started'");
+  EXPECT_EQ(125, outcome.Status);
+  EXPECT_EQ(
+      "controller-box: there is no /dev/fuse, which device nodes and files that fail need; load "
+      "its driver with modprobe fuse, or start the container with --device /dev/fuse\n",
+      outcome.Output);
 }
 
 TEST_F(ControllerBox, ATestProgramRunsInTheGivenBox) {

@@ -59,8 +59,9 @@ TEST_F(RefusedTest, ListingTheTestsNeedsNoSandbox) {
 
 TEST_F(RefusedTest, ControllerBoxReportsTheReason) {
   const Outcome outcome = RunRefused(test_support::ControllerBox() + " -- true");
-  EXPECT_EQ(126, outcome.Status);
-  EXPECT_THAT(outcome.Output, HasSubstr("controller-box: new namespaces: "));
+  EXPECT_EQ(125, outcome.Status);
+  EXPECT_THAT(outcome.Output, AllOf(HasSubstr("controller-box: new namespaces: "),
+                                    HasSubstr("sysctl -w user.max_mnt_namespaces=")));
 }
 
 // An ordinary user becomes root of a user namespace. Whether device nodes can be had there is a
