@@ -3,7 +3,6 @@
 #include <unistd.h>
 
 #include <CLI/CLI.hpp>
-#include <clocale>
 #include <csignal>
 #include <cstdio>
 #include <exception>
@@ -174,7 +173,6 @@ int main(int argc, char** argv) {
   KeepStandardStreams();
   // A pipe whose reader is gone is reported like any other output that cannot be written.
   static_cast<void>(std::signal(SIGPIPE, SIG_IGN));
-  std::setlocale(LC_ALL, "");
   try {
     return Run(argc, argv);
   } catch (const std::exception& error) {

@@ -159,7 +159,7 @@ TEST_F(ShowTest, SaysTheSameInALocaleWithDecimalComma) {
               std::regex_replace(german.Output, time, "T"));
     EXPECT_THAT(german.Output, HasSubstr("21.6"));
   }
-  // Proof that the program was in that locale: its messages need not be, but the library sees it.
+  // Proof that there is such a locale, which the program does not enter.
   const ProgramResult check = RunProgram({"/usr/bin/locale", "decimal_point"}, comma);
   EXPECT_EQ(check.Output, ",\n");
 }
