@@ -3,14 +3,17 @@
 #include <unistd.h>
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <csignal>
 #include <cstdio>
 #include <exception>
 #include <functional>
 #include <iostream>
+#include <span>
 #include <sstream>
 #include <stdexcept>
 #include <string>
+#include <string_view>
 #include <utility>
 #include <variant>
 #include <vector>
@@ -131,6 +134,30 @@ int WrongUsage(const CLI::App& app, const CLI::Error& error) {
   return host::kTrouble;
 }
 
+// A command that the parser knows, and what runs it.
+struct Declared {
+  const CLI::App* Parsed;
+  std::function<int()> Run;
+};
+
+Declared Declare(const host::Command& command, CLI::App* app) {
+  CLI::App* const declared = app->add_subcommand(command.Name, command.About);
+  declared->footer(Footer(command));
+  host::Declaration declaration = command.Declare();
+  for (const host::Argument& argument : declaration.Arguments) {
+    Add(*declared, argument);
+  }
+  return {declared, std::move(declaration.Run)};
+}
+
+// The command that the first word names; empty when it names none. No other command needs to be
+// declared then, which takes longer than to parse what is given.
+std::span<const host::Command> FirstWord(int argc, char** argv) {
+  const std::string_view word = argc > 1 ? argv[1] : "";
+  const auto named = std::ranges::find(host::kCommands, word, &host::Command::Name);
+  return {named, named == host::kCommands.end() ? 0U : 1U};
+}
+
 int Run(int argc, char** argv) {
   CLI::App app("Collects the status of an LED display controller.", "statuscollector");
   app.set_version_flag("--version", "statuscollector " STATUS_VERSION);
@@ -138,18 +165,15 @@ int Run(int argc, char** argv) {
   app.require_subcommand(1);
   app.failure_message(&Complaint);
   app.get_formatter()->column_width(26);
-  std::vector<std::pair<CLI::App*, std::function<int()>>> commands;
-  for (const host::Command& command : host::kCommands) {
-    CLI::App* const declared = app.add_subcommand(command.Name, command.About);
-    declared->footer(Footer(command));
-    host::Declaration declaration = command.Declare();
-    for (const host::Argument& argument : declaration.Arguments) {
-      Add(*declared, argument);
-    }
-    commands.emplace_back(declared, std::move(declaration.Run));
+  const std::span<const host::Command> given = FirstWord(argc, argv);
+  std::vector<Declared> commands;
+  for (const host::Command& command : given.empty() ? host::kCommands : given) {
+    commands.push_back(Declare(command, &app));
   }
   std::string described;
-  AddHelp(app, &described);
+  if (given.empty()) {
+    AddHelp(app, &described);
+  }
   try {
     app.parse(argc, argv);
   } catch (const CLI::ParseError& outcome) {
@@ -159,9 +183,9 @@ int Run(int argc, char** argv) {
     host::StandardOutput().Write(text.str());
     return wanted ? static_cast<int>(host::kAllWell) : WrongUsage(app, outcome);
   }
-  for (const auto& [declared, run] : commands) {
-    if (declared->parsed()) {
-      return run();
+  for (const Declared& command : commands) {
+    if (command.Parsed->parsed()) {
+      return command.Run();
     }
   }
   return ShowHelp(app, described);
