@@ -102,8 +102,11 @@ bool JsonReader::ReadObject(const ClassInfo& info, const char* name, std::string
     if (passed_over.empty() || member != passed_over) {
       return TakeMember(info, member, &members);
     }
-    return std::exchange(passed, true) ? Fail(scanner_.Position(), member, kTwice)
-                                       : scanner_.Skip();
+    if (std::exchange(passed, true)) {
+      return Fail(scanner_.Position(), member, kTwice);
+    }
+    const bool fits = member == kClass || scanner_.Next() == '{';
+    return fits ? scanner_.Skip() : Fail(scanner_.Position(), member, kWrongValue);
   });
   const std::size_t end = scanner_.Position();
   if (!taken) {

@@ -192,6 +192,40 @@ TEST_F(ChangedJson, IsAcceptedWhereTheDocumentCanBeSo) {
   EXPECT_THAT(VerdictsOn(rows), Each("valid"));
 }
 
+// The table "Reader and schemas" of docs/document.md: each row of it is a row here.
+TEST_F(ChangedJson, IsReadWhereThePageSaysSo) {
+  const std::string whole = Document().dump();
+  const struct {
+    const char* Old;
+    const char* New;
+    bool IsValid;
+    bool IsRead;
+  } rows[] = {
+      {"\"MemoryTotal\":100000", "\"MemoryTotal\":1e5", true, false},
+      {"\"MemoryTotal\":100000", "\"MemoryTotal\":100000.0", true, false},
+      {"\"SerialNumber\":0", "\"SerialNumber\":-0", true, false},
+      {"[230,231]", "[1e-60,231]", true, false},
+      {"[230,231]", "[3.40282356e38,231]", false, true},
+      {"\"MemoryTotal\":100000", "\"MemoryTotal\":1,\"MemoryTotal\":1", true, false},
+      {"\"GUID\":\"\"", "\"GUID\":\"\\u0001\"", true, false},
+      {"\"GUID\":\"\"", "\"GUID\":\"\\ud800\"", true, false},
+      {"\"GUID\":\"\"", "\"GUID\":\"\",\"Insight\":[]", false, false},
+  };
+  std::vector<std::string> documents;
+  for (const auto& row : rows) {
+    std::string& changed = documents.emplace_back(whole);
+    ASSERT_NE(whole.find(row.Old), std::string::npos) << row.Old;
+    changed.replace(whole.find(row.Old), std::string(row.Old).size(), row.New);
+  }
+  const std::vector<std::string> verdicts = Verdicts(documents);
+  for (std::size_t i = 0; i < documents.size(); ++i) {
+    SCOPED_TRACE(rows[i].New);
+    EXPECT_EQ(verdicts[i] == "valid", rows[i].IsValid) << verdicts[i];
+    QtSts::JsonError error;
+    EXPECT_EQ(QtSts::ReadJson(documents[i], &error) != nullptr, rows[i].IsRead) << error.Text();
+  }
+}
+
 TEST(Schemas, SayAlikeWhatReadersMustPassOver) {
   for (const std::string& schema : {QtSts::WriteSchema(), QtSts::WriteJsonSchema()}) {
     EXPECT_THAT(schema, HasSubstr("Later releases add fields and classes, which a schema refuses "

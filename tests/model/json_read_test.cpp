@@ -343,7 +343,7 @@ TEST(ReadJson, RefusesWhatIsNestedWithoutEnd) {
     EXPECT_NE(Refusal(text), "");
     EXPECT_NE(Refusal("{\"Insight\": " + text), "");
   }
-  EXPECT_EQ(Refusal(With("\"GUID\"", "\"Insight\": [[[[[[[[]]]]]]]], \"GUID\"")), "");
+  EXPECT_EQ(Refusal(With("\"GUID\"", "\"Insight\": {\"A\": [[[[[[[]]]]]]]}, \"GUID\"")), "");
 }
 
 TEST(ReadJson, RefusesATextThatIsTooLarge) {

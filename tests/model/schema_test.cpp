@@ -4,10 +4,13 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
+#include <memory>
 #include <regex>
 #include <set>
 #include <string>
 
+#include "model/can_sensors.h"
+#include "model/dcio_boards.h"
 #include "model/document.h"
 #include "model/listing.h"
 #include "model/xml.h"
@@ -166,6 +169,52 @@ TEST(Schema, RefusesWhatTheReaderRefuses) {
     EXPECT_FALSE(test_support::IsValidDocument(changed));
     QtSts::XmlError error;
     EXPECT_EQ(QtSts::ReadDocument(changed, &error), nullptr);
+  }
+}
+
+// The table "Reader and schemas" of docs/document.md: each row of it is a row here.
+TEST(Schema, DiffersFromTheReaderWhereThePageSaysSo) {
+  QtSts::CStatus status;
+  auto* const supply = new QtSts::CCANPsrbSensor;
+  supply->InputVoltages = {230, 231};
+  status.Sensors.Add(supply);
+  auto* const board = new QtSts::CCANDcio2in1out;
+  board->Points.Inputs = std::make_unique<QtSts::InputListType>(2);
+  auto* const door = new QtSts::CDoorSensorInputType;
+  door->Index = 1;
+  ASSERT_TRUE(board->Points.Add(door));
+  status.Sensors.Add(board);
+  const std::string xml = QtSts::WriteDocument(status);
+  const struct {
+    const char* Old;
+    const char* New;
+    bool IsRead;
+  } rows[] = {
+      {"<Status ", "<!-- aside --><?aside?><Status ", true},
+      {"  <Compositors/>\n  <Inputs/>\n", "  <Inputs/>\n  <Compositors/>\n", true},
+      {"DaylightSaving=\"false\"", "DaylightSaving=\"0\"", false},
+      {"MemoryTotal=\"100000\"", "MemoryTotal=\"+100000\"", false},
+      {"\"230 231\"", "\"230  231\"", false},
+      {"\"230 231\"", "\" 230 231\"", false},
+      {"\"230 231\"", "\"1e39 231\"", false},
+      {"\"230 231\"", "\"1e-60 231\"", false},
+      {" Index=\"1\"", " Index=\"0\"", false},
+      {" Index=\"1\"", " Index=\"3\"", false},
+      {"BoardConnected=\"false\"", "BoardConnected=\"true\"", false},
+      {"<Compositors/>", "<?aside?><Compositors/>", false},
+      {"<Status ", "<!DOCTYPE Status><Status ", false},
+      {"<Status ",
+       "<Status xmlns:xsi=\"http://www.w3.org/2001/XMLSchema-instance\" "
+       "xsi:noNamespaceSchemaLocation=\"status.xsd\" ",
+       false},
+  };
+  for (const auto& row : rows) {
+    SCOPED_TRACE(row.New);
+    const std::string changed = Replaced(xml, row.Old, row.New);
+    const bool reordered = std::string(row.New).starts_with("  <Inputs/>");
+    EXPECT_EQ(static_cast<bool>(test_support::IsValidDocument(changed)), !reordered);
+    QtSts::XmlError error;
+    EXPECT_EQ(QtSts::ReadDocument(changed, &error) != nullptr, row.IsRead) << error.Text();
   }
 }
 
