@@ -39,6 +39,15 @@ std::int32_t ValueOf(const Answer& answer) {
                                                                             : answer.Result);
 }
 
+// NULL is no handler's key, as "" is not.
+std::string KeyOf(const Row& row) { return row.Key.value_or(""); }
+
+// How far keys come in the order of their bytes.
+auto EndOfOrder(std::vector<Row>::const_iterator begin, std::vector<Row>::const_iterator end) {
+  return std::is_sorted_until(
+      begin, end, [](const Row& one, const Row& next) { return KeyOf(one) < KeyOf(next); });
+}
+
 }  // namespace
 
 void Controller::Take(const Cycle& cycle) {
@@ -144,21 +153,23 @@ Entries Controller::Scenario() const {
   return entries;
 }
 
-bool InByteOrder(const std::vector<Row>& rows) {
-  return std::ranges::is_sorted(rows, {}, [](const Row& row) { return row.Key.value_or(""); });
+bool CanBeOrdered(const std::vector<Row>& rows) {
+  const auto blobs = EndOfOrder(rows.begin(), rows.end());
+  return EndOfOrder(blobs, rows.end()) == rows.end();
 }
 
 sandbox::Rows RowsOf(const std::vector<Row>& rows) {
   sandbox::Rows stored;
-  for (std::size_t at = 0; at < rows.size(); ++at) {
-    const std::string plain = rows[at].Key.value_or("");  // NULL is no handler's key, as "" is not
-    std::string key = plain;
+  const auto blobs = EndOfOrder(rows.begin(), rows.end());
+  for (auto row = rows.begin(); row != rows.end(); ++row) {
+    sandbox::RowKey key = KeyOf(*row);
+    key.IsBlob = row >= blobs;
     if (stored.contains(key)) {
       char number[32];
-      std::snprintf(number, sizeof number, "%010zu", at);
-      key.append(1, '\0').append(number);
+      std::snprintf(number, sizeof number, "%010td", row - rows.begin());
+      key.Bytes.append(1, '\0').append(number);
     }
-    stored.emplace(key, rows[at].Value ? sandbox::RowValue(*rows[at].Value) : nullptr);
+    stored.emplace(key, row->Value ? sandbox::RowValue(*row->Value) : nullptr);
   }
   return stored;
 }

@@ -51,11 +51,12 @@ class Controller {
 // The interfaces of a list, besides lo.
 std::vector<sandbox::NetworkInterface> InterfacesOf(const Cycle& cycle);
 
-// The rows of a cycle, so that a database that gives them in the order of their keys' bytes gives
-// them in the order of the cycle: keys that are equal up to a zero byte are numbered after one.
+// The rows of a cycle, as a database has to have them that gives them in the order of the cycle. It
+// gives texts in the order of their bytes, then blobs: where the order begins anew, blobs begin.
+// Keys that are equal up to a zero byte are numbered after one.
 sandbox::Rows RowsOf(const std::vector<Row>& rows);
 
-// Whether the keys came in the order of their bytes.
-bool InByteOrder(const std::vector<Row>& rows);
+// Whether a database can give them so: the order begins anew at most once.
+bool CanBeOrdered(const std::vector<Row>& rows);
 
 }  // namespace capture

@@ -155,7 +155,7 @@ class Notes {
   }
 
   void AddDatabase() {
-    if (!InByteOrder(cycle_.Rows)) {
+    if (!CanBeOrdered(cycle_.Rows)) {
       Add("*", "the rows came in another order than that of their keys' bytes");
     }
     const bool failed_late =

@@ -130,17 +130,24 @@ TEST_F(CaptureTest, KeepsRowsUpToTheirZeroBytesInTheirOrder) {
   const sandbox::Rows rows = sandbox::ParseRows(capture.at("rows.tsv").Bytes);
   std::vector<std::string> values;
   for (const auto& [key, value] : rows) {
-    values.push_back(std::string(key.c_str()) + "=" + std::get<std::string>(value));
+    values.push_back(std::string(key.Bytes.c_str()) + "=" + std::get<std::string>(value));
   }
   EXPECT_THAT(values, testing::ElementsAre("GUID=ab", "Ga=first", "Ga=second", "Ga\x01=last"));
   EXPECT_EQ(FirstCycle(Description(capture)).at("database").at("rowsThatGoOn"), 3);
+}
+
+TEST_F(CaptureTest, KeepsKeysThatAreBlobsAfterAllTexts) {
+  Load("bare").Row("TtableTitle", "text").Row(sandbox::Blob("GUID"), "too late").Apply();
+  const Entries capture = CaptureNow();
+  EXPECT_EQ(capture.at("rows.tsv").Bytes, "TtableTitle\ttext\n\\x47554944\ttoo late\n");
+  EXPECT_THAT(NotedFields(capture), Not(Contains("*")));
 }
 
 TEST_F(CaptureTest, NotesThatRowsCameInAnotherOrderThanThatOfTheirBytes) {
   Load("bare").Apply();
   sandbox::RunSql(
       "DROP TABLE status; CREATE TABLE status(address TEXT COLLATE NOCASE PRIMARY KEY, value TEXT);"
-      "INSERT INTO status VALUES('a', '1'), ('B', '2');");
+      "INSERT INTO status VALUES('a', ''), ('B', ''), ('c', ''), ('D', '');");
   EXPECT_THAT(NotedFields(CaptureNow()), Contains("*"));
   sandbox::RemoveDatabase();
   Load("demo").Apply();
