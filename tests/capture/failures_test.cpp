@@ -14,6 +14,7 @@
 #include "sandbox/files.h"
 #include "sandbox/scenario.h"
 #include "tests/capture/capture_fixture.h"
+#include "tests/capture/silent_node.h"
 
 namespace {
 
@@ -87,6 +88,18 @@ TEST_F(CaptureFailure, KeepsWhatCameBeforeASourceThatHangs) {
                              Contains(Key("root/home/Zet/.settings/uuid")),
                              Contains(Key("root/proc/driver/frame_control/registers")),
                              Not(Contains(Key("document.xml"))), Not(Contains(Key("rows.tsv")))));
+}
+
+// A driver that hangs keeps who asks it in the kernel.
+TEST_F(CaptureFailure, DoesNotWaitForACycleThatCannotBeEnded) {
+  const captured::SilentNode node("/dev/travex");
+  const ProgramResult result = RunProgram(
+      {"/bin/sh", "-c", std::string(HOST_PROGRAM " capture --timeout 1 ") + kFile + " 2>&1 | cat"});
+  EXPECT_EQ(captured::ProcessesThatCannotBeEnded("capture"), 1);
+  EXPECT_THAT(result.Output, HasSubstr("no answer within 1 s: still request of /dev/travex"));
+  const Entries capture = captured::Read();
+  EXPECT_EQ(Description(capture).at("stopped").at("source"), "/dev/travex");
+  EXPECT_THAT(capture.at("devices/zetdisplay").Bytes, HasSubstr("0x8004DA5F 1\n"));
 }
 
 TEST_F(CaptureFailure, LeavesNothingWhenItIsKilled) {
