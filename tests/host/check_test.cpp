@@ -6,13 +6,13 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <csignal>
 #include <string>
 #include <vector>
 
 #include "sandbox/enter.h"
 #include "sandbox/scenario.h"
 #include "sandbox/testing.h"
+#include "tests/support/held_lease.h"
 #include "tests/support/paths.h"
 #include "tests/support/run_program.h"
 
@@ -239,24 +239,9 @@ TEST_F(CheckTest, NamesThirtyFindingsAndCountsTheRest) {
   EXPECT_THAT(result.Output, testing::EndsWith("\nand 10 more\n"));
 }
 
-// A file under another process's write lease keeps its reader waiting for 45 seconds.
-class HeldLease {
- public:
-  explicit HeldLease(const char* path) : file_(open(path, O_RDWR | O_CLOEXEC)) {
-    static_cast<void>(std::signal(SIGIO, SIG_IGN));  // it is not given back
-    EXPECT_EQ(fcntl(file_, F_SETLEASE, F_WRLCK), 0) << path;
-  }
-  HeldLease(const HeldLease&) = delete;
-  HeldLease& operator=(const HeldLease&) = delete;
-  ~HeldLease() { close(file_); }
-
- private:
-  int file_;
-};
-
 TEST_F(CheckTest, DoesNotWaitForASourceThatHangsAndNamesIt) {
   Demo().Apply();
-  const HeldLease lease("/proc/meminfo");
+  const test_support::HeldLease lease("/proc/meminfo");
   const ProgramResult result = Check({"--timeout", "1"});
   EXPECT_EQ(result.ExitCode, kUnknown);
   EXPECT_EQ(result.Output, "UNKNOWN - no answer within 1 s: still asking /proc/meminfo\n");
