@@ -1,5 +1,5 @@
-# What is installed, in three components: libraries (to run a host), development (to build one) and
-# tools (the command-line host).
+# What is installed, in four components: libraries (to run a host), development (to build one), tools
+# (the command-line host) and server (what its command serve runs).
 include(CMakePackageConfigHelpers)
 
 set(status_libraries statusinsight statuscollector status sqlitedb)
@@ -112,10 +112,14 @@ file(RELATIVE_PATH status_libraries_from_program
      ${CMAKE_INSTALL_FULL_BINDIR} ${CMAKE_INSTALL_FULL_LIBDIR})
 set_target_properties(${status_libraries} PROPERTIES INSTALL_RPATH "$ORIGIN")
 set_target_properties(host PROPERTIES INSTALL_RPATH "$ORIGIN/${status_libraries_from_program}")
-file(RELATIVE_PATH status_libraries_from_capture
+
+# The programs that commands run apart.
+file(RELATIVE_PATH status_libraries_from_libexec
      ${CMAKE_INSTALL_FULL_LIBEXECDIR}/statuscollector ${CMAKE_INSTALL_FULL_LIBDIR})
-set_target_properties(capture_program PROPERTIES
-                      INSTALL_RPATH "$ORIGIN/${status_libraries_from_capture}")
+set_target_properties(capture_program serve_program PROPERTIES
+                      INSTALL_RPATH "$ORIGIN/${status_libraries_from_libexec}")
+install(TARGETS serve_program RUNTIME DESTINATION ${CMAKE_INSTALL_LIBEXECDIR}/statuscollector
+        COMPONENT server)
 
 # Examples and the schema.
 install(DIRECTORY examples DESTINATION ${CMAKE_INSTALL_DATAROOTDIR}/doc/libstatuscollector-dev

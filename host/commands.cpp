@@ -13,6 +13,8 @@ constexpr Command kCommandRows[] = {
      &DeclareExplain},
     {"watch", "Run cycles on a schedule and show what changes",
      "0 the last cycle read all rows, 1 it failed", &DeclareWatch},
+    {"serve", "Serve document, findings and metrics over HTTP", "0 a signal has ended it",
+     &DeclareServe},
     {"init", "Create the status database and its tables", "0 the database is ready, 1 it is not",
      &DeclareInit},
     {"diff", "List what differs between two documents", "0 nothing differs, 1 something does",

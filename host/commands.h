@@ -60,6 +60,7 @@ Declaration DeclareShow();
 Declaration DeclareCheck();
 Declaration DeclareExplain();
 Declaration DeclareWatch();
+Declaration DeclareServe();
 Declaration DeclareInit();
 Declaration DeclareDiff();
 Declaration DeclareSchema();

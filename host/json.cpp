@@ -13,6 +13,15 @@ std::string RenderJson(const insight::Snapshot& snapshot) {
   });
 }
 
+std::string RenderInsightJson(const insight::Snapshot& snapshot) {
+  QtSts::JsonText json;
+  json.Open('{');
+  json.Member("Insight");
+  AddInsight(snapshot, &json);
+  json.Close('}');
+  return json.Take();
+}
+
 std::string RenderInsightJson(const insight::Snapshot& snapshot,
                               const std::vector<std::string>& differing) {
   QtSts::JsonText json;

@@ -12,7 +12,10 @@ namespace host {
 // "Insight", an object with what docs/host.md lists.
 std::string RenderJson(const insight::Snapshot& snapshot);
 
-// That object alone: "Insight", and "Differing" with the keys of the rows that became something
+// That object alone: "Insight".
+std::string RenderInsightJson(const insight::Snapshot& snapshot);
+
+// The same, and "Differing" with the keys of the rows that became something
 // else than in the cycle before.
 std::string RenderInsightJson(const insight::Snapshot& snapshot,
                               const std::vector<std::string>& differing);

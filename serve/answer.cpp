@@ -1,0 +1,106 @@
+#include "serve/answer.h"
+
+#include <algorithm>
+#include <array>
+
+#include "serve/host_check.h"
+
+namespace serve {
+namespace {
+
+constexpr unsigned int kNotModified = 304;
+constexpr unsigned int kBadRequest = 400;
+constexpr unsigned int kNotFound = 404;
+constexpr unsigned int kMethodNotAllowed = 405;
+constexpr unsigned int kTooLarge = 413;
+constexpr unsigned int kMisdirected = 421;
+constexpr unsigned int kOk = 200;
+
+constexpr const char* kText = "text/plain; charset=utf-8";
+
+struct Endpoint {
+  std::string_view Path;
+  const char* Type;
+  Page Of;
+};
+
+constexpr Endpoint kEndpoints[] = {
+    {"/", "text/html; charset=utf-8", Page::kStart},
+    {"/status.xml", "application/xml", Page::kXml},
+    {"/status.json", "application/json", Page::kJson},
+    {"/insight.json", "application/json", Page::kInsight},
+    {"/metrics", "text/plain; version=0.0.4; charset=utf-8", Page::kMetrics},
+    {"/healthz", kText, Page::kHealth},
+};
+constexpr std::string_view kEvents = "/events";
+
+Answer Refusal(unsigned int status, const char* text) {
+  return {.Status = status, .Text = std::make_shared<const std::string>(text)};
+}
+
+// A tag that is compared weakly, out of a list of them.
+bool Names(std::string_view list, std::string_view tag) {
+  constexpr std::string_view kBlanks = " \t";
+  constexpr std::string_view kWeak = "W/";
+  while (!list.empty()) {
+    const std::size_t comma = list.find(',');
+    std::string_view each = list.substr(0, comma);
+    list = comma == std::string_view::npos ? "" : list.substr(comma + 1);
+    each.remove_prefix(std::min(each.find_first_not_of(kBlanks), each.size()));
+    each = each.substr(0, each.find_last_not_of(kBlanks) + 1);
+    if (each.starts_with(kWeak)) {
+      each.remove_prefix(kWeak.size());
+    }
+    if (each == tag || each == "*") {
+      return true;
+    }
+  }
+  return false;
+}
+
+Answer Send(const Endpoint& endpoint, const Request& request, Bodies* bodies) {
+  const Body& body = bodies->Get(endpoint.Of);
+  if (body.Status != kOk) {
+    return {.Status = body.Status, .Text = body.Text};
+  }
+  const auto named = [bodies](std::string_view list) { return Names(list, bodies->Tag()); };
+  if (std::ranges::any_of(request.IfNoneMatch, named)) {
+    return {.Status = kNotModified, .Type = endpoint.Type, .Tag = bodies->Tag()};
+  }
+  return {.Status = kOk, .Type = endpoint.Type, .Text = body.Text, .Tag = bodies->Tag()};
+}
+
+}  // namespace
+
+Answer AnswerTo(const Request& request, const std::vector<std::string>& names, Bodies* bodies) {
+  if (request.Method != "GET" && request.Method != "HEAD") {
+    Answer answer = Refusal(kMethodNotAllowed, "only GET and HEAD\n");
+    answer.Closes = true;
+    return answer;
+  }
+  if (request.HasBody) {
+    Answer answer = Refusal(kTooLarge, "a request has no body here\n");
+    answer.Closes = true;
+    return answer;
+  }
+  const HostVerdict verdict = request.Hosts.size() == 1
+                                  ? JudgeHost(request.Hosts.front(), request.Local, names)
+                                  : HostVerdict::kMalformed;
+  if (verdict == HostVerdict::kMalformed) {
+    return Refusal(kBadRequest, "the Host header is missing or malformed, or there are several\n");
+  }
+  if (verdict == HostVerdict::kForeign) {
+    return Refusal(kMisdirected,
+                   "this server does not know the name in the Host header; --host adds it\n");
+  }
+  if (request.Path == kEvents) {
+    return {.Status = kOk, .Type = "text/event-stream", .IsEvents = true};
+  }
+  const auto* const endpoint = std::ranges::find(kEndpoints, request.Path, &Endpoint::Path);
+  if (endpoint == std::end(kEndpoints)) {
+    return Refusal(kNotFound, "there is nothing of this name\n");
+  }
+  return Send(*endpoint, request, bodies);
+}
+
+}  // namespace serve

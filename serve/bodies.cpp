@@ -1,0 +1,129 @@
+#include "serve/bodies.h"
+
+#include <cinttypes>
+#include <cstdio>
+#include <ctime>
+#include <random>
+#include <utility>
+
+#include "host/json.h"
+#include "host/printable.h"
+#include "model/json.h"
+#include "serve/start_page.h"
+#include "views/metrics.h"
+
+namespace serve {
+namespace {
+
+constexpr unsigned int kOk = 200;
+constexpr unsigned int kUnavailable = 503;
+
+std::string RandomText() {
+  std::random_device device;
+  char text[32];
+  std::snprintf(text, sizeof text, "%08x%08x", device(), device());
+  return text;
+}
+
+Body Make(unsigned int status, std::string text) {
+  return {status, std::make_shared<const std::string>(std::move(text))};
+}
+
+std::string Line(const char* word, const std::string& rest) {
+  return std::string(word) + ": " + host::Printable(rest) + "\n";
+}
+
+// Whether there is something to rely on, and if not, why.
+Body Health(const State& state) {
+  if (state.Hanging) {
+    return Make(kUnavailable,
+                Line("hanging", state.Hanging->Asked + " since " + TimeText(state.Hanging->Since)));
+  }
+  if (!state.Failure.empty()) {
+    return Make(kUnavailable, Line("failed", state.Failure));
+  }
+  if (state.Latest == nullptr) {
+    return Make(kUnavailable, Line("starting", "the first cycle is not over"));
+  }
+  if (state.Latest->Snapshot.Result != 0) {
+    const std::string& trouble = state.Latest->Trouble;
+    return Make(kUnavailable,
+                Line("failed", trouble.empty() ? "the rows were not all read" : trouble));
+  }
+  return Make(kOk, "ok\n");
+}
+
+std::string Metrics(const State& state, std::chrono::seconds interval) {
+  views::Served served = {.Interval = interval};
+  if (state.Latest != nullptr) {
+    served.Cycles = state.Latest->Number;
+    served.Failed = state.Latest->Failed;
+    served.LastSuccess = state.Latest->LastSuccess;
+  }
+  if (state.Hanging) {
+    served.HangsSince = state.Hanging->Since;
+    served.Asked = state.Hanging->Asked;
+  }
+  return views::RenderMetrics(state.Latest == nullptr ? nullptr : &state.Latest->Snapshot, served);
+}
+
+}  // namespace
+
+Bodies::Bodies(std::chrono::seconds interval) : interval_(interval), process_(RandomText()) {
+  Set({});
+}
+
+void Bodies::Set(State state) {
+  state_ = std::move(state);
+  char text[64];
+  std::snprintf(text, sizeof text, "\"%s-%" PRIu64 "\"", process_.c_str(), state_.Version);
+  tag_ = text;
+  rendered_ = {};
+}
+
+const Body& Bodies::Get(Page page) {
+  std::optional<Body>& body = rendered_[static_cast<std::size_t>(page)];
+  if (!body) {
+    body = Render(page);
+  }
+  return *body;
+}
+
+Body Bodies::Render(Page page) const {
+  switch (page) {
+    case Page::kStart:
+      return Make(kOk, kStartPage);
+    case Page::kMetrics:
+      return Make(kOk, Metrics(state_, interval_));
+    case Page::kHealth:
+      return Health(state_);
+    default:
+      break;
+  }
+  if (state_.Latest == nullptr) {
+    Body health = Health(state_);
+    health.Status = kUnavailable;
+    return health;
+  }
+  const insight::Snapshot& snapshot = state_.Latest->Snapshot;
+  switch (page) {
+    case Page::kXml:
+      return {kOk, state_.Latest->Xml};
+    case Page::kJson:
+      return Make(kOk, QtSts::WriteJson(snapshot.Document));
+    default:
+      return Make(kOk, host::RenderInsightJson(snapshot));
+  }
+}
+
+std::string TimeText(SystemTime time) {
+  const std::time_t seconds = std::chrono::system_clock::to_time_t(time);
+  std::tm parts = {};
+  char text[64];
+  if (gmtime_r(&seconds, &parts) == nullptr) {
+    return "-";
+  }
+  return {text, std::strftime(text, sizeof text, "%Y-%m-%dT%H:%M:%SZ", &parts)};
+}
+
+}  // namespace serve

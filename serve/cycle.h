@@ -1,0 +1,50 @@
+// What one cycle gave, for every request until the next one is over.
+#pragma once
+
+#include <chrono>
+#include <cstddef>
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "insight/snapshot.h"
+#include "model/compare.h"
+
+namespace serve {
+
+using SystemTime = std::chrono::system_clock::time_point;
+
+// Nothing of it changes once it is published; every thread may read it.
+struct Cycle {
+  std::uint64_t Number = 0;  // from 1
+  std::uint64_t Failed = 0;  // cycles that failed up to this one
+  insight::Snapshot Snapshot;
+  std::shared_ptr<const std::string> Xml;  // the document
+  std::string Trouble;  // what is wrong with the database, in words; "" for nothing
+  std::optional<SystemTime> LastSuccess;
+
+  // What differs from the document of the cycle before, times aside: the first of it, and how many
+  // more there are.
+  std::vector<QtSts::Difference> Changes = {};
+  std::size_t FurtherChanges = 0;
+};
+
+// A cycle that is not over when the next one should begin.
+struct Hang {
+  std::string Asked;  // "reading /dev/travex"
+  SystemTime Since;   // when it began
+
+  bool operator==(const Hang&) const = default;
+};
+
+// What is answered from. Each has a number of its own, which only grows.
+struct State {
+  std::uint64_t Version = 0;
+  std::shared_ptr<const Cycle> Latest = {};  // null before the first cycle is over
+  std::optional<Hang> Hanging = {};
+  std::string Failure = {};  // why the latest cycle gave nothing: "out of memory; ..."; "" else
+};
+
+}  // namespace serve
