@@ -61,6 +61,7 @@ constexpr struct {
     {"database-age", "database-age", Pick::kHighest, "0", ""},
     {"temperature", "temperature", Pick::kHighest, "-60", "150"},
     {"temperature-lowest", "temperature", Pick::kLowest, "-60", "150"},
+    {"humidity", "humidity", Pick::kHighest, "0", "100"},
     {"memory-free", "memory-free", Pick::kLowest, "0", ""},
     {"storage-free", "storage-free", Pick::kLowest, "0", "100"},
     {"fan-speed", "fan-speed", Pick::kLowest, "0", ""},
@@ -72,6 +73,9 @@ constexpr struct {
     {"signal-losses", "signal-losses", Pick::kHighest, "0", ""},
     {"output-voltage", "output-voltage", Pick::kLowest, "0", ""},
     {"input-voltage", "input-voltage", Pick::kLowest, "0", ""},
+    {"supply-volts", "supply-volts", Pick::kLowest, "0", ""},
+    {"isolation-volts", "isolation-volts", Pick::kLowest, "0", ""},
+    {"brightness", "brightness", Pick::kLowest, "0", ""},
 };
 
 const char* UnitOf(std::string_view limit) {

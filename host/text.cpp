@@ -51,15 +51,26 @@ std::string RangeText(const insight::Range& range) {
          ".." + (std::isfinite(range.Most) ? Number(range.Most) : "");
 }
 
+// "-30..65 (-40..80)"
 std::string LimitText(const insight::Limits& limits, const char* name) {
   const insight::Limit& limit = limits.Of(name);
   const std::string critical = RangeText(limit.Critical);
-  const std::string text =
-      RangeText(limit.Warning) + (critical.empty() ? "" : " (" + critical + ")");
+  return RangeText(limit.Warning) + (critical.empty() ? "" : " (" + critical + ")");
+}
+
+std::string LimitText(const insight::Limits& limits, const Measured& measured) {
+  const std::string text = LimitText(limits, measured.Limit);
   const auto table = insight::LimitTable();
-  const bool share =
-      *std::ranges::find(table, std::string_view(name), &insight::LimitInfo::Name)->Unit == '%';
-  return share ? "not 0" + (text.empty() ? "" : "; " + text + " %") : text;
+  const std::string_view unit =
+      std::ranges::find(table, std::string_view(measured.Limit), &insight::LimitInfo::Name)->Unit;
+  if (unit == "V" && !text.empty()) {
+    return text + " V";
+  }
+  if (unit != "%") {
+    return text;
+  }
+  const std::string volts = measured.InVolts == nullptr ? "" : LimitText(limits, measured.InVolts);
+  return (volts.empty() ? "not 0" : volts + " V") + (text.empty() ? "" : "; " + text + " %");
 }
 
 bool IsConnected(const TreeElement& sensor) {
@@ -194,7 +205,7 @@ class TextRenderer {
           AddCell(measured.Name, sensor, &row);
           AddCell(sensor.FindValue("Address") == nullptr ? "" : "{Address}", sensor, &row);
           AddCell(IsConnected(sensor) ? measured.Template : "not connected", sensor, &row);
-          row.Cells.push_back(LimitText(look_.Limits, measured.Limit));
+          row.Cells.push_back(LimitText(look_.Limits, measured));
           rows.push_back(std::move(row));
         }
       }

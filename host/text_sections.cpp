@@ -242,6 +242,7 @@ constexpr const char* kTemperature = "temperature";
 
 constexpr const char* kInputVoltage = "input-voltage";
 constexpr const char* kOutputVoltage = "output-voltage";
+constexpr const char* kIsolationVolts = "isolation-volts";
 constexpr const char* kTempSensor = "temperature sensor {#}";
 constexpr const char* kIsolationBoard = "isolation board {#}";
 constexpr const char* kSupplyBoard = "power-supply board {#}";
@@ -250,11 +251,12 @@ constexpr Measured kMeasuredRows[] = {
     {QtSts::CCANTempSensor::Class, kTempSensor, "{Celsius}", kTemperature},
     {QtSts::COnboardTempSensor::Class, "on-board sensor {#}", "{Celsius}", kTemperature},
     {QtSts::CCANIsolationBoardSensor::Class, kIsolationBoard, "{Celsius}", kTemperature},
-    {QtSts::CCANIsolationBoardSensor::Class, kIsolationBoard, "in {InputVoltage}", kInputVoltage},
+    {QtSts::CCANIsolationBoardSensor::Class, kIsolationBoard, "in {InputVoltage}", kIsolationVolts},
     {QtSts::CCANIsolationBoardSensor::Class, kIsolationBoard, "out {OutputVoltage}",
-     kOutputVoltage},
+     kIsolationVolts},
     {QtSts::CCANPsrbSensor::Class, kSupplyBoard, "in {InputVoltages}", kInputVoltage},
-    {QtSts::CCANPsrbSensor::Class, kSupplyBoard, "out {OutputVoltages}", kOutputVoltage},
+    {QtSts::CCANPsrbSensor::Class, kSupplyBoard, "out {OutputVoltages}", kOutputVoltage,
+     "supply-volts"},
     {QtSts::CCANBeacon::Class, "beacon {#}", "{TemperatureKelvin:celsius}", kTemperature},
     {QtSts::CCANRoundel::Class, "roundel {#}", "{TemperatureKelvin:celsius}", kTemperature},
 };

@@ -46,6 +46,7 @@ struct Measured {
   const char* Name;  // a template: what a technician calls the sensor
   const char* Template;
   const char* Limit;  // its name among the limits; one in percent is of a voltage, never to be 0
+  const char* InVolts = nullptr;  // a second limit beside one in percent; null: there is none
 };
 
 extern const Sections kDocumentSections;  // of the document, before the outputs

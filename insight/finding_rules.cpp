@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <string_view>
 
+#include "insight/daylight.h"
 #include "model/beacons.h"
 #include "model/can_sensors.h"
 #include "model/codes.h"
@@ -38,18 +39,20 @@ bool IsZeroUnscheduled(const TreeElement& element, const TreeValue& value) {
          (mode->CodeName() == nullptr || std::string_view(mode->CodeName()) != "schedule");
 }
 
-// Of a run of letters and digits: whether it is a hexadecimal number, with or without "0x", above
-// zero. "none" is a word, whatever digits its letters could be.
+// Of a run of letters, digits and underscores: whether it is a hexadecimal number above zero, which
+// begins with "0x" or has a decimal digit. "face" is a word, whatever digits its letters could be.
 bool IsHexAboveZero(std::string_view run) {
-  run.remove_prefix(run.starts_with("0x") || run.starts_with("0X") ? 2 : 0);
-  return run.find_first_not_of("0123456789abcdefABCDEF") == std::string_view::npos &&
+  const bool marked = run.starts_with("0x") || run.starts_with("0X");
+  run.remove_prefix(marked ? 2 : 0);
+  return (marked || run.find_first_of("0123456789") != std::string_view::npos) &&
+         run.find_first_not_of("0123456789abcdefABCDEF") == std::string_view::npos &&
          run.find_first_not_of('0') != std::string_view::npos;
 }
 
 // "0x0000000000000000" has no error.
 bool HasNumberAboveZero(const TreeElement&, const TreeValue& value) {
   constexpr std::string_view kOfRuns =
-      "0123456789ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz";
+      "_0123456789ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz";
   std::string_view rest = value.Text();
   while (!rest.empty()) {
     rest.remove_prefix(std::min(rest.find_first_of(kOfRuns), rest.size()));
@@ -116,6 +119,12 @@ bool IsZeroWhileFansAreEnabled(const TreeElement& element, const TreeValue& valu
   return IsZero(element, value) && enabled != nullptr && enabled->Flag();
 }
 
+// So that there is no usual airflow to compare with.
+bool IsAlwaysZeroWhileFansAreEnabled(const TreeElement& element, const TreeValue& value) {
+  return IsZeroWhileFansAreEnabled(element, value) &&
+         IsZero(element, *element.FindValue("LongTermAverage"));
+}
+
 // Inactive, though an output of `kClass` on the same board is on.
 template <const QtSts::ClassInfo& kClass>
 bool IsZeroWhileOn(const TreeElement& element, const TreeValue& value) {
@@ -130,6 +139,8 @@ bool IsZeroWhileOn(const TreeElement& element, const TreeValue& value) {
   }
   return false;
 }
+
+bool IsOfBlind(const TreeElement& element, const TreeValue&) { return IsBlind(element); }
 
 bool IsNotLocked(const TreeElement&, const TreeValue& value) {
   return value.CodeName() != nullptr && std::string_view(value.CodeName()) == "locked_not_locked";
@@ -153,11 +164,14 @@ constexpr Severity kCritical = Severity::kCritical;
 constexpr Severity kWarning = Severity::kWarning;
 constexpr When kAlways = When::kAlways;
 constexpr When kWhileConnected = When::kWhileConnected;
+constexpr When kByDay = When::kByDay;
 constexpr const char* kNoRow = "";
 
 constexpr const char* kScaler = "the frame controller and its driver, and the system log";
 constexpr const char* kTtable = "the T-table of this display, and the program that writes its rows";
 constexpr const char* kFans = "supply, fuse and contactor of the fans, and the fans";
+constexpr const char* kBlind = "light sensor sees nothing, though it is day: all it reads is 0";
+constexpr const char* kLightSensor = "the light sensor: covered, dirty or dead; its cable";
 constexpr const char* kHeater = "supply, fuse and contactor of the heater, and the heater";
 
 // Critical is what darkens the display or a part of it, or soon harms it.
@@ -245,6 +259,10 @@ constexpr ValueRule kValueRules[] = {
     {"airflow-lost", kWarning, kWhileConnected, QtSts::AirflowSensorInputType::Class, "State",
      &IsZeroWhileFansAreEnabled, "fans are enabled, but an airflow sensor reports none",
      "filters and fans of the cabinet; the sensor itself"},
+    {"airflow-lost", kWarning, kWhileConnected, QtSts::CCANAirflowSensor::Class, "OneMinAverage",
+     &IsAlwaysZeroWhileFansAreEnabled,
+     "fans are enabled, but the airflow sensor reads 0, also over the long term",
+     "filters and fans of the cabinet; the sensor itself"},
     {"heater-relay", kWarning, kWhileConnected, QtSts::CHeaterStatusRelayInputType::Class, "State",
      &IsZeroWhileOn<QtSts::CHeaterOutputType::Class>,
      "heater is on, but its status relay is not active", kHeater},
@@ -254,6 +272,12 @@ constexpr ValueRule kValueRules[] = {
     {"position-not-locked", kWarning, kWhileConnected, QtSts::CCANMultiDirectionalSensor::Class,
      "LockState", &IsNotLocked, "light sensor does not know where it is",
      "its view of the sky; brightness by mode gps needs it"},
+    {"light-lost", kWarning, kByDay, QtSts::CCANLightSensor::Class, "TenMinAverage", &IsOfBlind,
+     kBlind, kLightSensor},
+    {"light-lost", kWarning, kByDay, QtSts::CCANLightLuxSensor::Class, "TenMinLuxAverage",
+     &IsOfBlind, kBlind, kLightSensor},
+    {"light-lost", kWarning, kByDay, QtSts::CCANMultiDirectionalSensor::Class, "Front", &IsOfBlind,
+     kBlind, kLightSensor},
     {"surge-suppressor", kWarning, kWhileConnected, QtSts::SurgeSuppressorInputType::Class, "State",
      &IsZero, "surge suppressor is not active",
      "the surge suppressor at this input: spent ones are replaced; its contact"},

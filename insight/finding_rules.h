@@ -12,7 +12,11 @@ namespace insight {
 
 // A sensor that is not connected reports nothing, so that its zeros say nothing, nor do those of
 // its fans and points.
-enum class When : std::uint8_t { kAlways, kWhileConnected };
+enum class When : std::uint8_t {
+  kAlways,
+  kWhileConnected,
+  kByDay,  // while connected and there is light at the display
+};
 
 // A value that needs attention whatever the limits.
 struct ValueRule {

@@ -2,11 +2,14 @@
 
 #include <algorithm>
 #include <cmath>
+#include <optional>
 #include <span>
 #include <unordered_map>
 #include <utility>
 
 #include "hardware/paths.h"
+#include "insight/absences.h"
+#include "insight/daylight.h"
 #include "insight/finding_rules.h"
 #include "insight/finding_texts.h"
 #include "insight/origins.h"
@@ -78,7 +81,9 @@ class Finder {
 
   std::vector<Finding> Run() {
     FindInSources();
+    FindInNetwork(snapshot_, &findings_);
     FindInDatabase();
+    FindAbsentRows(snapshot_, &findings_);
     for (const TreeElement& element : snapshot_.Document.Elements()) {
       FindInValues(element);
       FindImpossible(element);
@@ -119,46 +124,6 @@ class Finder {
         findings_.push_back(Make(rule->Id, Severity::kUnknown, message, HintFor(source, *rule)));
         findings_.back().Source = source.Id;
       }
-      FindInLink(source);
-    }
-    FindInNetwork();
-  }
-
-  void FindInLink(const Source& source) {
-    constexpr std::string_view kCarrier = "carrier:";
-    const bool off = source.Reason == kSwitchedOff;
-    if (source.Id.starts_with(kCarrier) && (off || source.Reason == kNoLink)) {
-      findings_.push_back(Make("link-lost", Severity::kWarning,
-                               "network device " + source.Id.substr(kCarrier.size()) +
-                                   " has an address but " + (off ? "is switched off" : "no link"),
-                               off ? "who has switched it off, and whether it is still wanted"
-                                   : "cable, plugs and the switch at its other end"));
-      findings_.back().Source = source.Id;
-    }
-  }
-
-  // Of a controller that people or programs elsewhere are to reach.
-  void FindInNetwork() {
-    const auto named = [this](std::string_view id) {
-      return std::ranges::find_if(snapshot_.Sources, [id](const Source& source) {
-        return source.Id == id && source.State == SourceState::kOk;
-      });
-    };
-    const TreeElement* const devices = snapshot_.Document.Root().Find("Network/Devices");
-    if (std::ranges::count(findings_, "link-lost", &Finding::Id) != 0) {
-      return;  // that says why
-    }
-    if (named("interfaces") != snapshot_.Sources.end() && devices->Children().empty()) {
-      findings_.push_back(Make("no-network", Severity::kWarning, "no network device is in use",
-                               "the network devices: cable, link and address"));
-      findings_.back().Source = "interfaces";
-    }
-    const auto routes = named("routes");
-    if (routes != snapshot_.Sources.end() && routes->Reason == kNoRoute) {
-      findings_.push_back(Make("no-gateway", Severity::kWarning,
-                               "no network device has a default gateway",
-                               "the network configuration, and the server that gives addresses"));
-      findings_.back().Source = routes->Id;
     }
   }
 
@@ -250,11 +215,19 @@ class Finder {
     for (const ValueRule* const rule : value_rules_.Of(element)) {
       const FoundValue found = FindIn(element, rule->Class, rule->Field);
       if (found.Value != nullptr && rule->NeedsAttention(element, *found.Value) &&
-          (rule->Counts == When::kAlways || IsOfConnected(element))) {
+          (rule->Counts == When::kAlways || IsOfConnected(element)) &&
+          (rule->Counts != When::kByDay || IsNowByDay())) {
         Add(Make(rule->Id, rule->Level, WithValue(rule->Message, *found.Value), rule->Hint),
             element, found, rule->Key);
       }
     }
+  }
+
+  bool IsNowByDay() {
+    if (!by_day_) {
+      by_day_ = IsByDay(snapshot_.Document.Root());
+    }
+    return *by_day_;
   }
 
   // "temperature"; without a rule what the field is.
@@ -377,6 +350,7 @@ class Finder {
   RulesByClass<ValueRule> value_rules_{ValueRules()};
   RulesByClass<ReadingRule> reading_rules_{ReadingRules()};
   std::vector<Finding> findings_;
+  std::optional<bool> by_day_;
   const TreeElement* placed_ = nullptr;  // of the last finding; all of an element come together
   std::string place_;
 };

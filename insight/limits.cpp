@@ -20,6 +20,7 @@ constexpr Range UpTo(double most) { return {.Least = 0, .Most = most}; }
 constexpr LimitInfo kLimits[] = {
     {"database-age", "s", "For how long the database has not changed", {UpTo(86400), kAll}},
     {"temperature", "C", "Each temperature of a connected sensor", {{-30, 65}, {-40, 80}}},
+    {"humidity", "%", "Each humidity of a connected sensor", {AtLeast(1), kAll}},
     {"memory-free", "%", "Free memory, page cache included", {AtLeast(10), AtLeast(5)}},
     {"storage-free", "%", "Free space of the root file system", {AtLeast(10), AtLeast(5)}},
     {"fan-speed",
@@ -44,6 +45,12 @@ constexpr LimitInfo kLimits[] = {
      "each isolation board, of the middle one beside it",
      {AtLeast(90), AtLeast(50)}},
     {"input-voltage", "%", "Input voltages likewise", {AtLeast(75), kAll}},
+    {"supply-volts", "V", "Highest output voltage of each power-supply board", {AtLeast(20), kAll}},
+    {"isolation-volts",
+     "V",
+     "Input and output of each isolation board",
+     {AtLeast(4.5), AtLeast(3)}},
+    {"brightness", "%", "Brightness in force, of the one that is asked for", {{25, 400}, kAll}},
 };
 
 std::size_t PositionOf(std::string_view name) {

@@ -3,10 +3,14 @@
 #include <algorithm>
 #include <cmath>
 #include <cstddef>
+#include <cstdint>
+#include <string_view>
 
+#include "insight/daylight.h"
 #include "insight/reading_rules.h"
 #include "model/beacons.h"
 #include "model/can_sensors.h"
+#include "model/codes.h"
 #include "model/dcio_boards.h"
 #include "model/document.h"
 #include "model/onboard_sensors.h"
@@ -88,6 +92,38 @@ Number BesideHighest(const TreeElement&, const TreeValue& value, Peers*) {
   return ShareOf(lowest, highest);
 }
 
+Number Highest(const TreeElement&, const TreeValue& value, Peers*) {
+  const auto highest = std::ranges::max_element(value.Reals());
+  return highest != value.Reals().end() && *highest > 0 ? *highest : Number();
+}
+
+// The others' where that is higher: beside them a low one is low already.
+Number OrOfOthers(const TreeElement& element, const TreeValue& value, Peers* peers) {
+  const double volts = NumberOf(value);
+  const Number middle = peers->MiddleOf(*element.Parent(), value.Listed().Name);
+  return volts > 0 ? std::max(volts, middle.value_or(0)) : Number();
+}
+
+// Whether a schedule, an override or the dark may give another brightness than is asked for.
+bool MayDiffer(const TreeElement& dimming) {
+  const TreeElement& output = *dimming.Parent();
+  const TreeValue& mode = *dimming.FindValue("DimmingMode");
+  const std::string_view name = mode.CodeName() == nullptr ? "" : mode.CodeName();
+  const std::uint64_t flags = output.FindValue("StatusFlags")->Unsigned();
+  if (name == "override" || name == "schedule" ||
+      (flags & (QtSts::kFlagAmbientFailure | QtSts::kFlagAmbientOverride)) != 0) {
+    return true;
+  }
+  return (name == "auto" || name == "gps") && !IsByDay(*output.Parent()->Parent());
+}
+
+Number BesideAskedFor(const TreeElement& dimming, const TreeValue& value, Peers*) {
+  constexpr double kLeast = 20;  // a smaller difference may be on its way
+  const double asked_for = NumberOf(*dimming.FindValue("DimmingLevel"));
+  const bool known = std::abs(NumberOf(value) - asked_for) >= kLeast && !MayDiffer(dimming);
+  return known ? ShareOf(NumberOf(value), asked_for) : Number();
+}
+
 constexpr const char* kNoLimit = nullptr;
 
 constexpr const char* kHeat = "fans, filters, doors and heating of the cabinet; the sensor itself";
@@ -99,6 +135,8 @@ constexpr const char* kSupplyInput = "fuse and wiring of that input, and what fe
 constexpr const char* kSupplyOutput = "the power supply of that output, and its load";
 constexpr const char* kBoardInput = "the supply of the board";
 constexpr const char* kBoardOutput = "the board and what it feeds";
+constexpr const char* kBrightness =
+    "heat and content, which lower it; light sensors; the program that sets the brightness";
 constexpr const char* kWriter = "the program that writes the row";
 constexpr const char* kReadable = "the sensor, its cable, and the program that writes its rows";
 
@@ -123,6 +161,13 @@ constexpr ReadingRule kRules[] = {
      "input voltage, beside the board's highest,", kSupplyInput, &BesideHighest},
     {QtSts::CCANPsrbSensor::Class, "OutputVoltages", "output-voltage", kVolts,
      "output voltage, beside the board's highest,", kSupplyOutput, &BesideHighest},
+    {QtSts::CCANPsrbSensor::Class, "OutputVoltages", "supply-volts", kAny,
+     "highest output voltage of the board", "the power supplies of the board, and what feeds them",
+     &Highest},
+    {QtSts::CCANIsolationBoardSensor::Class, "InputVoltage", "isolation-volts", kAny,
+     "input voltage", kBoardInput, &OrOfOthers},
+    {QtSts::CCANIsolationBoardSensor::Class, "OutputVoltage", "isolation-volts", kAny,
+     "output voltage", kBoardOutput, &OrOfOthers},
     {QtSts::CCANIsolationBoardSensor::Class, "InputVoltage", "input-voltage", kVolts,
      "input voltage, beside the other isolation boards,", kBoardInput, &BesideOthers},
     {QtSts::CCANIsolationBoardSensor::Class, "OutputVoltage", "output-voltage", kVolts,
@@ -141,8 +186,8 @@ constexpr ReadingRule kRules[] = {
      &Plain},
     {QtSts::CBeaconRecord::Class, "TemperatureKelvin", "temperature", kKelvin, "temperature", kHeat,
      &Celsius},
-    {QtSts::CBeaconRecord::Class, "Humidity", kNoLimit, kPercent, "humidity", kReadable, &Plain},
-    {QtSts::CCANHumiditySensor::Class, "Humidity", kNoLimit, kPercent, "humidity", kReadable,
+    {QtSts::CBeaconRecord::Class, "Humidity", "humidity", kPercent, "humidity", kReadable, &Plain},
+    {QtSts::CCANHumiditySensor::Class, "Humidity", "humidity", kPercent, "humidity", kReadable,
      &Plain},
     {QtSts::CCANMultiDirectionalSensor::Class, "Latitude", kNoLimit, kLatitude, "latitude",
      kReadable, &Plain},
@@ -150,8 +195,8 @@ constexpr ReadingRule kRules[] = {
      kReadable, &Plain},
     {QtSts::CDimming::Class, "DimmingLevel", kNoLimit, kPercent, "brightness that is asked for",
      kWriter, &Plain},
-    {QtSts::CDimming::Class, "ActualDimmingLevel", kNoLimit, kPercent, "brightness", kWriter,
-     &Plain},
+    {QtSts::CDimming::Class, "ActualDimmingLevel", "brightness", kPercent,
+     "brightness, as a share of the one asked for,", kBrightness, &BesideAskedFor},
 };
 
 }  // namespace

@@ -78,6 +78,7 @@ void SourceRecorder::BeginCycle() {
   written_.clear();
   positions_.clear();
   addressed_.clear();
+  listed_.clear();
   routed_ = false;
 }
 
@@ -147,6 +148,7 @@ void SourceRecorder::SeeAddress(const observe::Answers& answer) {
 
 void SourceRecorder::SeeInterfaces(const ifaddrs* first) {
   for (const ifaddrs* entry = first; entry != nullptr; entry = entry->ifa_next) {
+    listed_.insert(BaseOf(entry->ifa_name));
     if (IsOwnAddress(*entry)) {
       addressed_[BaseOf(entry->ifa_name)] = entry->ifa_flags;
     }
@@ -233,6 +235,21 @@ std::vector<Source> SourceRecorder::EndCycle(const QtSts::DocumentTree& document
   return sources;
 }
 
+// The system numbers such interfaces from 0; other names, such as enp3s0, have no order.
+std::string SourceRecorder::MissingInterface() const {
+  for (const std::string family : {"eth", "wlan"}) {
+    const auto is_there = [&](char digit) { return listed_.contains(family + digit); };
+    for (char digit = '0'; digit < '9'; ++digit) {
+      for (char later = digit; !is_there(digit) && later <= '9'; ++later) {
+        if (is_there(later)) {
+          return family + digit;
+        }
+      }
+    }
+  }
+  return "";
+}
+
 void SourceRecorder::AddUnusedLinks(std::vector<Source>* sources) const {
   const SourceInfo& carrier = SourceNamed("carrier");
   for (const auto& [interface, flags] : addressed_) {
@@ -274,6 +291,9 @@ Source SourceRecorder::Assemble(const SourceInfo& info, const std::string& inter
   if (Is(info.Id, "interfaces") && source.State == SourceState::kOk && interfaces_.empty()) {
     source.State = SourceState::kEmpty;
     source.Reason = "no interface runs";
+  } else if (Is(info.Id, "interfaces") && source.State == SourceState::kOk &&
+             !MissingInterface().empty()) {
+    source.Reason = kNoDevice + MissingInterface();
   } else if (Is(info.Id, "routes") && source.State == SourceState::kOk && !routed_) {
     source.Reason = kNoRoute;
   }

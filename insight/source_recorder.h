@@ -21,6 +21,8 @@ namespace insight {
 // The Reason of the carrier of an interface that has an address and no link.
 inline constexpr char kNoLink[] = "no link";
 inline constexpr char kSwitchedOff[] = "switched off";
+// An interface is missing that comes before another one; its name follows.
+inline constexpr char kNoDevice[] = "no device ";
 // The routes name no interface that is in use as the way to everywhere else.
 inline constexpr char kNoRoute[] = "no default route";
 
@@ -46,6 +48,8 @@ class SourceRecorder {
 
   Source Assemble(const SourceInfo& info, const std::string& interface,
                   const QtSts::DocumentTree& document) const;
+  // The first one that comes before an interface of the system; "" when none is missing.
+  std::string MissingInterface() const;
   // Of the carriers of interfaces that have an address, but are not in use.
   void AddUnusedLinks(std::vector<Source>* sources) const;
   // Adds what a silent request spoils.
@@ -73,6 +77,7 @@ class SourceRecorder {
   std::set<std::string> written_;                 // "eth0/IPv4Address"
   std::map<std::string, std::size_t> positions_;  // of the devices, by interface
   std::map<std::string, unsigned> addressed_;     // flags of the interfaces that have an address
+  std::set<std::string> listed_;                  // all interfaces that the system has
   bool routed_ = false;                           // an interface in use has a default route
 };
 

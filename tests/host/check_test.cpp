@@ -320,6 +320,7 @@ TEST_F(CheckTest, GivesPerformanceDataThatAClientReads) {
   ASSERT_EQ(parsed.ExitCode, 0) << parsed.Errors;
   EXPECT_THAT(parsed.Output, HasSubstr("temperature 41.5 C w0 c2\n"
                                        "temperature-lowest 28.75 C w0 c2\n"
+                                       "humidity 51.5 % w0 c0\n"
                                        "memory-free 76.435 % w1 c0\n"));
   EXPECT_THAT(parsed.Output, HasSubstr("\nrows 430  w0 c0\nfindings 1  w0 c0\nduration 0"));
   EXPECT_EQ(std::ranges::count(parsed.Output, '\n'), std::ranges::count(data, '='));

@@ -12,6 +12,7 @@
 
 #include "hardware/requests.h"
 #include "sandbox/enter.h"
+#include "sandbox/rows.h"
 #include "sandbox/scenario.h"
 #include "sandbox/testing.h"
 #include "tests/support/paths.h"
@@ -46,6 +47,11 @@ void ChangedThreeDaysAgo() {
 void Garbage() { std::ofstream(kDatabase) << std::string(8192, 'x'); }
 
 void WritableByAll() { ASSERT_EQ(chmod(kDatabase, 0666), 0); }
+
+void DeleteRows(const std::string& begin) {
+  sandbox::RunSql("DELETE FROM status WHERE substr(address, 1, " + std::to_string(begin.size()) +
+                  ") = '" + begin + "';");
+}
 
 // The demo's interfaces, eth0 in this state.
 void SetLink(Scenario& demo, sandbox::LinkState state) {
@@ -141,7 +147,7 @@ const Fault kFaults[] = {
      [](Scenario& demo) { demo.Row("Sensor_06_PsrbVout_01_Volts", "0"); },
      nullptr,
      "critical: 1 critical\n",
-     {"power supply output at 0 V", "not 0; 90.. (50..) %"}},
+     {"power supply output at 0 V", "20.. V; 90.. (50..) %"}},
     {"power supply input",
      [](Scenario& demo) { demo.Row("Sensor_06_PsrbVin_00_Volts", "0"); },
      nullptr,
@@ -172,7 +178,7 @@ const Fault kFaults[] = {
      nullptr,
      "warning: 1 warning\n",
      {"output voltage, beside the board's highest, 79.83 %", "24.05, 19.2, 23.98 V",
-      "Sensor_06_PsrbVout_01_Volts", "not 0; 90.. (50..) %"}},
+      "Sensor_06_PsrbVout_01_Volts", "20.. V; 90.. (50..) %"}},
     {"no interfaces",
      [](Scenario& demo) { demo.NoInterfaces(); },
      nullptr,
@@ -311,6 +317,68 @@ const Fault kFaults[] = {
      nullptr,
      "warning: 1 warning\n",
      {"row sensor_01_Celsius: "}},
+    // These used to be "all well", the network device but for its gateway.
+    {"no sensors",
+     &Nothing,
+     [] { DeleteRows("Sensor_"); },
+     "warning: 1 warning\n",
+     {"no row reports a sensor of the display", "whether the program that writes these rows runs"}},
+    {"no Ttable",
+     &Nothing,
+     [] { DeleteRows("Ttable"); },
+     "warning: 1 warning\n",
+     {"no row says how large the display is: TtableColumns", "  Modules     not reported"}},
+    {"no brightness",
+     &Nothing,
+     [] { DeleteRows("ActualDimmingLevel"); },
+     "warning: 1 warning\n",
+     {"no row says how bright the display is: ActualDimmingLevel missing"}},
+    {"all outputs low",
+     [](Scenario& demo) {
+       for (const char* output : {"00", "01", "02"}) {
+         demo.Row("Sensor_06_PsrbVout_" + std::string(output) + "_Volts", "12");
+       }
+     },
+     nullptr,
+     "warning: 1 warning\n",
+     {"highest output voltage of the board 12 V, below the limit of 20 V",
+      "power-supply redundancy board 6 at address 21"}},
+    {"isolation board low",
+     [](Scenario& demo) { demo.Row("Sensor_10_IsoVout", "2.1"); },
+     nullptr,
+     "critical: 1 critical\n",
+     {"output voltage 2.1 V, below the limit of 3 V", "Sensor_10_IsoVout", "4.5.. (3..) V"}},
+    {"light sensor blind",
+     [](Scenario& demo) { demo.Row("Sensor_02_OneMin", "0").Row("Sensor_02_TenMin", "0"); },
+     nullptr,
+     "warning: 1 warning\n",
+     {"light sensor sees nothing, though it is day", "light sensor 2 at address 17",
+      "Sensor_02_TenMin"}},
+    {"much darker than asked for",
+     [](Scenario& demo) { demo.Row("DimmingLevel", "100").Row("ActualDimmingLevel", "5"); },
+     nullptr,
+     "warning: 1 warning\n",
+     {"brightness, as a share of the one asked for, 5 %", "! Brightness  5 %, asked for 100 %",
+      "ActualDimmingLevel"}},
+    {"network device gone",
+     [](Scenario& demo) {
+       demo.NoInterfaces().Interface({.Name = "eth1", .Addresses = {{.Prefix = "10.50.0.1/24"}}});
+     },
+     nullptr,
+     "warning: 1 warning\n",
+     {"network device eth0 is gone; there is eth1"}},
+    {"no airflow at all",
+     [](Scenario& demo) {
+       demo.Row("Sensor_09_OneMin", "0").Row("Sensor_09_LongTermAverage", "0");
+     },
+     nullptr,
+     "warning: 1 warning\n",
+     {"the airflow sensor reads 0, also over the long term", "airflow sensor 2 at address 35"}},
+    {"humidity sensor dead",
+     [](Scenario& demo) { demo.Row("Sensor_05_HumidityOneMin", "0"); },
+     nullptr,
+     "warning: 1 warning\n",
+     {"humidity 0 %, below the limit of 1 %", "Sensor_05_HumidityOneMin"}},
     {"memory full",
      [](Scenario& demo) {
        demo.File("/proc/meminfo", "MemTotal: 2062340 kB\nMemFree: 900 kB\nCached: 800 kB\n");

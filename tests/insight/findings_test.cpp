@@ -42,10 +42,11 @@ Row MakeRow(const std::string& key, const std::string& path = "",
   return row;
 }
 
-// A cycle of `status` with one row, all of whose sources answered.
+// A cycle of `status` with two rows, all of whose sources answered.
 Snapshot Healthy(const CStatus& status) {
   Snapshot snapshot{.Document = DocumentTree(status), .Began = {}, .BeganSteady = {}};
   snapshot.Rows.push_back(MakeRow("GUID"));
+  snapshot.Rows.push_back(MakeRow("Sensor_90_Address"));
   return snapshot;
 }
 
@@ -202,6 +203,22 @@ CNetworkDevice& AddNetworkDevice(CStatus& status) {
   device.Name = "eth0";
   return device;
 }
+
+// With the times of a summer day in the zone of -06:00.
+void SetTimes(CStatus& status, const char* local_time) {
+  status.LocalTime = local_time;
+  status.SolarInfo.CalculatedSunrise = "2026-06-19T05:31:00-06:00";
+  status.SolarInfo.CalculatedSunset = "2026-06-19T20:58:00-06:00";
+}
+
+void SetBrightness(CStatus& status, float asked_for, float in_force, std::uint32_t mode) {
+  CDimming& dimming = AddOutput(status).Dimming;
+  dimming.DimmingLevel = asked_for;
+  dimming.ActualDimmingLevel = in_force;
+  dimming.DimmingMode = mode;
+}
+
+constexpr const char* kBlind = "light sensor sees nothing, though it is day: all it reads is 0";
 
 using Change = void (*)(CStatus& status);
 
@@ -392,6 +409,19 @@ const DocumentCase kCases[] = {
      "airflow, beside its long-term average, 0 %, below the limit of 25 %: 0",
      [](CStatus& status) { AddAirflow(status, 0, 1); },
      [](CStatus& status) { AddAirflow(status, 0, 0); }},
+    {"NoAirflowAtAll", "airflow-lost", kWarning,
+     "fans are enabled, but the airflow sensor reads 0, also over the long term",
+     [](CStatus& status) {
+       AddAirflow(status, 0, 0);
+       AddOutput(status);
+     },
+     [](CStatus& status) {
+       AddAirflow(status, 1, 0);
+       AddOutput(status);
+     }},
+    {"Dry", "humidity", kWarning, "humidity 0 %, below the limit of 1 %: 0 %",
+     [](CStatus& status) { AddSensor<CCANHumiditySensor>(status).Humidity = 0; },
+     [](CStatus& status) { AddSensor<CCANHumiditySensor>(status).Humidity = 1; }},
     {"Heater", "heater-relay", kWarning, "heater is on, but its status relay is not active",
      [](CStatus& status) { AddHeater<CHeaterOutputType>(status, true, false); },
      [](CStatus& status) { AddHeater<CHeaterOutputType>(status, true, true); }},
@@ -440,7 +470,7 @@ const DocumentCase kCases[] = {
      [](CStatus& status) {
        AddSupply(status).OutputVoltages = {20, 1, 20};
      },
-     [](CStatus& status) { AddSupply(status).OutputVoltages = {1}; }},
+     [](CStatus& status) { AddSupply(status).OutputVoltages = {20}; }},
     {"SupplyInputLow", "input-voltage", kWarning,
      "input voltage, beside the board's highest, 50 %, below the limit of 75 %: 115, 230 V",
      [](CStatus& status) {
@@ -462,10 +492,91 @@ const DocumentCase kCases[] = {
      }},
     {"IsolationInput", "isolation-input", kWarning, "isolation board input at 0 V",
      [](CStatus& status) { AddIsolation(status).InputVoltage = 0; },
-     [](CStatus& status) { AddIsolation(status).InputVoltage = 0.25F; }},
+     [](CStatus& status) { AddIsolation(status).InputVoltage = 4.5F; }},
     {"IsolationOutput", "isolation-output", kCritical, "isolation board output at 0 V",
      [](CStatus& status) { AddIsolation(status).OutputVoltage = 0; },
-     [](CStatus& status) { AddIsolation(status).OutputVoltage = 0.25F; }},
+     [](CStatus& status) { AddIsolation(status).OutputVoltage = 4.5F; }},
+    // They deviate from nothing, and used to be well.
+    {"AllSupplyOutputsLow", "supply-volts", kWarning,
+     "highest output voltage of the board 12.1 V, below the limit of 20 V",
+     [](CStatus& status) {
+       AddSupply(status).OutputVoltages = {12, 12.1F, 12};
+     },
+     [](CStatus& status) {
+       AddSupply(status).OutputVoltages = {20, 19.9F, 20};
+     }},
+    {"LoneIsolationOutputLow", "isolation-volts", kCritical,
+     "output voltage 2.1 V, below the limit of 3 V",
+     [](CStatus& status) { AddIsolation(status).OutputVoltage = 2.1F; },
+     [](CStatus& status) { AddIsolation(status).OutputVoltage = 5; }},
+    {"LoneIsolationInputLow", "isolation-volts", kWarning,
+     "input voltage 4.4 V, below the limit of 4.5 V",
+     [](CStatus& status) { AddIsolation(status).InputVoltage = 4.4F; },
+     [](CStatus& status) { AddIsolation(status).InputVoltage = 4.5F; }},
+    {"BlindByDay", "light-lost", kWarning, kBlind,
+     [](CStatus& status) {
+       AddSensor<CCANLightSensor>(status);
+       SetTimes(status, "2026-06-20T22:00:00+00:00");  // 16:00 where the sun times are from
+     },
+     [](CStatus& status) {
+       AddSensor<CCANLightSensor>(status).OneMinAverage = 1;
+       SetTimes(status, "2026-06-20T22:00:00+00:00");
+     }},
+    {"BlindAtNight", "light-lost", kWarning, kBlind,
+     [](CStatus& status) {
+       AddSensor<CCANLightLuxSensor>(status);
+       SetTimes(status, "2026-06-20T12:31:00+00:00");  // an hour after sunrise
+     },
+     [](CStatus& status) {
+       AddSensor<CCANLightLuxSensor>(status);
+       SetTimes(status, "2026-06-20T12:30:59+00:00");
+     }},
+    {"BlindWithoutSunTimes", "light-lost", kWarning, kBlind,
+     [](CStatus& status) {
+       AddSensor<CCANMultiDirectionalSensor>(status).Ambient = 201;  // overridden
+       status.LocalTime = "2026-06-20T14:59:59-06:00";
+     },
+     [](CStatus& status) {
+       AddSensor<CCANMultiDirectionalSensor>(status);
+       status.LocalTime = "2026-06-20T15:00:00-06:00";
+     }},
+    {"BlindBesideOneThatSees", "light-lost", kWarning, kBlind,
+     [](CStatus& status) {
+       AddSensor<CCANLightSensor>(status);
+       AddSensor<CCANLightLuxSensor>(status).OneMinLuxAverage = 50;
+     },
+     [](CStatus& status) {
+       AddSensor<CCANLightSensor>(status);
+       AddSensor<CCANLightLuxSensor>(status).OneMinLuxAverage = 49;
+     }},
+    {"BlindWhileConnected", "light-lost", kWarning, kBlind,
+     [](CStatus& status) {
+       AddSensor<CCANLightSensor>(status);
+       AddSensor<CCANMultiDirectionalSensor>(status).Back = 143;
+     },
+     [](CStatus& status) { AddSensor<CCANMultiDirectionalSensor>(status).Back = 143; }},
+    {"MuchDarkerThanAskedFor", "brightness", kWarning,
+     "brightness, as a share of the one asked for, 5 %, below the limit of 25 %: 5 %",
+     [](CStatus& status) { SetBrightness(status, 100, 5, kDimmingManual); },
+     [](CStatus& status) { SetBrightness(status, 100, 25, kDimmingManual); }},
+    {"MuchBrighterThanAskedFor", "brightness", kWarning,
+     "brightness, as a share of the one asked for, 2000 %, above the limit of 400 %: 100 %",
+     [](CStatus& status) { SetBrightness(status, 5, 100, kDimmingManual); },
+     [](CStatus& status) { SetBrightness(status, 1, 20, kDimmingManual); }},
+    {"DarkerThanAScheduleSays", "brightness", kWarning,
+     "brightness, as a share of the one asked for, 5 %, below the limit of 25 %: 5 %",
+     [](CStatus& status) { SetBrightness(status, 100, 5, 4); },   // vmax
+     [](CStatus& status) { SetBrightness(status, 100, 5, 2); }},  // schedule
+    {"DarkerByDay", "brightness", kWarning,
+     "brightness, as a share of the one asked for, 5 %, below the limit of 25 %: 5 %",
+     [](CStatus& status) {
+       SetBrightness(status, 100, 5, 0);  // auto
+       AddSensor<CCANLightSensor>(status).TenMinAverage = 50;
+     },
+     [](CStatus& status) {
+       SetBrightness(status, 100, 5, 0);
+       AddSensor<CCANLightSensor>(status).TenMinAverage = 49;
+     }},
     {"LampErrors", "lamp-errors", kWarning, "lamp reports errors 0x80",
      [](CStatus& status) { AddSensor<CCANBeacon>(status).ErrorFlags = 0x80; },
      [](CStatus& status) { AddSensor<CCANBeacon>(status).StatusFlags = 0x80; }},
@@ -575,7 +686,7 @@ const DocumentCase kCases[] = {
     {"IsolationBelowZero", "reading-impossible", kUnknown,
      "input voltage -1 V is not possible: below 0 V",
      [](CStatus& status) { AddIsolation(status).InputVoltage = -1; },
-     [](CStatus& status) { AddIsolation(status).InputVoltage = 1; }},
+     [](CStatus& status) { AddIsolation(status).InputVoltage = 5; }},
     {"NoNumber", "reading-impossible", kUnknown,
      "temperature NaN °C is not possible: no finite number",
      [](CStatus& status) { AddSensor<CCANTempSensor>(status).Celsius = std::nanf(""); },
@@ -666,6 +777,12 @@ void AddCarrier(Snapshot& snapshot, SourceState state, const char* reason) {
   snapshot.Sources.back().Reason = reason;
 }
 
+void AddDisplay(Snapshot& snapshot) {
+  CStatus status;
+  AddOutput(status);
+  snapshot.Document = DocumentTree(status);
+}
+
 const CycleCase kCycleCases[] = {
     {"Missing", "source-missing", kUnknown, "/dev/travex is missing: because",
      &Required<SourceState::kMissing>, &Optional<SourceState::kMissing>},
@@ -697,6 +814,67 @@ const CycleCase kCycleCases[] = {
     {"NoGateway", "no-gateway", kWarning, "no network device has a default gateway",
      [](Snapshot& snapshot) { AddNamed(snapshot, "routes", "no default route"); },
      [](Snapshot& snapshot) { AddNamed(snapshot, "routes", ""); }},
+    {"DeviceGone", "device-gone", kWarning, "network device eth0 is gone; there is eth1",
+     [](Snapshot& snapshot) {
+       CStatus status;
+       AddNetworkDevice(status).Name = "eth1";
+       snapshot.Document = DocumentTree(status);
+       AddNamed(snapshot, "interfaces", "no device eth0");
+       AddNamed(snapshot, "routes", "no default route");
+     },
+     [](Snapshot& snapshot) {
+       CStatus status;
+       AddNetworkDevice(status).Name = "eth1";
+       snapshot.Document = DocumentTree(status);
+       AddNamed(snapshot, "interfaces", "");
+     }},
+    {"NoGatewayOfADevice", "no-gateway", kWarning,
+     "no network device has a default gateway; in use: eth0",
+     [](Snapshot& snapshot) {
+       CStatus status;
+       AddNetworkDevice(status);
+       snapshot.Document = DocumentTree(status);
+       AddNamed(snapshot, "routes", "no default route");
+     },
+     [](Snapshot&) {}},
+    {"NoSensors", "no-sensors", kWarning, "no row reports a sensor of the display",
+     [](Snapshot& snapshot) {
+       AddDisplay(snapshot);
+       std::erase_if(snapshot.Rows, [](const Row& row) { return row.Key.starts_with("Sensor_"); });
+     },
+     &AddDisplay},
+    {"NoBrightness", "no-brightness", kWarning,
+     "no row says how bright the display is: ActualDimmingLevel missing",
+     [](Snapshot& snapshot) {
+       AddDisplay(snapshot);
+       snapshot.NotReported = {"Outputs[0]/Dimming/ActualDimmingLevel"};
+     },
+     [](Snapshot& snapshot) {
+       AddDisplay(snapshot);
+       snapshot.NotReported = {"Outputs[0]/Dimming/DimmingLevel"};
+     }},
+    {"NoTtable", "ttable-missing", kWarning,
+     "no row says how large the display is: TtableColumns, TtableRows, TtableModWidth, "
+     "TtableModHeight, TtableFaceCnt missing",
+     [](Snapshot& snapshot) {
+       AddDisplay(snapshot);
+       snapshot.NotReported = {"Outputs[0]/Ttable/Columns", "Outputs[0]/Ttable/FaceCount",
+                               "Outputs[0]/Ttable/ModuleHeight", "Outputs[0]/Ttable/ModuleWidth",
+                               "Outputs[0]/Ttable/Rows"};
+     },
+     [](Snapshot& snapshot) {
+       snapshot.NotReported = {"Outputs[0]/Ttable/Columns"};  // there is no output
+     }},
+    {"NoColumns", "ttable-missing", kWarning,
+     "no row says how large the display is: TtableColumns missing",
+     [](Snapshot& snapshot) {
+       AddDisplay(snapshot);
+       snapshot.NotReported = {"Outputs[0]/Ttable/Columns"};
+     },
+     [](Snapshot& snapshot) {
+       AddDisplay(snapshot);
+       snapshot.NotReported = {"Outputs[0]/Ttable/PixelPitch"};
+     }},
     {"NoRows", "no-rows", kUnknown, "the database has no rows",
      [](Snapshot& snapshot) { snapshot.Rows.clear(); }, [](Snapshot&) {}},
     {"FailedCycle", "cycle-failed", kUnknown, "not all rows of the database were read",
@@ -773,16 +951,25 @@ TEST(Findings, AreNoneOfAFreshController) {
   EXPECT_THAT(Ids(Findings(status)), IsEmpty());
 }
 
-// "none" used to be a finding, for its letter e.
+TEST(Findings, SayOnceThatADatabaseThatFailsHasNoSensors) {
+  Snapshot snapshot = Healthy(CStatus());
+  AddDisplay(snapshot);
+  snapshot.Rows.resize(1);
+  snapshot.NotReported = {"Outputs[0]/Ttable/Columns"};
+  snapshot.Result = 1;
+  EXPECT_THAT(Ids(FindFindings(snapshot, {})), ElementsAre("cycle-failed"));
+}
+
+// "none" used to be a finding, for its letter e, then "face" and "fan_1".
 TEST(Findings, TakeTheLettersOfWordsForNoErrorFlags) {
-  for (const char* text :
-       {"", "none", "no error", "0", "0x0", "0x", "00, 0x0000", "nil", "0xnone"}) {
+  for (const char* text : {"", "none", "no error", "0", "0x0", "0x", "00, 0x0000", "nil", "0xnone",
+                           "e", "face", "fan_1", "bad fade", "fan_1 0x0"}) {
     CStatus status;
     status.ErrorFlags = text;
     EXPECT_THAT(Ids(Findings(status)), IsEmpty()) << text;
   }
   for (const char* text :
-       {"1", "0x10", "0X00A0", "ff", "0x0000, 0x0010", "flags: 0x8", "0x0\n0x1"}) {
+       {"1", "0x10", "0X00A0", "0xff", "00ff", "0x0000, 0x0010", "flags: 0x8", "0x0\n0x1"}) {
     CStatus status;
     status.ErrorFlags = text;
     EXPECT_THAT(Ids(Findings(status)), ElementsAre("error-flags")) << text;

@@ -295,6 +295,34 @@ TEST(Sources, WithoutARouteToEverywhereElseSaySo) {
   EXPECT_EQ(VerdictOf(Cycle(), "routes"), (Verdict{SourceState::kOk, 0, "no default route"}));
 }
 
+// A device that is gone used to be known by its gateway only.
+TEST(Sources, NameADeviceThatComesBeforeOthersAndIsGone) {
+  const auto reason_with = [](const std::vector<std::string>& names) {
+    sandbox::Scenario scenario = Talkative();
+    scenario.NoInterfaces();
+    for (const std::string& name : names) {
+      scenario.Interface({.Name = name, .Addresses = {}});
+    }
+    Apply(scenario);
+    return Find(Cycle(), "interfaces").Reason;
+  };
+  EXPECT_EQ(reason_with({"eth1"}), "no device eth0");
+  EXPECT_EQ(reason_with({"eth0", "eth2", "wlan1"}), "no device eth1");
+  EXPECT_EQ(reason_with({"eth0", "wlan1"}), "no device wlan0");
+  EXPECT_EQ(reason_with({"eth0", "eth1"}), "");
+  EXPECT_EQ(reason_with({"enp3s1", "eno1", "ethx"}), "");
+}
+
+// A device that is switched off is there.
+TEST(Sources, NameNoDeviceThatIsSwitchedOff) {
+  sandbox::Scenario scenario = Talkative();
+  scenario.NoInterfaces();
+  scenario.Interface({.Name = "eth0", .State = sandbox::LinkState::kDown, .Addresses = {}});
+  scenario.Interface({.Name = "eth1", .Addresses = {}});
+  Apply(scenario);
+  EXPECT_EQ(Find(Cycle(), "interfaces").Reason, "");
+}
+
 // The collector asks for the route of the alias, too, and there is none.
 TEST(Sources, WithAnAliasHaveTheRouteOfItsDevice) {
   sandbox::Scenario scenario = Talkative();
