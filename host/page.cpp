@@ -13,6 +13,8 @@ constexpr std::size_t kMargin = 2;  // "! " or two blanks
 constexpr std::size_t kGap = 2;     // between columns
 constexpr std::size_t kLeastWrapped = 20;
 
+const std::string kNothing;
+
 constexpr const char* kTitleStyle = "\x1b[1m";
 constexpr const char* kHeadingStyle = "\x1b[2m";
 constexpr const char* kNoStyle = "";
@@ -68,10 +70,16 @@ void Page::Styled(const char* style, std::string_view text) {
 }
 
 void Page::Headline(Mark how, std::string_view text) {
-  Styled(how == Mark::kNone ? kWellStyle : StyleOf(how), Truncated(text, columns_));
+  for (const std::string& line : Wrapped(text, columns_)) {
+    Styled(how == Mark::kNone ? kWellStyle : StyleOf(how), line);
+  }
 }
 
-void Page::Plain(std::string_view text) { Styled(kNoStyle, Truncated(text, columns_)); }
+void Page::Plain(std::string_view text) {
+  for (const std::string& line : Wrapped(text, columns_)) {
+    Styled(kNoStyle, line);
+  }
+}
 
 void Page::Title(std::string_view title) {
   text_ += text_.empty() ? "" : "\n";
@@ -113,19 +121,23 @@ Page::Grid Page::Measure(const std::vector<Heading>& headings, const std::vector
 }
 
 void Page::TableRow(const Grid& grid, const Row& row, const char* style) {
+  const std::size_t columns = grid.Widths.size();
+  std::vector<std::vector<std::string>> cells;
+  cells.reserve(columns);
+  std::size_t lines = 1;
+  for (std::size_t i = 0; i < columns; ++i) {
+    cells.push_back(Wrapped(row.Cells[i], std::max<std::size_t>(grid.Widths[i], 1)));
+    lines = std::max(lines, cells.back().size());
+  }
   std::string_view mark = row.How == Mark::kNone ? "  " : "! ";
-  bool first = true;
-  for (const std::string& part : Wrapped(row.Cells[grid.Wrapped], grid.Widths[grid.Wrapped])) {
+  for (std::size_t part = 0; part < lines; ++part) {
     std::string line(std::exchange(mark, "  "));
-    for (std::size_t i = 0; i < grid.Widths.size(); ++i) {
-      const std::string cell = i == grid.Wrapped ? part
-                               : first           ? Truncated(row.Cells[i], grid.Widths[i])
-                                                 : "";
+    for (std::size_t i = 0; i < columns; ++i) {
+      const std::string& cell = part < cells[i].size() ? cells[i][part] : kNothing;
       line += Padded(cell, grid.Widths[i], grid.Headings[i].Side);
       line.append(kGap, ' ');
     }
     Styled(style, line);
-    first = false;
   }
 }
 

@@ -38,10 +38,10 @@ class Page {
 
   std::size_t Columns() const { return columns_; }
 
-  // The first line, which says how all is: kNone for well.
+  // The first line, which says how all is, wrapped: kNone for well.
   void Headline(Mark how, std::string_view text);
 
-  // A line without style, as wide as the page.
+  // A line without style, wrapped.
   void Plain(std::string_view text);
 
   // A blank line, unless the page is empty, and the title, wrapped.
@@ -54,8 +54,8 @@ class Page {
   void Line(std::string_view text);
 
   // Aligned columns below their headings, which are left out when all are empty. Each row has as
-  // many cells as there are headings. What is too wide is wrapped in column `wrapped`, the last
-  // unless another is named, and cut in the others. A path is broken after one of its slashes.
+  // many cells as there are headings. What is too wide is wrapped, first in column `wrapped`, the
+  // last unless another is named. A path is broken after one of its slashes.
   void Table(const std::vector<Heading>& headings, const std::vector<Row>& rows,
              std::size_t wrapped = kLast);
 

@@ -84,12 +84,13 @@ TEST(Page, WrapsATitle) {
             "\x1b[1mTemperatures and voltages behind the\x1b[0m\n\x1b[1mcontrol board\x1b[0m\n");
 }
 
-TEST(Page, CutsTheWidestOfTheOtherColumns) {
+// Its end used to be cut off.
+TEST(Page, WrapsTheWidestOfTheOtherColumns) {
   Page page(80, false);
   page.Table({{""}, {""}, {""}},
              {{Mark::kNone, {"ab", std::string(90, 'w'), std::string(20, 'l')}}});
-  EXPECT_EQ(page.Take(),
-            "  ab  " + std::string(51, 'w') + "\xE2\x80\xA6  " + std::string(20, 'l') + "\n");
+  EXPECT_EQ(page.Take(), "  ab  " + std::string(52, 'w') + "  " + std::string(20, 'l') +
+                             "\n      " + std::string(38, 'w') + "\n");
 }
 
 TEST(Page, StylesTitlesHeadingsAndMarkedLinesInColour) {
