@@ -5,6 +5,7 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstring>
 #include <filesystem>
@@ -13,6 +14,7 @@
 #include <vector>
 
 #include "sandbox/enter.h"
+#include "sandbox/rows.h"
 #include "sandbox/scenario.h"
 #include "sandbox/testing.h"
 #include "tests/support/paths.h"
@@ -54,6 +56,17 @@ std::vector<std::string> Words(const ProgramResult& result) {
   return lines;
 }
 
+// A database whose schema cannot be read.
+std::string Damaged() {
+  sandbox::SetRows({{"GUID", "abc"}});
+  std::ostringstream bytes;
+  bytes << std::ifstream(kDatabase).rdbuf();
+  sandbox::RemoveDatabase();
+  std::string damaged = bytes.str();
+  damaged.replace(100, 64, 64, '\xFF');
+  return damaged;
+}
+
 ProgramResult AsSomebody(const std::string& command) {
   return RunProgram({"/usr/bin/setpriv", "--reuid", kSomebody, "--regid", kSomebody,
                      "--clear-groups", HostProgram(), command});
@@ -80,6 +93,35 @@ TEST_F(TroubleTest, AFileThatIsNoDatabaseIsOneMessageFromShowAndFromInit) {
   const ProgramResult init = RunProgram({HostProgram(), "init"});
   EXPECT_EQ(init.ExitCode, 1);
   EXPECT_THAT(Words(init), testing::ElementsAre("the status database is not ready: " + words));
+}
+
+// The library reported each of the seven steps that fail.
+TEST_F(TroubleTest, AFileThatIsNoDatabaseIsOneLineFromInitAndStaysAsItIs) {
+  for (const std::string& bytes : {std::string(8192, 'x'), Damaged()}) {
+    std::ofstream(kDatabase) << bytes;
+    const ProgramResult init = RunProgram({test_support::HostProgram(), "init"});
+    EXPECT_EQ(init.ExitCode, 1);
+    EXPECT_EQ(std::count(init.Errors.begin(), init.Errors.end(), '\n'), 1) << init.Errors;
+    EXPECT_THAT(init.Errors, HasSubstr("; move it away, then a host or "));
+    std::ostringstream after;
+    after << std::ifstream(kDatabase).rdbuf();
+    EXPECT_EQ(after.str(), bytes);
+  }
+}
+
+TEST_F(TroubleTest, AFileThatIsNoDatabaseIsOneMessageFromEveryCommand) {
+  const std::vector<std::vector<std::string>> commands = {
+      {"show"}, {"explain"}, {"watch", "--count", "2", "--interval", "1"}};
+  for (const auto& command : commands) {
+    std::vector<std::string> line = {test_support::HostProgram()};
+    line.insert(line.end(), command.begin(), command.end());
+    std::ofstream(kDatabase) << std::string(8192, 'x');
+    EXPECT_THAT(Words(RunProgram(line)), testing::ElementsAre(HasSubstr(" is no database; ")))
+        << command.front();
+    fs::remove(kDatabase);
+    EXPECT_THAT(Words(RunProgram(line)), testing::ElementsAre(HasSubstr(" does not exist; ")))
+        << command.front();
+  }
 }
 
 TEST_F(TroubleTest, AnotherKindOfFileIsNamed) {
