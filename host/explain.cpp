@@ -61,11 +61,10 @@ int Explain(const Options& options) {
   collector.InitDatabase(false);
   insight::Recorder recorder(collector);
   const insight::Snapshot before = recorder.RunCycle();
+  output.PassOn();
   insight::Snapshot snapshot = recorder.RunCycle();
   const std::string wrong_columns = snapshot.Result == 0 ? ColumnTrouble(collector) : "";
   collector.CloseDatabase();
-  trouble.Report();
-  WarnOfColumns(wrong_columns);
   const int result = snapshot.Result;
   const bool errors = HasErrors(WantedRows(snapshot, options.What));
   if (options.Format == kJson) {
@@ -75,6 +74,9 @@ int Explain(const Options& options) {
     const bool colour = WantsColour(output.Descriptor(), Colour::kAuto);
     Put(output, ExplainInText(snapshot, before, options.What, columns, colour));
   }
+  // After the text, which people read first.
+  trouble.Report();
+  WarnOfColumns(wrong_columns);
   if (result != 0) {
     return kTrouble;
   }

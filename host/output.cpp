@@ -1,6 +1,7 @@
 #include "host/output.h"
 
 #include <fcntl.h>
+#include <sys/mman.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -154,6 +155,18 @@ void SyncFolder(const std::string& path) {
   }
 }
 
+// `text` without the lines "Dev Name eth0".
+std::string WithoutDeviceNames(std::string_view text) {
+  std::string rest;
+  while (!text.empty()) {
+    const std::size_t end = text.find('\n');
+    const std::string_view line = text.substr(0, end == std::string_view::npos ? end : end + 1);
+    rest += line.starts_with("Dev Name ") ? "" : line;
+    text.remove_prefix(line.size());
+  }
+  return rest;
+}
+
 }  // namespace
 
 void WriteAll(int descriptor, std::string_view text, const std::string& where) {
@@ -166,24 +179,45 @@ void WriteAll(int descriptor, std::string_view text, const std::string& where) {
   }
 }
 
-StandardOutput::StandardOutput() {
+StandardOutput::StandardOutput() : held_(memfd_create("statuscollector", MFD_CLOEXEC)) {
   std::fflush(stdout);
   descriptor_ = fcntl(STDOUT_FILENO, F_DUPFD_CLOEXEC, STDERR_FILENO + 1);
-  if (descriptor_ == -1 || dup2(STDERR_FILENO, STDOUT_FILENO) == -1) {
+  if (descriptor_ == -1 || dup2(held_ == -1 ? STDERR_FILENO : held_, STDOUT_FILENO) == -1) {
     Fail("standard output");
   }
 }
 
 StandardOutput::~StandardOutput() {
-  std::fflush(stdout);
+  PassOn();
   dup2(descriptor_, STDOUT_FILENO);
   close(descriptor_);
+  if (held_ != -1) {
+    close(held_);
+  }
 }
 
 void StandardOutput::Write(std::string_view text) const {
-  // What the probe printed comes first, also where both streams lead to one place.
-  std::fflush(stdout);
   WriteAll(descriptor_, text, "standard output");
+  PassOn();
+}
+
+void StandardOutput::PassOn() const {
+  std::fflush(stdout);
+  if (held_ == -1) {
+    return;
+  }
+  std::string held;
+  char block[4096];
+  lseek(held_, 0, SEEK_SET);
+  for (ssize_t count = 0; (count = read(held_, block, sizeof block)) > 0;) {
+    held.append(block, static_cast<std::size_t>(count));
+  }
+  lseek(held_, 0, SEEK_SET);
+  static_cast<void>(!ftruncate(held_, 0));
+  if (isatty(STDERR_FILENO) == 1) {
+    held = WithoutDeviceNames(held);
+  }
+  static_cast<void>(std::fwrite(held.data(), 1, held.size(), stderr));
 }
 
 void WriteFile(const std::string& path, std::string_view text) {

@@ -8,8 +8,8 @@ namespace host {
 
 // Standard output, kept for the host's own text. While a cycle runs, the probe prints lines of its
 // own to standard output ("Dev Name eth0"), as it has to. So that what comes out of the program is
-// the document and nothing else, descriptor 1 leads to standard error as long as this object lives,
-// and the text goes to where descriptor 1 led before.
+// the document and nothing else, these are held back as long as this object lives, and the text
+// goes to where descriptor 1 led before.
 class StandardOutput {
  public:
   // Throws std::system_error.
@@ -21,11 +21,17 @@ class StandardOutput {
   // Throws std::system_error when not all of `text` could be written.
   void Write(std::string_view text) const;
 
+  // Sends what was held back to standard error; Write does, after the text, and so does the end of
+  // this object. On a terminal without the lines that name the network devices: they report no
+  // trouble, and people read the text.
+  void PassOn() const;
+
   // Where the text goes, for what a terminal is asked.
   int Descriptor() const { return descriptor_; }
 
  private:
   int descriptor_;
+  int held_;  // a file in memory; -1: there is none, and standard error gets the lines at once
 };
 
 // Writes all of `text` to `descriptor`. Throws std::system_error, which names `where`.

@@ -74,9 +74,10 @@ struct Result {
 };
 
 // Programs read the document alone: their cycles are not observed.
-Result RunPlain(const Options& options, CStatusInterface& collector) {
+Result RunPlain(const Options& options, const StandardOutput& output, CStatusInterface& collector) {
   Result result;
   for (int cycle = 0; cycle < options.Cycles; ++cycle) {
+    output.PassOn();  // of the cycle before
     result.OfCycle = collector.QueryDatabase();
   }
   result.Document = options.Format == kXml ? QtSts::WriteDocument(collector.m_Status)
@@ -84,10 +85,12 @@ Result RunPlain(const Options& options, CStatusInterface& collector) {
   return result;
 }
 
-insight::Snapshot RunObserved(const Options& options, CStatusInterface& collector) {
+insight::Snapshot RunObserved(const Options& options, const StandardOutput& output,
+                              CStatusInterface& collector) {
   insight::Recorder recorder(collector);
   for (int cycle = 1; cycle < options.Cycles; ++cycle) {
     recorder.RunCycle();
+    output.PassOn();
   }
   return recorder.RunCycle();
 }
@@ -103,26 +106,6 @@ Look LookFor(const Options& options, const StandardOutput& output) {
   return look;
 }
 
-Result RunCycles(const Options& options, const StandardOutput& output) {
-  const Look look = LookFor(options, output);
-  CStatusInterface collector;
-  // The limiter of the reports is as old as the process, and syslog() waits for a full log.
-  collector.m_Hardware.m_bLogTrackerPixel = false;
-  const DatabaseTrouble trouble(Opened::kForReading);
-  collector.InitDatabase(false);
-  Result result;
-  if (options.Format != kText && options.With.empty()) {
-    result = RunPlain(options, collector);
-  } else {
-    const insight::Snapshot snapshot = RunObserved(options, collector);
-    result = {snapshot.Result,
-              options.Format == kText ? RenderText(snapshot, look) : RenderJson(snapshot)};
-  }
-  collector.CloseDatabase();
-  trouble.Report();
-  return result;
-}
-
 void Put(const Options& options, const StandardOutput& output, const std::string& document) {
   if (!ToStandardOutput(options)) {
     WriteFile(options.Output, document);
@@ -134,14 +117,33 @@ void Put(const Options& options, const StandardOutput& output, const std::string
   }
 }
 
+int RunCycles(const Options& options, const StandardOutput& output) {
+  const Look look = LookFor(options, output);
+  CStatusInterface collector;
+  // The limiter of the reports is as old as the process, and syslog() waits for a full log.
+  collector.m_Hardware.m_bLogTrackerPixel = false;
+  const DatabaseTrouble trouble(Opened::kForReading);
+  collector.InitDatabase(false);
+  Result result;
+  if (options.Format != kText && options.With.empty()) {
+    result = RunPlain(options, output, collector);
+  } else {
+    const insight::Snapshot snapshot = RunObserved(options, output, collector);
+    result = {snapshot.Result,
+              options.Format == kText ? RenderText(snapshot, look) : RenderJson(snapshot)};
+  }
+  collector.CloseDatabase();
+  Put(options, output, result.Document);
+  trouble.Report();  // after the document, which people read first
+  return result.OfCycle;
+}
+
 int Show(const Options& options) {
   RequireFormat(options, kJson, !options.With.empty(), "--with");
   RequireFormat(options, kText, !options.Sections.empty(), "--section");
   RequireFormat(options, kText, options.Brief, "--brief");
   const StandardOutput output;
-  const Result result = RunCycles(options, output);
-  Put(options, output, result.Document);
-  return result.OfCycle == 0 ? kAllWell : kFailed;
+  return RunCycles(options, output) == 0 ? kAllWell : kFailed;
 }
 
 }  // namespace

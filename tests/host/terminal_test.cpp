@@ -59,6 +59,30 @@ TEST(Terminal, ShowsThatDocumentsAreEqual) {
   EXPECT_EQ(terminal.Output(), "no differences\r\n");
 }
 
+// "Dev Name eth0" used to stand above the first line.
+TEST(Terminal, BeginsWithTheStateAndLeavesOutTheNamesOfDevices) {
+  PseudoTerminal terminal(
+      {test_support::ControllerBox(), "--scenario", sandbox::SourcePath("scenarios/demo"), "--",
+       test_support::HostProgram(), "show", "--color", "never"},
+      {}, {.Columns = 80, .Lines = 2000});
+  EXPECT_EQ(terminal.WaitForEnd(), 0);
+  EXPECT_THAT(terminal.Output(), testing::StartsWith("all well: "));
+  EXPECT_THAT(terminal.Output(), Not(HasSubstr("Dev Name")));
+}
+
+// It used to stand above the page, where the pager hides it.
+TEST(Terminal, ShowsWhatIsWrongWithTheDatabaseAfterThePage) {
+  PseudoTerminal terminal(
+      {test_support::ControllerBox(), "--scenario", sandbox::SourcePath("scenarios/demo"), "--",
+       "/bin/sh", "-c", "rm /dev/shm/status.db*; exec " + test_support::HostProgram() + " show"},
+      {}, {.Columns = 80, .Lines = 2000});
+  EXPECT_EQ(terminal.WaitForEnd(), 1);
+  EXPECT_TRUE(
+      terminal.Output().ends_with("status.db does not exist; a host or `statuscollector "
+                                  "init` creates it\r\n"))
+      << terminal.Output();
+}
+
 // A controller in a box, since a machine without displays has few findings.
 TEST(Terminal, ShowsLinesAsWideAsItsWindow) {
   struct Case {
