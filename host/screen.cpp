@@ -21,7 +21,7 @@ namespace host {
 namespace {
 
 constexpr std::string_view kEnter = "\x1b[?1049h\x1b[?25l";
-constexpr std::string_view kLeave = "\x1b[?25h\x1b[?1049l";
+constexpr std::string_view kLeave = "\x1b[0m\x1b[?25h\x1b[?1049l";  // a line may be highlighted
 constexpr std::string_view kHome = "\x1b[H";
 constexpr std::string_view kRestOfLine = "\x1b[K\n";
 constexpr std::string_view kRestOfScreen = "\x1b[J";
@@ -71,6 +71,27 @@ void HandleAll(bool ours) {
   Handle(SIGWINCH, ours ? &OnChange : SIG_DFL);
 }
 
+// Holds back the signals that are handled, as long as it lives.
+class SignalsHeldBack {
+ public:
+  SignalsHeldBack() {
+    sigset_t held;
+    sigemptyset(&held);
+    for (const int signal : kEndings) {
+      sigaddset(&held, signal);
+    }
+    sigaddset(&held, SIGTSTP);
+    sigaddset(&held, SIGWINCH);
+    sigprocmask(SIG_BLOCK, &held, &before_);
+  }
+  ~SignalsHeldBack() { sigprocmask(SIG_SETMASK, &before_, nullptr); }
+  SignalsHeldBack(const SignalsHeldBack&) = delete;
+  SignalsHeldBack& operator=(const SignalsHeldBack&) = delete;
+
+ private:
+  sigset_t before_;
+};
+
 std::vector<std::string> LinesOf(const std::string& text) {
   std::vector<std::string> lines;
   for (std::size_t begin = 0; begin < text.size();) {
@@ -94,13 +115,16 @@ Screen::Screen(const StandardOutput& output) : output_(output) {
   dup2(nowhere, STDOUT_FILENO);
   close(nowhere);
   g_terminal = output.Descriptor();
+  const SignalsHeldBack held_back;
   HandleAll(true);
   WriteSequence(kEnter);
 }
 
+// A signal ends the program either before this, by its handler, or when the terminal is as it was.
 Screen::~Screen() {
-  HandleAll(false);
+  const SignalsHeldBack held_back;
   WriteSequence(kLeave);
+  HandleAll(false);
   std::fflush(stdout);
   dup2(errors_, STDERR_FILENO);
   dup2(errors_, STDOUT_FILENO);  // as StandardOutput has it
@@ -132,7 +156,7 @@ void Screen::Draw(const std::string& title, const std::string& text, const std::
   output_.Write(screen);
 }
 
-bool WaitUntil(std::chrono::steady_clock::time_point time) {
+bool WaitUntil(std::chrono::steady_clock::time_point time, const StandardOutput& output) {
   // Let in while it waits only: a signal between the question and the wait would not end it.
   sigset_t interrupting;
   sigset_t before;
@@ -145,8 +169,15 @@ bool WaitUntil(std::chrono::steady_clock::time_point time) {
                                std::chrono::steady_clock::duration::zero());
     const auto seconds = std::chrono::duration_cast<std::chrono::seconds>(rest);
     const timespec timeout = {seconds.count(), std::chrono::nanoseconds(rest - seconds).count()};
-    if (ppoll(nullptr, 0, &timeout, &before) == 0) {
+    // Without an event of its own a pipe reports when its reader is gone.
+    pollfd reader = {.fd = output.Descriptor(), .events = 0, .revents = 0};
+    const int ready = ppoll(&reader, 1, &timeout, &before);
+    if (ready == 0) {
       break;
+    }
+    if (ready > 0) {
+      sigprocmask(SIG_SETMASK, &before, nullptr);
+      throw std::system_error(EPIPE, std::generic_category(), "standard output");
     }
   }
   sigprocmask(SIG_SETMASK, &before, nullptr);

@@ -31,7 +31,8 @@ class Screen {
 };
 
 // Waits until `time`. Returns false when the size of the window has changed, or the program was
-// stopped and goes on, before that time.
-bool WaitUntil(std::chrono::steady_clock::time_point time);
+// stopped and goes on, before that time. Throws std::system_error when nobody reads `output` any
+// more.
+bool WaitUntil(std::chrono::steady_clock::time_point time, const StandardOutput& output);
 
 }  // namespace host

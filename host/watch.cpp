@@ -1,13 +1,17 @@
 // watch: run cycles on a schedule and show what changes.
+#include <sys/stat.h>
+
 #include <algorithm>
 #include <chrono>
 #include <ctime>
+#include <iterator>
 #include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
 #include <unordered_map>
 #include <utility>
+#include <vector>
 
 #include "collector/status_interface.h"
 #include "host/commands.h"
@@ -18,6 +22,7 @@
 #include "host/screen.h"
 #include "host/terminal.h"
 #include "host/text.h"
+#include "host/text_template.h"
 #include "host/trouble.h"
 #include "insight/snapshot.h"
 #include "model/compare.h"
@@ -45,14 +50,14 @@ std::string TimeOf(std::chrono::system_clock::time_point time) {
   return {text, std::strftime(text, sizeof text, "%Y-%m-%dT%H:%M:%S%z", &parts)};
 }
 
-// A line for each value that is another one in `now`: time, path, before, after, row key, with tabs
-// between them.
-std::string ChangesOf(const Snapshot& before, const Snapshot& now) {
+// The row that each path comes from in `now`; of several in one field the one that has another
+// value than before.
+std::unordered_map<std::string_view, std::string_view> KeysOf(const Snapshot& before,
+                                                              const Snapshot& now) {
   std::unordered_map<std::string_view, std::string_view> values;
   for (const insight::Row& row : before.Rows) {
     values.emplace(row.Key, row.Value);
   }
-  // Of several rows in one field the one that has another value.
   std::unordered_map<std::string_view, std::string_view> keys;
   for (const insight::Row& row : now.Rows) {
     const auto value = values.find(row.Key);
@@ -65,17 +70,46 @@ std::string ChangesOf(const Snapshot& before, const Snapshot& now) {
       keys.emplace(row.Path, row.Key);
     }
   }
+  return keys;
+}
+
+// The value at `path` as Compare has it; a list, which stands for all that it holds, has none.
+std::string ValueAt(const Snapshot& snapshot, const std::string& path) {
+  if (!snapshot.IsReported(path)) {
+    return kNotReported;
+  }
+  const QtSts::TreeValue* const value = snapshot.Document.Root().FindValue(path);
+  if (value == nullptr) {
+    return "reported";
+  }
+  const bool is_text = value->Kind() == QtSts::ValueKind::kText;
+  return is_text ? '"' + value->Written() + '"' : value->Written();
+}
+
+// A line for each value that is another one in `now`, or is reported in one of them only: time,
+// path, before, after, row key, with tabs between them. A value that is not reported is none,
+// whatever stands there.
+std::string ChangesOf(const Snapshot& before, const Snapshot& now) {
+  const auto keys = KeysOf(before, now);
   const std::string time = TimeOf(now.Began);
   std::string lines;
-  QtSts::Compare(before.Document, now.Document, [&](const QtSts::Difference& difference) {
-    if (ChangesInEachCycle(difference.Path)) {
-      return;
-    }
-    const auto key = keys.find(difference.Path);
-    lines += time + '\t' + difference.Path + '\t' + Printable(difference.Before) + '\t' +
-             Printable(difference.After) + '\t' +
+  const auto add = [&](const std::string& path, const std::string& was, const std::string& is) {
+    const auto key = keys.find(path);
+    lines += time + '\t' + path + '\t' + Printable(was) + '\t' + Printable(is) + '\t' +
              (key == keys.end() ? "" : Printable(key->second)) + '\n';
+  };
+  QtSts::Compare(before.Document, now.Document, [&](const QtSts::Difference& difference) {
+    if (!ChangesInEachCycle(difference.Path) && before.IsReported(difference.Path) &&
+        now.IsReported(difference.Path)) {
+      add(difference.Path, difference.Before, difference.After);
+    }
   });
+  std::vector<std::string> others;
+  std::ranges::set_symmetric_difference(before.NotReported, now.NotReported,
+                                        std::back_inserter(others));
+  for (const std::string& path : others) {
+    add(path, ValueAt(before, path), ValueAt(now, path));
+  }
   return lines;
 }
 
@@ -85,23 +119,62 @@ struct Cycles {
   std::optional<Snapshot> Now;
 };
 
+// The database of a collector. A program that goes on running opens it anew when another file, or
+// none, stands at its name, and after a cycle that failed: by itself the library would go on
+// reading a file that is deleted.
+class Database {
+ public:
+  explicit Database(CStatusInterface& collector) : collector_(collector) { Open(); }
+  ~Database() { collector_.CloseDatabase(); }
+  Database(const Database&) = delete;
+  Database& operator=(const Database&) = delete;
+
+  void OpenAnewIfNeeded(bool failed) {
+    const Identity now = IdentityNow();
+    if (now != opened_ || (failed && now != Identity())) {
+      collector_.CloseDatabase();
+      Open();
+    }
+  }
+
+ private:
+  using Identity = std::pair<dev_t, ino_t>;  // zeros: there is no file
+
+  static Identity IdentityNow() {
+    struct stat status = {};
+    return stat(kDatabaseFile, &status) == 0 ? Identity(status.st_dev, status.st_ino) : Identity();
+  }
+
+  void Open() {
+    opened_ = IdentityNow();  // one that takes its place from here on is noticed
+    collector_.InitDatabase(false);
+  }
+
+  CStatusInterface& collector_;
+  Identity opened_;
+};
+
 // Runs the cycles; `show` gets the last two after each, `redraw` when the window has changed.
 // Returns what the last cycle returned.
 template <class Show, class Redraw>
-int RunCycles(const Options& options, CStatusInterface& collector, const Show& show,
-              const Redraw& redraw) {
+int RunCycles(const Options& options, const StandardOutput& output, CStatusInterface& collector,
+              const Show& show, const Redraw& redraw) {
+  Database database(collector);
   insight::Recorder recorder(collector);
   Schedule schedule{std::chrono::seconds(options.Interval)};
   Cycles cycles;
   for (int cycle = 1;; ++cycle) {
     cycles.Before = std::move(cycles.Now);
+    if (cycles.Before) {
+      database.OpenAnewIfNeeded(cycles.Before->Result != 0);
+    }
     cycles.Now.emplace(recorder.RunCycle());
     show(cycles);
     if (cycle == options.Count) {
       return cycles.Now->Result;
     }
     const Clock::time_point next = schedule.Next();
-    while (!WaitUntil(next)) {
+    while (!WaitUntil(next, output)) {
       redraw(cycles);
     }
   }
@@ -112,15 +185,16 @@ int WatchInLines(const Options& options, const StandardOutput& output, CStatusIn
                  const DatabaseTrouble& trouble) {
   std::string said;
   return RunCycles(
-      options, collector,
+      options, output, collector,
       [&](const Cycles& cycles) {
-        if (cycles.Before) {
-          output.Write(ChangesOf(*cycles.Before, *cycles.Now));
-        }
         if (std::string words = trouble.InWords(); words != said) {
           trouble.Report();
           said = std::move(words);
         }
+        if (cycles.Before) {
+          output.Write(ChangesOf(*cycles.Before, *cycles.Now));
+        }
+        output.PassOn();
       },
       [](const Cycles&) {});
 }
@@ -140,18 +214,32 @@ std::string TimesIn(const std::string& text) {
   return times;
 }
 
+// "Every 2 s; Ctrl-C ends. Last cycle: 2026-11-22T04:29:22+0100", in a narrow window without the
+// date.
+std::string TitleOf(const Options& options, const std::string& time, std::size_t columns) {
+  constexpr std::size_t kDate = 11;  // bytes of "2026-11-22T"
+  constexpr std::size_t kClock = 8;
+  const std::string title = "Every " + std::to_string(options.Interval) + " s; Ctrl-C ends.";
+  const std::string last = " Last cycle: ";
+  for (const std::string& text :
+       {title + last + time, title + last + time.substr(std::min(kDate, time.size()), kClock)}) {
+    if (text.size() <= columns) {
+      return text;
+    }
+  }
+  return title;
+}
+
 int WatchOnScreen(const Options& options, const StandardOutput& output,
                   CStatusInterface& collector) {
   Screen screen(output);
-  const std::string title =
-      "Every " + std::to_string(options.Interval) + " s; Ctrl-C ends. Last cycle: ";
   const auto draw = [&](const Cycles& cycles) {
     const Look look = {.Columns = WindowOf(output.Descriptor()).Columns};
     const std::string text = RenderText(*cycles.Now, look);
-    screen.Draw(title + TimeOf(cycles.Now->Began), text,
+    screen.Draw(TitleOf(options, TimeOf(cycles.Now->Began), look.Columns), text,
                 cycles.Before ? RenderText(*cycles.Before, look) + TimesIn(text) : "");
   };
-  return RunCycles(options, collector, draw, draw);
+  return RunCycles(options, output, collector, draw, draw);
 }
 
 int Watch(const Options& options) {
@@ -159,11 +247,9 @@ int Watch(const Options& options) {
   CStatusInterface collector;
   collector.m_Hardware.m_bLogTrackerPixel = false;
   const DatabaseTrouble trouble(Opened::kForReading);
-  collector.InitDatabase(false);
   const bool on_screen = !options.Changes && WantsScreen(output.Descriptor());
   const int result = on_screen ? WatchOnScreen(options, output, collector)
                                : WatchInLines(options, output, collector, trouble);
-  collector.CloseDatabase();
   if (on_screen) {
     trouble.Report();  // the screen that said it is gone
   }

@@ -1,9 +1,15 @@
-// What terminal_test.cpp runs on a terminal: asks host/terminal.h there, and prints the answer
-// between "<" and ">".
+// What the tests run on a terminal: asks host/terminal.h there, and prints the answer between "<"
+// and
+// ">"; or shows a screen.
+#include <dlfcn.h>
+
+#include <csignal>
 #include <cstdio>
 #include <string>
 #include <string_view>
 
+#include "host/output.h"
+#include "host/screen.h"
 #include "host/terminal.h"
 
 namespace {
@@ -23,10 +29,35 @@ void ShowLines() {
   std::puts(host::ShowInPager(1, text) ? "<pager>" : "<no pager>");
 }
 
+bool g_interrupt_at_end = false;
+
+// Ctrl-C comes at the moment at which the screen gives the signal back to the system.
+void ShowScreen() {
+  const host::StandardOutput output;
+  host::Screen screen(output);
+  screen.Draw("<title>", "line\n", "another line\n");
+  g_interrupt_at_end = true;
+}
+
 }  // namespace
+
+// Stands in front of the system's.
+int sigaction(int signal, const struct sigaction* action, struct sigaction* before) noexcept {
+  using Function = int (*)(int, const struct sigaction*, struct sigaction*);
+  static const auto real = reinterpret_cast<Function>(dlsym(RTLD_NEXT, "sigaction"));
+  const int result = real(signal, action, before);
+  if (g_interrupt_at_end && signal == SIGINT) {
+    raise(SIGINT);
+  }
+  return result;
+}
 
 int main(int argc, char** argv) {
   const std::string_view what = argc == 2 ? argv[1] : "";
+  if (what == "screen") {
+    ShowScreen();
+    return 0;
+  }
   if (what == "page") {
     ShowLines();
     return 0;

@@ -40,6 +40,25 @@ std::vector<std::string> InBox(const std::string& line) {
 
 std::string WatchFor(const std::string& options) { return "exec $COLLECTOR watch -i 1 " + options; }
 
+// What the program writes to a pipe from its first cycle to the second one after `change`, however
+// slow the machine is.
+ProgramResult WatchAround(const std::string& change, const std::string& before = "") {
+  return test_support::RunProgram(
+      InBox(before +
+            "cycles() { grep -c 'Dev Name eth0' /tmp/errors; }; "
+            "$COLLECTOR watch -i 1 > /tmp/lines 2> /tmp/errors & "
+            "until [ $(cycles) -ge 1 ]; do sleep 0.1; done; " +
+            change +
+            "; count=$(cycles); until [ $(cycles) -ge $((count + 2)) ]; do sleep 0.1; done; "
+            "kill $!; cat /tmp/lines; cat /tmp/errors >&2"));
+}
+
+// A command that runs these statements, in which there is no double quote.
+std::string Sql(const std::string& statements) {
+  return "python3 -c \"import sqlite3; sqlite3.connect('/dev/shm/status.db').executescript('''" +
+         statements + "''')\"";
+}
+
 TEST(Watch, WritesALineForEachChangeToAPipe) {
   const ProgramResult result = test_support::RunProgram(
       InBox("$COLLECTOR watch -i 1 -n 3 & sleep 1.5; "
@@ -83,6 +102,62 @@ TEST(Watch, SaysOnceWhatIsWrongWithTheDatabase) {
   const std::size_t first = result.Errors.find(words);
   ASSERT_NE(first, std::string::npos) << result.Errors;
   EXPECT_EQ(result.Errors.find(words, first + 1), std::string::npos) << result.Errors;
+}
+
+// Nothing of the new file used to be seen until the program was started again.
+TEST(Watch, OpensADatabaseThatIsMadeAfterItBegan) {
+  const ProgramResult result =
+      WatchAround("cp /tmp/kept /dev/shm/made; mv /dev/shm/made /dev/shm/status.db",
+                  "cp /dev/shm/status.db /tmp/kept; rm /dev/shm/status.db*; ");
+  EXPECT_THAT(result.Output, HasSubstr("\tOutputs[0]/Title\tnot reported\t\"North "
+                                       "scoreboard\"\tTtableTitle\n"))
+      << result.Errors;
+}
+
+TEST(Watch, OpensADatabaseThatTakesThePlaceOfTheOneItReads) {
+  const ProgramResult result = WatchAround(
+      "rm /dev/shm/status.db*; " + Sql("CREATE TABLE status(address TEXT PRIMARY KEY, value TEXT); "
+                                       "INSERT INTO status VALUES('TtableTitle', 'Another one');"));
+  EXPECT_THAT(result.Output, HasSubstr("\"Another one\"\tTtableTitle\n")) << result.Errors;
+}
+
+// It used to go on with the deleted file, or to say "see the system log".
+TEST(Watch, SaysOnceWhatToDoWhenTheDatabaseIsDeleted) {
+  const ProgramResult result = WatchAround("rm /dev/shm/status.db*");
+  const std::string words =
+      "statuscollector: /dev/shm/status.db does not exist; a host or `statuscollector init` "
+      "creates it\n";
+  const std::size_t first = result.Errors.find("statuscollector: ");
+  ASSERT_NE(first, std::string::npos) << result.Errors;
+  EXPECT_EQ(result.Errors.substr(first, words.size()), words);
+  EXPECT_EQ(result.Errors.find("statuscollector: ", first + 1), std::string::npos);
+}
+
+// What stands in a field that is not reported used to be a change, its initial value or a zero.
+TEST(Watch, WritesOneLineForAFieldThatIsNoLongerReported) {
+  const ProgramResult result =
+      WatchAround(Sql("DELETE FROM status WHERE address IN ('TtableTitle', 'ErrorFlags');"));
+  EXPECT_THAT(result.Output,
+              HasSubstr("\tOutputs[0]/Title\t\"North scoreboard\"\tnot reported\t\n"))
+      << result.Errors;
+  // Its text stays in the document.
+  EXPECT_THAT(result.Output, HasSubstr("\tErrorFlags\t\"0x0000000000000000\"\tnot reported\t\n"));
+  EXPECT_EQ(std::count(result.Output.begin(), result.Output.end(), '\n'), 2) << result.Output;
+}
+
+TEST(Watch, WritesOneLineForAListThatIsNoLongerReported) {
+  const ProgramResult result = WatchAround("rm /dev/shm/status.db*");
+  EXPECT_THAT(result.Output, HasSubstr("\tSensors\treported\tnot reported\t\n"));
+  EXPECT_THAT(result.Output, Not(HasSubstr("\tSensors[")));
+}
+
+// It used to notice at the next change only, perhaps never.
+TEST(Watch, EndsAtOnceWhenItsReaderIsGone) {
+  const ProgramResult result = test_support::RunProgram(
+      InBox("{ timeout 50 $COLLECTOR watch -i 1000; echo \"status $?\" >&2; } | true"));
+  EXPECT_THAT(result.Errors,
+              HasSubstr("statuscollector: standard output: Broken pipe; let its reader read to "
+                        "the end\nstatus 2\n"));
 }
 
 TEST(Watch, BeginsItsCyclesAnIntervalApart) {
@@ -173,6 +248,30 @@ TEST(Watch, LeavesTheTerminalAsItWasOnCtrlC) {
   EXPECT_EQ(before.c_lflag, after.c_lflag);
   EXPECT_EQ(before.c_iflag, after.c_iflag);
   EXPECT_EQ(before.c_oflag, after.c_oflag);
+}
+
+// The signal had its own handler no more, and the alternate screen was still there.
+TEST(Watch, LeavesTheTerminalAsItWasOnCtrlCAtItsVeryEnd) {
+  PseudoTerminal terminal({test_support::TerminalChild(), "screen"});
+  terminal.WaitForEnd();
+  const std::string& output = terminal.Output();
+  ASSERT_THAT(output, HasSubstr(kEnter));
+  EXPECT_THAT(output, HasSubstr("<title>"));
+  EXPECT_TRUE(output.ends_with(kLeave)) << output;
+}
+
+// The title used to be cut in the middle of its time.
+TEST(Watch, HasATitleThatFitsTheWindow) {
+  for (const auto& [columns, title] :
+       {std::pair(80,
+                  "Every 1000 s; Ctrl-C ends. Last cycle: [0-9-]{10}T[0-9:]{8}[+-][0-9]{4}\x1b"),
+        std::pair(60, "Every 1000 s; Ctrl-C ends. Last cycle: [0-9:]{8}\x1b"),
+        std::pair(40, "Every 1000 s; Ctrl-C ends.\x1b")}) {
+    PseudoTerminal terminal(InBox("exec $COLLECTOR watch -i 1000"), {},
+                            {.Columns = static_cast<unsigned short>(columns), .Lines = 20});
+    ASSERT_TRUE(terminal.WaitFor("more lines)"));
+    EXPECT_THAT(terminal.Output(), testing::ContainsRegex(title));
+  }
 }
 
 TEST(Watch, WritesLinesToATerminalWhenAsked) {
