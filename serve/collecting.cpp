@@ -73,7 +73,7 @@ Collecting::Collecting(std::chrono::seconds interval)
 Collecting::~Collecting() {
   if (!Stop({})) {
     std::fflush(nullptr);
-    _exit(EXIT_SUCCESS);
+    _exit(EXIT_FAILURE);
   }
   thread_.join();
   close(published_);

@@ -21,8 +21,8 @@ class Collecting {
  public:
   // Throws std::system_error.
   explicit Collecting(std::chrono::seconds interval);
-  // Ends the process when the thread does not end: a cycle that hangs cannot be stopped. Call
-  // Stop() before to wait for it.
+  // Ends the process, as a failure, when the thread has not ended: a cycle that hangs cannot be
+  // stopped. Stop() waits for it.
   ~Collecting();
   Collecting(const Collecting&) = delete;
   Collecting& operator=(const Collecting&) = delete;
