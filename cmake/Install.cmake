@@ -120,6 +120,8 @@ set_target_properties(capture_program serve_program PROPERTIES
                       INSTALL_RPATH "$ORIGIN/${status_libraries_from_libexec}")
 install(TARGETS serve_program RUNTIME DESTINATION ${CMAKE_INSTALL_LIBEXECDIR}/statuscollector
         COMPONENT server)
+install(FILES packaging/prometheus/dashboard.json packaging/prometheus/prometheus.yml
+        packaging/prometheus/rules.yml DESTINATION ${status_data_dir}/prometheus COMPONENT server)
 
 # Examples and the schema.
 install(DIRECTORY examples DESTINATION ${CMAKE_INSTALL_DATAROOTDIR}/doc/libstatuscollector-dev
