@@ -9,6 +9,7 @@
 #include "hardware/paths.h"
 #include "insight/source_database.h"
 #include "insight/source_recorder.h"
+#include "model/network.h"
 
 namespace insight {
 namespace {
@@ -49,11 +50,13 @@ bool FindLostLinks(const Snapshot& snapshot, std::vector<Finding>* findings) {
   return found;
 }
 
-// "eth0, eth1"
+// "eth0 without an IPv4 address, eth1"
 std::string NamesOf(const QtSts::TreeElement& devices) {
   std::string names;
   for (const QtSts::TreeElement& device : devices.Children()) {
     names += (names.empty() ? "" : ", ") + device.FindValue("Name")->Written();
+    const bool has_address = device.FindValue("IPv4Address")->Text() != QtSts::kNoIPv4Address;
+    names += has_address ? "" : " without an IPv4 address";
   }
   return names;
 }

@@ -208,6 +208,10 @@ class Finder {
     }
     finding.Where = place_;
     origins_.Name(&finding, element, key);
+    if (finding.Path.ends_with("/Connected") && finding.Key.ends_with("_Type")) {
+      finding.Message = "sensor counts as not connected: no row of it says that it is";
+      finding.Hint = "the program that writes its rows: Connected is missing";
+    }
     findings_.push_back(std::move(finding));
   }
 

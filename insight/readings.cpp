@@ -121,7 +121,7 @@ Number BesideAskedFor(const TreeElement& dimming, const TreeValue& value, Peers*
   constexpr double kLeast = 20;  // a smaller difference may be on its way
   const double asked_for = NumberOf(*dimming.FindValue("DimmingLevel"));
   const bool known = std::abs(NumberOf(value) - asked_for) >= kLeast && !MayDiffer(dimming);
-  return known ? ShareOf(NumberOf(value), asked_for) : Number();
+  return known ? ShareOf(NumberOf(value), std::max(asked_for, 1.0)) : Number();
 }
 
 constexpr const char* kNoLimit = nullptr;

@@ -563,6 +563,10 @@ const DocumentCase kCases[] = {
      "brightness, as a share of the one asked for, 2000 %, above the limit of 400 %: 100 %",
      [](CStatus& status) { SetBrightness(status, 5, 100, kDimmingManual); },
      [](CStatus& status) { SetBrightness(status, 1, 20, kDimmingManual); }},
+    {"BrightThoughNoneIsAskedFor", "brightness", kWarning,
+     "brightness, as a share of the one asked for, 2000 %, above the limit of 400 %: 20 %",
+     [](CStatus& status) { SetBrightness(status, 0, 20, kDimmingManual); },
+     [](CStatus& status) { SetBrightness(status, 0, 19, kDimmingManual); }},
     {"DarkerThanAScheduleSays", "brightness", kWarning,
      "brightness, as a share of the one asked for, 5 %, below the limit of 25 %: 5 %",
      [](CStatus& status) { SetBrightness(status, 100, 5, 4); },   // vmax
@@ -817,7 +821,9 @@ const CycleCase kCycleCases[] = {
     {"DeviceGone", "device-gone", kWarning, "network device eth0 is gone; there is eth1",
      [](Snapshot& snapshot) {
        CStatus status;
-       AddNetworkDevice(status).Name = "eth1";
+       CNetworkDevice& device = AddNetworkDevice(status);
+       device.Name = "eth1";
+       device.IPv4Address = "10.50.0.1";
        snapshot.Document = DocumentTree(status);
        AddNamed(snapshot, "interfaces", "no device eth0");
        AddNamed(snapshot, "routes", "no default route");
@@ -829,10 +835,12 @@ const CycleCase kCycleCases[] = {
        AddNamed(snapshot, "interfaces", "");
      }},
     {"NoGatewayOfADevice", "no-gateway", kWarning,
-     "no network device has a default gateway; in use: eth0",
+     "no network device has a default gateway; in use: eth0 without an IPv4 address, eth1",
      [](Snapshot& snapshot) {
        CStatus status;
        AddNetworkDevice(status);
+       AddNetworkDevice(status).Name = "eth1";
+       status.Network.Devices[1]->IPv4Address = "10.50.0.1";
        snapshot.Document = DocumentTree(status);
        AddNamed(snapshot, "routes", "no default route");
      },
@@ -1087,6 +1095,18 @@ TEST(Findings, NameTheRowThatTheValueCameFrom) {
   snapshot.Rows.push_back(MakeRow("Sensor_13_CurrentRpm", "Sensors[0]/CurrentRpm"));
   EXPECT_EQ(FindFindings(snapshot, {}).front().Key, "Sensor_13_CurrentRpm");
   EXPECT_EQ(FindFindings(snapshot, {}).front().Source, "database");
+}
+
+// People looked for a plug where a row is missing.
+TEST(Findings, SayOfASensorWithoutARowConnectedThatItIsMissing) {
+  CStatus status;
+  AddSensor<CCANTempSensor>(status).Connected = false;
+  Snapshot snapshot = Healthy(status);
+  snapshot.Rows.push_back(MakeRow("Sensor_13_Type", "Sensors[0]"));
+  EXPECT_EQ(FindFindings(snapshot, {}).front().Message,
+            "sensor counts as not connected: no row of it says that it is");
+  snapshot.Rows.push_back(MakeRow("Sensor_13_Connected", "Sensors[0]/Connected"));
+  EXPECT_EQ(FindFindings(snapshot, {}).front().Message, "sensor is not connected");
 }
 
 TEST(Findings, NameTheRowThatFilledTheFieldWithOthers) {
