@@ -1,4 +1,4 @@
-"""Sorts the lines of callgrind_annotate into classes."""
+"""Sorts what callgrind counted into classes."""
 import re
 
 # Each is a list of classes. The first whose pattern is found in "function [object]" takes the line.
@@ -34,17 +34,35 @@ OBJECTS = [
     ("everything else", r""),
 ]
 
-LINE = re.compile(r"^\s*([\d,]+) \([ \d.]+%\)\s+\S*?:(.*)$")
+NAME = re.compile(r"(\w+)=\((\d+)\)(?: (.*))?$")
+KINDS = {"cfn": "fn", "cob": "ob"}  # a called one is named once for both
 
 
-def classify(listing, classes):
+def costs(path):
+    """What callgrind wrote: instructions by "function [object]". callgrind_annotate would put functions of
+    one name together, as those of templates, which each library has, whatever their objects are."""
+    names, place, found, called = {}, {}, {}, False
+    for line in path.read_text().splitlines():
+        named = NAME.match(line)
+        if named:
+            kind, number, text = named.groups()
+            key = KINDS.get(kind, kind), number
+            names.setdefault(key, text)
+            place[kind] = names[key]
+        elif line.startswith("calls="):
+            called = True  # the next line is what the called function cost
+        elif line[:1].isdigit() or line[:1] in ("+", "-", "*"):
+            if not called:
+                what = f"{place['fn']} [{place['ob']}]"
+                found[what] = found.get(what, 0) + int(line.split()[1])
+            called = False
+    return found
+
+
+def classify(found, classes):
     totals = {name: 0 for name, _ in classes}
-    for line in listing.splitlines():
-        found = LINE.match(line)
-        if found:
-            what = found.group(2)
-            name = next(name for name, pattern in classes if re.search(pattern, what))
-            totals[name] += int(found.group(1).replace(",", ""))
+    for what, cost in found.items():
+        totals[next(name for name, pattern in classes if re.search(pattern, what))] += cost
     return totals
 
 
