@@ -4,6 +4,7 @@
 
 #include <stdexcept>
 
+#include "host/text.h"
 #include "model/json.h"
 #include "model/xml.h"
 
@@ -58,6 +59,14 @@ void Bodies::Parse() {
   DoNotOptimize(QtSts::ReadDocument(xml_, &error));
 }
 
+void Bodies::Explained() { snapshot_.emplace(recorder_.RunCycle()); }
+void Bodies::Text() {
+  if (!snapshot_) {
+    Explained();
+  }
+  Write(host::RenderText(*snapshot_, {}));
+}
+
 std::span<const Benchmark> Benchmarks() {
   static constexpr Benchmark kBenchmarks[] = {
       {"Cycle", &Bodies::Cycle},         {"Watched", &Bodies::Watched},
@@ -67,7 +76,8 @@ std::span<const Benchmark> Benchmarks() {
       {"Network", &Bodies::Network},     {"NetworkFloor", &Bodies::NetworkFloor},
       {"ProbeJson", &Bodies::ProbeJson}, {"Xml", &Bodies::Xml},
       {"XmlFloor", &Bodies::XmlFloor},   {"Json", &Bodies::Json},
-      {"Parse", &Bodies::Parse},
+      {"Parse", &Bodies::Parse},         {"Explained", &Bodies::Explained},
+      {"Text", &Bodies::Text},
   };
   return kBenchmarks;
 }

@@ -4,6 +4,7 @@
 #include <array>
 #include <cstddef>
 #include <cstdint>
+#include <optional>
 #include <span>
 #include <string>
 #include <vector>
@@ -11,6 +12,7 @@
 #include "bench/floors.h"
 #include "collector/observer.h"
 #include "collector/status_interface.h"
+#include "insight/snapshot.h"
 
 namespace bench {
 
@@ -40,6 +42,9 @@ class Bodies {
   void Json();
   void Parse();
 
+  void Explained();  // Cycle with all that `show` says of it
+  void Text();       // of Explained
+
   // Bytes of the text that was written last.
   std::size_t Written() const { return written_; }
 
@@ -58,6 +63,8 @@ class Bodies {
   CStatusInterface collector_;
   CTolmarHardware probe_;
   QtSts::CStatus status_;
+  insight::Recorder recorder_{collector_};
+  std::optional<insight::Snapshot> snapshot_;
   bench::RowsFloor rows_floor_;
   std::string xml_;
   std::vector<TreeStep> steps_;

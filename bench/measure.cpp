@@ -1,6 +1,6 @@
 // bench_measure ROUNDS COMMAND... [-- COMMAND...]: runs the commands in turn, ROUNDS times each,
 // their output thrown away, and prints for each run the number of the command, from 0 on, the
-// processor time in microseconds and the peak memory in kB, on standard output.
+// processor time in microseconds, the peak memory in kB and the page faults, on standard output.
 //
 // A program of its own, and a small one, because a process begins with the peak of the one that
 // started it.
@@ -39,8 +39,9 @@ bool Measure(std::size_t number, char** command) {
   if (child < 0 || wait4(child, &status, 0, &usage) < 0 || status != 0) {
     return false;
   }
-  std::printf("%zu %ld %ld\n", number, Microseconds(usage.ru_utime) + Microseconds(usage.ru_stime),
-              usage.ru_maxrss);
+  std::printf("%zu %ld %ld %ld\n", number,
+              Microseconds(usage.ru_utime) + Microseconds(usage.ru_stime), usage.ru_maxrss,
+              usage.ru_minflt + usage.ru_majflt);
   return true;
 }
 

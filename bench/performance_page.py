@@ -95,6 +95,66 @@ def reaches(f):
     ]
 
 
+def reasons(f):
+    """Of the rows of the table that are not reached: why, with figures of the same run."""
+    parts, counts = demo_parts(f), f["instructions"][MAIN]
+    more = {name: mine - floor for name, (mine, floor) in parts.items()}
+    events = {name: (counts["Watched"][name] - counts["Cycle"][name]) / int(MAIN) for name in counts["Cycle"]}
+    kinds = {kind: sum(f["sizes"][library][kind] for library in SHIPPED) / KIB
+             for kind in f["sizes"][SHIPPED[0]]}
+    largest = sorted(kinds, key=kinds.get, reverse=True)[:4]
+    calls = sum(f["demo calls"]["Cycle"].values()) - sum(f["demo calls"]["Floors"].values())
+    document = f["demo instructions"]
+    steps = process_steps(f)
+
+    def listed(values, form):
+        return ", ".join(form(name, value) for name, value in values)
+
+    def process_reason(name):
+        least = 1 + f["demo"]["Cycle"]["time"] / 1000 / f["processes"]["empty"][0]
+        return ("beyond the empty program: " +
+                listed(list(steps[name].items())[1:], lambda what, cost: f"{what} {cost:,.0f} µs") +
+                f"; with nothing but a cycle as in a host that stays it would be {least:.2f}")
+
+    return {
+        "probe / floor": "above its floor: " + listed(
+            [each for each in more.items() if not each[0].startswith("rows")],
+            lambda name, cost: f"{name} {cost:+,.0f} µs") +
+            f"; {calls:+.0f} system calls look at what was opened, and 3 MiB are searched",
+        "whole cycle": "above its floor: " + listed(more.items(), lambda name, cost: f"{name} {cost:+,.0f} µs"),
+        "rows / bare loop": f"without any copy and without the allocator {without_records(f):.2f} would remain",
+        "observer": "instructions for a row, to make the events, hand them over and count them: " + listed(
+            [each for each in events.items() if round(each[1])], lambda name, cost: f"{name} {cost:+,.0f}"),
+        "`show` / empty": process_reason("show"),
+        "`show --format json`": process_reason("show json"),
+        "peak memory": "MiB of the program alone (`--version`) {:.1f}, with a cycle and JSON {:.1f}, with all "
+                       "that is said of each row {:.1f}".format(*(
+                           (f["processes"][name][1] - f["processes"]["empty"][1]) / KIB
+                           for name in ("start", "show json", "show"))),
+        "XML of the demo": "above its floor, in thousand instructions: " + listed(
+            [(name, (document["Xml"][name] - document["XmlFloor"][name]) / 1000) for name in document["Xml"]
+             if abs(document["Xml"][name] - document["XmlFloor"][name]) > 500],
+            lambda name, cost: f"{name} {cost:+,.0f}"),
+        "a process for each document": "the empty program alone, which loads the libraries, takes "
+                                       f"{fraction(process(f, 'empty', 'python'))}",
+        "a document in a host": "the floor of its probe alone takes "
+                                f"{fraction(f['demo']['ProbeFloor']['time'] / 1000 / f['processes']['python'][0])}",
+        "stripped size": listed([(kind, kinds[kind]) for kind in largest],
+                                lambda kind, size: f"{kind} {size:.0f} KiB"),
+    }
+
+
+def reason_list(f):
+    """A line for each row that is not reached."""
+    lines = []
+    for what, most, value, form, where in reaches(f):
+        if most is not None and value > most:
+            why = next((why for begin, why in reasons(f).items() if what.startswith(begin)),
+                       f"what is under {where} says where it goes")
+            lines.append(f"- {what}, {form(value)}: {why}.")
+    return "\n".join(["What is not reached, and what takes the rest:", "", *lines] if lines else [])
+
+
 def table(head, lines):
     rule = ["---"] + ["---:"] * (len(head) - 1)
     return "\n".join("| " + " | ".join(line) + " |" for line in [head, rule, *lines])
@@ -173,7 +233,7 @@ def growth_table(f):
 
 
 BODIES = ("Cycle", "Floors", "Watched", "RowsFloor", "Probe", "ProbeFloor", "Packages", "PackagesFloor",
-          "Network", "NetworkFloor", "ProbeJson", "Xml", "XmlFloor", "Json", "Parse")
+          "Network", "NetworkFloor", "ProbeJson", "Xml", "XmlFloor", "Json", "Parse", "Explained", "Text")
 
 
 def demo_table(f):
@@ -182,8 +242,8 @@ def demo_table(f):
     return table(["demo", "µs", "instructions"], lines)
 
 
-def parts_table(f):
-    """The demo's cycle in parts, each with its floor."""
+def demo_parts(f):
+    """The demo's cycle in parts: microseconds of each and of its floor."""
     time = {name: figures["time"] / 1000 for name, figures in f["demo"].items()}
     parts = {
         "package database": (time["Packages"], time["PackagesFloor"]),
@@ -194,6 +254,11 @@ def parts_table(f):
         "rows, time, the document before": (time["Cycle"] - time["Probe"],
                                              time["Floors"] - time["ProbeFloor"]),
     }
+    return parts
+
+
+def parts_table(f):
+    parts = demo_parts(f)
     return comparison_table(["µs", "cycle", "floor", "more"],
                             {name: both[0] for name, both in parts.items()},
                             {name: both[1] for name, both in parts.items()}, 1, 1)
@@ -218,23 +283,51 @@ def document_table(f):
 
 
 PROCESSES = {"show": "`statuscollector show`", "show json": "`statuscollector show --format json`",
+             "start": "`statuscollector --version`",
              "empty": "an empty program on the same libraries", "python": "`bench/peer.py`",
              "shell": "`sqlite3 -json`, the table alone"}
 
 
 def process_table(f):
-    return table(["a process for each document, demo", "µs", "peak MiB"],
-                 [[text, f"{f['processes'][name][0]:,.0f}", f"{f['processes'][name][1] / KIB:.1f}"]
-                  for name, text in PROCESSES.items()])
+    return table(["a process for each document, demo", "µs", "peak MiB", "page faults"],
+                 [[text, f"{f['processes'][name][0]:,.0f}", f"{f['processes'][name][1] / KIB:.1f}",
+                   f"{f['processes'][name][2]:,}"] for name, text in PROCESSES.items()])
+
+
+def process_steps(f):
+    """What `show` and `show --format json` do, in microseconds; the last is the rest of what was measured."""
+    demo = {name: figures["time"] / 1000 for name, figures in f["demo"].items()}
+    empty, start = (f["processes"][name][0] for name in ("empty", "start"))
+    begin = {"the empty program": empty, "the program's own start": start - empty,
+             "a cycle, as in a host that stays": demo["Cycle"]}
+    found = {"show json": {**begin, "JSON": demo["Json"]},
+             "show": {**begin, "what became of sources and rows, findings": demo["Explained"] - demo["Cycle"],
+                      "text": demo["Text"]}}
+    for name, steps in found.items():
+        steps["what is done for the first time: symbols, memory, opening the database"] = (
+            f["processes"][name][0] - sum(steps.values()))
+    return found
+
+
+def step_table(f):
+    found = process_steps(f)
+    names = list(dict.fromkeys([*list(found["show"])[:-1], "JSON", list(found["show"])[-1]]))
+    lines = [[what, *(f"{found[each][what]:,.0f}" if what in found[each] else "" for each in ("show", "show json"))]
+             for what in names]
+    lines.append(["**all**", *(f"**{f['processes'][each][0]:,.0f}**" for each in ("show", "show json"))])
+    return table(["µs", "`show`", "`show --format json`"], lines)
+
+
+PROFILED = ("show", "show json", "start", "empty")
 
 
 def process_profile(f):
     counts = f["process instructions"]
-    lines = [[name, *(f"{counts[each][name] / 1000:,.0f}" for each in ("show", "show json", "empty"))]
+    lines = [[name, *(f"{counts[each][name] / 1000:,.0f}" for each in PROFILED)]
              for name in counts["show"] if any(counts[each][name] > 500 for each in counts)]
     lines.append(["**all**", *(f"**{total(counts[each]) / 1000:,.0f}**"
-                               for each in ("show", "show json", "empty"))])
-    return table(["thousand instructions", "`show`", "`show --format json`", "empty program"], lines)
+                               for each in PROFILED)])
+    return table(["thousand instructions", "`show`", "`show --format json`", "`--version`", "empty program"], lines)
 
 
 def size_table(f):
@@ -254,6 +347,13 @@ def machine(f):
             f"{compiler}, release preset. The machine's load was between {min(f['loads']):.1f} and "
             f"{max(f['loads']):.1f} while this was measured; this alone makes about 1, the rest was other "
             "work beside it.")
+
+
+def contradiction(f):
+    """A paragraph when other work beside it disturbed the times of the demo."""
+    pairs = f["contradictions"]
+    return "" if not pairs else "\n**Measure again:** " + ", ".join(
+        f"{part} took longer than {whole}, of which it is a part" for part, whole in pairs) + ".\n"
 
 
 def page(f):
@@ -282,12 +382,14 @@ Machine: {machine(f)}
 
 {reach_table(f)}
 
+{reason_list(f)}
+
 ## Demo
 
 The demo scenario with a package database of 3 MiB.
 
 {parts_table(f)}
-
+{contradiction(f)}
 The floors of the rows are those after a floor of the probe, as in a cycle. The floors open by path. The
 cycle also looks at what it opened, follows only links that it trusts, and examines the database's files
 and schema before it reads a row. System calls, with those of the box's device nodes:
@@ -337,6 +439,10 @@ looked for in the kernel's list of routes, which has a line for each.
 ## Processes
 
 {process_table(f)}
+
+Where the time goes; a part that is also done in a host that stays is counted as it takes there:
+
+{step_table(f)}
 
 Where the instructions go; those of the empty program are the loader's and the libraries' own start:
 
