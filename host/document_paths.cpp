@@ -88,7 +88,11 @@ std::string WhyNot(const std::string& whole) {
       const std::string_view name = NearestName(step, classes);
       const std::string above =
           whole.substr(0, static_cast<std::size_t>(step.data() - whole.data()));
-      return why + (name.empty() ? "" : "; the nearest is " + above + std::string(name)) + cure;
+      std::string words = why;
+      if (!name.empty()) {
+        words.append("; the nearest is ").append(above).append(name);
+      }
+      return words + cure;
     }
     classes = std::move(next);
   }

@@ -20,44 +20,46 @@ class FieldAccess {
   }
 
   // The value of a field; null when it is absent.
-  static const void* Read(const Field& field, const void* part) { return field.Read(part); }
+  static const void* Read(const Field& field, const void* part) { return field.read_(part); }
   // The same, made when it is absent.
-  static void* Make(const Field& field, void* part) { return field.Make(part); }
+  static void* Make(const Field& field, void* part) { return field.make_(part); }
 
   // The part of an object of class `info` that its base is. The class has one.
-  static void* ToBase(const ClassInfo& info, void* object) { return info.ToBase(object); }
+  static void* ToBase(const ClassInfo& info, void* object) { return info.to_base_(object); }
 
   // What an object has its listing for.
   static const void* AddressOf(const ListedObject& object) { return object.object_; }
 
-  static std::size_t Count(const ListAccess& list, const void* of) { return list.Count(of); }
+  static std::size_t Count(const ListAccess& list, const void* of) { return list.count_(of); }
   static CBaseStatus* At(const ListAccess& list, const void* of, std::size_t position) {
-    return list.At(of, position);
+    return list.at_(of, position);
   }
   // Takes ownership.
-  static void Add(const ListAccess& list, void* to, CBaseStatus* element) { list.Add(to, element); }
+  static void Add(const ListAccess& list, void* to, CBaseStatus* element) {
+    list.add_(to, element);
+  }
 
   // For what makes listings.
   static constexpr ListAccess List(std::size_t (*count)(const void*),
                                    CBaseStatus* (*at)(const void*, std::size_t),
                                    void (*add)(void*, CBaseStatus*)) {
     ListAccess list;
-    list.Count = count;
-    list.At = at;
-    list.Add = add;
+    list.count_ = count;
+    list.at_ = at;
+    list.add_ = add;
     return list;
   }
   static constexpr void Set(Field* field, const void* (*read)(const void*), void* (*make)(void*)) {
-    field->Read = read;
-    field->Make = make;
+    field->read_ = read;
+    field->make_ = make;
   }
   static constexpr void SetFields(ClassInfo* info, const Field* fields, std::size_t count) {
-    info->Fields = fields;
-    info->FieldCount = count;
+    info->fields_ = fields;
+    info->field_count_ = count;
   }
   static constexpr void SetBase(ClassInfo* info, const ClassInfo& base, void* (*to_base)(void*)) {
     info->Base = &base;
-    info->ToBase = to_base;
+    info->to_base_ = to_base;
   }
 };
 

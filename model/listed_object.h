@@ -108,7 +108,7 @@ class ListedField {
 
  private:
   friend class ListedObject;
-  ListedField(const Field& field, const void* part) : field_(&field), value_(field.Read(part)) {}
+  ListedField(const Field& field, const void* part) : field_(&field), value_(field.read_(part)) {}
 
   const Field* field_;
   const void* value_;
@@ -123,7 +123,7 @@ std::optional<ListedField> FindValue(const CStatus&& status, std::string_view pa
 
 template <class Visit>
 bool ListedObject::VisitParts(const ClassInfo& info, void* object, const Visit& visit) {
-  if (info.Base != nullptr && !VisitParts(*info.Base, info.ToBase(object), visit)) {
+  if (info.Base != nullptr && !VisitParts(*info.Base, info.to_base_(object), visit)) {
     return false;
   }
   for (const Field& field : info.OwnFields()) {
@@ -148,9 +148,9 @@ template <class Visit>
 bool ListedField::VisitElements(const Visit& visit) const {
   static_assert(std::is_invocable_r_v<bool, const Visit&, const ListedObject&>,
                 "returns whether to go on");
-  const std::size_t count = IsList() && IsReported() ? field_->Elements->Count(value_) : 0;
+  const std::size_t count = IsList() && IsReported() ? field_->Elements->count_(value_) : 0;
   for (std::size_t position = 0; position < count; ++position) {
-    const CBaseStatus* const element = field_->Elements->At(value_, position);
+    const CBaseStatus* const element = field_->Elements->at_(value_, position);
     if (element == nullptr) {
       continue;
     }

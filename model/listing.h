@@ -39,9 +39,9 @@ struct ListAccess {
  private:
   friend class FieldAccess;
   friend class ListedField;
-  std::size_t (*Count)(const void* list) = nullptr;
-  CBaseStatus* (*At)(const void* list, std::size_t position) = nullptr;
-  void (*Add)(void* list, CBaseStatus* element) = nullptr;  // takes ownership
+  std::size_t (*count_)(const void* list) = nullptr;
+  CBaseStatus* (*at_)(const void* list, std::size_t position) = nullptr;
+  void (*add_)(void* list, CBaseStatus* element) = nullptr;  // takes ownership
 };
 
 // One field of a class: a scalar, a record, or a list, which has both Record and Elements.
@@ -59,8 +59,8 @@ struct Field {
  private:
   friend class FieldAccess;
   friend class ListedField;
-  const void* (*Read)(const void* object) = nullptr;  // the value in `object`; null when absent
-  void* (*Make)(void* object) = nullptr;              // the value in `object`, made when absent
+  const void* (*read_)(const void* object) = nullptr;  // the value in `object`; null when absent
+  void* (*make_)(void* object) = nullptr;              // the value in `object`, made when absent
 };
 
 // One class of the model. Its fields are its own; those of `Base` come before them.
@@ -72,14 +72,14 @@ struct ClassInfo {
   const ClassInfo* Base = nullptr;
 
   // Without those of its bases.
-  constexpr std::span<const Field> OwnFields() const { return {Fields, FieldCount}; }
+  constexpr std::span<const Field> OwnFields() const { return {fields_, field_count_}; }
 
  private:
   friend class FieldAccess;
   friend class ListedObject;
-  void* (*ToBase)(void* object) = nullptr;
-  const Field* Fields = nullptr;
-  std::size_t FieldCount = 0;
+  void* (*to_base_)(void* object) = nullptr;
+  const Field* fields_ = nullptr;
+  std::size_t field_count_ = 0;
 };
 
 // Calls `visit` with each field of a class: first the fields of its base, then its own. Stops when

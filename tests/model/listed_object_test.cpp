@@ -25,13 +25,13 @@ using QtSts::ListedObject;
 static_assert(!std::is_constructible_v<ListedField, const QtSts::Field&, const void*>);
 template <class Field, class List, class Class>
 concept TakesAnyObject = requires(const Field& field, const void* object) {
-  field.Read(object);
+  field.read_(object);
 }
-|| requires(const Field& field, void* object) { field.Make(object); }
-|| requires(const List& list, const void* object) { list.At(object, std::size_t{0}); }
-|| requires(const List& list, const void* object) { list.Count(object); }
-|| requires(const List& list, void* object) { list.Add(object, nullptr); }
-|| requires(const Class& info, void* object) { info.ToBase(object); }
+|| requires(const Field& field, void* object) { field.make_(object); }
+|| requires(const List& list, const void* object) { list.at_(object, std::size_t{0}); }
+|| requires(const List& list, const void* object) { list.count_(object); }
+|| requires(const List& list, void* object) { list.add_(object, nullptr); }
+|| requires(const Class& info, void* object) { info.to_base_(object); }
 || requires(const Class& info, void* object) {
   VisitEveryField(info, object, [](const Field&, const void*) { return true; });
 }
