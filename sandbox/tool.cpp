@@ -103,14 +103,18 @@ std::optional<int> ReadCommandLine(const Tool& tool, int argc, char** argv) {
   return std::nullopt;
 }
 
-void Complain(const Tool& tool, std::string_view text) {
-  std::string line = std::string(tool.Name) + ": ";
+std::string Shown(std::string_view text) {
+  constexpr unsigned char kDelete = 0x7F;
+  std::string shown;
   for (const char c : text) {
     const auto byte = static_cast<unsigned char>(c);
-    constexpr unsigned char kDelete = 0x7F;
-    line += byte < ' ' || byte == kDelete ? "\\x" + Hexadecimal(c) : std::string(1, c);
+    shown += byte < ' ' || byte == kDelete ? "\\x" + Hexadecimal(c) : std::string(1, c);
   }
-  std::fputs((line + "\n").c_str(), stderr);
+  return shown;
+}
+
+void Complain(const Tool& tool, std::string_view text) {
+  std::fprintf(stderr, "%s: %s\n", tool.Name, Shown(text).c_str());
 }
 
 std::uint64_t BytesOf(const std::string& text) {

@@ -26,7 +26,10 @@ struct Tool {
 // the completion of a shell.
 std::optional<int> ReadCommandLine(const Tool& tool, int argc, char** argv);
 
-// Writes "NAME: text" to standard error; what a terminal would take for a command is escaped.
+// The text with \x and digits for what a terminal would take for a command.
+std::string Shown(std::string_view text);
+
+// Writes "NAME: text" to standard error, as it may be shown.
 void Complain(const Tool& tool, std::string_view text);
 
 // A number of bytes, with K, M or G for multiples of 1024. Throws std::runtime_error.

@@ -11,6 +11,7 @@ std::string Locales();  // the folder of the locales that are made for the tests
 
 std::string HostProgram();
 std::string ControllerBox();
+std::string ReplayProgram();
 std::string SandboxTests();   // the program of tests/sandbox
 std::string TerminalChild();  // of tests/host
 

@@ -1,0 +1,55 @@
+#include "replay/cycles.h"
+
+#include <cstdlib>
+#include <ctime>
+#include <exception>
+
+#include "collector/status_interface.h"
+#include "model/xml.h"
+
+namespace replay {
+
+void Begin(const Recording& recording) {
+  recording.Controller.Apply();
+  if (!recording.Zone.empty()) {
+    setenv("TZ", recording.Zone.c_str(), 1);
+    tzset();
+  }
+}
+
+void RunCycles(const Recording& recording,
+               const std::function<void(std::size_t cycle, const std::string& document)>& use) {
+  Begin(recording);
+  CStatusInterface collector;
+  // As `show` runs them: the limiter of the reports is as old as the process.
+  collector.m_Hardware.m_bLogTrackerPixel = false;
+  collector.InitDatabase(false);
+  for (std::size_t cycle = 0; cycle < recording.Cycles.size(); ++cycle) {
+    if (cycle > 0) {
+      recording.Controller.Step(cycle).ApplyAfter(recording.Controller.Step(cycle - 1));
+    }
+    static_cast<void>(collector.QueryDatabase());
+    use(cycle, QtSts::WriteDocument(collector.m_Status));
+  }
+  collector.CloseDatabase();
+}
+
+Stepper::Stepper(const sandbox::Scenario& controller)
+    : controller_(controller), before_(observe::SetObserver(this)) {}
+
+Stepper::~Stepper() { observe::SetObserver(before_); }
+
+void Stepper::See(const observe::Event& event) {
+  if (event.As<observe::CycleEnds>() == nullptr || step_ == controller_.Steps() ||
+      !trouble_.empty()) {
+    return;
+  }
+  try {
+    ++step_;
+    controller_.Step(step_).ApplyAfter(controller_.Step(step_ - 1));
+  } catch (const std::exception& error) {
+    trouble_ = error.what();
+  }
+}
+
+}  // namespace replay
