@@ -141,9 +141,11 @@ set(status_doc_dir ${CMAKE_INSTALL_DATAROOTDIR}/doc/statuscollector-tools)
 install(FILES docs/document.md docs/host.md docs/library.md docs/metrics.md docs/reliability.md
         docs/rows.md docs/support.md DESTINATION ${status_doc_dir} COMPONENT tools)
 
-# status_manual_page(SOURCE NAME SECTION SUMMARY): a manual page made from a page of docs/.
+# status_manual_page(SOURCE NAME SECTION SUMMARY [COMPONENT]): a manual page made from a page of docs/.
 find_program(STATUS_LOWDOWN lowdown REQUIRED)
 function(status_manual_page source name section summary)
+  set(component ${ARGN} tools)
+  list(GET component 0 component)
   set(page ${name}.${section}.gz)
   add_custom_command(OUTPUT ${page}
     COMMAND ${PROJECT_SOURCE_DIR}/packaging/make-page ${PROJECT_SOURCE_DIR}/docs/${source} ${name}
@@ -151,12 +153,18 @@ function(status_manual_page source name section summary)
     COMMAND gzip -9nf ${name}.${section}
     DEPENDS packaging/make-page docs/${source} packaging/debian/changelog VERBATIM)
   install(FILES ${PROJECT_BINARY_DIR}/${page} DESTINATION ${CMAKE_INSTALL_MANDIR}/man${section}
-          COMPONENT tools)
+          COMPONENT ${component})
   set_property(GLOBAL APPEND PROPERTY status_manual_pages ${page})
 endfunction()
 status_manual_page(host.md statuscollector 1 "show the state of an LED display controller")
 status_manual_page(library.md libstatuscollector 3 "status of an LED display controller as one document")
 status_manual_page(rows.md statuscollector-rows 5 "rows of the status database")
 status_manual_page(document.md statuscollector-document 7 "the status document of an LED display controller")
+if(STATUS_TESTS)
+  status_manual_page(box.md controller-box 1 "run a program in a controller in a box" box)
+  status_manual_page(replay.md statuscollector-replay 1 "run the cycles of a capture again" box)
+  install(FILES scenarios/README.md DESTINATION ${CMAKE_INSTALL_DATAROOTDIR}/doc/statuscollector-box
+          COMPONENT box)
+endif()
 get_property(pages GLOBAL PROPERTY status_manual_pages)
 add_custom_target(manual ALL DEPENDS ${pages})

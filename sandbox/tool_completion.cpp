@@ -12,6 +12,9 @@ using host::Argument;
 // Types of arguments that are names of files.
 constexpr std::string_view kFiles[] = {"FILE", "FILE|FOLDER", "PATH"};
 
+// A word in its place that begins a command line of its own.
+constexpr const char* kCommand = "COMMAND";
+
 bool IsOption(const Argument& argument) { return argument.Name[0] == '-'; }
 
 bool IsFlag(const Argument& argument) { return std::holds_alternative<bool*>(argument.Value); }
@@ -83,6 +86,9 @@ std::string ZshArgument(const Argument& argument) {
   const std::string value =
       IsFlag(argument) ? ""
                        : ":" + ZshText(argument.Type) + ":" + (IsFile(argument) ? "_files" : " ");
+  if (argument.Name == std::string_view(kCommand)) {
+    return "'*::command:_normal'";
+  }
   if (!IsOption(argument)) {
     return std::string("'") + (IsRepeated(argument) ? "*" : "") + value + "'";
   }
