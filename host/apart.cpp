@@ -95,6 +95,7 @@ void RunApart(const std::string& name, const std::vector<Argument>& arguments) {
   std::vector<std::string> words = WordsOf(arguments);
   words.insert(words.begin(), path);
   std::vector<char*> argv;
+  argv.reserve(words.size() + 1);
   for (std::string& word : words) {
     argv.push_back(word.data());
   }

@@ -3,7 +3,6 @@
 #include <poll.h>
 
 #include <algorithm>
-#include <cstring>
 
 namespace serve {
 namespace {
@@ -53,7 +52,7 @@ ssize_t EventStreams::Read(void* opened, std::uint64_t /*position*/, char* buffe
     return 0;
   }
   const std::size_t count = std::min(most, stream->Sending->size() - stream->Sent);
-  std::memcpy(buffer, stream->Sending->data() + stream->Sent, count);
+  stream->Sending->copy(buffer, count, stream->Sent);
   stream->Sent += count;
   if (stream->Sent == stream->Sending->size()) {
     stream->Sending.reset();

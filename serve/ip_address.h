@@ -15,7 +15,8 @@ namespace serve {
 struct IpAddress {
   std::array<std::uint8_t, 16> Bytes = {};
 
-  auto operator<=>(const IpAddress&) const = default;
+  bool operator==(const IpAddress&) const = default;
+  bool operator<(const IpAddress& other) const { return Bytes < other.Bytes; }
 
   bool IsFour() const;
   bool IsLoopback() const;
