@@ -3,6 +3,7 @@
 #include <sys/eventfd.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
@@ -101,7 +102,8 @@ State Collecting::Look() {
 }
 
 std::optional<Hang> Collecting::Hanging() const {
-  if (!running_ || Clock::now() - running_->Since <= interval_) {
+  const std::chrono::seconds most = std::max(interval_, kShortestHang);
+  if (!running_ || Clock::now() - running_->Since <= most) {
     return std::nullopt;
   }
   return Hang{last_asked_ == nullptr ? "starting" : last_asked_->InWords(), running_->Began};

@@ -14,6 +14,9 @@
 
 namespace serve {
 
+// What only waits for a database that is locked, or for a busy processor, does not hang.
+inline constexpr std::chrono::seconds kShortestHang{3};
+
 using SystemTime = std::chrono::system_clock::time_point;
 
 // Nothing of it changes once it is published; every thread may read it.
@@ -31,7 +34,7 @@ struct Cycle {
   std::size_t FurtherChanges = 0;
 };
 
-// A cycle that is not over when the next one should begin.
+// A cycle that is not over when the next one should begin, nor after kShortestHang.
 struct Hang {
   std::string Asked;  // "reading /dev/travex"
   SystemTime Since;   // when it began
