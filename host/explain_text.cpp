@@ -177,7 +177,11 @@ class Explanation {
 
   // What keys and values have of the page at most.
   std::size_t KeyColumns() const { return page_.Columns() * 2 / 5; }
-  std::size_t ValueColumns() const { return page_.Columns() * 3 / 10; }
+  // The words that rows may hold are not cut.
+  std::size_t ValueColumns() const {
+    constexpr std::size_t kLongestWord = std::string_view("CANPowerSupplyRedundancyBoard").size();
+    return std::max(page_.Columns() * 3 / 10, kLongestWord);
+  }
 
   const Snapshot& snapshot_;
   const Snapshot& before_;

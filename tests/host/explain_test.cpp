@@ -268,6 +268,14 @@ Remark RemarkOn(RowPart part, std::size_t begin, std::size_t end) {
   return remark;
 }
 
+// The kind of the board used to be cut.
+TEST(Explain, CutsNoWordThatARowMayHold) {
+  Load("demo");
+  EXPECT_THAT(
+      test_support::RunProgram({test_support::HostProgram(), "explain", "Sensor_06"}).Output,
+      HasSubstr("CANPowerSupplyRedundancyBoard  Sensors[6]\n"));
+}
+
 // The page shows what the program prints of this scenario.
 TEST(Explain, PrintsTheExampleOfItsPage) {
   Load("mistakes");
