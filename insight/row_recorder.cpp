@@ -54,6 +54,7 @@ std::string Padded(long number, std::size_t width) {
 RowRecorder::RowRecorder() : parking_(&rows_) {}
 
 void RowRecorder::BeginCycle(const QtSts::CStatus& status) {
+  parking_.BeginCycle();  // first: memory may run out below
   status_ = &status;
   rows_.clear();
   rows_.reserve(last_count_);
@@ -61,7 +62,6 @@ void RowRecorder::BeginCycle(const QtSts::CStatus& status) {
   field_rows_.clear();
   owners_.clear();
   lost_.clear();
-  parking_.BeginCycle();
 }
 
 void RowRecorder::See(const observe::Event& event) {
