@@ -182,7 +182,7 @@ TEST(Snapshot, NamesNoOlderRowAfterACycleThatThrew) {
   CStatusInterface collector;
   collector.InitDatabase(false);
   int written = 0;
-  for (unsigned long nth = 1; nth < 3000; nth += 3) {
+  for (unsigned long nth = 1; nth < 3000; ++nth) {
     ClearScratch();
     insight::Recorder recorder(collector);
     sandbox::SetRows({{"DCIO_00_Address", "7"}, {"DCIO_00_Type", "RunLED"}});
