@@ -17,6 +17,7 @@ struct Options {
   int Cycles = 1;
   int Interval = 1;  // seconds
   int Timeout = 30;  // seconds
+  bool Redact = false;
   std::string File;
 };
 
@@ -26,9 +27,12 @@ constexpr const char* kProgram = CAPTURE_FOLDER "/capture";
 int Capture(const Options& options) {
   const std::filesystem::path own = std::filesystem::read_symlink("/proc/self/exe");
   const std::string program = (own.parent_path() / kProgram).lexically_normal();
-  std::array<std::string, 5> words = {program, std::to_string(options.Cycles),
+  std::array<std::string, 6> words = {program,
+                                      std::to_string(options.Cycles),
                                       std::to_string(options.Interval),
-                                      std::to_string(options.Timeout), options.File};
+                                      std::to_string(options.Timeout),
+                                      options.Redact ? "1" : "0",
+                                      options.File};
   std::array<char*, words.size() + 1> arguments = {};
   for (std::size_t at = 0; at < words.size(); ++at) {
     arguments[at] = words[at].data();
@@ -62,7 +66,11 @@ Declaration DeclareCapture() {
             .About = "How long a cycle may take (30)",
             .Value = &options->Timeout,
             .Least = 1,
-            .Most = 3600}},
+            .Most = 3600},
+           {.Name = "--redact",
+            .Type = "",
+            .About = "Replace what identifies the controller",
+            .Value = &options->Redact}},
           [options] { return Capture(*options); }};
 }
 

@@ -1,22 +1,28 @@
 // The program that `statuscollector capture` runs: apart, so that no other command loads what
 // packs archives.
 //
-//   capture CYCLES INTERVAL TIMEOUT FILE
+//   capture CYCLES INTERVAL TIMEOUT REDACT FILE
 //
-// FILE may be "-". The other words are numbers, which `statuscollector` has checked.
+// REDACT is 1 or 0, FILE may be "-". The other words are numbers, which `statuscollector` has
+// checked.
+#include <unistd.h>
+
 #include <cerrno>
 #include <clocale>
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
+#include <cstring>
 #include <exception>
 #include <optional>
+#include <random>
 #include <string>
 
 #include "capture/archive.h"
 #include "capture/contents.h"
 #include "capture/output_file.h"
 #include "capture/recording.h"
+#include "capture/redact.h"
 #include "host/commands.h"
 #include "host/failure_text.h"
 #include "host/printable.h"
@@ -25,18 +31,20 @@ namespace {
 
 struct Options {
   capture::Plan Plan;
+  bool Redact = false;
   std::string File;
 };
 
 std::optional<Options> Parse(int argc, char** argv) {
-  if (argc != 5) {
+  if (argc != 6) {
     return std::nullopt;
   }
   Options options;
   options.Plan.Cycles = std::atoi(argv[1]);
   options.Plan.Interval = std::chrono::seconds(std::atoi(argv[2]));
   options.Plan.Timeout = std::chrono::seconds(std::atoi(argv[3]));
-  options.File = argv[4];
+  options.Redact = std::strcmp(argv[4], "1") == 0;
+  options.File = argv[5];
   return options;
 }
 
@@ -49,8 +57,25 @@ std::string InWords(const capture::Stopped& stopped) {
   return text;
 }
 
-std::string PackedCapture(const capture::Recording& recording) {
-  return capture::Pack(capture::ContentsOf(recording, {}, capture::ThisMachine()));
+std::string HostName() {
+  char name[256] = "";
+  return gethostname(name, sizeof name - 1) == 0 ? name : "";
+}
+
+// The capture of `recording` as a file. With --redact the recording loses what identifies the
+// controller.
+std::string PackedCapture(const Options& options, capture::Recording* recording) {
+  if (!options.Redact) {
+    return capture::Pack(capture::ContentsOf(*recording, {}, capture::ThisMachine()));
+  }
+  std::random_device seed;
+  std::mt19937_64 random((std::uint64_t{seed()} << 32) + seed());
+  const capture::Redaction redaction(*recording, HostName(), &random);
+  redaction.Apply(recording);
+  const capture::Entries contents =
+      capture::ContentsOf(*recording, redaction.List(), capture::ThisMachine());
+  redaction.Check(contents);
+  return capture::Pack(contents);
 }
 
 int Capture(const Options& options) {
@@ -61,8 +86,8 @@ int Capture(const Options& options) {
   } else {
     file.emplace(options.File);  // what is wrong with it shows before the cycle
   }
-  const capture::Recording recording = capture::Record(options.Plan);
-  const std::string packed = PackedCapture(recording);
+  capture::Recording recording = capture::Record(options.Plan);
+  const std::string packed = PackedCapture(options, &recording);
   if (to_output) {
     capture::WriteToStandardOutput(packed);
   } else {

@@ -1,0 +1,240 @@
+#include "capture/identities.h"
+
+#include <algorithm>
+#include <cctype>
+#include <sstream>
+#include <string_view>
+
+#include "capture/recorder.h"
+#include "hardware/paths.h"
+
+namespace capture {
+namespace {
+
+namespace paths = hardware::paths;
+
+constexpr std::size_t kLongWord = 8;
+
+std::string Small(std::string text) {
+  for (char& c : text) {
+    c = c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
+  }
+  return text;
+}
+
+// "manual" as a GUID is that word elsewhere, and one of several words may be anything.
+bool IsOrdinary(const std::string& word) {
+  return word.size() < kLongWord || word.find_first_of("0123456789") == std::string::npos ||
+         std::ranges::any_of(word, [](char c) { return c <= ' ' || c > '~'; });
+}
+
+bool HasLettersOrDigits(const std::string& text) {
+  return std::ranges::any_of(
+      text, [](char c) { return std::isalnum(static_cast<unsigned char>(c)) != 0; });
+}
+
+std::optional<std::string> Keep(std::string_view /*token*/) { return std::nullopt; }
+
+class Finder {
+ public:
+  explicit Finder(const Recording& recording, const std::string& host) {
+    for (const Cycle& cycle : recording.Cycles) {
+      FindInFiles(cycle);
+      FindInRows(cycle);
+      FindInInterfaces(cycle);
+    }
+    if (host != "localhost") {
+      AddName("host name", host);
+    }
+    LeaveOrdinaryWords(recording);
+  }
+
+  Identities Take() { return std::move(found_); }
+
+ private:
+  void AddWord(const char* kind, const std::string& word) {
+    if (HasLettersOrDigits(word)) {
+      found_.Words[Small(word)] = {kind, IsOrdinary(word)};
+    }
+  }
+
+  void AddName(const char* kind, const std::string& name) {
+    if (name.size() >= 3) {
+      found_.Words[Small(name)] = {kind, false};
+    }
+  }
+
+  void FindInFiles(const Cycle& cycle) {
+    for (const auto& [path, file] : cycle.Files) {
+      for (const Reading& reading : file.Readings) {
+        const std::string own = Trimmed(reading.Bytes);
+        if (path == paths::kUuid.Path) {
+          AddWord("GUID", own);
+        } else if (path == paths::kSerial.Path) {
+          found_.Serial = own;
+        } else if (path == paths::kRoutes) {
+          FindInRoutes(reading.Bytes);
+        } else if (path == paths::kResolver.Path) {
+          FindDomains(reading.Bytes);
+        }
+        if (path != paths::kPackages) {  // where four numbers are a version
+          FindAddresses(reading.Bytes);
+        }
+      }
+    }
+  }
+
+  // Destination and gateway of each line, in hexadecimal.
+  void FindInRoutes(const std::string& table) {
+    std::istringstream lines(table);
+    for (std::string line; std::getline(lines, line);) {
+      std::istringstream fields(line);
+      std::string interface;
+      std::string destination;
+      std::string gateway;
+      fields >> interface >> destination >> gateway;
+      for (const std::string& digits : {destination, gateway}) {
+        std::size_t end = 0;
+        if (digits.size() == 8 &&
+            digits.find_first_not_of("0123456789ABCDEFabcdef") == std::string::npos) {
+          Add(__builtin_bswap32(static_cast<IPv4>(std::stoul(digits, &end, 16))));
+        }
+      }
+    }
+  }
+
+  void FindDomains(const std::string& resolver) {
+    std::istringstream lines(resolver);
+    for (std::string line; std::getline(lines, line);) {
+      std::istringstream words(line);
+      std::string word;
+      words >> word;
+      if (word == "search" || word == "domain") {
+        while (words >> word) {
+          AddName("domain", word);
+        }
+      }
+    }
+  }
+
+  void FindInRows(const Cycle& cycle) {
+    for (const Row& row : cycle.Rows) {
+      if (IsGuid(row)) {
+        AddWord("GUID", Trimmed(*row.Value));
+      }
+      const bool version = row.Key.value_or("").find("Version") != std::string::npos;
+      for (const auto& text : {row.Key, row.Value}) {
+        FindAddresses(text.value_or(""), !version);
+      }
+    }
+  }
+
+  void FindInInterfaces(const Cycle& cycle) {
+    for (const InterfaceEntry& entry : cycle.Interfaces) {
+      FindAddresses(entry.Texts.at(entry::kAddress));
+      FindAddresses(entry.Texts.at(entry::kBroadcast));
+    }
+    for (const auto& [interface, address] : cycle.HardwareAddresses) {
+      FindAddresses(address.Text);
+    }
+  }
+
+  void FindAddresses(const std::string& text, bool with_ipv4 = true) {
+    if (with_ipv4) {
+      RewriteIPv4(text, [this](std::string_view token) {
+        Add(*ParseIPv4(token));
+        return Keep(token);
+      });
+    }
+    RewriteIPv6(text, [this](std::string_view token) {
+      const IPv6 address = *ParseIPv6(token);
+      if (!IsCommon(address)) {
+        found_.Version6.insert(address);
+      }
+      return Keep(token);
+    });
+    RewriteStations(text, [this](std::string_view token) {
+      const StationAddress address = ParseStation(token);
+      if (!IsCommon(address)) {
+        found_.Stations.insert(address);
+      }
+      return Keep(token);
+    });
+    RewriteUuids(text, [this](std::string_view token) {
+      AddWord("GUID", std::string(token));
+      return Keep(token);
+    });
+  }
+
+  void Add(IPv4 address) {
+    if (!IsCommon(address)) {
+      found_.Version4.insert(address);
+    }
+  }
+
+  // A host that is called like a package would take its name from it.
+  void LeaveOrdinaryWords(const Recording& recording) {
+    for (const Cycle& cycle : recording.Cycles) {
+      const auto packages = cycle.Files.find(paths::kPackages);
+      if (packages == cycle.Files.end()) {
+        continue;
+      }
+      for (const Reading& reading : packages->second.Readings) {
+        std::erase_if(found_.Words, [&reading](const auto& row) {
+          bool found = false;
+          if (row.second.Kind != "GUID") {
+            RewriteWord(reading.Bytes, row.first, [&found](std::string_view token) {
+              found = true;
+              return Keep(token);
+            });
+          }
+          return found;
+        });
+      }
+    }
+  }
+
+  Identities found_;
+};
+
+}  // namespace
+
+Identities FindIdentities(const Recording& recording, const std::string& host) {
+  return Finder(recording, host).Take();
+}
+
+std::string Trimmed(const std::string& text) {
+  std::string trimmed = text.substr(0, text.find('\0'));
+  trimmed.erase(trimmed.find_last_not_of(" \t\r\n") + 1);
+  return trimmed;
+}
+
+bool IsGuid(const Row& row) { return row.Value && row.Key.value_or("").starts_with("GUID"); }
+
+int LocalNumbers(IPv4 address) {
+  const IPv4 first = address >> 24;
+  const IPv4 second = address >> 16 & 0xFF;
+  if (first == 10) {
+    return 1;
+  }
+  const bool two = (first == 172 && second >= 16 && second < 32) ||
+                   (first == 192 && second == 168) || (first == 169 && second == 254);
+  return two ? 2 : 0;
+}
+
+bool IsCommon(IPv4 address) {
+  const IPv4 first = address >> 24;
+  const IPv4 rest = ~address;
+  const bool is_mask = first >= 128 && (rest & (rest + 1)) == 0;
+  return first == 0 || first == 127 || first >= 224 || is_mask;
+}
+
+bool IsCommon(const IPv6& address) {
+  const bool starts_with_zeros =
+      std::all_of(address.begin(), address.end() - 1, [](auto group) { return group == 0; });
+  return (address[0] >> 8) == 0xFF || (starts_with_zeros && address.back() <= 1);
+}
+
+bool IsCommon(StationAddress address) { return address == 0 || address == 0xFFFFFFFFFFFF; }
+
+}  // namespace capture

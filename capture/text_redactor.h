@@ -1,0 +1,36 @@
+// Replaces what identifies a controller in any text, in any encoding.
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+
+#include "capture/pseudonyms.h"
+
+namespace capture {
+
+class TextRedactor {
+ public:
+  TextRedactor(const Identities& identities, const Pseudonyms& pseudonyms)
+      : identities_(identities), pseudonyms_(pseudonyms) {}
+
+  // Addresses in each spelling, in hexadecimal and as numbers; words; the serial number as a
+  // number. Also where the text is in percent signs, base64 or hexadecimal.
+  std::string Text(std::string_view text) const;
+
+  // The same, without numbers that are not written as addresses.
+  std::string Words(std::string_view text) const;
+
+  // What stands for a number that is the serial number or an address; nothing: the number itself.
+  std::optional<std::uint64_t> Number(std::uint64_t number) const;
+
+ private:
+  std::string Numbers(std::string_view text) const;
+  std::optional<std::string> Hexadecimal(std::string_view token) const;
+
+  const Identities& identities_;
+  const Pseudonyms& pseudonyms_;
+};
+
+}  // namespace capture
