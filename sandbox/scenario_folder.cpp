@@ -68,6 +68,12 @@ std::string StepName(std::size_t number) {
   return (number < 10 ? "0" : "") + std::to_string(number);
 }
 
+// Where a folder stands, whether or not its name ends with a slash.
+fs::path FolderOf(const fs::path& folder) {
+  const fs::path whole = fs::absolute(folder).lexically_normal();
+  return (whole.has_filename() ? whole : whole.parent_path()).parent_path();
+}
+
 }  // namespace
 
 Scenario Scenario::Load(const fs::path& folder) {
@@ -76,8 +82,7 @@ Scenario Scenario::Load(const fs::path& folder) {
   }
   Scenario scenario;
   if (fs::exists(folder / kBase)) {
-    const fs::path base = fs::absolute(folder).lexically_normal().parent_path() /
-                          ParseFile(folder / kBase, ParseBase);
+    const fs::path base = FolderOf(folder) / ParseFile(folder / kBase, ParseBase);
     if (fs::exists(base / kBase)) {
       throw std::runtime_error((folder / kBase).string() + ": the base has a base itself");
     }

@@ -98,6 +98,14 @@ TEST_F(ScenarioTest, AFolderMayChangeAnotherOne) {
   EXPECT_NE(0U, if_nametoindex("eth1"));
 }
 
+// The base used to be looked for in the folder itself.
+TEST_F(ScenarioTest, ASlashAfterItsNameChangesNothing) {
+  WriteFile("/tmp/base/root/etc/kept", "of the base");
+  Write("base", "base\n");
+  Scenario::Load(std::string(kFolder) + "/").Apply();
+  EXPECT_EQ("of the base", ReadFile("/etc/kept"));
+}
+
 // A folder that named itself used to be loaded without end.
 TEST_F(ScenarioTest, ABaseHasNoBaseItself) {
   Write("base", "scenario\n");
