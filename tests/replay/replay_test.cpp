@@ -185,6 +185,17 @@ TEST_F(Replay, MistakesAreReportedWithWhatToDo) {
   }
 }
 
+// tests/replay/corpus/README.md says what they are.
+TEST_F(Replay, CapturesThatAreKeptGiveTheirDocuments) {
+  const std::string corpus = test_support::SourceTree() + "/tests/replay/corpus";
+  const Outcome outcome = Run("--verify " + corpus + "/*.tar.zst");
+  EXPECT_EQ(0, outcome.Status) << outcome.Output;
+  const auto lines = std::count(outcome.Output.begin(), outcome.Output.end(), '\n');
+  const auto files = std::distance(fs::directory_iterator(corpus), fs::directory_iterator()) - 1;
+  EXPECT_EQ(files, lines) << outcome.Output;
+  EXPECT_LE(5, lines);
+}
+
 // What is in a capture lands in the box or nowhere.
 TEST_F(Replay, AHostileCaptureWritesNothing) {
   const std::string target = Path("target");
