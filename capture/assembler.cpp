@@ -163,13 +163,22 @@ void Assembler::TakeAnswer(const Observation& seen) {
       cycle_->Devices[SourceOf(seen)].Answers[static_cast<std::uint32_t>(seen.Number)].push_back(
           {probe_, seen.Result, seen.Error});
       break;
+    default:
+      TakeSystem(seen);
+  }
+}
+
+// What is no file and no node.
+void Assembler::TakeSystem(const Observation& seen) {
+  const bool answered = seen.Result >= 0;
+  switch (static_cast<Call>(seen.Call)) {
     case Call::kStorage:
-      if (seen.Result == 0) {
+      if (answered) {
         cycle_->Storage = {seen.Number, seen.Offset, seen.Limit};
       }
       break;
     case Call::kSystem:
-      if (seen.Result == 0) {
+      if (answered) {
         cycle_->Uptime = seen.Number;
       }
       break;
@@ -177,8 +186,8 @@ void Assembler::TakeAnswer(const Observation& seen) {
       cycle_->InterfacesError = seen.Error;
       break;
     case Call::kHardwareAddress:
-      cycle_->HardwareAddresses[SourceOf(seen)] = {
-          seen.Result < 0 ? "" : HardwareText(BytesOf(seen)), seen.Error};
+      cycle_->HardwareAddresses[SourceOf(seen)] = {answered ? HardwareText(BytesOf(seen)) : "",
+                                                   seen.Error};
       break;
     case Call::kHostText:
       if (seen.Result != 0) {
@@ -190,9 +199,7 @@ void Assembler::TakeAnswer(const Observation& seen) {
       cycle_->ZoneOffset = static_cast<std::int64_t>(seen.Number);
       cycle_->DaylightSaving = seen.Offset != 0;
       break;
-    case Call::kSocket:
-    case Call::kTime:
-    case Call::kUtcTime:
+    default:
       break;
   }
 }

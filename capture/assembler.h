@@ -30,6 +30,7 @@ class Assembler {
  private:
   void TakeEnd(const Observation& seen, std::chrono::steady_clock::time_point now);
   void TakeAnswer(const Observation& seen);
+  void TakeSystem(const Observation& seen);
   void TakeOpen(const Observation& seen);
   void TakeDeviceOpen(const Observation& seen);
   void TakeFileOpen(const Observation& seen);

@@ -5,6 +5,7 @@
 #include <memory>
 
 #include "capture/controller.h"
+#include "capture/recorder.h"
 #include "collector/observer.h"
 #include "insight/source_table.h"
 #include "model/xml.h"
@@ -130,6 +131,11 @@ class Notes {
       if (asked != cycle_.HardwareAddresses.end() && !CanBeGiven(asked->second.Text)) {
         Add("Network/Devices[" + std::to_string(at) + "]/MACAddress",
             "the interfaces of a replay cannot have this address");
+      }
+    }
+    for (const InterfaceEntry& entry : cycle_.Interfaces) {
+      if (entry.Texts.at(entry::kName).starts_with("lo:")) {
+        Add(kNetwork, "the loopback interface of a replay has no aliases");
       }
     }
     if (!cycle_.WithoutText.empty() && !HasNullAddress()) {

@@ -6,9 +6,13 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <atomic>
+#include <cctype>
 #include <chrono>
 #include <csignal>
 #include <filesystem>
+#include <fstream>
+#include <map>
 #include <thread>
 
 #include "sandbox/files.h"
@@ -100,6 +104,85 @@ TEST_F(CaptureFailure, DoesNotWaitForACycleThatCannotBeEnded) {
   const Entries capture = captured::Read();
   EXPECT_EQ(Description(capture).at("stopped").at("source"), "/dev/travex");
   EXPECT_THAT(capture.at("devices/zetdisplay").Bytes, HasSubstr("0x8004DA5F 1\n"));
+}
+
+// A process of this name whose parent has the same name; -1 while there is none.
+pid_t ChildNamed(const std::string& name) {
+  std::map<pid_t, pid_t> parents;
+  for (const fs::directory_entry& entry : fs::directory_iterator("/.proc")) {
+    const std::string id = entry.path().filename();
+    std::ifstream file(std::isdigit(static_cast<unsigned char>(id.front())) != 0
+                           ? entry.path() / "stat"
+                           : fs::path());
+    std::string own;
+    std::string called;
+    std::string state;
+    pid_t parent = 0;
+    if (file >> own >> called >> state >> parent && called == "(" + name + ")") {
+      parents[std::stoi(own)] = parent;
+    }
+  }
+  for (const auto& [process, parent] : parents) {
+    if (parents.contains(parent)) {
+      return process;
+    }
+  }
+  return -1;
+}
+
+TEST_F(CaptureFailure, KeepsWhatCameBeforeACycleThatIsEndedByASignal) {
+  const HeldLease lease("/proc/meminfo");
+  std::thread killer([] {
+    pid_t child = -1;
+    while (child == -1 || sandbox::DeviceLog().size() < 20) {
+      std::this_thread::sleep_for(std::chrono::milliseconds(10));
+      child = ChildNamed("capture");
+    }
+    kill(child, SIGABRT);
+  });
+  sandbox::ClearDeviceLog();
+  const ProgramResult result = Capture({"--timeout", "60", kFile});
+  killer.join();
+  EXPECT_EQ(result.ExitCode, 1);
+  EXPECT_THAT(result.Errors, HasSubstr("statuscollector: the cycle was ended by signal 6"));
+  const nlohmann::json description = Description(captured::Read());
+  EXPECT_EQ(description.at("complete"), false);
+  EXPECT_EQ(description.at("stopped").at("why"), "the cycle was ended by signal 6");
+}
+
+TEST_F(CaptureFailure, KeepsTheCyclesBeforeTheOneThatHangs) {
+  std::thread holder;
+  std::atomic<bool> over = false;
+  {
+    holder = std::thread([&over] {
+      while (sandbox::DeviceLog().size() < 20) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+      }
+      // The file may still be open, or be read just now.
+      const int file = open("/proc/meminfo", O_RDWR | O_CLOEXEC);
+      static_cast<void>(std::signal(SIGIO, SIG_IGN));
+      while (!over && fcntl(file, F_SETLEASE, F_WRLCK) == -1) {
+      }
+      while (!over) {
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
+      }
+      close(file);
+    });
+  }
+  sandbox::ClearDeviceLog();
+  const ProgramResult result =
+      Capture({"--cycles", "100", "--interval", "0", "--timeout", "1", kFile});
+  over = true;
+  holder.join();
+  EXPECT_EQ(result.ExitCode, 1);
+  const Entries capture = captured::Read();
+  const nlohmann::json description = Description(capture);
+  const int cycles = description.at("stopped").at("cycle");
+  ASSERT_EQ(description.at("cycles").size(), static_cast<std::size_t>(cycles));
+  EXPECT_EQ(description.at("cycles").back().at("document"), false);
+  EXPECT_THAT(capture, Not(Contains(Key("steps/" + std::string(cycles < 11 ? "0" : "") +
+                                        std::to_string(cycles - 1) + "/document.xml"))));
+  EXPECT_GE(cycles, 1);
 }
 
 TEST_F(CaptureFailure, LeavesNothingWhenItIsKilled) {

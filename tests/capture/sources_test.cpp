@@ -205,6 +205,18 @@ TEST_F(CaptureTest, KeepsAliasesAndLinksWithoutABroadcastAddress) {
   EXPECT_EQ(interfaces[2].Addresses[0].Peer, "0.0.0.0");
 }
 
+TEST_F(CaptureTest, NotesThatAReplayHasNoAliasOfTheLoopbackInterface) {
+  Load("bare").Apply();
+  if (test_support::RunProgram(
+          {"ip", "address", "add", "127.0.0.9/8", "label", "lo:1", "dev", "lo"})
+          .ExitCode != 0) {
+    GTEST_SKIP() << "no program to give an address";
+  }
+  const Entries capture = CaptureNow();
+  test_support::RunProgram({"ip", "address", "del", "127.0.0.9/8", "dev", "lo"});
+  EXPECT_THAT(NotedFields(capture), Contains("Network"));
+}
+
 TEST_F(CaptureTest, NamesNoFileThatIsNotThere) {
   Scenario().Apply();
   const Entries capture = CaptureNow();
