@@ -219,10 +219,10 @@ std::string TimesIn(const std::string& text) {
 std::string TitleOf(const Options& options, const std::string& time, std::size_t columns) {
   constexpr std::size_t kDate = 11;  // bytes of "2026-11-22T"
   constexpr std::size_t kClock = 8;
-  const std::string title = "Every " + std::to_string(options.Interval) + " s; Ctrl-C ends.";
-  const std::string last = " Last cycle: ";
-  for (const std::string& text :
-       {title + last + time, title + last + time.substr(std::min(kDate, time.size()), kClock)}) {
+  std::string title = "Every " + std::to_string(options.Interval) + " s; Ctrl-C ends.";
+  const std::string with_time = title + " Last cycle: ";
+  for (std::string text :
+       {with_time + time, with_time + time.substr(std::min(kDate, time.size()), kClock)}) {
     if (text.size() <= columns) {
       return text;
     }
