@@ -25,8 +25,9 @@ void AddAgain(const Cycle& cycle, const std::string& folder, Entries* contents) 
   for (const auto& [path, file] : cycle.Files) {
     for (std::size_t at = 1; at < file.Readings.size(); ++at) {
       if (!file.Readings[at].Same(file.Readings.front())) {
-        (*contents)[folder + "again/" + std::to_string(at + 1) + "/root" + path] = {
-            file.Readings[at].Bytes};
+        std::string name = folder;
+        name.append("again/").append(std::to_string(at + 1)).append("/root").append(path);
+        (*contents)[name] = {file.Readings[at].Bytes};
       }
     }
   }

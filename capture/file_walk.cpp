@@ -3,7 +3,6 @@
 #include <fcntl.h>
 
 #include <filesystem>
-#include <ranges>
 #include <utility>
 
 namespace capture {
@@ -49,7 +48,8 @@ void FileWalk::Follow(const std::string& source, const std::string& target) {
 
 std::string FileWalk::Path() const {
   std::string path = place_;
-  for (const auto& [leads_to, link] : std::views::reverse(moved_)) {
+  for (auto last = moved_.rbegin(); last != moved_.rend(); ++last) {
+    const auto& [leads_to, link] = *last;
     if (path == leads_to) {
       path = link;
     } else if (path.starts_with(leads_to + "/")) {

@@ -93,7 +93,7 @@ Descriptor OpenFolder(std::string rest, const std::string& path) {
     if (target.starts_with('/')) {
       folder = Descriptor(open("/", kPlace | O_DIRECTORY));
     }
-    rest = target + "/" + rest;
+    rest.insert(0, target + "/");
   }
   if (!folder.IsOpen()) {
     Fail(path);

@@ -11,11 +11,13 @@
 #include <array>
 #include <cctype>
 #include <cerrno>
+#include <chrono>
 #include <csignal>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <system_error>
+#include <thread>
 
 #include "sandbox/files.h"
 
@@ -105,17 +107,21 @@ SilentNode::~SilentNode() {
   umount2(kMount, MNT_DETACH);
 }
 
-int ProcessesThatCannotBeEnded(const std::string& name) {
-  int count = 0;
-  for (const fs::directory_entry& entry : fs::directory_iterator("/.proc")) {
-    if (std::isdigit(static_cast<unsigned char>(entry.path().filename().native().front())) == 0) {
-      continue;
+bool CannotBeEnded(const std::string& name) {
+  for (int turn = 0; turn < 1000; ++turn) {
+    for (const fs::directory_entry& entry : fs::directory_iterator("/.proc")) {
+      const std::string id = entry.path().filename();
+      if (std::isdigit(static_cast<unsigned char>(id.front())) != 0) {
+        std::ifstream file(entry.path() / "stat");
+        const std::string text{std::istreambuf_iterator<char>(file), {}};
+        if (text.find(" (" + name + ") D ") != std::string::npos) {
+          return true;
+        }
+      }
     }
-    std::ifstream file(entry.path() / "stat");
-    const std::string text{std::istreambuf_iterator<char>(file), {}};
-    count += text.find(" (" + name + ") D ") != std::string::npos ? 1 : 0;
+    std::this_thread::sleep_for(std::chrono::milliseconds(10));
   }
-  return count;
+  return false;
 }
 
 }  // namespace captured

@@ -20,7 +20,8 @@ class SilentNode {
   pid_t server_ = -1;
 };
 
-// How many processes of this name the kernel does not let go.
-int ProcessesThatCannotBeEnded(const std::string& name);
+// Waits until the kernel does not let go a process of this name that was killed; false when that
+// takes longer than ten seconds.
+bool CannotBeEnded(const std::string& name);
 
 }  // namespace captured
