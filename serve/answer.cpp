@@ -26,6 +26,10 @@ struct Endpoint {
 
 constexpr Endpoint kEndpoints[] = {
     {"/", "text/html; charset=utf-8", Page::kStart},
+    {"/page.css", "text/css; charset=utf-8", Page::kStyle},
+    {"/page.js", "text/javascript; charset=utf-8", Page::kScript},
+    {"/icon.svg", "image/svg+xml", Page::kIcon},
+    {"/overview.json", "application/json", Page::kOverview},
     {"/status.xml", "application/xml", Page::kXml},
     {"/status.json", "application/json", Page::kJson},
     {"/insight.json", "application/json", Page::kInsight},

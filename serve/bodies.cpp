@@ -9,7 +9,8 @@
 #include "host/json.h"
 #include "host/printable.h"
 #include "model/json.h"
-#include "serve/start_page.h"
+#include "serve/overview.h"
+#include "serve/page.h"
 #include "views/metrics.h"
 
 namespace serve {
@@ -92,7 +93,15 @@ const Body& Bodies::Get(Page page) {
 Body Bodies::Render(Page page) const {
   switch (page) {
     case Page::kStart:
-      return Make(kOk, kStartPage);
+      return Make(kOk, kPageHtml);
+    case Page::kStyle:
+      return Make(kOk, kPageCss);
+    case Page::kScript:
+      return Make(kOk, kPageJs);
+    case Page::kIcon:
+      return Make(kOk, kIcon);
+    case Page::kOverview:
+      return Make(kOk, OverviewOf(state_, interval_));
     case Page::kMetrics:
       return Make(kOk, Metrics(state_, interval_));
     case Page::kHealth:

@@ -12,8 +12,19 @@
 
 namespace serve {
 
-enum class Page : std::size_t { kStart, kXml, kJson, kInsight, kMetrics, kHealth };
-inline constexpr std::size_t kPages = 6;
+enum class Page : std::size_t {
+  kStart,
+  kStyle,
+  kScript,
+  kIcon,
+  kOverview,
+  kXml,
+  kJson,
+  kInsight,
+  kMetrics,
+  kHealth,
+};
+inline constexpr std::size_t kPages = 10;
 
 struct Body {
   unsigned int Status = 0;  // of HTTP

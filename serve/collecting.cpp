@@ -8,7 +8,9 @@
 #include <cstdio>
 #include <cstdlib>
 #include <exception>
+#include <map>
 #include <system_error>
+#include <tuple>
 #include <utility>
 
 #include "collector/status_interface.h"
@@ -46,6 +48,23 @@ void AddChanges(const Cycle& before, Cycle* cycle) {
                  });
 }
 
+// What makes two findings of two cycles the same one.
+auto IdentityOf(const insight::Finding& finding) {
+  return std::tie(finding.Id, finding.Path, finding.Source, finding.Key);
+}
+
+void AddBeginnings(const Cycle* before, Cycle* cycle) {
+  using Identity = decltype(IdentityOf(std::declval<insight::Finding>()));
+  std::map<Identity, SystemTime> known;
+  for (std::size_t at = 0; before != nullptr && at < before->FindingsSince.size(); ++at) {
+    known.emplace(IdentityOf(before->Snapshot.Findings[at]), before->FindingsSince[at]);
+  }
+  for (const insight::Finding& finding : cycle->Snapshot.Findings) {
+    const auto since = known.find(IdentityOf(finding));
+    cycle->FindingsSince.push_back(since == known.end() ? cycle->Snapshot.Began : since->second);
+  }
+}
+
 std::shared_ptr<const Cycle> MakeCycle(const Cycle* before, insight::Snapshot snapshot,
                                        const QtSts::CStatus& status, std::string trouble) {
   auto cycle = std::make_shared<Cycle>(
@@ -55,11 +74,13 @@ std::shared_ptr<const Cycle> MakeCycle(const Cycle* before, insight::Snapshot sn
             .Xml = std::make_shared<const std::string>(QtSts::WriteDocument(status)),
             .Trouble = std::move(trouble),
             .LastSuccess = before == nullptr ? std::nullopt : before->LastSuccess});
+  cycle->First = before == nullptr ? cycle->Snapshot.Began : before->First;
   if (cycle->Snapshot.Result == 0) {
     cycle->LastSuccess = cycle->Snapshot.Began;
   } else {
     ++cycle->Failed;
   }
+  AddBeginnings(before, cycle.get());
   if (before != nullptr) {
     AddChanges(*before, cycle.get());
   }

@@ -27,6 +27,11 @@ struct Cycle {
   std::shared_ptr<const std::string> Xml;  // the document
   std::string Trouble;  // what is wrong with the database, in words; "" for nothing
   std::optional<SystemTime> LastSuccess;
+  SystemTime First = {};  // when the first cycle of all began
+
+  // Since when there has been each of the snapshot's findings, in their order: the beginning of the
+  // first of the cycles that had it one after the other.
+  std::vector<SystemTime> FindingsSince = {};
 
   // What differs from the document of the cycle before, times aside: the first of it, and how many
   // more there are.

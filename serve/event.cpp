@@ -1,29 +1,14 @@
 #include "serve/event.h"
 
 #include <algorithm>
-#include <charconv>
-#include <iterator>
 #include <string_view>
 
 #include "host/printable.h"
-#include "model/json_text.h"
 #include "serve/bodies.h"
+#include "serve/json_members.h"
 
 namespace serve {
 namespace {
-
-void AddText(const char* name, const std::string& text, QtSts::JsonText* json) {
-  json->Member(name);
-  json->String(text);
-}
-
-template <class Number>
-void AddNumber(const char* name, Number number, QtSts::JsonText* json) {
-  char text[32];
-  char* const end = std::to_chars(std::begin(text), std::end(text), number).ptr;
-  json->Member(name);
-  json->Literal({text, static_cast<std::size_t>(end - text)});
-}
 
 void AddFindings(const insight::Snapshot& snapshot, QtSts::JsonText* json) {
   using insight::Severity;
@@ -51,39 +36,41 @@ void AddChanges(const Cycle& cycle, QtSts::JsonText* json) {
   AddNumber("FurtherChanges", cycle.FurtherChanges, json);
 }
 
-void AddCycle(const Cycle& cycle, bool is_new, QtSts::JsonText* json) {
-  const insight::Snapshot& snapshot = cycle.Snapshot;
-  AddNumber("Cycle", cycle.Number, json);
-  AddNumber("Result", snapshot.Result, json);
-  AddText("Began", TimeText(snapshot.Began), json);
-  AddNumber("Seconds", std::chrono::duration<double>(snapshot.Took).count(), json);
-  AddText("Trouble", host::Printable(cycle.Trouble), json);
-  AddFindings(snapshot, json);
-  if (is_new) {
-    AddChanges(cycle, json);
-  }
-}
-
 std::string DataOf(const State& before, const State& now) {
   QtSts::JsonText json;
   json.Open('{');
-  AddNumber("Version", now.Version, &json);
-  AddText("Failure", host::Printable(now.Failure), &json);
-  if (now.Hanging) {
-    json.Member("Hanging");
-    json.Open('{');
-    AddText("Asked", host::Printable(now.Hanging->Asked), &json);
-    AddText("Since", TimeText(now.Hanging->Since), &json);
-    json.Close('}');
-  }
+  AddState(now, &json);
   if (now.Latest != nullptr) {
-    AddCycle(*now.Latest, now.Latest != before.Latest, &json);
+    AddFindings(now.Latest->Snapshot, &json);
+    if (now.Latest != before.Latest) {
+      AddChanges(*now.Latest, &json);
+    }
   }
   json.Close('}');
   return json.Take();
 }
 
 }  // namespace
+
+void AddState(const State& state, QtSts::JsonText* json) {
+  AddNumber("Version", state.Version, json);
+  AddText("Failure", host::Printable(state.Failure), json);
+  if (state.Hanging) {
+    json->Member("Hanging");
+    json->Open('{');
+    AddText("Asked", host::Printable(state.Hanging->Asked), json);
+    AddText("Since", TimeText(state.Hanging->Since), json);
+    json->Close('}');
+  }
+  if (state.Latest != nullptr) {
+    const insight::Snapshot& snapshot = state.Latest->Snapshot;
+    AddNumber("Cycle", state.Latest->Number, json);
+    AddNumber("Result", snapshot.Result, json);
+    AddText("Began", TimeText(snapshot.Began), json);
+    AddNumber("Seconds", std::chrono::duration<double>(snapshot.Took).count(), json);
+    AddText("Trouble", host::Printable(state.Latest->Trouble), json);
+  }
+}
 
 std::string EventOf(const State& before, const State& now) {
   std::string event = "id: " + std::to_string(now.Version) + "\nevent: state\n";
