@@ -9,6 +9,7 @@
 #include <clocale>
 #include <csignal>
 #include <cstdio>
+#include <ctime>
 #include <exception>
 #include <stdexcept>
 #include <string>
@@ -89,6 +90,7 @@ int Run(int argc, char** argv) {
   host::ServeOptions options;
   host::TakeWords(std::vector<std::string>(argv + 1, argv + argc), host::ServeArguments(&options));
   const std::vector<serve::ListenAddress> addresses = AddressesOf(options);
+  tzset();  // so that the thread of the cycles finds what the C library keeps of it
   const int signals = MakeSignalDescriptor();
   const host::StandardOutput output;  // what the probes print goes to standard error
   const std::chrono::seconds interval(options.Interval);
