@@ -164,15 +164,19 @@ void OutputFile::Write(std::string_view bytes) {
     if (fchmod(file.Number(), kOwnerOnly) == -1 || fsync(file.Number()) == -1) {
       Fail(path_);
     }
-    if (temporary.empty()) {
-      const std::string same = "/proc/self/fd/" + std::to_string(file.Number());
+    const std::string same = "/proc/self/fd/" + std::to_string(file.Number());
+    const auto link = [&](const std::string& name) {
+      return linkat(AT_FDCWD, same.c_str(), folder_, name.c_str(), AT_SYMLINK_FOLLOW) == 0;
+    };
+    // Only in place of another file it has another name first.
+    bool done = temporary.empty() && link(name_);
+    if (!done && temporary.empty() && errno == EEXIST) {
       const std::string name = TemporaryName();
-      if (linkat(AT_FDCWD, same.c_str(), folder_, name.c_str(), AT_SYMLINK_FOLLOW) == -1) {
-        Fail(path_);
-      }
-      temporary = name;
+      temporary = link(name) ? name : "";
     }
-    if (renameat(folder_, temporary.c_str(), folder_, name_.c_str()) == -1) {
+    done = done || (!temporary.empty() &&
+                    renameat(folder_, temporary.c_str(), folder_, name_.c_str()) == 0);
+    if (!done) {
       Fail(path_);
     }
   } catch (...) {

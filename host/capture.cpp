@@ -5,6 +5,7 @@
 #include <cerrno>
 #include <filesystem>
 #include <memory>
+#include <stdexcept>
 #include <string>
 #include <system_error>
 
@@ -38,7 +39,8 @@ int Capture(const Options& options) {
     arguments[at] = words[at].data();
   }
   execv(program.c_str(), arguments.data());
-  throw std::system_error(errno, std::generic_category(), program);
+  throw std::runtime_error(program + ": " + std::generic_category().message(errno) +
+                           "; it belongs to this program: install both again");
 }
 
 }  // namespace

@@ -283,6 +283,22 @@ TEST_F(CaptureFailure, IsWrongUsageForArgumentsThatAreNone) {
   EXPECT_THAT(Names(), IsEmpty());
 }
 
+TEST_F(CaptureFailure, SaysThatWhatItRunsIsNotInstalled) {
+  sandbox::MakeFolder("/elsewhere/bin");
+  fs::copy_file(HOST_PROGRAM, "/elsewhere/bin/statuscollector");
+  std::string libraries;
+  const fs::path build = fs::path(HOST_PROGRAM).parent_path().parent_path();
+  for (const std::string folder : {"collector", "db", "insight", "model"}) {
+    libraries += (libraries.empty() ? "" : ":") + (build / folder).string();
+  }
+  const ProgramResult result = RunProgram({"/elsewhere/bin/statuscollector", "capture", kFile},
+                                          {"LD_LIBRARY_PATH=" + libraries});
+  EXPECT_EQ(result.ExitCode, 2);
+  EXPECT_THAT(result.Errors,
+              HasSubstr("statuscollector: /elsewhere/libexec/statuscollector/capture: No such file "
+                        "or directory; it belongs to this program: install both again"));
+}
+
 TEST_F(CaptureFailure, ShowsWhatTheCollectorPrintsOnStandardErrorOnly) {
   const ProgramResult result = Capture({kFile});
   EXPECT_EQ(result.Output, "");
