@@ -2,9 +2,11 @@
 
 #include <algorithm>
 #include <cctype>
+#include <iterator>
 #include <sstream>
 #include <string_view>
 
+#include "capture/description.h"
 #include "capture/recorder.h"
 #include "hardware/paths.h"
 
@@ -14,6 +16,15 @@ namespace {
 namespace paths = hardware::paths;
 
 constexpr std::size_t kLongWord = 8;
+
+constexpr std::string_view kCommonDomains[] = {"home", "home.arpa", "internal",   "intranet",
+                                               "lan",  "local",     "localdomain"};
+
+constexpr const char* kNamesInCaptures =
+    "capture json document xml root devices travex zetdisplay diagnostics interfaces interface mac "
+    "link up down unplugged address broadcast label peer rows tsv faults open read status type "
+    "fifo "
+    "query uptime again steps removed version encoding";
 
 std::string Small(std::string text) {
   for (char& c : text) {
@@ -111,7 +122,9 @@ class Finder {
       words >> word;
       if (word == "search" || word == "domain") {
         while (words >> word) {
-          AddName("domain", word);
+          if (std::ranges::find(kCommonDomains, word) == std::end(kCommonDomains)) {
+            AddName("domain", word);
+          }
         }
       }
     }
@@ -172,26 +185,66 @@ class Finder {
     }
   }
 
-  // A host that is called like a package would take its name from it.
+  // A host that is called like a package, a folder or a part of the document would take its name
+  // from it.
   void LeaveOrdinaryWords(const Recording& recording) {
-    for (const Cycle& cycle : recording.Cycles) {
-      const auto packages = cycle.Files.find(paths::kPackages);
-      if (packages == cycle.Files.end()) {
-        continue;
-      }
-      for (const Reading& reading : packages->second.Readings) {
-        std::erase_if(found_.Words, [&reading](const auto& row) {
-          bool found = false;
-          if (row.second.Kind != "GUID") {
-            RewriteWord(reading.Bytes, row.first, [&found](std::string_view token) {
-              found = true;
-              return Keep(token);
-            });
-          }
-          return found;
-        });
+    const std::string names = kNamesInCaptures + NamesInDescriptions();
+    std::erase_if(found_.Words, [&](const auto& row) {
+      return row.second.Kind != std::string("GUID") &&
+             (Has(names, row.first) ||
+              std::ranges::any_of(recording.Cycles, [&row](const Cycle& cycle) {
+                return IsOrdinaryIn(cycle, row.first);
+              }));
+    });
+  }
+
+  // capture.json of a controller without a name.
+  static std::string NamesInDescriptions() {
+    Recording any;
+    any.Stopped = Stopped{"no answer within s the cycle was ended by signal", Question{}};
+    Cycle& cycle = any.Cycles.emplace_back();
+    cycle.Files["/"].Readings.push_back({.ReadError = 1});
+    cycle.Files["/"].Links.emplace_back();
+    cycle.Files["/missing"].LookError = 1;
+    cycle.Devices["/"].Openings.push_back({.Result = -1, .Error = 1});
+    cycle.Failures.emplace_back();
+    cycle.Storage.emplace();
+    cycle.Uptime = 0;
+    cycle.Ended = true;
+    return DescriptionOf(any, {{"GUID serial number IPv4 IPv6 hardware address domain host name"}},
+                         {});
+  }
+
+  static bool Has(const std::string& text, const std::string& word) {
+    bool found = false;
+    RewriteWord(text, word, [&found](std::string_view token) {
+      found = true;
+      return Keep(token);
+    });
+    return found;
+  }
+
+  static bool IsOrdinaryIn(const Cycle& cycle, const std::string& word) {
+    for (const auto& [path, file] : cycle.Files) {
+      const bool packages = path == paths::kPackages && !file.Readings.empty();
+      if (Has(path, word) || (packages && Has(file.Readings.front().Bytes, word))) {
+        return true;
       }
     }
+    return cycle.Document && IsNameIn(*cycle.Document, word);
+  }
+
+  // Whether an element or an attribute has this name.
+  static bool IsNameIn(const std::string& document, const std::string& word) {
+    bool found = false;
+    RewriteWord(document, word, [&](std::string_view token) {
+      const std::size_t begin = static_cast<std::size_t>(token.data() - document.data());
+      const std::size_t end = begin + token.size();
+      const bool element = begin > 0 && (document[begin - 1] == '<' || document[begin - 1] == '/');
+      found = found || element || document.compare(end, 2, "=\"") == 0;
+      return Keep(token);
+    });
+    return found;
   }
 
   Identities found_;

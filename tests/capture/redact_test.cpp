@@ -223,7 +223,7 @@ TEST_F(CaptureTest, KeepsWhatEveryControllerHas) {
             sandbox::ReadFile("/var/lib/dpkg/status"));
 }
 
-TEST_F(CaptureTest, ReplacesTheNameOfTheHostAndNoPackageOfThatName) {
+TEST_F(CaptureTest, ReplacesTheNameOfTheHostUnlessSomethingElseHasIt) {
   char before[256] = "";
   ASSERT_EQ(gethostname(before, sizeof before), 0);
   const auto document_of = [](const std::string& host, const std::string& title) {
@@ -234,6 +234,10 @@ TEST_F(CaptureTest, ReplacesTheNameOfTheHostAndNoPackageOfThatName) {
   EXPECT_THAT(document_of("north-7", "host North-7 here"),
               testing::AllOf(HasSubstr("Title=\"host "), testing::Not(HasSubstr("orth-7"))));
   EXPECT_THAT(document_of("busybox", "busybox"), HasSubstr("Title=\"busybox\""));
+  for (const std::string host :
+       {"carrier", "network", "interface", "Title", "xml", "kernel", "goesOn", "Serial"}) {
+    EXPECT_THAT(document_of(host, "of " + host), HasSubstr("Title=\"of " + host + "\"")) << host;
+  }
   ASSERT_EQ(sethostname(before, std::strlen(before)), 0);
 }
 
