@@ -7,6 +7,7 @@
 #include <chrono>
 #include <csignal>
 #include <fstream>
+#include <map>
 #include <nlohmann/json.hpp>
 #include <string>
 
@@ -190,6 +191,36 @@ TEST_F(Serve, EndsInTimeWhileACycleHangs) {
   EXPECT_EQ(server.End(SIGTERM), 0);
   EXPECT_LT(std::chrono::steady_clock::now() - before, std::chrono::seconds(15));  // the lease: 45
   EXPECT_THAT(stream.ReadAll(), testing::EndsWith("\r\n0\r\n\r\n"));
+}
+
+// The time since when each finding of the overview has been there, by its path.
+std::map<std::string, std::string> Beginnings() {
+  std::map<std::string, std::string> beginnings;
+  const auto overview = nlohmann::json::parse(Get("/overview.json").Body);
+  for (const auto& finding : overview.at("Findings")) {
+    beginnings[finding.at("Path")] = finding.at("Since");
+  }
+  return beginnings;
+}
+
+TEST_F(Serve, KnowsSinceWhenAFindingHasBeenThere) {
+  sandbox::SetRow("Sensor_07_Connected", "false");
+  const Server server;
+  ASSERT_TRUE(Eventually(&IsHealthy));
+  const std::string first = Beginnings().begin()->second;
+  EXPECT_EQ(nlohmann::json::parse(Get("/overview.json").Body).at("First"), first);
+  std::this_thread::sleep_for(std::chrono::seconds(2));
+  sandbox::SetRow("Sensor_08_Connected", "false");
+  ASSERT_TRUE(Eventually([] { return Beginnings().size() == 2; }));
+  const std::map<std::string, std::string> both = Beginnings();
+  EXPECT_EQ(both.begin()->second, first);
+  EXPECT_GT(both.rbegin()->second, first);
+  // One that goes and comes back begins anew.
+  sandbox::SetRow("Sensor_07_Connected", "true");
+  ASSERT_TRUE(Eventually([] { return Beginnings().size() == 1; }));
+  sandbox::SetRow("Sensor_07_Connected", "false");
+  ASSERT_TRUE(Eventually([] { return Beginnings().size() == 2; }));
+  EXPECT_GT(Beginnings().begin()->second, first);
 }
 
 TEST_F(Serve, EndsWithZeroOnSignals) {
