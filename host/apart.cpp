@@ -88,7 +88,8 @@ void TakeWords(std::span<const std::string> words, const std::vector<Argument>& 
   }
 }
 
-void RunApart(const std::string& name, const std::vector<Argument>& arguments) {
+void RunApart(const std::string& name, const std::string& package,
+              const std::vector<Argument>& arguments) {
   const std::filesystem::path self = std::filesystem::read_symlink("/proc/self/exe");
   const std::string path =
       (self.parent_path() / STATUS_PROGRAMS_FROM_HOST / name).lexically_normal().string();
@@ -103,7 +104,7 @@ void RunApart(const std::string& name, const std::vector<Argument>& arguments) {
   execv(path.c_str(), argv.data());
   const int error = errno;
   throw std::runtime_error(path + " cannot be run: " + std::strerror(error) +
-                           (error == ENOENT ? "; install statuscollector-" + name : ""));
+                           (error == ENOENT ? "; install " + package : ""));
 }
 
 }  // namespace host

@@ -20,7 +20,9 @@ void TakeWords(std::span<const std::string> words, const std::vector<Argument>& 
 
 // Replaces this process by the program `name` of this installation, with the values of `arguments`
 // as its words. It stands where this program stands, by one relative path, in the build tree and
-// wherever the program is installed. Throws std::runtime_error when it cannot be run.
-[[noreturn]] void RunApart(const std::string& name, const std::vector<Argument>& arguments);
+// wherever the program is installed. Throws std::runtime_error when it cannot be run; where it is
+// missing, `package` has it.
+[[noreturn]] void RunApart(const std::string& name, const std::string& package,
+                           const std::vector<Argument>& arguments);
 
 }  // namespace host

@@ -1,52 +1,30 @@
-// The program that `statuscollector capture` runs: apart, so that no other command loads what
-// packs archives.
-//
-//   capture CYCLES INTERVAL TIMEOUT REDACT FILE
-//
-// REDACT is 1 or 0, FILE may be "-". The other words are numbers, which `statuscollector` has
-// checked.
+// The program that `statuscollector capture` runs, which gives it the words: apart, so that no
+// other command loads what packs archives.
 #include <unistd.h>
 
 #include <cerrno>
+#include <chrono>
 #include <clocale>
 #include <csignal>
 #include <cstdio>
-#include <cstdlib>
-#include <cstring>
 #include <exception>
 #include <optional>
 #include <random>
 #include <string>
+#include <vector>
 
 #include "capture/archive.h"
 #include "capture/contents.h"
 #include "capture/output_file.h"
 #include "capture/recording.h"
 #include "capture/redact.h"
+#include "host/apart.h"
+#include "host/capture.h"
 #include "host/commands.h"
 #include "host/failure_text.h"
 #include "host/printable.h"
 
 namespace {
-
-struct Options {
-  capture::Plan Plan;
-  bool Redact = false;
-  std::string File;
-};
-
-std::optional<Options> Parse(int argc, char** argv) {
-  if (argc != 6) {
-    return std::nullopt;
-  }
-  Options options;
-  options.Plan.Cycles = std::atoi(argv[1]);
-  options.Plan.Interval = std::chrono::seconds(std::atoi(argv[2]));
-  options.Plan.Timeout = std::chrono::seconds(std::atoi(argv[3]));
-  options.Redact = std::strcmp(argv[4], "1") == 0;
-  options.File = argv[5];
-  return options;
-}
 
 // "no answer within 30 s: still reading /proc/meminfo"
 std::string InWords(const capture::Stopped& stopped) {
@@ -64,7 +42,7 @@ std::string HostName() {
 
 // The capture of `recording` as a file. With --redact the recording loses what identifies the
 // controller.
-std::string PackedCapture(const Options& options, capture::Recording* recording) {
+std::string PackedCapture(const host::CaptureOptions& options, capture::Recording* recording) {
   if (!options.Redact) {
     return capture::Pack(capture::ContentsOf(*recording, {}, capture::ThisMachine()));
   }
@@ -78,7 +56,7 @@ std::string PackedCapture(const Options& options, capture::Recording* recording)
   return capture::Pack(contents);
 }
 
-int Capture(const Options& options) {
+int Capture(const host::CaptureOptions& options) {
   const bool to_output = options.File == "-";
   std::optional<capture::OutputFile> file;
   if (to_output) {
@@ -86,7 +64,11 @@ int Capture(const Options& options) {
   } else {
     file.emplace(options.File);  // what is wrong with it shows before the cycle
   }
-  capture::Recording recording = capture::Record(options.Plan);
+  capture::Plan plan;
+  plan.Cycles = options.Cycles;
+  plan.Interval = std::chrono::seconds(options.Interval);
+  plan.Timeout = std::chrono::seconds(options.Timeout);
+  capture::Recording recording = capture::Record(plan);
   const std::string packed = PackedCapture(options, &recording);
   if (to_output) {
     capture::WriteToStandardOutput(packed);
@@ -108,13 +90,11 @@ int Capture(const Options& options) {
 int main(int argc, char** argv) {
   static_cast<void>(std::signal(SIGPIPE, SIG_IGN));
   std::setlocale(LC_ALL, "");
-  const std::optional<Options> options = Parse(argc, argv);
-  if (!options) {
-    std::fputs("statuscollector: this program is for `statuscollector capture`\n", stderr);
-    return host::kTrouble;
-  }
   try {
-    return Capture(*options);
+    host::CaptureOptions options;
+    host::TakeWords(std::vector<std::string>(argv + 1, argv + argc),
+                    host::CaptureArguments(&options));
+    return Capture(options);
   } catch (const std::exception& error) {
     std::fprintf(stderr, "statuscollector: %s\n", host::Printable(host::InWords(error)).c_str());
     return host::kTrouble;

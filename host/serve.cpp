@@ -30,8 +30,9 @@ std::vector<Argument> ServeArguments(ServeOptions* options) {
 
 Declaration DeclareServe() {
   const auto options = std::make_shared<ServeOptions>();
-  return {ServeArguments(options.get()),
-          [options]() -> int { RunApart("serve", ServeArguments(options.get())); }};
+  return {ServeArguments(options.get()), [options]() -> int {
+            RunApart("serve", "statuscollector-serve", ServeArguments(options.get()));
+          }};
 }
 
 }  // namespace host

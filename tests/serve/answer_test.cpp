@@ -253,7 +253,7 @@ TEST(ProgramsApart, RefuseOtherWords) {
 
 TEST(ProgramsApart, AreMissedWithThePackageThatHasThem) {
   try {
-    host::RunApart("nothing", {});
+    host::RunApart("nothing", "statuscollector-nothing", {});
   } catch (const std::runtime_error& error) {
     EXPECT_THAT(error.what(), HasSubstr("/nothing cannot be run: No such file or directory; "
                                         "install statuscollector-nothing"));
