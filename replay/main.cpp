@@ -98,6 +98,7 @@ int RunShow(const sandbox::Tool& tool, const Recording& recording, std::vector<s
   }
   words.insert(words.begin(), "statuscollector");
   std::vector<char*> pointers;
+  pointers.reserve(words.size() + 1);
   for (std::string& word : words) {
     pointers.push_back(word.data());
   }
@@ -163,7 +164,8 @@ int VerifyAll(const sandbox::Tool& tool, const Options& options) {
       status = VerifyOne(file);
     } catch (const std::exception& error) {
       const std::string text = InWords(error);
-      sandbox::Complain(tool, text.starts_with(file) ? text : file + ": " + text);
+      sandbox::Complain(
+          tool, text.starts_with(file) ? text : std::string(file).append(": ").append(text));
     }
     worst = std::max(worst, status);
   }

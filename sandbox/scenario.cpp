@@ -2,11 +2,19 @@
 
 #include <algorithm>
 
+#include "sandbox/enter.h"
 #include "sandbox/root.h"
 
 namespace sandbox {
 
 namespace fs = std::filesystem;
+
+namespace {
+
+// Why the kernel's own answers stay, of the scenario that was applied last; "": they do not.
+std::string refused_addresses;
+
+}  // namespace
 
 Scenario& Scenario::File(const std::string& path, const std::string& bytes, mode_t mode) {
   files_[path] = {Kind::kFile, bytes, mode};
@@ -125,7 +133,7 @@ void Scenario::Apply() const {
   }
   Scenario empty;
   empty.interfaces_ = interfaces_;
-  ApplyAfter(empty);
+  ApplyAfter(empty);  // which sets the hardware addresses, too
   ClearDeviceLog();
 }
 
@@ -143,9 +151,7 @@ void Scenario::ApplyAfter(const Scenario& before) const {
     SetFileFaults(faults_);
   }
   ApplyDevices(before);
-  if (InterfacesText(interfaces_) != InterfacesText(before.interfaces_)) {
-    SetInterfaces(interfaces_);
-  }
+  ApplyInterfaces(before);
   ApplyRows(before);
   if (uptime_ && uptime_ != before.uptime_) {
     SetUptime(*uptime_);
@@ -186,6 +192,32 @@ void Scenario::ApplyDevices(const Scenario& before) const {
   }
 }
 
+void Scenario::ApplyInterfaces(const Scenario& before) const {
+  if (InterfacesText(interfaces_) != InterfacesText(before.interfaces_)) {
+    SetInterfaces(interfaces_);
+  }
+  const auto answers = HardwareAnswers();
+  try {
+    SetHardwareAddresses(answers);
+    refused_addresses.clear();
+  } catch (const Refused& refusal) {
+    refused_addresses = refusal.what();
+  }
+}
+
+std::map<std::string, HardwareAnswer> Scenario::HardwareAnswers() const {
+  std::map<std::string, HardwareAnswer> answers;
+  for (const NetworkInterface& interface : interfaces_) {
+    if (!interface.Mac.empty() && !CanHaveMac(interface)) {
+      answers[interface.Name].Mac = interface.Mac;
+    }
+  }
+  for (const auto& [name, error] : faults_.HardwareAddresses) {
+    answers[name].Error = error;
+  }
+  return answers;
+}
+
 void Scenario::ApplyRows(const Scenario& before) const {
   const bool same = rows_.has_value() == before.rows_.has_value() &&
                     (!rows_ || RowsText(*rows_) == RowsText(*before.rows_));
@@ -209,16 +241,12 @@ bool Scenario::NeedsDevices() const {
 
 std::vector<std::string> Scenario::NotReplayed() const {
   std::vector<std::string> lines;
-  for (const NetworkInterface& interface : interfaces_) {
-    if (!interface.Mac.empty() && !CanHaveMac(interface)) {
-      lines.push_back("interface " + interface.Name + " has another hardware address than " +
-                      interface.Mac + ", which the kernel does not give it");
-    }
+  if (refused_addresses.empty()) {
+    return lines;
   }
-  for (const auto& [name, error] : faults_.HardwareAddresses) {
-    lines.push_back("interface " + name +
-                    " says its hardware address, where it failed with errno " +
-                    std::to_string(error));
+  for (const auto& [name, answer] : HardwareAnswers()) {
+    lines.push_back("interface " + name + " says another hardware address than it did; " +
+                    refused_addresses);
   }
   return lines;
 }

@@ -13,6 +13,7 @@
 #include "sandbox/devices.h"
 #include "sandbox/faults.h"
 #include "sandbox/files.h"
+#include "sandbox/hardware_addresses.h"
 #include "sandbox/interfaces.h"
 #include "sandbox/rows.h"
 #include "sandbox/tree.h"
@@ -90,7 +91,8 @@ class Scenario {
   // Whether it takes the device file system.
   [[nodiscard]] bool NeedsDevices() const;
 
-  // What the kernel does not do as the scenario has it, a line each, for people.
+  // What the kernel does not do here as the scenario has it, a line each, for people. Known once
+  // the scenario is applied.
   [[nodiscard]] std::vector<std::string> NotReplayed() const;
 
  private:
@@ -117,7 +119,10 @@ class Scenario {
   void Remove(const std::string& what);
   void ApplyFiles(const Scenario& before) const;
   void ApplyDevices(const Scenario& before) const;
+  void ApplyInterfaces(const Scenario& before) const;
   void ApplyRows(const Scenario& before) const;
+  // What the kernel would answer otherwise.
+  [[nodiscard]] std::map<std::string, HardwareAnswer> HardwareAnswers() const;
 
   std::map<std::string, Entry> files_;
   std::map<std::string, DeviceAnswers> devices_;

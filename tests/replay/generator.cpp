@@ -143,6 +143,10 @@ class Generator {
     sandbox::NetworkInterface made;
     made.Name = kNames[number];
     made.Mac = "02:00:00:00:0" + std::to_string(number) + ":0" + std::to_string(Below(10));
+    const bool odd = OneOf(5);  // as others than Ethernet have it
+    if (odd) {
+      made.Mac = OneOf(2) ? "00:00:00:00:00:00" : "01:00:5E:00:00:01";
+    }
     made.State =
         Any(std::vector{sandbox::LinkState::kUp, sandbox::LinkState::kUp, sandbox::LinkState::kUp,
                         sandbox::LinkState::kUnplugged, sandbox::LinkState::kDown});
@@ -160,7 +164,7 @@ class Generator {
         case 2:
           made.Addresses.push_back({.Prefix = address + "/" + std::to_string(8 + Below(20)),
                                     .Broadcast = "10.255.255.255",
-                                    .Label = made.Name + ":" + std::to_string(at)});
+                                    .Label = odd ? "" : made.Name + ":" + std::to_string(at)});
           break;
         case 3:
           made.Addresses.push_back({.Prefix = address + "/16", .Peer = OneOf(3) ? "0.0.0.0" : ""});
@@ -245,6 +249,11 @@ class Generator {
           break;
       }
       faults.Files[path] = fault;
+    }
+    for (const char* const name : kNames) {
+      if (OneOf(8)) {
+        faults.HardwareAddresses[name] = Any(kErrors);
+      }
     }
     Add(step + "faults", sandbox::FaultsText(faults));
   }

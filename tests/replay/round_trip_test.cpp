@@ -67,7 +67,9 @@ class RoundTrip : public sandbox::OutsideTest {
       static const std::set<std::string> kVolatile = {"LocalTime", "Uptime", "StorageTotal",
                                                       "StorageFree", "Result"};
       for (const std::string& field : left_out) {
-        text += kVolatile.contains(field) ? "" : "left out: " + field + "\n";
+        if (!kVolatile.contains(field) && !field.ends_with("/MACAddress")) {
+          text += "left out: " + field + "\n";
+        }
       }
     }
     return text;

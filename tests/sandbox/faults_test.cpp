@@ -173,15 +173,5 @@ TEST_F(FileFaults, AQueryFailsWithoutItsTable) {
   RunSql("SELECT * FROM status;");
 }
 
-TEST_F(FileFaults, WhatTheKernelDoesNotDoIsSaid) {
-  const Scenario scenario = Scenario::FromTree(
-      {{"faults", {.Bytes = "eth0 hardware-address 19\n"}},
-       {"interfaces", {.Bytes = "interface eth0\ninterface ppp0\n  mac 00:00:00:00:00:00\n"}}},
-      "test");
-  scenario.Apply();
-  EXPECT_THAT(scenario.NotReplayed(),
-              testing::ElementsAre(testing::HasSubstr("ppp0"), testing::HasSubstr("eth0")));
-}
-
 }  // namespace
 }  // namespace sandbox

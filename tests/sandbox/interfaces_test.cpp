@@ -15,6 +15,7 @@
 #include <vector>
 
 #include "sandbox/descriptor.h"
+#include "sandbox/scenario.h"
 
 namespace sandbox {
 namespace {
@@ -151,6 +152,54 @@ TEST_F(Interfaces, OneThatCannotHaveItsMacAddressGetsAnotherOne) {
   SetInterfaces(
       {{.Name = "ppp0", .Mac = "00:00:00:00:00:00"}, {.Name = "tun0", .Mac = "01:00:5E:00:00:01"}});
   EXPECT_THAT(Listed(), ElementsAre("ppp0 link", "tun0 link"));
+}
+
+// Six bytes, or the errno of the question.
+std::string HardwareAddressOf(const std::string& name) {
+  const Descriptor socket(::socket(AF_INET, SOCK_DGRAM, 0));
+  ifreq question = {};
+  name.copy(question.ifr_name, IFNAMSIZ - 1);
+  if (ioctl(socket.Number(), SIOCGIFHWADDR, &question) != 0) {
+    return std::to_string(errno);
+  }
+  return {question.ifr_hwaddr.sa_data, 6};
+}
+
+TEST_F(Interfaces, ThoseThatTheKernelWouldNotGiveAnswerWithTheirMacAddressAllTheSame) {
+  const Scenario odd = Scenario()
+                           .Interface({.Name = "ppp0", .Mac = "00:00:00:00:00:00"})
+                           .Interface({.Name = "tun0", .Mac = "01:00:5E:00:00:01"})
+                           .Interface({.Name = "eth0", .Mac = "02:00:00:00:00:01"});
+  odd.Apply();
+  if (!odd.NotReplayed().empty()) {
+    GTEST_SKIP() << odd.NotReplayed().front();
+  }
+  EXPECT_EQ(std::string(6, '\0'), HardwareAddressOf("ppp0"));
+  EXPECT_EQ(std::string("\x01\x00\x5E\x00\x00\x01", 6), HardwareAddressOf("tun0"));
+  EXPECT_EQ(std::string("\x02\x00\x00\x00\x00\x01", 6), HardwareAddressOf("eth0"));
+  EXPECT_EQ(std::to_string(ENODEV), HardwareAddressOf("eth1"));
+  const Scenario even = Scenario().Interface({.Name = "ppp0", .Mac = "02:00:00:00:00:02"});
+  even.Apply();
+  EXPECT_EQ(std::string("\x02\x00\x00\x00\x00\x02", 6), HardwareAddressOf("ppp0"));
+}
+
+TEST_F(Interfaces, TheQuestionForAMacAddressFails) {
+  const Scenario scenario = Scenario::FromTree(
+      {{"interfaces",
+        {.Bytes = "interface eth0\n  mac 02:00:00:00:00:01\ninterface eth1\n"
+                  "  mac 02:00:00:00:00:02\n"}},
+       {"faults", {.Bytes = "eth0 hardware-address 99\neth1:2 hardware-address 98\n"}}},
+      "test");
+  scenario.Apply();
+  if (!scenario.NotReplayed().empty()) {
+    GTEST_SKIP() << scenario.NotReplayed().front();
+  }
+  EXPECT_EQ("99", HardwareAddressOf("eth0"));
+  EXPECT_EQ("99", HardwareAddressOf("eth0:1"));
+  EXPECT_EQ("98", HardwareAddressOf("eth1:2"));
+  EXPECT_EQ(std::string("\x02\x00\x00\x00\x00\x02", 6), HardwareAddressOf("eth1"));
+  Scenario(scenario).NoFaults().ApplyAfter(scenario);
+  EXPECT_EQ(std::string("\x02\x00\x00\x00\x00\x01", 6), HardwareAddressOf("eth0"));
 }
 
 TEST_F(Interfaces, NewOnesReplaceTheFormerOnes) {
