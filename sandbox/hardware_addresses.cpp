@@ -73,7 +73,8 @@ int Divert() {
 
 bool Copy(pid_t process, ifreq* request, std::uint64_t address, bool back) {
   const iovec here = {request, sizeof *request};
-  const iovec there = {reinterpret_cast<void*>(address), sizeof *request};
+  iovec there = {nullptr, sizeof *request};
+  std::memcpy(&there.iov_base, &address, sizeof there.iov_base);  // of the other process
   const auto copied = back ? process_vm_writev(process, &here, 1, &there, 1, 0)
                            : process_vm_readv(process, &here, 1, &there, 1, 0);
   return copied == static_cast<ssize_t>(sizeof *request);

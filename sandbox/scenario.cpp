@@ -12,7 +12,10 @@ namespace fs = std::filesystem;
 namespace {
 
 // Why the kernel's own answers stay, of the scenario that was applied last; "": they do not.
-std::string refused_addresses;
+std::string& RefusedAddresses() {
+  static std::string why;
+  return why;
+}
 
 }  // namespace
 
@@ -199,9 +202,9 @@ void Scenario::ApplyInterfaces(const Scenario& before) const {
   const auto answers = HardwareAnswers();
   try {
     SetHardwareAddresses(answers);
-    refused_addresses.clear();
+    RefusedAddresses().clear();
   } catch (const Refused& refusal) {
-    refused_addresses = refusal.what();
+    RefusedAddresses() = refusal.what();
   }
 }
 
@@ -241,12 +244,12 @@ bool Scenario::NeedsDevices() const {
 
 std::vector<std::string> Scenario::NotReplayed() const {
   std::vector<std::string> lines;
-  if (refused_addresses.empty()) {
+  if (RefusedAddresses().empty()) {
     return lines;
   }
   for (const auto& [name, answer] : HardwareAnswers()) {
-    lines.push_back("interface " + name + " says another hardware address than it did; " +
-                    refused_addresses);
+    lines.push_back("interface " + name);
+    lines.back() += " says another hardware address than it did; " + RefusedAddresses();
   }
   return lines;
 }

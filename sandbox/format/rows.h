@@ -1,10 +1,10 @@
 #pragma once
 
-#include <compare>
 #include <cstddef>
 #include <map>
 #include <string>
 #include <string_view>
+#include <tuple>
 #include <utility>
 #include <variant>
 
@@ -23,8 +23,11 @@ using RowValue = std::variant<std::nullptr_t, std::string, Blob>;
 struct RowKey {
   RowKey(std::string text) : Bytes(std::move(text)) {}
   RowKey(const char* text) : Bytes(text) {}
-  RowKey(Blob blob) : IsBlob(true), Bytes(std::move(blob.Bytes)) {}
-  auto operator<=>(const RowKey&) const = default;
+  RowKey(const Blob& blob) : IsBlob(true), Bytes(blob.Bytes) {}
+  bool operator==(const RowKey&) const = default;
+  bool operator<(const RowKey& other) const {
+    return std::tie(IsBlob, Bytes) < std::tie(other.IsBlob, other.Bytes);
+  }
 
   bool IsBlob = false;
   std::string Bytes;
