@@ -5,6 +5,7 @@
 #include "sandbox/enter.h"
 #include "sandbox/files.h"
 #include "sandbox/testing.h"
+#include "tests/support/paths.h"
 
 namespace captured {
 
@@ -16,7 +17,7 @@ sandbox::Scenario Load(const std::string& name) {
 }
 
 ProgramResult Capture(const std::vector<std::string>& arguments) {
-  std::vector<std::string> command = {HOST_PROGRAM, "capture"};
+  std::vector<std::string> command = {test_support::HostProgram(), "capture"};
   command.insert(command.end(), arguments.begin(), arguments.end());
   return RunProgram(command);
 }
@@ -37,7 +38,9 @@ nlohmann::json Description(const Entries& capture) {
   return nlohmann::json::parse(capture.at("capture.json").Bytes);
 }
 
-std::string Show() { return RunProgram({HOST_PROGRAM, "show", "--format", "xml"}).Output; }
+std::string Show() {
+  return RunProgram({test_support::HostProgram(), "show", "--format", "xml"}).Output;
+}
 
 std::string Comparable(std::string document) {
   static const std::regex other("(LocalTime|Uptime|StorageTotal|StorageFree)=\"[^\"]*\"");

@@ -19,6 +19,7 @@
 #include "sandbox/scenario.h"
 #include "tests/capture/capture_fixture.h"
 #include "tests/capture/silent_node.h"
+#include "tests/support/paths.h"
 
 namespace {
 
@@ -97,8 +98,9 @@ TEST_F(CaptureFailure, KeepsWhatCameBeforeASourceThatHangs) {
 // A driver that hangs keeps who asks it in the kernel.
 TEST_F(CaptureFailure, DoesNotWaitForACycleThatCannotBeEnded) {
   const captured::SilentNode node("/dev/travex");
-  const ProgramResult result = RunProgram(
-      {"/bin/sh", "-c", std::string(HOST_PROGRAM " capture --timeout 1 ") + kFile + " 2>&1 | cat"});
+  const ProgramResult result =
+      RunProgram({"/bin/sh", "-c",
+                  test_support::HostProgram() + " capture --timeout 1 " + kFile + " 2>&1 | cat"});
   EXPECT_TRUE(captured::CannotBeEnded("capture"));
   EXPECT_THAT(result.Output, HasSubstr("no answer within 1 s: still request of /dev/travex"));
   const Entries capture = captured::Read();
@@ -187,9 +189,10 @@ TEST_F(CaptureFailure, KeepsTheCyclesBeforeTheOneThatHangs) {
 
 TEST_F(CaptureFailure, LeavesNothingWhenItIsKilled) {
   const HeldLease lease("/proc/meminfo");
+  const std::string program = test_support::HostProgram();
   const pid_t child = fork();
   if (child == 0) {
-    execl(HOST_PROGRAM, HOST_PROGRAM, "capture", "--timeout", "60", kFile, nullptr);
+    execl(program.c_str(), program.c_str(), "capture", "--timeout", "60", kFile, nullptr);
     _exit(127);
   }
   while (sandbox::DeviceLog().size() < 10) {
@@ -262,8 +265,8 @@ TEST_F(CaptureFailure, GoesToStandardOutputForAMinus) {
 }
 
 TEST_F(CaptureFailure, SaysThatStandardOutputCannotBeWritten) {
-  const ProgramResult result =
-      RunProgram({"/bin/sh", "-c", "exec " HOST_PROGRAM " capture - >/dev/full"});
+  const ProgramResult result = RunProgram(
+      {"/bin/sh", "-c", "exec " + test_support::HostProgram() + " capture - >/dev/full"});
   EXPECT_EQ(result.ExitCode, 2);
   EXPECT_THAT(result.Errors, HasSubstr("statuscollector: standard output: No space left"));
 }
@@ -285,9 +288,9 @@ TEST_F(CaptureFailure, IsWrongUsageForArgumentsThatAreNone) {
 
 TEST_F(CaptureFailure, SaysThatWhatItRunsIsNotInstalled) {
   sandbox::MakeFolder("/elsewhere/bin");
-  fs::copy_file(HOST_PROGRAM, "/elsewhere/bin/statuscollector");
+  fs::copy_file(test_support::HostProgram(), "/elsewhere/bin/statuscollector");
   std::string libraries;
-  const fs::path build = fs::path(HOST_PROGRAM).parent_path().parent_path();
+  const fs::path build = fs::path(test_support::HostProgram()).parent_path().parent_path();
   for (const std::string folder : {"collector", "db", "insight", "model"}) {
     libraries += (libraries.empty() ? "" : ":") + (build / folder).string();
   }
@@ -295,8 +298,8 @@ TEST_F(CaptureFailure, SaysThatWhatItRunsIsNotInstalled) {
                                           {"LD_LIBRARY_PATH=" + libraries});
   EXPECT_EQ(result.ExitCode, 2);
   EXPECT_THAT(result.Errors,
-              HasSubstr("statuscollector: /elsewhere/libexec/statuscollector/capture: No such file "
-                        "or directory; it belongs to this program: install both again"));
+              HasSubstr("statuscollector: /elsewhere/libexec/statuscollector/capture cannot be "
+                        "run: No such file or directory; install statuscollector-tools"));
 }
 
 TEST_F(CaptureFailure, ShowsWhatTheCollectorPrintsOnStandardErrorOnly) {

@@ -11,6 +11,7 @@
 #include "sandbox/format/faults.h"
 #include "sandbox/rows.h"
 #include "tests/capture/capture_fixture.h"
+#include "tests/support/paths.h"
 
 namespace {
 
@@ -285,9 +286,9 @@ TEST_F(CaptureTest, HasWhatAUserMayNotRead) {
   ASSERT_EQ(chmod("/proc/meminfo", 0600), 0);
   sandbox::MakeFolder("/captures");
   ASSERT_EQ(chmod("/captures", 0777), 0);
-  const test_support::ProgramResult result =
-      test_support::RunProgram({"/usr/bin/setpriv", "--reuid", "1001", "--regid", "1001",
-                                "--clear-groups", HOST_PROGRAM, "capture", "/captures/users"});
+  const test_support::ProgramResult result = test_support::RunProgram(
+      {"/usr/bin/setpriv", "--reuid", "1001", "--regid", "1001", "--clear-groups",
+       test_support::HostProgram(), "capture", "/captures/users"});
   if (result.ExitCode != 0) {
     GTEST_SKIP() << "no other users: " << result.Errors;
   }
