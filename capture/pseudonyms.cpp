@@ -1,8 +1,9 @@
 #include "capture/pseudonyms.h"
 
 #include <algorithm>
+#include <optional>
+#include <set>
 #include <stdexcept>
-#include <vector>
 
 #include "hardware/parse_hex.h"
 
@@ -10,6 +11,7 @@ namespace capture {
 namespace {
 
 constexpr int kMostTries = 1000;
+constexpr std::size_t kMostDigits = 4;  // of a part of an address
 
 // Numbers from Least to Most.
 struct Range {
@@ -62,23 +64,19 @@ class Maker {
   // The part of an address that stands for `number` after `before`, always the same and for no
   // other number there. `before` is the text of the part of the address that comes before.
   std::uint32_t Part(const std::string& before, std::uint32_t number, Range range) {
-    std::map<std::uint32_t, std::uint32_t>& parts = parts_[before];
-    if (const auto known = parts.find(number); known != parts.end()) {
+    Parts& parts = parts_[before];
+    if (const auto known = parts.Made.find(number); known != parts.Made.end()) {
       return known->second;
     }
-    std::vector<std::uint32_t> left;
-    for (std::uint32_t candidate = range.Least; candidate <= range.Most; ++candidate) {
-      const bool taken =
-          candidate == number || std::ranges::any_of(parts, [candidate](const auto& part) {
-            return part.second == candidate;
-          });
-      if (!taken) {
-        left.push_back(candidate);
-      }
+    const auto is_free = [&](std::uint32_t part) {
+      return part != number && !parts.Taken.contains(part);
+    };
+    std::uint32_t part = Any(range);
+    for (int tries = 0; tries < kMostTries && !is_free(part); ++tries) {
+      part = Any(range);
     }
-    const std::uint32_t part = left.empty() ? number : left[random_() % left.size()];
-    parts[number] = part;
-    return part;
+    parts.Taken.insert(part);
+    return parts.Made[number] = part;
   }
 
   IPv4 Of(IPv4 address) {
@@ -135,8 +133,7 @@ class Maker {
     constexpr StationAddress kAll = 0xFFFFFFFFFFFF;
     StationAddress made = address;
     while (identities_.Stations.contains(made) || IsCommon(made) ||
-           std::ranges::any_of(made_.Stations,
-                               [made](const auto& other) { return other.second == made; })) {
+           !stations_.insert(made).second) {
       made = (random_() & kAll & ~kKinds) | (address & kKinds);
     }
     return made;
@@ -212,17 +209,32 @@ class Maker {
   const bool other_length_;
   std::mt19937_64& random_;
   Pseudonyms made_;
-  std::map<std::string, std::map<std::uint32_t, std::uint32_t>> parts_;
+  struct Parts {
+    std::map<std::uint32_t, std::uint32_t> Made;
+    std::set<std::uint32_t> Taken;
+  };
+  std::map<std::string, Parts> parts_;  // by what comes before them
+  std::set<StationAddress> stations_;   // that stand for others
 };
 
-// Whether no pseudonym is, or has within it, an address of the controller.
+std::optional<IPv4> Parse(const std::string& text, IPv4 /*like*/) { return ParseIPv4(text); }
+std::optional<IPv6> Parse(const std::string& text, const IPv6& /*like*/) { return ParseIPv6(text); }
+
+// Whether no pseudonym is, or has within it, an address of the controller, and no two are the same.
 template <class Map>
 bool AreNew(const Map& pseudonyms) {
-  return std::ranges::none_of(pseudonyms, [&pseudonyms](const auto& pair) {
+  std::set<typename Map::mapped_type> used;
+  return std::ranges::all_of(pseudonyms, [&](const auto& pair) {
     const std::string made = TextOf(pair.second);
-    return std::ranges::any_of(pseudonyms, [&made](const auto& other) {
-      return made.find(TextOf(other.first)) != std::string::npos;
-    });
+    for (std::size_t begin = 0; begin < kMostDigits; ++begin) {
+      for (std::size_t end = 0; end < kMostDigits && begin + end < made.size(); ++end) {
+        const auto within = Parse(made.substr(begin, made.size() - begin - end), pair.second);
+        if (within && pseudonyms.contains(*within)) {
+          return false;
+        }
+      }
+    }
+    return used.insert(pair.second).second;
   });
 }
 
