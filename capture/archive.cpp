@@ -6,6 +6,8 @@
 #include <memory>
 #include <stdexcept>
 
+#include "sandbox/format/limits.h"
+
 namespace capture {
 namespace {
 
@@ -61,9 +63,10 @@ std::string Pack(const Entries& entries) {
   for (const auto& [name, entry] : entries) {
     bytes += entry.Bytes.size();
   }
-  if (bytes > kMostBytes) {
+  if (bytes > sandbox::kMostBytes) {
     throw std::runtime_error("the sources have " + std::to_string(bytes >> 20) +
-                             " MiB, more than a capture holds (1024 MiB)");
+                             " MiB, more than a capture holds (" +
+                             std::to_string(sandbox::kMostBytes >> 20) + ")");
   }
   std::string packed;
   Writer writer(&packed);

@@ -1,7 +1,6 @@
 // A capture as one file.
 #pragma once
 
-#include <cstdint>
 #include <string>
 
 #include "capture/controller.h"
@@ -10,9 +9,6 @@ namespace capture {
 
 // The folder in the archive in which all entries stand.
 inline constexpr const char* kFolder = "capture";
-
-// What a replay unpacks at most.
-inline constexpr std::uint64_t kMostBytes = std::uint64_t{1} << 30;
 
 // The entries as a compressed archive (tar, zstd), in the order of their names, without owners and
 // times: equal entries are equal archives. Throws std::runtime_error.
