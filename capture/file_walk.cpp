@@ -53,7 +53,7 @@ std::string FileWalk::Path() const {
     if (path == leads_to) {
       path = link;
     } else if (path.starts_with(leads_to + "/")) {
-      path = link + path.substr(leads_to.size());
+      path.replace(0, leads_to.size(), link);
     }
   }
   return path;

@@ -27,6 +27,7 @@ std::vector<std::string> Columns(CStatusInterface& collector) {
   CppSQLite3Statement statement = collector.m_DB.compileStatement("SELECT * FROM status LIMIT 0");
   const CppSQLite3Query query = statement.execQuery();
   std::vector<std::string> names;
+  names.reserve(kMostColumns);
   for (int column = 0; column < kMostColumns; ++column) {
     names.emplace_back(query.getFieldName(column));
   }

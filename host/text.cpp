@@ -59,7 +59,7 @@ std::string LimitText(const insight::Limits& limits, const char* name) {
 }
 
 std::string LimitText(const insight::Limits& limits, const Measured& measured) {
-  const std::string text = LimitText(limits, measured.Limit);
+  std::string text = LimitText(limits, measured.Limit);
   const auto table = insight::LimitTable();
   const std::string_view unit =
       std::ranges::find(table, std::string_view(measured.Limit), &insight::LimitInfo::Name)->Unit;

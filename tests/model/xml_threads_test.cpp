@@ -14,8 +14,8 @@
 
 namespace {
 
-std::atomic<int> initialized = 0;
-std::atomic<int> too_early = 0;
+std::atomic<int> g_initialized = 0;
+std::atomic<int> g_too_early = 0;
 
 template <class Function>
 Function* Next(const char* name) {
@@ -27,12 +27,12 @@ Function* Next(const char* name) {
 // The library finds these before libxml2's own.
 __attribute__((visibility("default"))) void xmlInitParser() {
   Next<void()>("xmlInitParser")();
-  ++initialized;
+  ++g_initialized;
 }
 
 // The first function that each use calls.
 __attribute__((visibility("default"))) void xmlResetLastError() {
-  too_early += initialized == 0 ? 1 : 0;
+  g_too_early += g_initialized == 0 ? 1 : 0;
   Next<void()>("xmlResetLastError")();
 }
 
@@ -52,8 +52,8 @@ TEST(Threads, FindTheDataOfLibxml2MadeOnceBeforeTheyUseIt) {
     thread.join();
   }
   EXPECT_EQ(read, 4);
-  EXPECT_EQ(too_early, 0);
-  EXPECT_GE(initialized, 1);
+  EXPECT_EQ(g_too_early, 0);
+  EXPECT_GE(g_initialized, 1);
 }
 
 }  // namespace
