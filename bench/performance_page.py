@@ -104,6 +104,8 @@ def reasons(f):
              for kind in f["sizes"][SHIPPED[0]]}
     largest = sorted(kinds, key=kinds.get, reverse=True)[:4]
     calls = sum(f["demo calls"]["Cycle"].values()) - sum(f["demo calls"]["Floors"].values())
+    rows = {name: (count - counts["RowsFloor"].get(name, 0)) / int(MAIN)
+            for name, count in rows_profile(f).items()}
     document = f["demo instructions"]
     steps = process_steps(f)
 
@@ -120,9 +122,13 @@ def reasons(f):
         "probe / floor": "above its floor: " + listed(
             [each for each in more.items() if not each[0].startswith("rows")],
             lambda name, cost: f"{name} {cost:+,.0f} µs") +
-            f"; {calls:+.0f} system calls look at what was opened, and 3 MiB are searched",
+            f"; a whole cycle makes {calls:+.0f} system calls more, most to look at what was opened",
         "whole cycle": "above its floor: " + listed(more.items(), lambda name, cost: f"{name} {cost:+,.0f} µs"),
-        "rows / bare loop": f"without any copy and without the allocator {without_records(f):.2f} would remain",
+        "rows / bare loop": "instructions for a row above the loop: " + listed(
+            sorted(((name, more) for name, more in rows.items() if abs(more) >= 1),
+                   key=lambda each: -each[1]),
+            lambda name, more: f"{name} {more:+,.0f}") +
+            f"; without any copy and without the allocator {without_records(f):.2f} would remain",
         "observer": "instructions for a row, to make the events, hand them over and count them: " + listed(
             [each for each in events.items() if round(each[1])], lambda name, cost: f"{name} {cost:+,.0f}"),
         "`show` / empty": process_reason("show"),
@@ -139,8 +145,9 @@ def reasons(f):
                                        f"{fraction(process(f, 'empty', 'python'))}",
         "a document in a host": "the floor of its probe alone takes "
                                 f"{fraction(f['demo']['ProbeFloor']['time'] / 1000 / f['processes']['python'][0])}",
-        "stripped size": listed([(kind, kinds[kind]) for kind in largest],
-                                lambda kind, size: f"{kind} {size:.0f} KiB"),
+        "stripped size": listed([(f"`{library}`", size(f, [library]) / KIB) for library in SHIPPED] +
+                                [(kind, kinds[kind]) for kind in largest],
+                                lambda what, kibibytes: f"{what} {kibibytes:.0f} KiB"),
     }
 
 
