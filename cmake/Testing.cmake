@@ -84,6 +84,6 @@ function(status_test name)
   status_pass(${arg_PASS} TARGETS ${name})
   gtest_discover_tests(${name} TEST_PREFIX "${name}." PROPERTIES TIMEOUT 300 SKIP_RETURN_CODE 77
                        LABELS ${arg_PASS}
-                       ENVIRONMENT "LSAN_OPTIONS=suppressions=${PROJECT_SOURCE_DIR}/tests/lsan.supp"
+                       ENVIRONMENT "LSAN_OPTIONS=suppressions=${PROJECT_SOURCE_DIR}/tests/lsan.supp:print_suppressions=0"
                        DISCOVERY_TIMEOUT 60)
 endfunction()

@@ -4,6 +4,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <charconv>
 #include <fstream>
 #include <map>
 #include <set>
@@ -48,7 +49,9 @@ std::map<std::string, double> SamplesOf(const std::string& metrics) {
   for (std::string line; std::getline(lines, line);) {
     if (!line.starts_with('#')) {
       const std::size_t blank = line.rfind(' ');
-      EXPECT_TRUE(samples.emplace(line.substr(0, blank), std::stod(line.substr(blank + 1))).second)
+      double value = 0;  // written with a point, whatever the locale
+      std::from_chars(line.data() + blank + 1, line.data() + line.size(), value);
+      EXPECT_TRUE(samples.emplace(line.substr(0, blank), value).second)
           << line << " is there twice";
     }
   }
