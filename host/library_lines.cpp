@@ -14,7 +14,7 @@ void Pass(std::string_view text) {
   while (!text.empty()) {
     const ssize_t count = write(STDERR_FILENO, text.data(), text.size());
     if (count <= 0) {
-      return;  // there is nobody to tell
+      return;  // nothing reads it
     }
     text.remove_prefix(static_cast<std::size_t>(count));
   }

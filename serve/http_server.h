@@ -28,7 +28,7 @@ class HttpServer {
   HttpServer(const HttpServer&) = delete;
   HttpServer& operator=(const HttpServer&) = delete;
 
-  // From now on answers come from `state`; streams of events are told.
+  // From now on answers come from `state`; each stream of events is sent one.
   void Set(const State& state);
 
   // Adds what poll() has to look at.

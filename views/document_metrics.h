@@ -29,7 +29,7 @@ void CollectUptime(const Metric& metric, const Sources& from, Samples* samples);
 // 1, with texts of the controller and its output as labels.
 void CollectDisplay(const Metric& metric, const Sources& from, Samples* samples);
 
-// 1, with what tells one sensor from another as labels.
+// 1, with the address, bus and face of the sensor as labels.
 void CollectSensors(const Metric& metric, const Sources& from, Samples* samples);
 
 }  // namespace views

@@ -114,7 +114,7 @@ constexpr Metric kMetrics[] = {
      &QtSts::COutput::Class, "Ttable/RefreshRate"},
 
     // Sensors; readings of those that are connected.
-    {"sensor_info", kGauge, "What tells one sensor from another, always 1",
+    {"sensor_info", kGauge, "Address, bus and face of the sensor, always 1",
      "element kind address bus face", &CollectSensors, &QtSts::CSensor::Class, "Connected", 1, 0, 0,
      true},
     {"sensor_connected", kGauge, "1 when the sensor is connected, else 0", kElement, &CollectValues,

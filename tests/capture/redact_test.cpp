@@ -135,7 +135,7 @@ Scenario Telling() {
             Base64(text), Base64("at " + text), Base64("it: " + text + "!"),
             Hexadecimal("at " + text)}) {
         char key[32];
-        std::snprintf(key, sizeof key, "Told_%04d", number++);
+        std::snprintf(key, sizeof key, "Addresses_%04d", number++);
         scenario.Row(key, said);
         log.append("# ").append(said).append("\n");
       }
@@ -209,14 +209,14 @@ TEST_F(CaptureTest, ReplacesTheSameByTheSameEverywhere) {
 
 TEST_F(CaptureTest, KeepsWhatEveryControllerHas) {
   Load("demo")
-      .Row("Told", "127.0.0.1 0.0.0.0 255.255.255.0 ::1 ff02::1 00:00:00:00:00:00 1.2.3.4.5")
-      .Row("ToldVersion", "4.3.2.1")
+      .Row("Kept", "127.0.0.1 0.0.0.0 255.255.255.0 ::1 ff02::1 00:00:00:00:00:00 1.2.3.4.5")
+      .Row("KeptVersion", "4.3.2.1")
       .Apply();
   const Entries capture = CaptureNow({"--redact"});
   EXPECT_THAT(capture.at("rows.tsv").Bytes,
-              HasSubstr("Told\t127.0.0.1 0.0.0.0 255.255.255.0 ::1 ff02::1 00:00:00:00:00:00 "
+              HasSubstr("Kept\t127.0.0.1 0.0.0.0 255.255.255.0 ::1 ff02::1 00:00:00:00:00:00 "
                         "1.2.3.4.5\n"));
-  EXPECT_THAT(capture.at("rows.tsv").Bytes, HasSubstr("ToldVersion\t4.3.2.1\n"));
+  EXPECT_THAT(capture.at("rows.tsv").Bytes, HasSubstr("KeptVersion\t4.3.2.1\n"));
   EXPECT_THAT(capture.at("document.xml").Bytes, HasSubstr("Title=\"North scoreboard\""));
   EXPECT_THAT(capture.at("interfaces").Bytes, HasSubstr("  address 192.168."));
   EXPECT_EQ(capture.at("root/var/lib/dpkg/status").Bytes,
