@@ -135,7 +135,7 @@ Scenario Telling() {
             Base64(text), Base64("at " + text), Base64("it: " + text + "!"),
             Hexadecimal("at " + text)}) {
         char key[32];
-        std::snprintf(key, sizeof key, "Addresses_%04d", number++);
+        std::snprintf(key, sizeof key, "Kept_%04d", number++);
         scenario.Row(key, said);
         log.append("# ").append(said).append("\n");
       }
