@@ -1,5 +1,6 @@
 #include "tests/capture/capture_fixture.h"
 
+#include <filesystem>
 #include <regex>
 
 #include "sandbox/enter.h"
@@ -40,6 +41,16 @@ nlohmann::json Description(const Entries& capture) {
 
 std::string Show() {
   return RunProgram({test_support::HostProgram(), "show", "--format", "xml"}).Output;
+}
+
+std::string ShowAgain(const Entries& capture) {
+  const char* const folder = "/replayed";
+  std::filesystem::remove_all(folder);
+  Write(capture, folder);
+  const sandbox::Scenario replayed = sandbox::Scenario::Load(folder);
+  sandbox::Scenario().Apply();
+  replayed.Apply();
+  return Show();
 }
 
 std::string Comparable(std::string document) {

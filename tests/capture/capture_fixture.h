@@ -31,6 +31,10 @@ nlohmann::json Description(const Entries& capture);
 // What `show --format xml` gives.
 std::string Show();
 
+// Makes the box the controller that was captured, and nothing else, and gives what Show() gives
+// then.
+std::string ShowAgain(const Entries& capture);
+
 // A document without the values that a replay does not give.
 std::string Comparable(std::string document);
 

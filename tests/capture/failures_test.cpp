@@ -19,6 +19,7 @@
 #include "sandbox/scenario.h"
 #include "tests/capture/capture_fixture.h"
 #include "tests/capture/silent_node.h"
+#include "tests/support/held_lease.h"
 #include "tests/support/paths.h"
 
 namespace {
@@ -31,6 +32,7 @@ using captured::Description;
 using captured::Entries;
 using captured::kFile;
 using captured::Load;
+using test_support::HeldLease;
 using test_support::ProgramResult;
 using test_support::RunProgram;
 using testing::AllOf;
@@ -59,21 +61,6 @@ class CaptureFailure : public CaptureTest {
     }
     return names;
   }
-};
-
-// A file under another process's write lease keeps its reader waiting for 45 seconds.
-class HeldLease {
- public:
-  explicit HeldLease(const char* path) : file_(open(path, O_RDWR | O_CLOEXEC)) {
-    static_cast<void>(std::signal(SIGIO, SIG_IGN));  // it is not given back
-    EXPECT_EQ(fcntl(file_, F_SETLEASE, F_WRLCK), 0) << path;
-  }
-  HeldLease(const HeldLease&) = delete;
-  HeldLease& operator=(const HeldLease&) = delete;
-  ~HeldLease() { close(file_); }
-
- private:
-  int file_;
 };
 
 TEST_F(CaptureFailure, KeepsWhatCameBeforeASourceThatHangs) {
