@@ -1,7 +1,6 @@
 #include "host/explain_text.h"
 
 #include <algorithm>
-#include <array>
 #include <map>
 #include <unordered_map>
 
@@ -50,13 +49,22 @@ std::string Sentence(std::string text) {
   return text;
 }
 
+std::string TextOf(const Remark& remark) {
+  return remark.Text.empty() ? insight::InfoOf(remark.What).Meaning : remark.Text;
+}
+
 // What became of a row, in its line of the table. Paths within `element`, which the title names,
 // begin with "…".
 std::string Fate(const insight::Row& row, const std::string& element) {
-  const Remark& first = row.Remarks.front();
   std::string fate;
-  if (row.Class() != OutcomeClass::kFine || row.Path.empty()) {
-    fate = first.Text.empty() ? insight::InfoOf(first.What).Meaning : first.Text;
+  if (row.Class() != OutcomeClass::kFine) {
+    for (const Remark& remark : row.Remarks) {
+      if (insight::InfoOf(remark.What).Class != OutcomeClass::kFine) {
+        fate += (fate.empty() ? "" : "; ") + TextOf(remark);
+      }
+    }
+  } else if (row.Path.empty()) {
+    fate = TextOf(row.Remarks.front());
     const std::string known = ", which completes " + element;
     if (!element.empty() && fate.ends_with(known)) {
       fate.resize(fate.size() - known.size());
@@ -141,23 +149,29 @@ class Explanation {
         if (!quoted.Carets.empty() && Width(quoted.Carets) <= page_.Columns()) {
           page_.Plain(quoted.Carets);
         }
-        const std::string text = remark.Text.empty() ? info.Meaning : remark.Text;
-        page_.Line(Sentence(Printable(text)) + " [" + info.Id + "]");
+        page_.Line(Sentence(Printable(TextOf(remark))) + " [" + info.Id + "]");
         page_.Line(Sentence(std::string("Cure: ") + info.Cure));
       }
     }
   }
 
   void ShowSummary() {
-    std::array<std::size_t, 3> counts = {};
+    std::size_t fine = 0;
+    std::size_t notices = 0;  // a row may have several
+    std::size_t errors = 0;
     for (const insight::Row* const row : rows_) {
-      ++counts[static_cast<std::size_t>(row->Class())];
+      fine += row->Class() == OutcomeClass::kFine ? 1 : 0;
+      for (const Remark& remark : row->Remarks) {
+        const OutcomeClass is = insight::InfoOf(remark.What).Class;
+        notices += is == OutcomeClass::kNotice ? 1 : 0;
+        errors += is == OutcomeClass::kError ? 1 : 0;
+      }
     }
     page_.Title("Summary");
     page_.Line(std::to_string(rows_.size()) + " of " + std::to_string(snapshot_.Rows.size()) +
-               " rows: " + std::to_string(counts[0]) + " fine, " +
-               Counted(counts[1], "notice", "notices") + ", " +
-               Counted(counts[2], "error", "errors") + ".");
+               " rows: " + std::to_string(fine) + " fine; " +
+               Counted(notices, "notice", "notices") + ", " + Counted(errors, "error", "errors") +
+               ".");
     std::map<SourceState, std::size_t> states;
     for (const insight::Source& source : snapshot_.Sources) {
       ++states[source.State];

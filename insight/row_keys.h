@@ -46,6 +46,7 @@ struct FamilyNumbers {
   std::size_t LeastWidth = 0;
   std::size_t MostWidth = 0;
   long Highest = -1;
+  std::size_t Completed = 0;  // elements, in all lists
 
   // False when the one that came first has another width.
   bool Add(std::size_t width, long number);

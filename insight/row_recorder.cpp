@@ -283,7 +283,9 @@ void RowRecorder::SeeElement(const observe::Record& record, Element* element) {
   row.Path = element->Path();
   row.After = element->ClassName();
   AddRemark(&row, Outcome::kCompleted, "completes " + element->Path());
-  if (record.Number != record.Position) {
+  // An element after those of another list cannot have its position as its number.
+  const std::size_t before = numbers_[handled_.Entry].Completed++;
+  if (record.Number != record.Position && record.Position == before) {
     AddRemark(&row, Outcome::kNotThePosition,
               Joined({"number ", std::to_string(record.Number), " becomes position ",
                       std::to_string(record.Position)}),

@@ -90,7 +90,33 @@ TEST(Explain, MarksTheBytesOfAProblemAndGivesItsCure) {
 TEST(Explain, CountsAllRowsAlsoWhereItShowsProblemsAlone) {
   Scenario().Database().Row("DimmingLevel", "62,5").Row("DimmingMode", "auto").Apply();
   EXPECT_THAT(Explain({"--problems"}).Output,
-              HasSubstr("2 of 2 rows: 1 fine, 0 notices, 1 error."));
+              HasSubstr("2 of 2 rows: 1 fine; 0 notices, 1 error."));
+}
+
+// Only the first remark of a row used to be seen, and the row to count as one notice.
+TEST(Explain, ShowsAndCountsAllNoticesOfARow) {
+  Scenario()
+      .Database()
+      .Row("Sensor_00_Celsius", "21")
+      .Row("Sensor_00_Rev", "1")
+      .Row("Sensor_00_Type", "CANTemp")
+      .Row("Sensor_05_Rev", "1")
+      .Row("Sensor_05_Type", "CANTemp")
+      .Apply();
+  const std::string output = Explain({"Sensor_05_Type"}).Output;
+  EXPECT_THAT(output, HasSubstr("number 5 becomes position 1; inherits"));
+  EXPECT_THAT(output, HasSubstr("Celsius from"));
+  EXPECT_THAT(output, HasSubstr("1 of 5 rows: 0 fine; 2 notices, 0 errors."));
+}
+
+// Their number used to be the only notice that was seen, though it cannot be their position.
+TEST(Explain, NamesWhatASensorBehindAnInterfaceInherits) {
+  Load("demo");
+  EXPECT_THAT(Explain({"Sensor_08"}).Output, HasSubstr("; 0 notices, 0 errors."));
+  sandbox::RemoveRow("Sensor_08_Celsius");
+  const std::string output = Explain({"Sensor_08"}).Output;
+  EXPECT_THAT(output, HasSubstr("inherits Celsius from Sensor_07_Celsius"));
+  EXPECT_THAT(output, HasSubstr("; 1 notice, 0 errors."));
 }
 
 // A host that stays carries values over; a program that has just started does not.
