@@ -185,7 +185,8 @@ class Explanation {
     const auto differing = std::ranges::count(differs_, true);
     page_.Line(
         "This is the second of two cycles, so that values are carried over as in a host "
-        "that stays. Rows that became something else than in the first: " +
+        "that stays; in the one cycle of show, what is inherited from an earlier cycle is not "
+        "reported. Rows that became something else than in the first: " +
         std::to_string(differing) + (differing == 0 ? "." : ", marked ~."));
   }
 

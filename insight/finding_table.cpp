@@ -87,6 +87,8 @@ constexpr FindingInfo kFindings[] = {
      "The status relay of a power supply is inactive, on a board that is connected"},
     {"reading-impossible", kUnknown,
      "A reading is not a number, infinite, or outside of what its kind can hold"},
+    {"reading-missing", kWarning,
+     "No row, not even one of another sensor, gives what a connected sensor or an input measures"},
     {"red-leds-failed", kWarning, "A beacon or roundel counts failed red LEDs"},
     {"row-errors", kWarning, "Rows have errors; one finding with their number"},
     {"sensor-disconnected", kWarning, "A sensor is not connected"},

@@ -74,6 +74,21 @@ class RulesByClass {
   std::unordered_map<const QtSts::ClassInfo*, std::vector<const Rule*>> by_class_;
 };
 
+constexpr const char* kConnected = "/Connected";
+constexpr std::string_view kState = "State";
+
+// Whether a value is what a sensor, a device or an input has measured, not what it is.
+bool IsMeasured(const TreeElement& element, std::string_view field) {
+  static constexpr std::string_view kOfItself[] = {
+      "Face", "HardwareID", "IdType", "PerColorLedCount", "PortStatus", "SyncControlStartBit"};
+  if (element.IsA(QtSts::BaseInputType::Class) || element.IsA(QtSts::CDCIODevice::Class)) {
+    return field == kState;
+  }
+  return element.IsA(QtSts::CSensor::Class) &&
+         QtSts::FieldNamed(QtSts::CCANSensor::Class, field) == nullptr &&
+         std::ranges::find(kOfItself, field) == std::end(kOfItself);
+}
+
 class Finder {
  public:
   Finder(const Snapshot& snapshot, const Limits& limits)
@@ -88,6 +103,7 @@ class Finder {
       FindInValues(element);
       FindImpossible(element);
       FindInReadings(element);
+      FindMissing(element);
     }
     FindInRows();
     return WorstFirst(std::move(findings_));
@@ -200,15 +216,20 @@ class Finder {
     finding.Value = number;
     finding.Path = found.Holder->PathOf(*found.Value);
     // A row sets a bit of a field whose other bits are not reported.
-    if (!snapshot_.IsReported(finding.Path) && (key == nullptr || !origins_.HasRow(key))) {
+    if (!snapshot_.IsReported(finding.Path) && !finding.Path.ends_with(kConnected) &&
+        (key == nullptr || !origins_.HasRow(key))) {
       return;
     }
+    AddWithOrigin(std::move(finding), element, key);
+  }
+
+  void AddWithOrigin(Finding finding, const TreeElement& element, const char* key) {
     if (std::exchange(placed_, &element) != &element) {
       place_ = PlaceOf(element);
     }
     finding.Where = place_;
     origins_.Name(&finding, element, key);
-    if (finding.Path.ends_with("/Connected") && finding.Key.ends_with("_Type")) {
+    if (finding.Path.ends_with(kConnected) && finding.Key.ends_with("_Type")) {
       finding.Message = "sensor counts as not connected: no row of it says that it is";
       finding.Hint = "the program that writes its rows: Connected is missing";
     }
@@ -333,6 +354,36 @@ class Finder {
         element, found, nullptr, *number);
   }
 
+  // One finding for all that an element lacks.
+  void FindMissing(const TreeElement& element) {
+    constexpr std::size_t kMostNamed = 3;
+    std::string names;
+    std::string first;
+    std::size_t count = 0;
+    for (const TreeValue& value : element.Values()) {
+      const std::string_view field = value.Listed().Name;
+      if (!IsMeasured(element, field) || !IsOfConnected(element) ||
+          snapshot_.IsReported(element.PathOf(value))) {
+        continue;
+      }
+      const std::string what = field == kState ? "its state" : WhatOf(element, value);
+      if (++count <= kMostNamed) {
+        names += (names.empty() ? "" : ", ") + what.substr(0, what.find(','));
+      }
+      first = first.empty() ? element.PathOf(value) : first;
+    }
+    if (count > kMostNamed) {
+      names += " and " + std::to_string(count - kMostNamed) + " more";
+    }
+    if (!names.empty()) {
+      Finding finding = Make("reading-missing", Severity::kWarning, "no row reports " + names,
+                             "the program that writes these rows");
+      finding.Path = std::move(first);
+      AddWithOrigin(std::move(finding), element, nullptr);
+      findings_.back().Source = kDatabaseId;
+    }
+  }
+
   void FindInRows() {
     const auto is_error = [](const Row& row) { return row.Class() == OutcomeClass::kError; };
     const auto first = std::ranges::find_if(snapshot_.Rows, is_error);
@@ -350,7 +401,7 @@ class Finder {
   const Snapshot& snapshot_;
   const Limits& limits_;
   Origins origins_;
-  Peers peers_;
+  Peers peers_{snapshot_};
   RulesByClass<ValueRule> value_rules_{ValueRules()};
   RulesByClass<ReadingRule> reading_rules_{ReadingRules()};
   std::vector<Finding> findings_;

@@ -9,6 +9,7 @@
 #include <utility>
 
 #include "insight/limits.h"
+#include "insight/snapshot.h"
 #include "model/tree.h"
 
 namespace insight {
@@ -16,11 +17,14 @@ namespace insight {
 // What readings are compared with; each list is looked at once.
 class Peers {
  public:
-  // The middle one of the values of `field` in the elements of `list` that are connected and have
-  // it; nothing when fewer than three have: two do not say which one is wrong.
+  explicit Peers(const Snapshot& snapshot) : snapshot_(snapshot) {}
+
+  // The middle one of the values of `field` in the elements of `list` that are connected and
+  // report it; nothing when fewer than three have: two do not say which one is wrong.
   std::optional<double> MiddleOf(const QtSts::TreeElement& list, const char* field);
 
  private:
+  const Snapshot& snapshot_;
   std::map<std::pair<const QtSts::TreeElement*, std::string_view>, std::optional<double>> middles_;
 };
 

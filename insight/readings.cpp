@@ -246,7 +246,8 @@ std::optional<double> Peers::MiddleOf(const TreeElement& list, const char* field
   std::vector<double> values;
   for (const TreeElement& element : list.Children()) {
     const TreeValue* const value = element.FindValue(field);
-    if (value != nullptr && IsOfConnected(element) && std::isfinite(NumberOf(*value))) {
+    if (value != nullptr && IsOfConnected(element) && std::isfinite(NumberOf(*value)) &&
+        snapshot_.IsReported(element.PathOf(*value))) {
       values.push_back(NumberOf(*value));
     }
   }
@@ -261,7 +262,7 @@ std::optional<double> Peers::MiddleOf(const TreeElement& list, const char* field
 
 std::vector<Reading> Readings(const Snapshot& snapshot) {
   std::vector<Reading> readings;
-  Peers peers;
+  Peers peers(snapshot);
   if (snapshot.Database.Unchanged) {
     readings.push_back(
         {"database-age", "", static_cast<double>(snapshot.Database.Unchanged->count())});

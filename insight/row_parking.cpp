@@ -69,6 +69,7 @@ void Parking::BeginCycle() {
   group_ = {};
   inheritance_.clear();
   points_.clear();
+  unwritten_.clear();
 }
 
 void Parking::EndCycle() {
@@ -186,7 +187,12 @@ void Parking::TakeVariable(const void* variable, const Member* member) {
   if (IsOfGroup(taken.Last)) {
     Change where;
     Resolve(taken.Last.Row, member != nullptr && member->Find(&where) ? &where : nullptr);
-  } else if (std::exchange(taken.InheritedIn, Current()) != Current()) {
+    return;
+  }
+  if (Change where; !taken.Last.IsKnown() && member != nullptr && member->Find(&where)) {
+    unwritten_.push_back(where.Path);
+  }
+  if (std::exchange(taken.InheritedIn, Current()) != Current()) {
     Inherit(std::string(taken.Written->Name), taken.Last);
   }
 }

@@ -44,6 +44,10 @@ class Parking {
   // Reports what the element of the row has inherited.
   void EndRow();
 
+  // Paths of what elements have taken in this cycle that no row wrote which was observed: neither
+  // one of theirs nor one before.
+  const std::vector<std::string>& Unwritten() const { return unwritten_; }
+
   // The rows of the element that the row belongs to, so far.
   std::string_view Prefix() const { return group_.Prefix; }
 
@@ -55,6 +59,8 @@ class Parking {
     std::size_t Row = kNone;    // of this cycle
     std::size_t Group = kNone;  // of its element
     std::string Key;            // of a row of an earlier cycle; "" when none was observed
+
+    bool IsKnown() const { return Row != kNone || !Key.empty(); }
   };
   struct Variable {
     const rows::Attribute* Written;
@@ -125,6 +131,7 @@ class Parking {
   bool ended_ = false;  // the cycle before was seen to its end
   std::size_t groups_ = 0;
   Group group_;
+  std::vector<std::string> unwritten_;
   std::vector<Inherited> inheritance_;  // of the row's element
   std::string text_;                    // room for one that is long
   std::vector<observe::Point> points_;  // that the board takes that is being made

@@ -66,7 +66,10 @@ bool Parking::TakeStaged(const StagedKey& key, const Change* where) {
 void Parking::TakeVoltages(const Member& member) {
   const void* const container = member.Variable->From->Address;
   Change where;
-  member.Find(&where);
+  const bool is_there = member.Find(&where);
+  if (is_there && where.After.empty()) {
+    unwritten_.push_back(where.Path);
+  }
   CutList(&where.After);
   auto staged = staged_.lower_bound({container, 0, {}});
   const auto is_here = [&] {
@@ -103,7 +106,12 @@ void Parking::TakePoint(const observe::Point& point, Element* element) {
   const auto take = [&](std::string_view part, const void* address) {
     const StagedKey key = {whole.Container, whole.Index, part};
     Change where;
-    seen = TakeStaged(key, element->Find(address, &where) ? &where : nullptr) || seen;
+    const bool is_there = element->Find(address, &where);
+    const bool was_written = TakeStaged(key, is_there ? &where : nullptr);
+    if (!was_written && is_there && address != point.Element) {
+      unwritten_.push_back(where.Path);
+    }
+    seen = was_written || seen;
   };
   if (const auto* const fan = dynamic_cast<const QtSts::FanRpm*>(point.Element)) {
     take({}, &fan->Rpm);

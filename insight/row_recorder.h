@@ -25,6 +25,9 @@ class RowRecorder {
   void BeginCycle(const QtSts::CStatus& status);
   void See(const observe::Event& event);
 
+  // As Parking::Unwritten.
+  const std::vector<std::string>& Unwritten() const { return parking_.Unwritten(); }
+
   // Once the cycle has ended; `document` is what came of it.
   std::vector<Row> EndCycle(const QtSts::DocumentTree& document);
 

@@ -88,7 +88,9 @@ class Observing : public observe::Observer {
 
 // What several probes store in one field is all needed; a row's value stands in place of theirs. A
 // source that only adds bits leaves a field as good, or as bad, as the others make it.
-std::vector<std::string> FindNotReported(const std::vector<Source>& sources) {
+// `unwritten` are fields of elements that rows make.
+std::vector<std::string> FindNotReported(const std::vector<Source>& sources,
+                                         const std::vector<std::string>& unwritten) {
   std::set<std::string> probed;   // fields that probes store
   std::set<std::string> missing;  // those of them of which something is missing
   std::set<std::string> rows;     // fields that rows store
@@ -106,7 +108,7 @@ std::vector<std::string> FindNotReported(const std::vector<Source>& sources) {
       }
     }
   }
-  std::vector<std::string> paths;
+  std::vector<std::string> paths = unwritten;
   std::ranges::set_difference(missing, written, std::back_inserter(paths));
   for (const std::string& field : rows) {
     if (!written.contains(field) && !probed.contains(field)) {
@@ -178,7 +180,7 @@ Snapshot Recorder::RunCycle(const Limits& limits) {
   snapshot.Rows = state.Rows.EndCycle(snapshot.Document);
   snapshot.Database.Rows = snapshot.Rows.size();
   snapshot.Sources = state.Sources.EndCycle(snapshot.Document, &snapshot.Database);
-  snapshot.NotReported = FindNotReported(snapshot.Sources);
+  snapshot.NotReported = FindNotReported(snapshot.Sources, state.Rows.Unwritten());
   snapshot.Findings = FindFindings(snapshot, limits);
   return snapshot;
 }

@@ -851,6 +851,19 @@ const CycleCase kCycleCases[] = {
        std::erase_if(snapshot.Rows, [](const Row& row) { return row.Key.starts_with("Sensor_"); });
      },
      &AddDisplay},
+    {"ReadingMissing", "reading-missing", kWarning, "no row reports temperature",
+     [](Snapshot& snapshot) {
+       CStatus status;
+       AddSensor<CCANTempSensor>(status);
+       snapshot = Healthy(status);
+       snapshot.NotReported = {"Sensors[0]/Celsius"};
+     },
+     [](Snapshot& snapshot) {
+       CStatus status;
+       AddSensor<CCANTempSensor>(status);
+       snapshot = Healthy(status);
+       snapshot.NotReported = {"Sensors[0]/Address", "Sensors[0]/SyncLossCounter"};
+     }},
     {"NoBrightness", "no-brightness", kWarning,
      "no row says how bright the display is: ActualDimmingLevel missing",
      [](Snapshot& snapshot) {
@@ -1103,6 +1116,8 @@ TEST(Findings, SayOfASensorWithoutARowConnectedThatItIsMissing) {
   AddSensor<CCANTempSensor>(status).Connected = false;
   Snapshot snapshot = Healthy(status);
   snapshot.Rows.push_back(MakeRow("Sensor_13_Type", "Sensors[0]"));
+  snapshot.NotReported = {"Sensors[0]/Connected"};
+  ASSERT_FALSE(FindFindings(snapshot, {}).empty());
   EXPECT_EQ(FindFindings(snapshot, {}).front().Message,
             "sensor counts as not connected: no row of it says that it is");
   snapshot.Rows.push_back(MakeRow("Sensor_13_Connected", "Sensors[0]/Connected"));
