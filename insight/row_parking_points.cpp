@@ -12,6 +12,8 @@ namespace {
 // Bytes that a row keeps of a list's text: more than the list of any board has.
 constexpr std::size_t kLongestListText = 1000;
 
+constexpr std::string_view kState = "State";
+
 const void* ContainerOf(observe::PointPlace where) {
   switch (where) {
     case observe::PointPlace::kInput:
@@ -103,6 +105,7 @@ void Parking::Take(const observe::Point& point) {
 void Parking::TakePoint(const observe::Point& point, Element* element) {
   const StagedKey whole = {ContainerOf(point.Where), static_cast<long>(point.Entry), {}};
   bool seen = false;
+  bool stateless = false;
   const auto take = [&](std::string_view part, const void* address) {
     const StagedKey key = {whole.Container, whole.Index, part};
     Change where;
@@ -110,6 +113,7 @@ void Parking::TakePoint(const observe::Point& point, Element* element) {
     const bool was_written = TakeStaged(key, is_there ? &where : nullptr);
     if (!was_written && is_there && address != point.Element) {
       unwritten_.push_back(where.Path);
+      stateless = stateless || part == kState;
     }
     seen = was_written || seen;
   };
@@ -118,16 +122,18 @@ void Parking::TakePoint(const observe::Point& point, Element* element) {
   } else if (const auto* const input = dynamic_cast<const QtSts::BaseInputType*>(point.Element)) {
     take("Index", &input->Index);
     take("Label", &input->Label);
-    take("State", &input->State);
+    take(kState, &input->State);
     take("Type", point.Element);
   } else if (const auto* const output = dynamic_cast<const QtSts::BaseOutputType*>(point.Element)) {
     take("Index", &output->Index);
     take("Label", &output->Label);
-    take("State", &output->StoredState);
+    take(kState, &output->StoredState);
     take("Type", point.Element);
   }
   if (!seen) {
     Inherit(NameOf(whole), {});
+  } else if (stateless) {
+    inheritance_.push_back({NameOf({whole.Container, whole.Index, kState}), "its empty entry"});
   }
 }
 

@@ -270,6 +270,15 @@ TEST_F(Inheritance, OfFansPointsAndVoltagesIsReportedWhereTheyWaited) {
               HasSubstr("PsrbVin_0 from Sensor_00_PsrbVin_00_Volts"));
 }
 
+// The entry of a point is emptied whenever a board has taken it.
+TEST_F(Inheritance, IsReportedForAPointWithoutAState) {
+  Explain({{"Sensor_00_Input_02_Index", "1"},
+           {"Sensor_00_Input_02_Type", "3"},
+           {"Sensor_00_Type", "CANDcioAndFanRpm"}});
+  EXPECT_THAT(TextOf("Sensor_00_Type", Outcome::kInherited),
+              HasSubstr("Input_2_State from its empty entry"));
+}
+
 // Each of a hundred thousand was named in one text.
 TEST_F(Inheritance, OfManyValuesNamesTheFirstOnesAndTheNumber) {
   sandbox::Rows rows = {{"Sensor_00_Type", "CANTemp"},
