@@ -83,7 +83,12 @@ int CTolmarHardware::IDs() {
   if (!serial) {
     return 1;
   }
-  m_pStatus->SerialNumber = static_cast<std::uint32_t>(hardware::HexValue(serial->c_str()));
+  bool readable = false;
+  m_pStatus->SerialNumber =
+      static_cast<std::uint32_t>(hardware::HexValue(serial->c_str(), &readable));
+  if (!readable) {
+    observe::ReportUnreadable("");
+  }
   return 0;
 }
 
@@ -96,6 +101,9 @@ int CTolmarHardware::GUID() {
     return 1;
   }
   m_pStatus->GUID = uuid->c_str();  // up to the first zero byte
+  if (m_pStatus->GUID.find_first_not_of(" \t\r\n") == std::string::npos) {
+    observe::ReportUnreadable("");
+  }
   return 0;
 }
 

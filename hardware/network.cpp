@@ -89,6 +89,16 @@ bool StoreEntry(CTolmarHardware* probe, const ifaddrs& entry, QtSts::CNetworkDev
   }
 }
 
+// 0 without a number, which is reported.
+long ReadNumber(const std::string& text) {
+  char* end = nullptr;
+  const long number = std::strtol(text.c_str(), &end, 10);
+  if (end == text.c_str()) {
+    observe::ReportUnreadable("");
+  }
+  return number;
+}
+
 }  // namespace
 
 int CTolmarHardware::Network() {
@@ -158,7 +168,7 @@ int CTolmarHardware::CheckHardwareLink(const char* interface) {
   if (!carrier) {
     return 1;
   }
-  return !carrier->empty() && std::strtol(carrier->c_str(), nullptr, 10) == 0 ? -1 : 0;
+  return !carrier->empty() && ReadNumber(*carrier) == 0 ? -1 : 0;
 }
 
 int CTolmarHardware::NetworkLinkTransitionCount(const char* interface) {
@@ -168,7 +178,7 @@ int CTolmarHardware::NetworkLinkTransitionCount(const char* interface) {
   if (!transitions) {
     return -1;
   }
-  return static_cast<int>(std::strtol(transitions->c_str(), nullptr, 10));
+  return static_cast<int>(ReadNumber(*transitions));
 }
 
 int CTolmarHardware::NetworkLinkErrorCount(const char* interface) {

@@ -1,5 +1,6 @@
 #include "hardware/parse_hex.h"
 
+#include <cctype>
 #include <cstring>
 #include <initializer_list>
 
@@ -33,10 +34,20 @@ unsigned char HexDigit(unsigned char c) {
   return c;
 }
 
-std::uint64_t HexValue(const char* text) {
+std::uint64_t HexValue(const char* text, bool* readable) {
   std::uint64_t value = 0;
-  for (const char* c = AfterPrefix(text); !EndsNumber(static_cast<unsigned char>(*c)); ++c) {
+  const char* const begin = AfterPrefix(text);
+  const char* c = begin;
+  bool digits = true;
+  for (; !EndsNumber(static_cast<unsigned char>(*c)); ++c) {
     value = value * 16 + HexDigit(static_cast<unsigned char>(*c));
+    digits = digits && std::isxdigit(static_cast<unsigned char>(*c)) != 0;
+  }
+  if (readable != nullptr) {
+    // "0x" may be that of another number, lines later.
+    const char* const first = text + std::strspn(text, " \t");
+    const bool here = begin == first || begin == first + std::strlen("0x");
+    *readable = digits && c != begin && here;
   }
   return value;
 }

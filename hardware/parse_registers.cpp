@@ -95,7 +95,12 @@ std::optional<std::uint64_t> FindRegister(const char* dump, const char* label) {
   if (!observe::ReportLabel(label, found != nullptr)) {
     return std::nullopt;
   }
-  return HexValue(found + std::strlen(label));
+  bool readable = false;
+  const std::uint64_t value = HexValue(found + std::strlen(label), &readable);
+  if (!readable) {
+    observe::ReportUnreadable(label);
+  }
+  return value;
 }
 
 void ParsePlayerInput(const char* frame_control, CInput* input) {

@@ -15,7 +15,13 @@ std::optional<std::int64_t> FindNumber(const char* text, const char* label) {
   if (!observe::ReportLabel(label, found != nullptr)) {
     return std::nullopt;
   }
-  return std::strtol(found + std::strlen(label), nullptr, 10);
+  const char* const begin = found + std::strlen(label);
+  char* end = nullptr;
+  const long value = std::strtol(begin, &end, 10);
+  if (end == begin) {
+    observe::ReportUnreadable(label);
+  }
+  return value;
 }
 
 std::int64_t AddWrapping(std::int64_t a, std::int64_t b) {

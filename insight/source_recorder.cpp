@@ -116,11 +116,21 @@ void SourceRecorder::SeeAnswer(const observe::Answers& answer) {
 }
 
 void SourceRecorder::SeeLabel(const observe::Label& label) {
+  if (!label.Readable && *label.Text == '\0') {
+    if (last_ != nullptr) {
+      last_->TakeUnreadable(label.Text);
+    }
+    return;
+  }
   const auto feed = std::ranges::find_if(feeds_, [&](const Feed& row) {
     return row.Needs == Part::kLabel && Is(row.Label, label.Text);
   });
   if (feed != feeds_.end()) {
-    TalkWith(SourceNamed(feed->Source))->TakeLabel(label.Text, label.Found);
+    Talk* const talk = TalkWith(SourceNamed(feed->Source));
+    talk->TakeLabel(label.Text, label.Found);
+    if (!label.Readable) {
+      talk->TakeUnreadable(label.Text);
+    }
   } else if (last_ != nullptr && Is(last_->Asked().Id, "link-counters")) {
     last_->TakeLabel(label.Text, label.Found);
   } else if (last_ != nullptr && Is(last_->Asked().Id, "routes")) {

@@ -186,14 +186,15 @@ bool Talk::Gave(const Feed& feed) const {
     }
     case Part::kLabel: {
       const auto label = labels_.find(feed.Label);
-      return reached_ && (label == labels_.end() || label->second);
+      return reached_ && (label == labels_.end() || label->second) &&
+             !unreadable_.contains(feed.Label);
     }
     case Part::kRow: {
       const auto row = labels_.find(interface_);
       return row != labels_.end() && row->second;
     }
     default:
-      return delivered_ && !Failed();
+      return delivered_ && !Failed() && !unreadable_.contains("");
   }
 }
 
@@ -205,6 +206,7 @@ void Talk::Judge(const std::vector<const Talk*>& talks, Source* source) {
   std::size_t silent = 0;
   std::set<std::string> labels;
   std::set<std::string> missing;
+  std::set<std::string> unreadable;
   source->State = SourceState::kOk;
   for (const Talk* const talk : talks) {
     if (talk->Failed()) {
@@ -220,6 +222,7 @@ void Talk::Judge(const std::vector<const Talk*>& talks, Source* source) {
         source->Error = talk->silent_error_;
       }
     }
+    unreadable.insert(talk->unreadable_.begin(), talk->unreadable_.end());
     for (const auto& [label, found] : talk->labels_) {
       labels.insert(label);
       if (!found) {
@@ -238,9 +241,13 @@ void Talk::Judge(const std::vector<const Talk*>& talks, Source* source) {
   if (empty != talks.end()) {
     source->State = SourceState::kEmpty;
     source->Reason = (*empty)->regular_ ? "nothing in it" : "not a regular file";
-  } else if (!missing.empty()) {
+  } else if (!missing.empty() || !unreadable.empty()) {
     source->State = SourceState::kMalformed;
-    source->Reason = Missing(missing, labels.size());
+    source->Reason = missing.empty() ? "" : Missing(missing, labels.size());
+    for (const std::string& label : unreadable) {
+      source->Reason += (source->Reason.empty() ? "no value " : "; no value ") +
+                        (label.empty() ? "in it" : "after " + Quoted(label));
+    }
   }
 }
 

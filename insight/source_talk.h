@@ -3,6 +3,7 @@
 
 #include <functional>
 #include <map>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -23,6 +24,8 @@ class Talk {
 
   void Take(const observe::Answers& answer);
   void TakeLabel(const char* label, bool found);
+  // No value follows the label; "": there is none in what was read.
+  void TakeUnreadable(const char* label) { unreadable_.insert(label); }
 
   // Whether the source gave what a field needs. Addresses are not known here.
   bool Gave(const Feed& feed) const;
@@ -61,6 +64,7 @@ class Talk {
   int silent_error_ = 0;       // errno of the first request without an answer
   std::vector<int> elements_;  // of the output's statistics: the number that each was made for
   std::map<std::string, bool, std::less<>> labels_;  // looked for: found
+  std::set<std::string, std::less<>> unreadable_;    // found, but without a value
 };
 
 }  // namespace insight

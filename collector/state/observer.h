@@ -165,6 +165,9 @@ struct Answers : EventOf<Kind::kAnswers> {
 struct Label : EventOf<Kind::kLabel> {
   const char* Text = nullptr;
   bool Found = false;
+  // False when what follows the label is no value, or, with an empty Text, all that was read: what
+  // the cycle makes of it is of no use.
+  bool Readable = true;
 };
 
 // ---- Database

@@ -51,6 +51,17 @@ inline bool ReportLabel(const char* label, bool found) {
   return found;
 }
 
+// Reports that no value follows `label` in what was read last; "": that none is in it.
+inline void ReportUnreadable(const char* label) {
+  Report([&] {
+    Label event;
+    event.Text = label;
+    event.Found = true;
+    event.Readable = false;
+    return event;
+  });
+}
+
 // Reports an element that its last row completes, or that is refused.
 template <class Make>
 inline void ReportRecord(Place place, Ending ending, Make fill) {

@@ -389,4 +389,48 @@ INSTANTIATE_TEST_SUITE_P(Files, SourceEmpty, testing::ValuesIn(TextFiles()),
 
 namespace insight {
 void PrintTo(const Feed& feed, std::ostream* out) { *out << feed.Source << ' ' << feed.Field; }
+struct Unreadable {
+  const char* Id;
+  const char* Path;
+  const char* Text;
+  const char* Reason;
+  const char* Field;
+};
+
+// They used to be ok, and what the collector makes of them to be reported.
+TEST(Sources, WithoutAValueAreMalformed) {
+  static const Unreadable kUnreadable[] = {
+      {"meminfo", "/proc/meminfo", "MemTotal: abc kB\nMemFree: 1 kB\nCached: 1 kB\n",
+       "no value after \"MemTotal:\"", "MemoryTotal"},
+      {"uuid", "/home/Zet/.settings/uuid", "  \n", "no value in it", "GUID"},
+      {"serial", "/home/Zet/.settings/serial#", "hello", "no value in it", "SerialNumber"},
+      {"transitions:eth0", "/dev/shm/netlink-eth0", "hello", "no value in it",
+       "Network/Devices[0]/Statistics/First"},
+      {"carrier:eth0", "/sys/class/net/eth0/carrier", "hello", "no link", ""},
+  };
+  SANDBOX_NEEDS_DEVICES();
+  for (const auto& [id, path, text, reason, field] : kUnreadable) {
+    SCOPED_TRACE(id);
+    Apply(Talkative());
+    sandbox::WriteFile(path, text);
+    const Snapshot snapshot = Cycle();
+    EXPECT_EQ(VerdictOf(snapshot, id), (Verdict{SourceState::kMalformed, 0, reason}));
+    EXPECT_TRUE(*field == '\0' || !snapshot.IsReported(field));
+  }
+}
+
+TEST(Sources, WithARegisterThatIsNoNumberNameIt) {
+  SANDBOX_NEEDS_DEVICES();
+  Apply(Talkative());
+  std::string registers = sandbox::ReadFile(kRegisters);
+  const std::string label = "dvi_los_count: ";
+  const std::size_t value = registers.find(label) + label.size();
+  registers.replace(value, registers.find('\n', value) - value, "xyz");
+  sandbox::WriteFile(kRegisters, registers);
+  const Snapshot snapshot = Cycle();
+  EXPECT_EQ(VerdictOf(snapshot, "frame-control"),
+            (Verdict{SourceState::kMalformed, 0, "no value after \"dvi_los_count:\""}));
+  EXPECT_FALSE(snapshot.IsReported("Inputs[1]/Statistics/First"));
+}
+
 }  // namespace insight
