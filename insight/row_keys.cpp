@@ -63,7 +63,7 @@ void JudgeUnknownKey(const observe::RowBegins& begins, Row* row) {
   if (known != status_primary_keys.end()) {
     AddRemark(row, Outcome::kOutOfOrder,
               "comes after a key that begins with " + Quoted(EntryAt(begins.SearchedFrom)) +
-                  ", which is behind " + Quoted(known->Key) + " in byte order: it is ignored",
+                  ", which is after " + Quoted(known->Key) + " in byte order: it is ignored",
               WholeKey(*row));
   } else if (row->Key.empty()) {
     AddRemark(row, Outcome::kUnknownKey, "the key is empty: the row is ignored");

@@ -58,7 +58,7 @@ const std::vector<RowCase>& ErrorCases() {
       // Blobs come after texts.
       {Outcome::kOutOfOrder,
        "GUID",
-       "\"TtableED\", which is behind \"GUID\"",
+       "\"TtableED\", which is after \"GUID\"",
        {{"GUID", "abc"}, {"TtableED", "x"}},
        {{"GUID", "abc"}, {"TtableED", "x"}},
        "",
