@@ -375,13 +375,13 @@ Written by `bench/report`, which measures everything here in one run; do not edi
     bench/report            # ten minutes
     bench/report --quick    # a look, up to 10,000 rows
 
-Every figure is a ratio to a floor or a peer that was measured beside it. The **floor** of the rows is
-a bare loop over the SQLite C API that prepares the same statement, steps, and copies both columns into
+Every figure is a ratio to a floor or a peer that was measured beside it. The **floor** of the rows is a
+bare loop over the SQLite C API that prepares the same statement, steps, and copies both columns into
 the two buffers; that of the probe makes the same opens, reads, requests, stats, sockets and interface
 look-ups without parsing and without checking what it opened, large files 64 KiB at a time into one
 place; that of the XML builds the same tree by plain libxml2 calls and dumps it. Times are processor
-time (user and system), the best of runs in turn; instructions are what valgrind counts in user space,
-and repeat to a thousandth. Programs that are started are installed ones.
+time (user and system) on one processor, the best of runs in turn; instructions are what valgrind counts
+in user space, and repeat to a thousandth. Programs that are started are installed ones.
 
 Machine: {machine(f)}
 
