@@ -15,6 +15,7 @@
 #include "insight/origins.h"
 #include "insight/places.h"
 #include "insight/reading_rules.h"
+#include "insight/row_element.h"
 #include "insight/source_database.h"
 #include "insight/source_recorder.h"
 #include "model/document.h"
@@ -77,16 +78,13 @@ class RulesByClass {
 constexpr const char* kConnected = "/Connected";
 constexpr std::string_view kState = "State";
 
-// Whether a value is what a sensor, a device or an input has measured, not what it is.
-bool IsMeasured(const TreeElement& element, std::string_view field) {
-  static constexpr std::string_view kOfItself[] = {
-      "Face", "HardwareID", "IdType", "PerColorLedCount", "PortStatus", "SyncControlStartBit"};
+// Whether a value is a reading of a sensor, or the state of a device or an input.
+bool IsReading(const TreeElement& element, std::string_view field) {
   if (element.IsA(QtSts::BaseInputType::Class) || element.IsA(QtSts::CDCIODevice::Class)) {
     return field == kState;
   }
-  return element.IsA(QtSts::CSensor::Class) &&
-         QtSts::FieldNamed(QtSts::CCANSensor::Class, field) == nullptr &&
-         std::ranges::find(kOfItself, field) == std::end(kOfItself);
+  return element.IsA(QtSts::CSensor::Class) && IsMeasured(field) &&
+         QtSts::FieldNamed(QtSts::CCANSensor::Class, field) == nullptr;
 }
 
 class Finder {
@@ -216,7 +214,7 @@ class Finder {
     finding.Value = number;
     finding.Path = found.Holder->PathOf(*found.Value);
     // A row sets a bit of a field whose other bits are not reported.
-    if (!snapshot_.IsReported(finding.Path) && !finding.Path.ends_with(kConnected) &&
+    if (!finding.Path.ends_with(kConnected) && !snapshot_.IsReported(finding.Path) &&
         (key == nullptr || !origins_.HasRow(key))) {
       return;
     }
@@ -356,14 +354,16 @@ class Finder {
 
   // One finding for all that an element lacks.
   void FindMissing(const TreeElement& element) {
+    if (!IsOfConnected(element)) {
+      return;
+    }
     constexpr std::size_t kMostNamed = 3;
     std::string names;
     std::string first;
     std::size_t count = 0;
     for (const TreeValue& value : element.Values()) {
       const std::string_view field = value.Listed().Name;
-      if (!IsMeasured(element, field) || !IsOfConnected(element) ||
-          snapshot_.IsReported(element.PathOf(value))) {
+      if (!IsReading(element, field) || snapshot_.IsReported(element.PathOf(value))) {
         continue;
       }
       const std::string what = field == kState ? "its state" : WhatOf(element, value);

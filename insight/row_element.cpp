@@ -1,6 +1,7 @@
 #include "insight/row_element.h"
 
 #include <algorithm>
+#include <iterator>
 #include <utility>
 
 #include "insight/row_shadow.h"
@@ -76,6 +77,20 @@ bool Element::Find(const void* address, Change* found) {
   }
   *found = {holder->Path, "", holder->Class == nullptr ? "" : holder->Class->Name};
   return true;
+}
+
+bool IsMeasured(std::string_view field) {
+  static constexpr std::string_view kOfItself[] = {"Address",
+                                                   "Bus",
+                                                   "Face",
+                                                   "HardwareID",
+                                                   "IdType",
+                                                   "NumberOfAttributes",
+                                                   "PerColorLedCount",
+                                                   "PortStatus",
+                                                   "Revision",
+                                                   "SyncControlStartBit"};
+  return std::ranges::find(kOfItself, field) == std::end(kOfItself);
 }
 
 }  // namespace insight

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "collector/state/elements.h"
@@ -19,6 +20,7 @@ class Element {
   const QtSts::CBaseStatus& Itself() const { return element_; }
   const std::string& Path() const { return path_; }
   const char* ClassName() const;
+  const QtSts::ClassInfo* Class() const { return class_; }  // null when it is not listed
 
   // The field at this address, or the element that begins there, with what it is now; false when
   // there is none. The first call looks at all that the element holds.
@@ -46,6 +48,9 @@ class Element {
   std::vector<Holder> holders_;  // the element first; empty before the first search
   std::vector<Value> values_;
 };
+
+// Whether a field of this name holds what an element measures, not what it is.
+bool IsMeasured(std::string_view field);
 
 // Where a variable of the scratch state stands in the element that takes it.
 struct Member {

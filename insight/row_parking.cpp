@@ -69,7 +69,7 @@ void Parking::BeginCycle() {
   group_ = {};
   inheritance_.clear();
   points_.clear();
-  unwritten_.clear();
+  unwritten_.Clear();
 }
 
 void Parking::EndCycle() {
@@ -189,11 +189,23 @@ void Parking::TakeVariable(const void* variable, const Member* member) {
     Resolve(taken.Last.Row, member != nullptr && member->Find(&where) ? &where : nullptr);
     return;
   }
-  if (Change where; !taken.Last.IsKnown() && member != nullptr && member->Find(&where)) {
-    unwritten_.push_back(where.Path);
+  if (!taken.Last.IsKnown() && member != nullptr) {
+    NoteUnwritten(*member);
   }
   if (std::exchange(taken.InheritedIn, Current()) != Current()) {
     Inherit(std::string(taken.Written->Name), taken.Last);
+  }
+}
+
+void Parking::NoteUnwritten(const Member& member) {
+  const std::string& path = member.Holder->Path();
+  const auto [place, is_new] = in_element_.try_emplace({member.Holder->Class(), member.Variable});
+  if (Change where; is_new && member.Find(&where)) {
+    const std::string_view field = std::string_view(where.Path).substr(where.Path.rfind('/') + 1);
+    place->second = IsMeasured(field) ? where.Path.substr(path.size()) : "";
+  }
+  if (!place->second.empty()) {
+    unwritten_.Add(path, place->second);
   }
 }
 

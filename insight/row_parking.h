@@ -15,6 +15,7 @@
 #include "collector/observer.h"
 #include "collector/state/elements.h"
 #include "insight/row_element.h"
+#include "insight/row_unwritten.h"
 #include "insight/snapshot.h"
 #include "sensors/attributes.h"
 
@@ -44,9 +45,9 @@ class Parking {
   // Reports what the element of the row has inherited.
   void EndRow();
 
-  // Paths of what elements have taken in this cycle that no row wrote which was observed: neither
-  // one of theirs nor one before.
-  const std::vector<std::string>& Unwritten() const { return unwritten_; }
+  // What elements have taken in this cycle as measured that no row wrote which was observed:
+  // neither one of theirs nor one before.
+  const Unwritten& Missing() const { return unwritten_; }
 
   // The rows of the element that the row belongs to, so far.
   std::string_view Prefix() const { return group_.Prefix; }
@@ -117,6 +118,7 @@ class Parking {
   void Inherit(std::string name, const Writer& writer);
   // `member` is null when the variable does not stand in the element.
   void TakeVariable(const void* variable, const Member* member);
+  void NoteUnwritten(const Member& member);
   bool TakeStaged(const StagedKey& key, const Change* where);
   void TakeMembers(const observe::Record& record, Element* element);
   void RemarkNarrowed(const Member& member);
@@ -131,7 +133,10 @@ class Parking {
   bool ended_ = false;  // the cycle before was seen to its end
   std::size_t groups_ = 0;
   Group group_;
-  std::vector<std::string> unwritten_;
+  Unwritten unwritten_;
+  // Where what is taken stands in each element of a class: "/Celsius"; "" when it does not, or when
+  // it is no measurement. It is looked for in the first element alone.
+  std::map<std::pair<const QtSts::ClassInfo*, const elements::Taken*>, std::string> in_element_;
   std::vector<Inherited> inheritance_;  // of the row's element
   std::string text_;                    // room for one that is long
   std::vector<observe::Point> points_;  // that the board takes that is being made

@@ -70,7 +70,7 @@ void Parking::TakeVoltages(const Member& member) {
   Change where;
   const bool is_there = member.Find(&where);
   if (is_there && where.After.empty()) {
-    unwritten_.push_back(where.Path);
+    unwritten_.Add(where.Path);
   }
   CutList(&where.After);
   auto staged = staged_.lower_bound({container, 0, {}});
@@ -112,7 +112,7 @@ void Parking::TakePoint(const observe::Point& point, Element* element) {
     const bool is_there = element->Find(address, &where);
     const bool was_written = TakeStaged(key, is_there ? &where : nullptr);
     if (!was_written && is_there && address != point.Element) {
-      unwritten_.push_back(where.Path);
+      unwritten_.Add(where.Path);
       stateless = stateless || part == kState;
     }
     seen = was_written || seen;

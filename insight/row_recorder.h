@@ -25,8 +25,8 @@ class RowRecorder {
   void BeginCycle(const QtSts::CStatus& status);
   void See(const observe::Event& event);
 
-  // As Parking::Unwritten.
-  const std::vector<std::string>& Unwritten() const { return parking_.Unwritten(); }
+  // As Parking::Missing.
+  const Unwritten& Missing() const { return parking_.Missing(); }
 
   // Once the cycle has ended; `document` is what came of it.
   std::vector<Row> EndCycle(const QtSts::DocumentTree& document);

@@ -88,9 +88,9 @@ class Observing : public observe::Observer {
 
 // What several probes store in one field is all needed; a row's value stands in place of theirs. A
 // source that only adds bits leaves a field as good, or as bad, as the others make it.
-// `unwritten` are fields of elements that rows make.
+// `unwritten` are fields of elements that rows make, sorted.
 std::vector<std::string> FindNotReported(const std::vector<Source>& sources,
-                                         const std::vector<std::string>& unwritten) {
+                                         std::vector<std::string> unwritten) {
   std::set<std::string> probed;   // fields that probes store
   std::set<std::string> missing;  // those of them of which something is missing
   std::set<std::string> rows;     // fields that rows store
@@ -108,7 +108,7 @@ std::vector<std::string> FindNotReported(const std::vector<Source>& sources,
       }
     }
   }
-  std::vector<std::string> paths = unwritten;
+  std::vector<std::string> paths;
   std::ranges::set_difference(missing, written, std::back_inserter(paths));
   for (const std::string& field : rows) {
     if (!written.contains(field) && !probed.contains(field)) {
@@ -116,6 +116,10 @@ std::vector<std::string> FindNotReported(const std::vector<Source>& sources,
     }
   }
   std::ranges::sort(paths);
+  const auto middle = static_cast<std::ptrdiff_t>(paths.size());
+  paths.insert(paths.end(), std::move_iterator(unwritten.begin()),
+               std::move_iterator(unwritten.end()));
+  std::inplace_merge(paths.begin(), paths.begin() + middle, paths.end());
   return paths;
 }
 
@@ -180,7 +184,7 @@ Snapshot Recorder::RunCycle(const Limits& limits) {
   snapshot.Rows = state.Rows.EndCycle(snapshot.Document);
   snapshot.Database.Rows = snapshot.Rows.size();
   snapshot.Sources = state.Sources.EndCycle(snapshot.Document, &snapshot.Database);
-  snapshot.NotReported = FindNotReported(snapshot.Sources, state.Rows.Unwritten());
+  snapshot.NotReported = FindNotReported(snapshot.Sources, state.Rows.Missing().Sorted());
   snapshot.Findings = FindFindings(snapshot, limits);
   return snapshot;
 }

@@ -164,8 +164,8 @@ struct Snapshot {
   // Paths of fields whose source did not answer and that no row wrote: what stands there is the
   // value that the field begins with, an earlier cycle's, or what the collector stores for want of
   // an answer. A list stands for all that it holds. Sorted. Those of a sensor, device or point are
-  // among them when no row wrote what it takes: a value that it inherits from a row of another one,
-  // or of an earlier cycle, is reported.
+  // among them when no row wrote what it measures: a value that it inherits from a row of another
+  // one, or of an earlier cycle, is reported.
   std::vector<std::string> NotReported = {};
 
   // False when NotReported has the field, or a list that holds it.
