@@ -20,6 +20,15 @@ std::string Hexadecimal(std::uint64_t number) {
 
 }  // namespace
 
+Finding MakeFinding(const char* id, Severity level, std::string message, const char* hint) {
+  Finding finding;
+  finding.Id = id;
+  finding.Level = level;
+  finding.Message = std::move(message);
+  finding.Hint = hint;
+  return finding;
+}
+
 std::string Rounded(double number) {
   char buffer[400];
   std::string text(

@@ -1,4 +1,4 @@
-// The words and numbers of what findings say. Private to this library.
+// Findings, and the words and numbers of what they say. Private to this library.
 #pragma once
 
 #include <chrono>
@@ -6,9 +6,12 @@
 #include <string_view>
 
 #include "insight/limits.h"
+#include "insight/snapshot.h"
 #include "model/tree.h"
 
 namespace insight {
+
+Finding MakeFinding(const char* id, Severity level, std::string message, const char* hint);
 
 // At most two digits after the point, and no zeros at the end.
 std::string Rounded(double number);

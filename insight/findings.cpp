@@ -7,7 +7,6 @@
 #include <unordered_map>
 #include <utility>
 
-#include "hardware/paths.h"
 #include "insight/absences.h"
 #include "insight/daylight.h"
 #include "insight/finding_rules.h"
@@ -17,7 +16,7 @@
 #include "insight/reading_rules.h"
 #include "insight/row_element.h"
 #include "insight/source_database.h"
-#include "insight/source_recorder.h"
+#include "insight/source_findings.h"
 #include "model/document.h"
 
 namespace insight {
@@ -25,15 +24,6 @@ namespace {
 
 using QtSts::TreeElement;
 using QtSts::TreeValue;
-
-Finding Make(const char* id, Severity level, std::string message, const char* hint) {
-  Finding finding;
-  finding.Id = id;
-  finding.Level = level;
-  finding.Message = std::move(message);
-  finding.Hint = hint;
-  return finding;
-}
 
 // Otherwise in their order. There may be one for each row: sorting would move them many times.
 std::vector<Finding> WorstFirst(std::vector<Finding> findings) {
@@ -93,9 +83,9 @@ class Finder {
       : snapshot_(snapshot), limits_(limits), origins_(snapshot) {}
 
   std::vector<Finding> Run() {
-    FindInSources();
+    FindInSources(snapshot_, &findings_);
     FindInNetwork(snapshot_, &findings_);
-    FindInDatabase();
+    FindInDatabase(snapshot_, limits_, &findings_);
     FindAbsentRows(snapshot_, &findings_);
     for (const TreeElement& element : snapshot_.Document.Elements()) {
       FindInValues(element);
@@ -103,111 +93,11 @@ class Finder {
       FindInReadings(element);
       FindMissing(element);
     }
-    FindInRows();
+    FindInRows(snapshot_, &findings_);
     return WorstFirst(std::move(findings_));
   }
 
  private:
-  static bool NeedsAttention(const Source& source) {
-    return source.Required && source.State != SourceState::kOk;
-  }
-
-  // The required source that stopped the probe before `source`, so that its finding says it; null
-  // when there is none.
-  const Source* StopperOf(const Source& source) const {
-    if (source.State != SourceState::kNotAsked || source.StoppedBy == source.Id) {
-      return nullptr;
-    }
-    const auto stopper = std::ranges::find(snapshot_.Sources, source.StoppedBy, &Source::Id);
-    if (stopper == snapshot_.Sources.end() || !NeedsAttention(*stopper)) {
-      return nullptr;
-    }
-    const Source* const first = StopperOf(*stopper);
-    return first != nullptr ? first : &*stopper;
-  }
-
-  void FindInSources() {
-    for (const Source& source : snapshot_.Sources) {
-      // A finding of its own says that there are no rows.
-      const bool no_rows = source.Id == kDatabaseId && source.State == SourceState::kEmpty;
-      if (NeedsAttention(source) && StopperOf(source) == nullptr && !no_rows) {
-        const auto rule = std::ranges::find(SourceRules(), source.State, &SourceRule::State);
-        std::string message = NameForPeople(source) + " " + rule->Message;
-        message += source.Reason.empty() ? "" : ": " + source.Reason;
-        message += NotAskedAfter(source);
-        findings_.push_back(Make(rule->Id, Severity::kUnknown, message, HintFor(source, *rule)));
-        findings_.back().Source = source.Id;
-      }
-    }
-  }
-
-  // "the list of network interfaces (getifaddrs)"
-  static std::string NameForPeople(const Source& source) {
-    const auto words = std::ranges::find(SourcesInWords(), source.Id, &SourceWords::Id);
-    return words == SourcesInWords().end() ? source.Name
-                                           : words->Words + (" (" + source.Name + ")");
-  }
-
-  static const char* HintFor(const Source& source, const SourceRule& rule) {
-    const auto hint = std::ranges::find_if(SourceHints(), [&](const SourceHint& candidate) {
-      return candidate.Id == source.Id &&
-             std::ranges::find(candidate.States, source.State) != candidate.States.end();
-    });
-    return hint == SourceHints().end() ? rule.Hint : hint->Hint;
-  }
-
-  // "; therefore not asked: statistics, registers".
-  std::string NotAskedAfter(const Source& stopper) const {
-    std::string names;
-    for (const Source& source : snapshot_.Sources) {
-      if (StopperOf(source) == &stopper) {
-        names += (names.empty() ? "; therefore not asked: " : ", ") + NameForPeople(source);
-      }
-    }
-    return names;
-  }
-
-  void FindInDatabase() {
-    const bool reported = std::ranges::any_of(snapshot_.Sources, [](const Source& source) {
-      return source.Id == kDatabaseId && NeedsAttention(source) &&
-             source.State != SourceState::kEmpty;
-    });
-    if (snapshot_.Result != 0 && !reported) {
-      AddOfDatabase("cycle-failed", Severity::kUnknown, "not all rows of the database were read",
-                    "the reason on standard error");
-    }
-    if (snapshot_.Result == 0 && snapshot_.Rows.empty()) {
-      AddOfDatabase("no-rows", Severity::kUnknown, "the database has no rows",
-                    "whether the programs that write rows run");
-    }
-    if (snapshot_.Database.EveryoneMayWrite) {
-      AddOfDatabase("database-writable", Severity::kWarning, "every user may write the database",
-                    "its mode: no user but those who write rows may write it");
-    }
-    if (const auto unchanged = snapshot_.Database.Unchanged) {
-      FindInAge(*unchanged);
-    }
-  }
-
-  // Rows of a database that nobody writes say nothing about now.
-  void FindInAge(std::chrono::seconds unchanged) {
-    constexpr const char* kName = "database-age";
-    const auto seconds = static_cast<double>(unchanged.count());
-    const Limit& limit = limits_.Of(kName);
-    if (!limit.Critical.Holds(seconds) || !limit.Warning.Holds(seconds)) {
-      AddOfDatabase(kName, limit.Critical.Holds(seconds) ? Severity::kUnknown : Severity::kCritical,
-                    "the database has not changed for " + Duration(unchanged),
-                    "whether the programs that write rows run");
-      findings_.back().Value = seconds;
-    }
-  }
-
-  void AddOfDatabase(const char* id, Severity level, std::string message, const char* hint) {
-    findings_.push_back(Make(id, level, std::move(message), hint));
-    findings_.back().Where = hardware::paths::kStatusDatabase;
-    findings_.back().Source = kDatabaseId;
-  }
-
   // Adds `finding` with what is known of its value; not when that is not reported.
   void Add(Finding finding, const TreeElement& element, const FoundValue& found,
            const char* key = nullptr, std::optional<double> number = {}) {
@@ -240,7 +130,7 @@ class Finder {
       if (found.Value != nullptr && rule->NeedsAttention(element, *found.Value) &&
           (rule->Counts == When::kAlways || IsOfConnected(element)) &&
           (rule->Counts != When::kByDay || IsNowByDay())) {
-        Add(Make(rule->Id, rule->Level, WithValue(rule->Message, *found.Value), rule->Hint),
+        Add(MakeFinding(rule->Id, rule->Level, WithValue(rule->Message, *found.Value), rule->Hint),
             element, found, rule->Key);
       }
     }
@@ -273,7 +163,8 @@ class Finder {
 
   void AddImpossible(const TreeElement& element, const FoundValue& found, std::string message,
                      const char* hint) {
-    Add(Make("reading-impossible", Severity::kUnknown, std::move(message), hint), element, found);
+    Add(MakeFinding("reading-impossible", Severity::kUnknown, std::move(message), hint), element,
+        found);
   }
 
   // Not a number, or infinite, in any field.
@@ -347,8 +238,8 @@ class Finder {
     std::string message = OutsideOf(range, rule.What, *number, UnitOf(rule.Limit));
     // A share says nothing about how much that is.
     message += UnitOf(rule.Limit) == "%" ? ": " + TextOf(*found.Value) : "";
-    Add(Make(rule.Limit, critical ? Severity::kCritical : Severity::kWarning, std::move(message),
-             rule.Hint),
+    Add(MakeFinding(rule.Limit, critical ? Severity::kCritical : Severity::kWarning,
+                    std::move(message), rule.Hint),
         element, found, nullptr, *number);
   }
 
@@ -376,26 +267,13 @@ class Finder {
       names += " and " + std::to_string(count - kMostNamed) + " more";
     }
     if (!names.empty()) {
-      Finding finding = Make("reading-missing", Severity::kWarning, "no row reports " + names,
-                             "the program that writes these rows");
+      Finding finding =
+          MakeFinding("reading-missing", Severity::kWarning, "no row reports " + names,
+                      "the program that writes these rows");
       finding.Path = std::move(first);
       AddWithOrigin(std::move(finding), element, nullptr);
       findings_.back().Source = kDatabaseId;
     }
-  }
-
-  void FindInRows() {
-    const auto is_error = [](const Row& row) { return row.Class() == OutcomeClass::kError; };
-    const auto first = std::ranges::find_if(snapshot_.Rows, is_error);
-    if (first == snapshot_.Rows.end()) {
-      return;
-    }
-    const auto errors = std::count_if(first, snapshot_.Rows.end(), is_error);
-    AddOfDatabase("row-errors", Severity::kWarning,
-                  errors == 1 ? "a row has an error" : std::to_string(errors) + " rows have errors",
-                  "`statuscollector explain --problems`, which names them and the cure");
-    findings_.back().Key = first->Key;
-    findings_.back().Value = static_cast<double>(errors);
   }
 
   const Snapshot& snapshot_;
