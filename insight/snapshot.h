@@ -52,10 +52,10 @@ struct Source {
   SourceState State = SourceState::kNotAsked;
   bool Required = false;  // what needs no attention when it is missing is optional
   int Error = 0;          // errno, 0 when there is none
-  // In words: "Permission denied", "no answer to 3 of 10 requests"; "" for ok, but for the carrier
-  // of an interface that has an address and is not in use, "no link", "switched off", for routes
-  // that lead nowhere, "no default route", and for interfaces of which one is missing that comes
-  // before another: "no device eth0".
+  // In words: "Permission denied", "no answer to 3 of 10 requests: " and which; "" for ok, but for
+  // the carrier of an interface that has an address and is not in use, "no link", "switched off",
+  // for routes that lead nowhere, "no default route", and for interfaces of which one is missing
+  // that comes before another: "no device eth0".
   std::string Reason;
   // The Id of the source that stopped a probe before this one was asked in it: always for kNotAsked
   // unless Reason says why, else when only some of its probes came to it.

@@ -3,12 +3,14 @@
 #include <algorithm>
 #include <chrono>
 #include <string>
+#include <string_view>
 #include <utility>
 
 #include "hardware/paths.h"
 #include "insight/finding_rules.h"
 #include "insight/finding_texts.h"
 #include "insight/source_database.h"
+#include "insight/source_talk.h"
 
 namespace insight {
 namespace {
@@ -44,6 +46,14 @@ const char* HintFor(const Source& source, const SourceRule& rule) {
            std::ranges::find(candidate.States, source.State) != candidate.States.end();
   });
   return hint == SourceHints().end() ? rule.Hint : hint->Hint;
+}
+
+// "is missing: No such file or directory", "does not answer 1 of 10 requests: ...".
+std::string WhatIsWrong(const Source& source, const SourceRule& rule) {
+  if (source.Reason.starts_with(kNoAnswerTo)) {
+    return rule.Message + (" " + source.Reason.substr(std::string_view(kNoAnswerTo).size()));
+  }
+  return rule.Message + (source.Reason.empty() ? "" : ": " + source.Reason);
 }
 
 // "; therefore not asked: statistics, registers".
@@ -87,11 +97,10 @@ void FindInSources(const Snapshot& snapshot, std::vector<Finding>* findings) {
     const bool no_rows = source.Id == kDatabaseId && source.State == SourceState::kEmpty;
     if (NeedsAttention(source) && StopperOf(snapshot, source) == nullptr && !no_rows) {
       const auto rule = std::ranges::find(SourceRules(), source.State, &SourceRule::State);
-      std::string message = NameForPeople(source) + " " + rule->Message;
-      message += source.Reason.empty() ? "" : ": " + source.Reason;
-      message += NotAskedAfter(snapshot, source);
-      findings->push_back(
-          MakeFinding(rule->Id, Severity::kUnknown, message, HintFor(source, *rule)));
+      findings->push_back(MakeFinding(rule->Id, Severity::kUnknown,
+                                      NameForPeople(source) + " " + WhatIsWrong(source, *rule) +
+                                          NotAskedAfter(snapshot, source),
+                                      HintFor(source, *rule)));
       findings->back().Source = source.Id;
     }
   }

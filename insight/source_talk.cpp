@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <cstddef>
+#include <cstdio>
 #include <cstring>
 #include <set>
 #include <string_view>
@@ -47,6 +48,41 @@ bool IsMarker(const SourceInfo& source) {
 
 std::string Quoted(std::string_view label) {
   return '"' + std::string(label.substr(0, label.find_last_not_of(' ') + 1)) + '"';
+}
+
+std::string Hexadecimal(unsigned long number) {
+  char text[32];
+  std::snprintf(text, sizeof text, "0x%lX", number);
+  return text;
+}
+
+// "0x8004DA5C (HardwareID1, ProductFamily)".
+std::string WithFields(unsigned long request, const Talk& talk) {
+  std::string fields;
+  for (const Feed& feed : FeedsOf(talk.Probe())) {
+    if (feed.Request == request && feed.Needs != Part::kSpoils &&
+        std::strcmp(feed.Source, talk.Asked().Id) == 0) {
+      fields += (fields.empty() ? "" : ", ") + std::string(feed.Field);
+    }
+  }
+  return Hexadecimal(request) + (fields.empty() ? "" : " (" + fields + ")");
+}
+
+// "no answer to 1 of 10 requests: " and which they are, unless there was no answer at all.
+std::string Unanswered(const std::vector<std::string>& silent, std::size_t requests) {
+  constexpr std::size_t kMostNamed = 3;
+  std::string reason = kNoAnswerTo + std::to_string(silent.size()) + " of " +
+                       std::to_string(requests) + (requests == 1 ? " request" : " requests");
+  if (silent.size() == requests) {
+    return reason;
+  }
+  const char* separator = ": ";
+  for (std::size_t at = 0; at < std::min(silent.size(), kMostNamed); ++at) {
+    reason += std::exchange(separator, ", ") + silent[at];
+  }
+  return silent.size() <= kMostNamed
+             ? reason
+             : reason + " and " + std::to_string(silent.size() - kMostNamed) + " more";
 }
 
 std::string Missing(const std::set<std::string>& missing, std::size_t looked_for) {
@@ -203,7 +239,7 @@ void Talk::Judge(const std::vector<const Talk*>& talks, Source* source) {
     return;
   }
   std::size_t requests = 0;
-  std::size_t silent = 0;
+  std::vector<std::string> silent;
   std::set<std::string> labels;
   std::set<std::string> missing;
   std::set<std::string> unreadable;
@@ -217,9 +253,9 @@ void Talk::Judge(const std::vector<const Talk*>& talks, Source* source) {
     }
     for (const auto& [request, answer] : talk->requests_) {
       ++requests;
-      silent += answer.Given ? 0 : 1;
-      if (!answer.Given && source->Error == 0) {
-        source->Error = talk->silent_error_;
+      if (!answer.Given) {
+        silent.push_back(WithFields(request, *talk));
+        source->Error = source->Error == 0 ? talk->silent_error_ : source->Error;
       }
     }
     unreadable.insert(talk->unreadable_.begin(), talk->unreadable_.end());
@@ -230,10 +266,9 @@ void Talk::Judge(const std::vector<const Talk*>& talks, Source* source) {
       }
     }
   }
-  if (silent > 0) {
+  if (!silent.empty()) {
     source->State = SourceState::kNoAnswer;
-    source->Reason =
-        "no answer to " + std::to_string(silent) + " of " + std::to_string(requests) + " requests";
+    source->Reason = Unanswered(silent, requests);
     return;
   }
   const auto empty =

@@ -13,6 +13,9 @@
 
 namespace insight {
 
+// What the Reason of a source without an answer to some or all requests begins with.
+inline constexpr char kNoAnswerTo[] = "no answer to ";
+
 class Talk {
  public:
   // `interface`: the one that it is about, "" for none.

@@ -173,7 +173,28 @@ std::set<std::string> FieldsWith(const Feed& part) {
   return fields;
 }
 
-TEST_P(SourceSilent, ChangesTheFieldsOfTheRequest) {
+// "no answer to 1 of 10 requests: 0x8004DA5C (HardwareID1, ProductFamily)"; a device that is asked
+// one thing only has answered nothing.
+std::string SilentTo(const Feed& part) {
+  const std::size_t requests = RequestsOf(part.Source);
+  if (requests == 1) {
+    return "no answer to 1 of 1 request";
+  }
+  std::string fields;
+  for (const Feed& feed : FeedTable()) {
+    if (std::string(feed.Source) == part.Source && feed.Request == part.Request &&
+        feed.Needs != Part::kSpoils) {
+      fields += (fields.empty() ? "" : ", ") + std::string(feed.Field);
+    }
+  }
+  char request[32];
+  std::snprintf(request, sizeof request, "0x%lX", part.Request);
+  return "no answer to 1 of " + std::to_string(requests) + " requests: " + request + " (" + fields +
+         ")";
+}
+
+// Which request it was used to be known to nobody.
+TEST_P(SourceSilent, NamesTheRequestAndChangesItsFields) {
   SANDBOX_NEEDS_DEVICES();
   const Feed& feed = GetParam();
   std::set<std::string> unfed;
@@ -181,10 +202,8 @@ TEST_P(SourceSilent, ChangesTheFieldsOfTheRequest) {
       Lose([&] { sandbox::SetAnswer(feed.Source, static_cast<std::uint32_t>(feed.Request), -EIO); },
            &unfed);
   EXPECT_EQ(unfed, FieldsWith(feed));
-  EXPECT_EQ(
-      VerdictOf(snapshot, feed.Source),
-      (Verdict{SourceState::kNoAnswer, EIO,
-               "no answer to 1 of " + std::to_string(RequestsOf(feed.Source)) + " requests"}));
+  EXPECT_EQ(VerdictOf(snapshot, feed.Source),
+            (Verdict{SourceState::kNoAnswer, EIO, SilentTo(feed)}));
 }
 
 std::vector<Feed> FirstOfEachPart(bool requests) {
@@ -216,8 +235,22 @@ TEST(Sources, ThatAnswerNothingSaySo) {
     const std::string requests = std::to_string(RequestsOf(node));
     EXPECT_EQ(VerdictOf(snapshot, node),
               (Verdict{SourceState::kNoAnswer, ENOTTY,
-                       "no answer to " + requests + " of " + requests + " requests"}));
+                       "no answer to " + requests + " of " + requests +
+                           (requests == "1" ? " request" : " requests")}));
   }
+}
+
+TEST(Sources, NameThreeOfTheRequestsThatHaveNoAnswerAndCountTheOthers) {
+  SANDBOX_NEEDS_DEVICES();
+  const Snapshot snapshot = Lose([] {
+    for (const std::uint32_t request : {0x8004DA0CU, 0x8004DA55U, 0x8004DA63U, 0x8004DA64U}) {
+      sandbox::SetAnswer("travex", request, -1);
+    }
+  });
+  EXPECT_EQ(VerdictOf(snapshot, "travex").Reason,
+            "no answer to 4 of 10 requests: 0x8004DA0C (Outputs[0]/Frequency/Vertical), "
+            "0x8004DA55 (Outputs[0]/Dimming/OutputLevel), 0x8004DA63 "
+            "(Outputs[0]/Dimming/Content/First) and 1 more");
 }
 
 // What the second statistic answers first makes the first one in its place, and is lost.
