@@ -315,6 +315,10 @@ constexpr SourceRule kSourceRules[] = {
     {SourceState::kNotAsked, "source-not-asked", "was not asked", "the source that came before it"},
 };
 
+constexpr SourceRule kOtherFile = {
+    SourceState::kFailed, "source-failed", "is not a regular file",
+    "what stands there instead, such as a pipe or a folder, and what made it: remove it"};
+
 constexpr SourceState kWithoutContent[] = {SourceState::kMissing, SourceState::kEmpty,
                                            SourceState::kMalformed};
 constexpr SourceState kPassedOver[] = {SourceState::kNotAsked};
@@ -351,5 +355,6 @@ std::span<const SourceHint> SourceHints() { return kSourceHints; }
 std::span<const SourceWords> SourcesInWords() { return kSourceWords; }
 std::span<const ValueRule> ValueRules() { return kValueRules; }
 std::span<const SourceRule> SourceRules() { return kSourceRules; }
+const SourceRule& OtherFileRule() { return kOtherFile; }
 
 }  // namespace insight

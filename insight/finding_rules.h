@@ -48,6 +48,9 @@ struct SourceRule {
 // Every state but kOk.
 std::span<const SourceRule> SourceRules();
 
+// What it means that a source is no file that can be read; its reason says no more.
+const SourceRule& OtherFileRule();
+
 // What to look at instead of the rule's hint, for a source that no driver makes.
 struct SourceHint {
   std::string_view Id;

@@ -48,12 +48,19 @@ const char* HintFor(const Source& source, const SourceRule& rule) {
   return hint == SourceHints().end() ? rule.Hint : hint->Hint;
 }
 
+const SourceRule& RuleFor(const Source& source) {
+  return source.Reason == kNotRegular
+             ? OtherFileRule()
+             : *std::ranges::find(SourceRules(), source.State, &SourceRule::State);
+}
+
 // "is missing: No such file or directory", "does not answer 1 of 10 requests: ...".
 std::string WhatIsWrong(const Source& source, const SourceRule& rule) {
   if (source.Reason.starts_with(kNoAnswerTo)) {
     return rule.Message + (" " + source.Reason.substr(std::string_view(kNoAnswerTo).size()));
   }
-  return rule.Message + (source.Reason.empty() ? "" : ": " + source.Reason);
+  const bool said = source.Reason.empty() || &rule == &OtherFileRule();
+  return rule.Message + (said ? "" : ": " + source.Reason);
 }
 
 // "; therefore not asked: statistics, registers".
@@ -96,11 +103,11 @@ void FindInSources(const Snapshot& snapshot, std::vector<Finding>* findings) {
     // A finding of its own says that there are no rows.
     const bool no_rows = source.Id == kDatabaseId && source.State == SourceState::kEmpty;
     if (NeedsAttention(source) && StopperOf(snapshot, source) == nullptr && !no_rows) {
-      const auto rule = std::ranges::find(SourceRules(), source.State, &SourceRule::State);
-      findings->push_back(MakeFinding(rule->Id, Severity::kUnknown,
-                                      NameForPeople(source) + " " + WhatIsWrong(source, *rule) +
-                                          NotAskedAfter(snapshot, source),
-                                      HintFor(source, *rule)));
+      const SourceRule& rule = RuleFor(source);
+      findings->push_back(MakeFinding(
+          rule.Id, Severity::kUnknown,
+          NameForPeople(source) + " " + WhatIsWrong(source, rule) + NotAskedAfter(snapshot, source),
+          HintFor(source, rule)));
       findings->back().Source = source.Id;
     }
   }

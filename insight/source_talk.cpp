@@ -274,8 +274,8 @@ void Talk::Judge(const std::vector<const Talk*>& talks, Source* source) {
   const auto empty =
       std::ranges::find_if(talks, [](const Talk* talk) { return !talk->delivered_; });
   if (empty != talks.end()) {
-    source->State = SourceState::kEmpty;
-    source->Reason = (*empty)->regular_ ? "nothing in it" : "not a regular file";
+    source->State = (*empty)->regular_ ? SourceState::kEmpty : SourceState::kFailed;
+    source->Reason = (*empty)->regular_ ? "nothing in it" : kNotRegular;
   } else if (!missing.empty() || !unreadable.empty()) {
     source->State = SourceState::kMalformed;
     source->Reason = missing.empty() ? "" : Missing(missing, labels.size());

@@ -2,6 +2,7 @@
 #include <sys/stat.h>
 #include <sys/time.h>
 
+#include <cstdio>
 #include <fstream>
 #include <iterator>
 
@@ -24,6 +25,11 @@ void ChangedThreeDaysAgo() {
 void Garbage() { std::ofstream(kDatabase) << std::string(8192, 'x'); }
 
 void WritableByAll() { ASSERT_EQ(chmod(kDatabase, 0666), 0); }
+
+void PipeForMemory() {
+  ASSERT_EQ(std::remove("/proc/meminfo"), 0);
+  ASSERT_EQ(mkfifo("/proc/meminfo", 0644), 0);
+}
 
 // The demo's interfaces, eth0 in this state.
 void SetLink(Scenario& demo, sandbox::LinkState state) {
@@ -180,6 +186,12 @@ const Fault kFaults[] = {
      nullptr,
      "warning: 1 warning\n",
      {"no network device has a default gateway; in use: eth0 without an IPv4 address, eth1"}},
+    // It used to be called empty.
+    {"pipe instead of a file",
+     &Nothing,
+     &PipeForMemory,
+     "unknown: 1 unknown\n",
+     {"/proc/meminfo is not a regular file look at: what stands there instead"}},
     {"no name server",
      [](Scenario& demo) { demo.File("/etc/resolv.conf", "search example.org\n"); },
      nullptr,

@@ -386,7 +386,8 @@ TEST_P(SourceEmpty, ChangesTheFieldsThatItIsSaidToFeed) {
             (Verdict{SourceState::kEmpty, 0, "nothing in it"}));
 }
 
-TEST_P(SourceEmpty, IsEmptyWhenItIsAFolder) {
+// It used to be called empty.
+TEST_P(SourceEmpty, IsNotReadWhenItIsAFolder) {
   SANDBOX_NEEDS_DEVICES();
   const Snapshot snapshot = Lose([] {
     sandbox::RemoveFile(GetParam().Path);
@@ -396,7 +397,7 @@ TEST_P(SourceEmpty, IsEmptyWhenItIsAFolder) {
   const bool written = GetParam().Path.starts_with("/proc/driver");
   EXPECT_EQ(VerdictOf(snapshot, GetParam().Source),
             written ? (Verdict{SourceState::kFailed, EISDIR, "Is a directory"})
-                    : (Verdict{SourceState::kEmpty, 0, "not a regular file"}));
+                    : (Verdict{SourceState::kFailed, 0, "not a regular file"}));
 }
 
 std::vector<TextFile> TextFiles() {
