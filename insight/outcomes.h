@@ -51,7 +51,7 @@ enum class Outcome : std::uint8_t {
   kAfterType,  // the attribute sorts after the "Type" of its own element
   kUnknownWord,
   kLooksTrue,        // a flag or mark that is read as false
-  kNoNumber,         // where one is wanted
+  kNoNumber,         // where one is wanted, or an infinite one: "6e400"
   kTextAfterNumber,  // text after the number: "62,5", "0x12", "20 C"
   kTooLong,
   kPositionTaken,      // the element is lost

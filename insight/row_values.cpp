@@ -169,8 +169,7 @@ bool IsSame(const Number& left, const Number& right) {
 // has no room for do not count.
 bool IsWrapped(const Stores& store, std::string_view number) {
   if (store.Read.Is == Number::Type::kFloating) {
-    return std::isinf(store.Stored.Floating) &&
-           number.find_first_of(kDigits) != std::string_view::npos;
+    return false;  // what becomes infinite is no number
   }
   if (store.Stored.Is == Number::Type::kFloating) {
     return AsReal(store.Read) != store.Stored.Floating;
@@ -179,20 +178,19 @@ bool IsWrapped(const Stores& store, std::string_view number) {
          (store.Read.Is == Number::Type::kUnsigned && number.find('-') != std::string_view::npos);
 }
 
-// What only the format of fractions reads: "0x12", "inf", "nan".
+// What only the format of fractions reads: "0x12", "inf", "nan", "6e400".
 void JudgeFraction(const Stores& store, std::string_view number, rows::Type type, Row* row) {
   if (store.Read.Is != Number::Type::kFloating) {
     return;
   }
   const Excerpt where = {RowPart::kValue, 0, store.Consumed};
-  if (!std::isfinite(store.Read.Floating)) {
-    if (std::isnan(store.Read.Floating) ||
-        number.find_first_of(kDigits) == std::string_view::npos) {
-      AddRemark(row, Outcome::kNoNumber,
-                Quoted(Trimmed(number)) + " is no finite number: " + StoredText(store, type) +
-                    " is stored",
-                where);
-    }
+  if (!std::isfinite(store.Stored.Floating)) {
+    const bool is_digits = std::isinf(store.Stored.Floating) &&
+                           number.find_first_of(kDigits) != std::string_view::npos;
+    AddRemark(row, Outcome::kNoNumber,
+              Quoted(Trimmed(number)) + (is_digits ? " is too large: " : " is no finite number: ") +
+                  StoredText(store, type) + " is stored",
+              where);
   } else if (number.find_first_of("xX") != std::string_view::npos) {
     AddRemark(
         row, Outcome::kTextAfterNumber,

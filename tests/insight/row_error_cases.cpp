@@ -97,7 +97,7 @@ const std::vector<RowCase>& ErrorCases() {
        "DimmingLevel",
        "\"bright\" is no number",
        {{"DimmingLevel", "bright"}},
-       {{"ActualDimmingLevel", "1e999"}, {"DimmingLevel", "1 bright"}}},
+       {{"ActualDimmingLevel", "1e38"}, {"DimmingLevel", "1 bright"}}},
       {Outcome::kTextAfterNumber,
        "DimmingLevel",
        "\",5\" follows the number: 62 is stored",
