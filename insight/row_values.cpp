@@ -127,7 +127,7 @@ void JudgeWord(const Stores& store, const rows::Parser& parser, Row* row) {
   for (const rows::Word& word : parser.Words) {
     words.push_back(word.Text);
   }
-  const char* const became = store.What == Fate::kOtherWord ? " is stored" : " stays";
+  const char* const became = store.What == Fate::kOtherWord ? " is stored" : kStays;
   AddRemark(row, Outcome::kUnknownWord,
             Quoted(row->Value) + " is no word of the list" +
                 NearestIs(Names(words).Nearest(Trimmed(row->Value))) + "; " +

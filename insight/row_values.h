@@ -13,6 +13,9 @@ struct ValueFormat {
   rows::Type Is = rows::Type::kString;
 };
 
+// Ends the remark on a word that is not known where what was there before is kept.
+inline constexpr char kStays[] = " stays";
+
 // Of the value that `store` has read by `format`.
 void JudgeValue(const observe::Stores& store, const ValueFormat& format, Row* row);
 

@@ -14,6 +14,7 @@
 #include "collector/observer.h"
 #include "insight/findings.h"
 #include "insight/row_recorder.h"
+#include "insight/row_values.h"
 #include "insight/source_database.h"
 #include "insight/source_recorder.h"
 #include "insight/source_table.h"
@@ -123,6 +124,18 @@ std::vector<std::string> FindNotReported(const std::vector<Source>& sources,
   return paths;
 }
 
+// Where a word is not known, what stays may be what no row gave.
+void NameUnreported(Snapshot* snapshot) {
+  for (Row& row : snapshot->Rows) {
+    for (Remark& remark : row.Remarks) {
+      if (remark.What == Outcome::kUnknownWord && remark.Text.ends_with(kStays) &&
+          !row.Path.empty() && !snapshot->IsReported(row.Path)) {
+        remark.Text += ", which no row reports";
+      }
+    }
+  }
+}
+
 }  // namespace
 
 class Recorder::State {
@@ -185,6 +198,7 @@ Snapshot Recorder::RunCycle(const Limits& limits) {
   snapshot.Database.Rows = snapshot.Rows.size();
   snapshot.Sources = state.Sources.EndCycle(snapshot.Document, &snapshot.Database);
   snapshot.NotReported = FindNotReported(snapshot.Sources, state.Rows.Missing().Sorted());
+  NameUnreported(&snapshot);
   snapshot.Findings = FindFindings(snapshot, limits);
   return snapshot;
 }

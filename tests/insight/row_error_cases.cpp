@@ -85,7 +85,7 @@ const std::vector<RowCase>& ErrorCases() {
        {{"Sensor_00_Fan_01_Rpm", "900"}, {"Sensor_00_Type", "CANDcioAndFanRpm"}}},
       {Outcome::kUnknownWord,
        "DimmingMode",
-       "the nearest is \"manual\"; \"auto\" stays",
+       "the nearest is \"manual\"; \"auto\" stays, which no row reports",
        {{"DimmingMode", "Manual"}},
        {{"DimmingMode", "manual"}, {"ProductFamily", "qtm2100"}}},
       {Outcome::kLooksTrue,
