@@ -235,9 +235,11 @@ class Finder {
     }
     const bool critical = !limit.Critical.Holds(*number);
     const Range& range = critical ? limit.Critical : limit.Warning;
-    std::string message = OutsideOf(range, rule.What, *number, UnitOf(rule.Limit));
+    const std::string_view unit = UnitOf(rule.Limit);
+    const std::string value = TextOf(*found.Value);
+    std::string message = OutsideOf(range, rule.What, *number, unit);
     // A share says nothing about how much that is.
-    message += UnitOf(rule.Limit) == "%" ? ": " + TextOf(*found.Value) : "";
+    message += unit == "%" && value != WithUnit(Rounded(*number), unit) ? ": " + value : "";
     Add(MakeFinding(rule.Limit, critical ? Severity::kCritical : Severity::kWarning,
                     std::move(message), rule.Hint),
         element, found, nullptr, *number);

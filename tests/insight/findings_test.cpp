@@ -419,7 +419,7 @@ const DocumentCase kCases[] = {
        AddAirflow(status, 1, 0);
        AddOutput(status);
      }},
-    {"Dry", "humidity", kWarning, "humidity 0 %, below the limit of 1 %: 0 %",
+    {"Dry", "humidity", kWarning, "humidity 0 %, below the limit of 1 %",
      [](CStatus& status) { AddSensor<CCANHumiditySensor>(status).Humidity = 0; },
      [](CStatus& status) { AddSensor<CCANHumiditySensor>(status).Humidity = 1; }},
     {"Heater", "heater-relay", kWarning, "heater is on, but its status relay is not active",
@@ -556,7 +556,7 @@ const DocumentCase kCases[] = {
      },
      [](CStatus& status) { AddSensor<CCANMultiDirectionalSensor>(status).Back = 143; }},
     {"MuchDarkerThanAskedFor", "brightness", kWarning,
-     "brightness, as a share of the one asked for, 5 %, below the limit of 25 %: 5 %",
+     "brightness, as a share of the one asked for, 5 %, below the limit of 25 %",
      [](CStatus& status) { SetBrightness(status, 100, 5, kDimmingManual); },
      [](CStatus& status) { SetBrightness(status, 100, 25, kDimmingManual); }},
     {"MuchBrighterThanAskedFor", "brightness", kWarning,
@@ -568,11 +568,11 @@ const DocumentCase kCases[] = {
      [](CStatus& status) { SetBrightness(status, 0, 20, kDimmingManual); },
      [](CStatus& status) { SetBrightness(status, 0, 19, kDimmingManual); }},
     {"DarkerThanAScheduleSays", "brightness", kWarning,
-     "brightness, as a share of the one asked for, 5 %, below the limit of 25 %: 5 %",
+     "brightness, as a share of the one asked for, 5 %, below the limit of 25 %",
      [](CStatus& status) { SetBrightness(status, 100, 5, 4); },   // vmax
      [](CStatus& status) { SetBrightness(status, 100, 5, 2); }},  // schedule
     {"DarkerByDay", "brightness", kWarning,
-     "brightness, as a share of the one asked for, 5 %, below the limit of 25 %: 5 %",
+     "brightness, as a share of the one asked for, 5 %, below the limit of 25 %",
      [](CStatus& status) {
        SetBrightness(status, 100, 5, 0);  // auto
        AddSensor<CCANLightSensor>(status).TenMinAverage = 50;
