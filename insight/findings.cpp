@@ -66,6 +66,11 @@ class RulesByClass {
 };
 
 constexpr const char* kConnected = "/Connected";
+// What to look at when a reading is not possible.
+constexpr const char* kWriter = "the program that writes the row";
+constexpr const char* kSensor =
+    "the sensor: likely broken or unplugged; its cable; then the program that writes its row";
+
 constexpr std::string_view kState = "State";
 
 // Whether a value is a reading of a sensor, or the state of a device or an input.
@@ -218,7 +223,7 @@ class Finder {
           AddImpossible(element, found,
                         WhatOf(element, *found.Value) + " " + TextOf(*found.Value) +
                             " is not possible: " + WhyNot(rule.Possible, *found.Value),
-                        rule.Hint);
+                        element.IsA(QtSts::CDimming::Class) ? kWriter : kSensor);
         }
       } else if (rule.Limit != nullptr) {
         FindOutside(element, rule, found);

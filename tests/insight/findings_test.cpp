@@ -1110,6 +1110,17 @@ TEST(Findings, NameTheRowThatTheValueCameFrom) {
   EXPECT_EQ(FindFindings(snapshot, {}).front().Source, "database");
 }
 
+// People were sent to fans and filters.
+TEST(Findings, SayOfAnImpossibleReadingToLookAtTheSensor) {
+  CStatus status;
+  AddSensor<CCANTempSensor>(status).Celsius = -64;
+  AddOutput(status).Dimming.DimmingLevel = -5;
+  const std::vector<Finding> findings = Findings(status);
+  ASSERT_THAT(Ids(findings), ElementsAre("reading-impossible", "reading-impossible"));
+  EXPECT_THAT(findings[0].Hint, testing::StartsWith("the sensor: likely broken or unplugged;"));
+  EXPECT_EQ(findings[1].Hint, "the program that writes the row");
+}
+
 // People looked for a plug where a row is missing.
 TEST(Findings, SayOfASensorWithoutARowConnectedThatItIsMissing) {
   CStatus status;
