@@ -1,9 +1,12 @@
 #include "insight/daylight.h"
 
 #include <algorithm>
+#include <cmath>
 #include <ctime>
 #include <optional>
 #include <string>
+#include <string_view>
+#include <vector>
 
 #include "insight/reading_rules.h"
 #include "model/can_sensors.h"
@@ -32,21 +35,22 @@ constexpr struct {
 
 constexpr double kOverridden = 201;  // stands for an ambient light that is overridden
 
-// Nothing for an element that is no light sensor.
-std::optional<double> BrightestOf(const TreeElement& sensor) {
-  std::optional<double> brightest;
+// All that the light sensor reads; nothing for an element that is none.
+std::vector<double> LightOf(const TreeElement& sensor) {
+  std::vector<double> light;
   for (const auto& [info, field] : kLight) {
     if (sensor.IsA(info)) {
-      const double light = NumberOf(*sensor.FindValue(field));
-      brightest = std::max(brightest.value_or(0), light == kOverridden ? 0 : light);
+      const double read = NumberOf(*sensor.FindValue(field));
+      light.push_back(read == kOverridden ? 0 : read);
     }
   }
-  return brightest;
+  return light;
 }
 
 // NOLINTNEXTLINE(misc-no-recursion): as deep as the document
 bool SeesLight(const TreeElement& element) {
-  if (BrightestOf(element) >= kLeastByDay && IsOfConnected(element)) {
+  const auto is_light = [](double read) { return std::isfinite(read) && read >= kLeastByDay; };
+  if (std::ranges::any_of(LightOf(element), is_light) && IsOfConnected(element)) {
     return true;
   }
   for (const TreeElement& child : element.Children()) {
@@ -87,7 +91,16 @@ bool IsByDayByClock(const TreeElement& root) {
 
 }  // namespace
 
-bool IsBlind(const TreeElement& sensor) { return BrightestOf(sensor) == 0; }
+bool IsLight(const TreeElement& element, const TreeValue& value) {
+  return std::ranges::any_of(kLight, [&](const auto& each) {
+    return value.Listed().Name == std::string_view(each.Field) && element.IsA(each.Class);
+  });
+}
+
+bool IsBlind(const TreeElement& sensor) {
+  const std::vector<double> light = LightOf(sensor);
+  return !light.empty() && std::ranges::all_of(light, [](double read) { return read == 0; });
+}
 
 bool IsByDay(const TreeElement& root) { return SeesLight(root) || IsByDayByClock(root); }
 

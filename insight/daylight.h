@@ -8,6 +8,9 @@ namespace insight {
 // What a light sensor reads at least by day, in any of its units.
 inline constexpr double kLeastByDay = 50;
 
+// Whether the value is light that a sensor reads, which is never below 0.
+bool IsLight(const QtSts::TreeElement& element, const QtSts::TreeValue& value);
+
 // Whether all that the light sensor reads is 0; false for other elements.
 bool IsBlind(const QtSts::TreeElement& sensor);
 

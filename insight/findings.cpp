@@ -65,13 +65,13 @@ class RulesByClass {
   std::unordered_map<const QtSts::ClassInfo*, std::vector<const Rule*>> by_class_;
 };
 
-constexpr const char* kConnected = "/Connected";
 // What to look at when a reading is not possible.
 constexpr const char* kWriter = "the program that writes the row";
 constexpr const char* kSensor =
     "the sensor: likely broken or unplugged; its cable; then the program that writes its row";
 
 constexpr std::string_view kState = "State";
+constexpr const char* kConnected = "/Connected";
 
 // Whether a value is a reading of a sensor, or the state of a device or an input.
 bool IsReading(const TreeElement& element, std::string_view field) {
@@ -172,14 +172,15 @@ class Finder {
         found);
   }
 
-  // Not a number, or infinite, in any field.
+  // Not a number, or infinite, in any field; light below 0.
   void FindImpossible(const TreeElement& element) {
     for (const TreeValue& value : element.Values()) {
-      if (IsInfinite(value) && !IsOfStandingClock(element) && IsOfConnected(element)) {
-        AddImpossible(
-            element, {&element, &value},
-            WhatOf(element, value) + " " + TextOf(value) + " is not possible: no finite number",
-            "the source of this value, or the program that writes its row");
+      const bool dark = NumberOf(value) < 0 && IsLight(element, value);
+      const char* const why = IsInfinite(value) ? "no finite number" : dark ? "below 0" : nullptr;
+      if (why != nullptr && !IsOfStandingClock(element) && IsOfConnected(element)) {
+        AddImpossible(element, {&element, &value},
+                      WhatOf(element, value) + " " + TextOf(value) + " is not possible: " + why,
+                      "the source of this value, or the program that writes its row");
       }
     }
   }

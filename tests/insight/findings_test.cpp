@@ -1121,6 +1121,14 @@ TEST(Findings, SayOfAnImpossibleReadingToLookAtTheSensor) {
   EXPECT_EQ(findings[1].Hint, "the program that writes the row");
 }
 
+// Light below 0 was said to be 0.
+TEST(Findings, TakeLightBelowZeroForImpossibleAndNotForNone) {
+  CStatus status;
+  AddSensor<CCANLightSensor>(status).OneMinAverage = -5;
+  AddSensor<CCANLightLuxSensor>(status).OneMinLuxAverage = 50;
+  EXPECT_THAT(Ids(Findings(status)), ElementsAre("reading-impossible"));
+}
+
 // People looked for a plug where a row is missing.
 TEST(Findings, SayOfASensorWithoutARowConnectedThatItIsMissing) {
   CStatus status;
