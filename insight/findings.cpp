@@ -17,6 +17,7 @@
 #include "insight/row_element.h"
 #include "insight/source_database.h"
 #include "insight/source_findings.h"
+#include "insight/wrong_rows.h"
 #include "model/document.h"
 
 namespace insight {
@@ -70,8 +71,8 @@ constexpr const char* kWriter = "the program that writes the row";
 constexpr const char* kSensor =
     "the sensor: likely broken or unplugged; its cable; then the program that writes its row";
 
-constexpr std::string_view kState = "State";
 constexpr const char* kConnected = "/Connected";
+constexpr std::string_view kState = "State";
 
 // Whether a value is a reading of a sensor, or the state of a device or an input.
 bool IsReading(const TreeElement& element, std::string_view field) {
@@ -287,7 +288,8 @@ class Finder {
   const Snapshot& snapshot_;
   const Limits& limits_;
   Origins origins_;
-  Peers peers_{snapshot_};
+  const WrongRows wrong_rows_{snapshot_};
+  Peers peers_{snapshot_, wrong_rows_};
   RulesByClass<ValueRule> value_rules_{ValueRules()};
   RulesByClass<ReadingRule> reading_rules_{ReadingRules()};
   std::vector<Finding> findings_;

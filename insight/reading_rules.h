@@ -10,6 +10,7 @@
 
 #include "insight/limits.h"
 #include "insight/snapshot.h"
+#include "insight/wrong_rows.h"
 #include "model/tree.h"
 
 namespace insight {
@@ -17,14 +18,20 @@ namespace insight {
 // What readings are compared with; each list is looked at once.
 class Peers {
  public:
-  explicit Peers(const Snapshot& snapshot) : snapshot_(snapshot) {}
+  Peers(const Snapshot& snapshot, const WrongRows& wrong_rows)
+      : snapshot_(snapshot), wrong_rows_(wrong_rows) {}
 
-  // The middle one of the values of `field` in the elements of `list` that are connected and
-  // report it; nothing when fewer than three have: two do not say which one is wrong.
+  // Whether a source or row gave the value, and it is what that says.
+  bool IsKnown(const QtSts::TreeElement& element, const QtSts::TreeValue& value) const;
+
+  // The middle one of the values of `field`, 0 or more, in the elements of `list` that are
+  // connected and of which it is known; nothing when fewer than three have: two do not say which
+  // one is wrong.
   std::optional<double> MiddleOf(const QtSts::TreeElement& list, const char* field);
 
  private:
   const Snapshot& snapshot_;
+  const WrongRows& wrong_rows_;
   std::map<std::pair<const QtSts::TreeElement*, std::string_view>, std::optional<double>> middles_;
 };
 

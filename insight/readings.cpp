@@ -117,10 +117,12 @@ bool MayDiffer(const TreeElement& dimming) {
   return (name == "auto" || name == "gps") && !IsByDay(*output.Parent()->Parent());
 }
 
-Number BesideAskedFor(const TreeElement& dimming, const TreeValue& value, Peers*) {
+Number BesideAskedFor(const TreeElement& dimming, const TreeValue& value, Peers* peers) {
   constexpr double kLeast = 20;  // a smaller difference may be on its way
-  const double asked_for = NumberOf(*dimming.FindValue("DimmingLevel"));
-  const bool known = std::abs(NumberOf(value) - asked_for) >= kLeast && !MayDiffer(dimming);
+  const TreeValue& level = *dimming.FindValue("DimmingLevel");
+  const double asked_for = NumberOf(level);
+  const bool known = peers->IsKnown(dimming, level) && kPercent.Holds(asked_for) &&
+                     std::abs(NumberOf(value) - asked_for) >= kLeast && !MayDiffer(dimming);
   return known ? ShareOf(NumberOf(value), std::max(asked_for, 1.0)) : Number();
 }
 
@@ -238,6 +240,11 @@ bool IsOfConnected(const TreeElement& element) {
   return true;
 }
 
+bool Peers::IsKnown(const TreeElement& element, const TreeValue& value) const {
+  const std::string path = element.PathOf(value);
+  return snapshot_.IsReported(path) && !wrong_rows_.HasWritten(path);
+}
+
 std::optional<double> Peers::MiddleOf(const TreeElement& list, const char* field) {
   const auto [entry, first] = middles_.try_emplace({&list, field});
   if (!first) {
@@ -247,7 +254,7 @@ std::optional<double> Peers::MiddleOf(const TreeElement& list, const char* field
   for (const TreeElement& element : list.Children()) {
     const TreeValue* const value = element.FindValue(field);
     if (value != nullptr && IsOfConnected(element) && std::isfinite(NumberOf(*value)) &&
-        snapshot_.IsReported(element.PathOf(*value))) {
+        NumberOf(*value) >= 0 && IsKnown(element, *value)) {
       values.push_back(NumberOf(*value));
     }
   }
@@ -262,7 +269,8 @@ std::optional<double> Peers::MiddleOf(const TreeElement& list, const char* field
 
 std::vector<Reading> Readings(const Snapshot& snapshot) {
   std::vector<Reading> readings;
-  Peers peers(snapshot);
+  const WrongRows wrong_rows(snapshot);
+  Peers peers(snapshot, wrong_rows);
   if (snapshot.Database.Unchanged) {
     readings.push_back(
         {"database-age", "", static_cast<double>(snapshot.Database.Unchanged->count())});
@@ -277,7 +285,7 @@ std::vector<Reading> Readings(const Snapshot& snapshot) {
       }
       const Number number = rule.Read(element, *found.Value, &peers);
       const std::string path = found.Holder->PathOf(*found.Value);
-      if (number && snapshot.IsReported(path)) {
+      if (number && std::isfinite(*number) && snapshot.IsReported(path)) {
         readings.push_back({rule.Limit, path, *number});
       }
     }

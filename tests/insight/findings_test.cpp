@@ -1121,6 +1121,44 @@ TEST(Findings, SayOfAnImpossibleReadingToLookAtTheSensor) {
   EXPECT_EQ(findings[1].Hint, "the program that writes the row");
 }
 
+// 62.5 % was called 6250 % of the -5 % that were asked for.
+TEST(Findings, CompareNothingWithAnImpossibleReading) {
+  for (const float asked_for : {-5.0F, 500.0F, kInfinite, std::nanf("")}) {
+    CStatus status;
+    SetBrightness(status, asked_for, 62.5F, kDimmingManual);
+    EXPECT_THAT(Ids(Findings(status)), ElementsAre("reading-impossible")) << asked_for;
+  }
+  CStatus status;
+  for (const float volts : {18.0F, 24.0F, 24.0F, -1.0F, -1.0F}) {
+    AddIsolation(status).OutputVoltage = volts;
+  }
+  EXPECT_THAT(Ids(Findings(status)),
+              ElementsAre("reading-impossible", "reading-impossible", "output-voltage"));
+}
+
+// A row at `path` whose value became something else.
+Row WrongRow(const std::string& key, const std::string& path, Outcome outcome) {
+  Row row = MakeRow(key, path, outcome);
+  row.Value = "x";
+  row.Remarks.front().Text = "\"x\" is wrong";
+  row.Remarks.front().Part = insight::RowPart::kValue;
+  row.Remarks.front().End = 1;
+  return row;
+}
+
+TEST(Findings, CompareNothingWithWhatNoRowOrAWrongRowGave) {
+  CStatus status;
+  SetBrightness(status, 0, 62.5F, kDimmingManual);
+  const std::string path = "Outputs[0]/Dimming/DimmingLevel";
+  Snapshot snapshot = Healthy(status);
+  EXPECT_THAT(Ids(FindFindings(snapshot, {})), ElementsAre("brightness"));
+  snapshot.NotReported = {path};
+  EXPECT_THAT(Ids(FindFindings(snapshot, {})), IsEmpty());
+  snapshot.NotReported = {};
+  snapshot.Rows.push_back(WrongRow("DimmingLevel", path, Outcome::kNoNumber));
+  EXPECT_THAT(Ids(FindFindings(snapshot, {})), ElementsAre("row-errors"));
+}
+
 // Light below 0 was said to be 0.
 TEST(Findings, TakeLightBelowZeroForImpossibleAndNotForNone) {
   CStatus status;

@@ -1,0 +1,39 @@
+#include "insight/wrong_rows.h"
+
+#include <algorithm>
+#include <iterator>
+
+namespace insight {
+namespace {
+
+// Others leave the value what it says, or there is none.
+bool IsOfValue(const Remark& remark) {
+  static constexpr Outcome kOfValues[] = {Outcome::kLooksTrue, Outcome::kUnknownWord,
+                                          Outcome::kNoNumber, Outcome::kTextAfterNumber,
+                                          Outcome::kWrapped};
+  return remark.Part == RowPart::kValue &&
+         std::ranges::find(kOfValues, remark.What) != std::end(kOfValues);
+}
+
+}  // namespace
+
+WrongRows::WrongRows(const Snapshot& snapshot) {
+  for (const Row& row : snapshot.Rows) {
+    if (row.Class() == OutcomeClass::kFine || row.Path.empty()) {
+      continue;
+    }
+    const auto mistake = std::ranges::find_if(row.Remarks, &IsOfValue);
+    if (mistake != row.Remarks.end()) {
+      rows_.insert({row.Path, {&row, &*mistake}});
+    }
+  }
+}
+
+const Remark* WrongRows::MistakeIn(std::string_view key, std::string_view path) const {
+  const auto [first, last] = rows_.equal_range(path);
+  const auto found =
+      std::find_if(first, last, [key](const auto& entry) { return entry.second.Of->Key == key; });
+  return found == last ? nullptr : found->second.Mistake;
+}
+
+}  // namespace insight

@@ -1,0 +1,32 @@
+// Rows whose value became something else than it says, so that what comes of it says little.
+// Private to this library.
+#pragma once
+
+#include <string_view>
+#include <unordered_map>
+
+#include "insight/snapshot.h"
+
+namespace insight {
+
+// Points into the snapshot.
+class WrongRows {
+ public:
+  explicit WrongRows(const Snapshot& snapshot);
+
+  // What is wrong with the value of the row with this key, which stands at `path`; null when
+  // nothing is, or when it stands elsewhere.
+  const Remark* MistakeIn(std::string_view key, std::string_view path) const;
+
+  // Whether a wrong row wrote the value at `path`.
+  bool HasWritten(std::string_view path) const { return rows_.contains(path); }
+
+ private:
+  struct Wrong {
+    const Row* Of;
+    const Remark* Mistake;
+  };
+  std::unordered_multimap<std::string_view, Wrong> rows_;  // by path
+};
+
+}  // namespace insight
