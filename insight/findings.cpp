@@ -126,8 +126,18 @@ class Finder {
     if (finding.Path.ends_with(kConnected) && finding.Key.ends_with("_Type")) {
       finding.Message = "sensor counts as not connected: no row of it says that it is";
       finding.Hint = "the program that writes its rows: Connected is missing";
+    } else if (const Remark* const mistake = wrong_rows_.MistakeIn(finding.Key, finding.Path)) {
+      LeadWith(*mistake, &finding);
     }
     findings_.push_back(std::move(finding));
+  }
+
+  // What comes of a row that is wrong is no news of the thing itself.
+  static void LeadWith(const Remark& mistake, Finding* finding) {
+    std::string cure = InfoOf(mistake.What).Cure;
+    cure.front() = static_cast<char>(cure.front() - 'A' + 'a');
+    finding->Message = "the row is wrong: " + mistake.Text + "; so " + finding->Message;
+    finding->Hint = "the program that writes the row: " + cure;
   }
 
   void FindInValues(const TreeElement& element) {

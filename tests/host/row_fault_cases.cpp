@@ -225,6 +225,42 @@ const Fault kFaults[] = {
      nullptr,
      "unknown: 1 unknown\n",
      {"humidity 130 % is not possible: outside of 0 to 100 %", "humidity sensor 5 at address 54"}},
+    // The hint used to lead to fans and filters.
+    {"temperature of no sensor",
+     [](Scenario& demo) { demo.Row("Sensor_08_Celsius", "-64"); },
+     nullptr,
+     "unknown: 1 unknown\n",
+     {"temperature -64 \u00B0C is not possible: outside of -60 to 150 \u00B0C",
+      "look at: the sensor: likely broken or unplugged; its cable", "Sensor_08_Celsius"}},
+    // The brightness in force used to be compared with it.
+    {"brightness below zero",
+     [](Scenario& demo) { demo.Row("DimmingLevel", "-5"); },
+     nullptr,
+     "unknown: 1 unknown\n",
+     {"brightness that is asked for -5 % is not possible: outside of 0 to 100 %"}},
+    {"number too large",
+     [](Scenario& demo) { demo.Row("Sensor_08_Celsius", "6e400"); },
+     nullptr,
+     "unknown: 1 unknown, 1 warning\n",
+     {"the row is wrong: \"6e400\" is too large: INF is stored; so temperature INF \u00B0C is not "
+      "possible"}},
+    // People used to look for a plug.
+    {"capital letter",
+     [](Scenario& demo) { demo.Row("Sensor_08_Connected", "True"); },
+     nullptr,
+     "warning: 2 warnings\n",
+     {"the row is wrong: \"True\" looks true, but does not mean true: only \"true\" does; so "
+      "sensor "
+      "is not connected, temperature sensor 1 at address 34",
+      "look at: the program that writes the row: write true for a flag"}},
+    // The display said that it was not reported.
+    {"mode that is none",
+     [](Scenario& demo) { demo.Row("DimmingMode", "Manual"); },
+     nullptr,
+     "warning: 1 warning\n",
+     {"row DimmingMode: \"Manual\" is no word of the list; the nearest is \"manual\"; \"auto\" "
+      "stays, which no row reports",
+      "mode not reported"}},
     {"fans overridden",
      [](Scenario& demo) { demo.Row("FansOverride", "sensor"); },
      nullptr,

@@ -1159,6 +1159,25 @@ TEST(Findings, CompareNothingWithWhatNoRowOrAWrongRowGave) {
   EXPECT_THAT(Ids(FindFindings(snapshot, {})), ElementsAre("row-errors"));
 }
 
+// People looked for a plug, or at the fan, where a row is wrong.
+TEST(Findings, LeadWithTheMistakeOfTheRowThatTheyComeFrom) {
+  CStatus status;
+  AddSensor<CCANTempSensor>(status).Connected = false;
+  Snapshot snapshot = Healthy(status);
+  const std::string path = "Sensors[0]/Connected";
+  snapshot.Rows.push_back(WrongRow("Sensor_13_Connected", path, Outcome::kLooksTrue));
+  const Finding finding = FindFindings(snapshot, {}).front();
+  EXPECT_EQ(finding.Message, "the row is wrong: \"x\" is wrong; so sensor is not connected");
+  EXPECT_EQ(finding.Hint,
+            "the program that writes the row: write true for a flag, 1 for a mark, and nothing "
+            "else");
+  // A remark on the key, or a notice that leaves the value what it says, changes nothing.
+  for (const Outcome other : {Outcome::kLongerName, Outcome::kBlanksAfterNumber}) {
+    snapshot.Rows.back() = WrongRow("Sensor_13_Connected", path, other);
+    EXPECT_EQ(FindFindings(snapshot, {}).front().Message, "sensor is not connected");
+  }
+}
+
 // Light below 0 was said to be 0.
 TEST(Findings, TakeLightBelowZeroForImpossibleAndNotForNone) {
   CStatus status;
