@@ -4,11 +4,11 @@
 #include <map>
 #include <unordered_map>
 
-#include "collector/key_table.h"
 #include "host/page.h"
 #include "host/printable.h"
 #include "host/sources_text.h"
 
+#include "host/row_problems.h"
 namespace host {
 namespace {
 
@@ -28,16 +28,6 @@ Mark MarkOf(OutcomeClass outcome_class) {
   }
 }
 
-// The rows of one element stand together, those of all other keys too: "Sensor_03", or "".
-std::string_view FamilyOf(std::string_view key) {
-  const auto* const entry = std::ranges::find_if(
-      status_primary_keys, [&](const StatusKey& each) { return key.starts_with(each.Key); });
-  if (entry == status_primary_keys.end() || !entry->Key.ends_with('_')) {
-    return "";
-  }
-  return key.substr(0, key.find('_', entry->Key.size()));
-}
-
 // Begins with a capital letter and ends with a stop.
 std::string Sentence(std::string text) {
   if (!text.empty() && text.front() >= 'a' && text.front() <= 'z') {
@@ -47,10 +37,6 @@ std::string Sentence(std::string text) {
     text += '.';
   }
   return text;
-}
-
-std::string TextOf(const Remark& remark) {
-  return remark.Text.empty() ? insight::InfoOf(remark.What).Meaning : remark.Text;
 }
 
 // What became of a row, in its line of the table. Paths within `element`, which the title names,
@@ -136,22 +122,20 @@ class Explanation {
 
   void ShowProblems() {
     bool first = true;
-    for (const insight::Row* const row : rows_) {
-      for (const Remark& remark : row->Remarks) {
-        const insight::OutcomeInfo& info = insight::InfoOf(remark.What);
-        if (info.Class != OutcomeClass::kError) {
-          continue;
-        }
-        first ? page_.Title("Problems") : page_.Gap();
-        first = false;
-        const Quoted quoted = Quote(*row, remark);
-        page_.Plain(quoted.Text);
-        if (!quoted.Carets.empty() && Width(quoted.Carets) <= page_.Columns()) {
-          page_.Plain(quoted.Carets);
-        }
-        page_.Line(Sentence(Printable(TextOf(remark))) + " [" + info.Id + "]");
-        page_.Line(Sentence(std::string("Cure: ") + info.Cure));
+    for (const Problem& problem : ProblemsOf(rows_, Remarks::kAll)) {
+      const insight::OutcomeInfo& info = insight::InfoOf(problem.What->What);
+      first ? page_.Title("Problems") : page_.Gap();
+      first = false;
+      const Quoted quoted = Quote(*problem.Of, *problem.What);
+      page_.Plain(quoted.Text);
+      if (!quoted.Carets.empty() && Width(quoted.Carets) <= page_.Columns()) {
+        page_.Plain(quoted.Carets);
       }
+      page_.Line(Sentence(Printable(TextOf(*problem.What))) + " [" + info.Id + "]");
+      if (!problem.Likewise.empty()) {
+        page_.Line("Likewise " + LikewiseText(problem) + ".");
+      }
+      page_.Line(Sentence(std::string("Cure: ") + info.Cure));
     }
   }
 

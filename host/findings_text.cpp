@@ -6,11 +6,13 @@
 #include <cstdint>
 #include <string>
 #include <string_view>
+#include <unordered_map>
 #include <utility>
 #include <vector>
 
 #include "host/annotations.h"
 #include "host/printable.h"
+#include "host/row_problems.h"
 
 namespace host {
 namespace {
@@ -24,6 +26,7 @@ constexpr std::size_t kLeastBeside = 56;  // columns that a text has beside path
 constexpr std::size_t kMostRowErrors = 5;
 constexpr std::size_t kMostOfAText = 240;
 constexpr std::size_t kGap = 2;
+constexpr std::string_view kRowErrors = "row-errors";
 
 // "2 critical, 1 unknown, 5 warnings"; "" for none.
 std::string Counts(const Snapshot& snapshot) {
@@ -122,6 +125,11 @@ std::string FurtherText(std::size_t count) {
   return "and " + std::to_string(count) + " more like it: --section findings shows all";
 }
 
+// Rows with errors stand below with their keys.
+std::string KeyOf(const Finding& finding) {
+  return finding.Id == kRowErrors ? "" : Printable(finding.Key);
+}
+
 constexpr std::size_t kLevelWidth = 8;  // of "critical"
 
 Row LevelAndText(const Finding& finding) {
@@ -134,8 +142,7 @@ class Beside {
  public:
   void Add(const Finding& finding, const std::string& hint) {
     rows_.push_back(LevelAndText(finding));
-    rows_.back().Cells.insert(rows_.back().Cells.end(),
-                              {Printable(finding.Path), Printable(finding.Key)});
+    rows_.back().Cells.insert(rows_.back().Cells.end(), {Printable(finding.Path), KeyOf(finding)});
     AddNote(hint);
   }
   void AddNote(const std::string& text) {
@@ -158,7 +165,7 @@ class Below {
     page_->Table({{""}, {""}}, {LevelAndText(finding)});
     AddNote(hint);
     const std::string path = Printable(finding.Path);
-    const std::string key = Printable(finding.Key);
+    const std::string key = KeyOf(finding);
     const std::string both = path + (path.empty() || key.empty() ? "" : "  ") + key;
     if (Width(both) + kIndent <= page_->Columns()) {
       AddNote(both);
@@ -180,20 +187,38 @@ class Below {
   Page* page_;
 };
 
+// The rows that have errors but for those whose mistake a finding says.
+std::vector<const insight::Row*> RowsLeft(const Snapshot& snapshot) {
+  std::unordered_map<std::string_view, const Finding*> said;
+  for (const Finding& finding : snapshot.Findings) {
+    said.emplace(finding.Key, &finding);
+  }
+  std::vector<const insight::Row*> rows;
+  for (const insight::Row& row : snapshot.Rows) {
+    const auto finding = said.find(row.Key);
+    if (row.Class() == insight::OutcomeClass::kError &&
+        (finding == said.end() ||
+         finding->second->Message.find(TextOf(row.Remarks.front())) == std::string::npos)) {
+      rows.push_back(&row);
+    }
+  }
+  return rows;
+}
+
 // What is wrong with the first rows that have errors, which one finding counts.
 template <class Layout>
 void AddRowErrors(const Snapshot& snapshot, Layout* layout) {
   std::size_t shown = 0;
-  for (const insight::Row& row : snapshot.Rows) {
-    if (row.Class() != insight::OutcomeClass::kError) {
-      continue;
-    }
+  for (const Problem& problem : ProblemsOf(RowsLeft(snapshot), Remarks::kFirst)) {
     if (++shown > kMostRowErrors) {
       layout->AddNote("...");
       return;
     }
-    layout->AddNote(Truncated(
-        "row " + Printable(row.Key) + ": " + Printable(row.Remarks.front().Text), kMostOfAText));
+    const std::string likewise = LikewiseText(problem);
+    layout->AddNote(Truncated("row " + Printable(problem.Of->Key) + ": " +
+                                  Printable(TextOf(*problem.What)) +
+                                  (likewise.empty() ? "" : "; likewise " + likewise),
+                              kMostOfAText));
   }
 }
 
@@ -206,7 +231,7 @@ void ShowChosen(const Snapshot& snapshot, const std::vector<Choice>& chosen, Lay
     std::string hint = HintOf(*choice.Shown);
     layout.Add(*choice.Shown, hint == hint_before ? "" : hint);
     hint_before = std::move(hint);
-    if (choice.Shown->Id == "row-errors") {
+    if (choice.Shown->Id == kRowErrors) {
       AddRowErrors(snapshot, &layout);
     }
     if (choice.Further > 0) {
@@ -257,7 +282,7 @@ void ShowFindings(const Snapshot& snapshot, Extent extent, Page* page) {
   std::size_t keys = 0;
   for (const Choice& choice : chosen) {
     paths = std::max(paths, Width(Printable(choice.Shown->Path)));
-    keys = std::max(keys, Width(Printable(choice.Shown->Key)));
+    keys = std::max(keys, Width(KeyOf(*choice.Shown)));
   }
   const bool places = paths + keys > 0;
   if (places && 2 + kLevelWidth + 3 * kGap + kLeastBeside + paths + keys <= page->Columns()) {

@@ -279,6 +279,31 @@ TEST(Explain, NamesTheRowAndTheCureOfEachCommonMistake) {
   }
 }
 
+// Each row of a sensor without a Type used to be a problem of its own, with the same cure.
+TEST(Explain, SaysAProblemThatRowsOfASensorShareOnce) {
+  Scenario demo = Scenario::Load(sandbox::SourcePath("scenarios/demo"));
+  demo.Apply();
+  sandbox::RemoveRow("Sensor_10_Type");
+  const ProgramResult result = Explain({"--problems"});
+  EXPECT_EQ(result.ExitCode, kErrors);
+  EXPECT_THAT(
+      result.Output,
+      StartsWith("Problems\n"
+                 "Sensor_10_Address = 36\n"
+                 "^^^^^^^^^^^^^^^^^\n"
+                 "  No row Sensor_10_Type completes its element. [no-type]\n"
+                 "  Likewise 12 more rows of Sensor_10: Bus, Connected, DispInterfaceAddress,\n"
+                 "  DispInterfaceNumber, Face, IsoTemperature, IsoVin, IsoVout, Location,\n"
+                 "  NumAttribute, Rev, SyncLossCounter.\n"
+                 "  Cure: Write a Type row for each element.\n"
+                 "\n"
+                 "Summary\n"));
+  sandbox::RemoveRow("Sensor_12_Type");
+  EXPECT_THAT(
+      Explain({"Sensor_12", "--problems"}).Output,
+      AllOf(HasSubstr("Likewise 58 more rows of Sensor_12: Bus, "), HasSubstr(" and 46 more.\n")));
+}
+
 insight::Row RowOf(const std::string& key, const std::string& value) {
   insight::Row row;
   row.Key = key;

@@ -194,16 +194,40 @@ TEST(ShowFindings, NamesTheFirstRowsThatHaveErrors) {
     row.Key = "Key_" + std::to_string(i);
     row.Remarks.emplace_back();
     row.Remarks.back().What = i == 2 ? insight::Outcome::kWrapped : insight::Outcome::kUnknownKey;
-    row.Remarks.back().Text = "no such key\x1b[2J";
+    row.Remarks.back().Text = "no such key\x1b[2J " + row.Key;
   }
   snapshot.Findings.push_back(sample::FindingOf(Severity::kWarning, "6 rows have errors", "P"));
   snapshot.Findings.back().Id = "row-errors";
   const std::string text = Findings(snapshot, Extent::kFull);
-  EXPECT_THAT(text, HasSubstr("  row Key_0: no such key\uFFFD[2J\n"));
+  EXPECT_THAT(text, HasSubstr("  row Key_0: no such key\uFFFD[2J Key_0\n"));
   EXPECT_THAT(text, Not(HasSubstr("Key_2"))) << "a notice";
-  EXPECT_THAT(text, ContainsRegex("  row Key_5: no such key\uFFFD.2J\n +...\n"));
+  EXPECT_THAT(text, ContainsRegex("  row Key_5: no such key\uFFFD.2J Key_5\n +...\n"));
   EXPECT_THAT(text, Not(HasSubstr("Key_6")));
   EXPECT_THAT(Findings(snapshot, Extent::kFull, 180), HasSubstr("  row Key_5: no such key"));
+}
+
+TEST(ShowFindings, NamesRowsWithTheSameErrorTogetherAndThoseThatAFindingNamesNotAgain) {
+  insight::Snapshot snapshot = Empty();
+  for (const char* key : {"Sensor_01_Bus", "Sensor_01_Face", "Sensor_02_Connected"}) {
+    insight::Row& row = snapshot.Rows.emplace_back();
+    row.Key = key;
+    row.Remarks.emplace_back();
+    row.Remarks.back().What = insight::Outcome::kNoType;
+    row.Remarks.back().Text = "no row completes it";
+  }
+  snapshot.Rows.back().Remarks.back().Text = "\"True\" is wrong";
+  snapshot.Findings.push_back(
+      sample::FindingOf(Severity::kWarning, "the row is wrong: \"True\" is wrong; so"));
+  snapshot.Findings.back().Key = "Sensor_02_Connected";
+  snapshot.Findings.push_back(sample::FindingOf(Severity::kWarning, "3 rows have errors"));
+  snapshot.Findings.back().Id = "row-errors";
+  snapshot.Findings.back().Key = "Sensor_01_Bus";
+  EXPECT_EQ(Findings(snapshot, Extent::kFull),
+            "\n! warning   the row is wrong: \"True\" is wrong; so\n"
+            "     Sensor_02_Connected\n"
+            "! warning   3 rows have errors\n"
+            "     row Sensor_01_Bus: no row completes it; likewise 1 more row of Sensor_01:\n"
+            "     Face\n");
 }
 
 // A cable that is cut loses hundreds of sensors; the display itself is to stay on the page.

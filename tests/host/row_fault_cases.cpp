@@ -276,6 +276,14 @@ const Fault kFaults[] = {
      nullptr,
      "warning: 1 warning\n",
      {"sensor is not connected, multi-directional light sensor 4 at address 19"}},
+    // The first five of its rows used to be named with the same words.
+    {"sensor without a kind",
+     &Nothing,
+     [] { sandbox::RemoveRow("Sensor_12_Type"); },
+     "warning: 1 warning\n",
+     {"59 rows have errors",
+      "row Sensor_12_Address: no row Sensor_12_Type completes its element; "
+      "likewise 58 more rows of Sensor_12: Bus, Connected, "}},
     {"sensor of no kind",
      [](Scenario& demo) { demo.Row("Sensor_08_Type", ""); },
      nullptr,
