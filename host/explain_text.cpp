@@ -2,13 +2,16 @@
 
 #include <algorithm>
 #include <map>
+#include <set>
+#include <string_view>
 #include <unordered_map>
 
 #include "host/page.h"
 #include "host/printable.h"
-#include "host/sources_text.h"
-
 #include "host/row_problems.h"
+#include "host/sources_text.h"
+#include "insight/nearest.h"
+
 namespace host {
 namespace {
 
@@ -65,6 +68,35 @@ std::string Fate(const insight::Row& row, const std::string& element) {
   return Printable(fate);
 }
 
+// What stands in front of the number, or the key: "Sensor_", "GUID".
+std::string_view HeadOf(std::string_view key) {
+  const std::size_t digit = key.find_first_of("0123456789");
+  const std::size_t underscore = key.find('_');
+  return key.substr(
+      0, std::min(digit, underscore == std::string_view::npos ? key.size() : underscore + 1));
+}
+
+bool IsSameLetter(char left, char right) {
+  const auto small = [](char c) {
+    return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c;
+  };
+  return small(left) == small(right);
+}
+
+// The beginning of keys that `prefix` perhaps means, of those that rows have: "Sensor_" for
+// "sensor_"; "" when none is near.
+std::string NearestPrefix(const std::vector<insight::Row>& rows, std::string_view prefix) {
+  std::set<std::string_view> heads;
+  for (const insight::Row& row : rows) {
+    const std::string_view beginning = std::string_view(row.Key).substr(0, prefix.size());
+    if (std::ranges::equal(beginning, prefix, &IsSameLetter)) {
+      return std::string(beginning);
+    }
+    heads.insert(HeadOf(row.Key));
+  }
+  return std::string(insight::Names({heads.begin(), heads.end()}).Nearest(HeadOf(prefix)));
+}
+
 class Explanation {
  public:
   Explanation(const Snapshot& snapshot, const Snapshot& before, const ExplainOptions& options,
@@ -80,7 +112,9 @@ class Explanation {
     if (options_.Prefix.empty() && !options_.Problems) {
       ShowSources(snapshot_, &before_, &page_);
     }
-    if (!options_.Problems) {
+    if (rows_.empty()) {
+      ShowNoRows();
+    } else if (!options_.Problems) {
       ShowRows();
     }
     ShowProblems();
@@ -89,11 +123,17 @@ class Explanation {
   }
 
  private:
+  void ShowNoRows() {
+    page_.Title("Rows");
+    const std::string nearest = NearestPrefix(snapshot_.Rows, options_.Prefix);
+    page_.Line(
+        options_.Prefix.empty()
+            ? "none"
+            : "No row has a key that begins with \"" + Printable(options_.Prefix) + "\"" +
+                  (nearest.empty() ? "" : "; the nearest is \"" + Printable(nearest) + "\"") + ".");
+  }
+
   void ShowRows() {
-    if (rows_.empty()) {
-      page_.Title("Rows");
-      page_.Line("none");
-    }
     for (std::size_t i = 0; i < rows_.size();) {
       const std::string_view family = FamilyOf(rows_[i]->Key);
       std::size_t end = i;

@@ -140,7 +140,7 @@ TEST(Explain, ShowsOnlyTheRowsThatBeginWithAPrefix) {
   EXPECT_THAT(result.Output, StartsWith("Rows of Sensor_28"));
   EXPECT_THAT(result.Output, Not(HasSubstr("DCIO_")));
   EXPECT_EQ(Explain({"DimmingMode"}).ExitCode, kNoErrors);
-  EXPECT_THAT(Explain({"Nothing"}).Output, StartsWith("Rows\n  none\n"));
+  EXPECT_THAT(Explain({"Nothing"}).Output, StartsWith("Rows\n  No row has"));
 }
 
 TEST(Explain, WritesAsJsonWhatItWritesAsText) {
@@ -302,6 +302,28 @@ TEST(Explain, SaysAProblemThatRowsOfASensorShareOnce) {
   EXPECT_THAT(
       Explain({"Sensor_12", "--problems"}).Output,
       AllOf(HasSubstr("Likewise 58 more rows of Sensor_12: Bus, "), HasSubstr(" and 46 more.\n")));
+}
+
+// "none" used to be all that was said.
+TEST(Explain, NamesTheNearestBeginningOfKeysWhereNoRowHasTheOneThatIsAskedFor) {
+  Load("demo");
+  for (const auto& [prefix, nearest] :
+       {std::pair("sensor_", "; the nearest is \"Sensor_\""),
+        std::pair("SENSOR_12_i", "; the nearest is \"Sensor_12_I\""),
+        std::pair("Sensr_12", "; the nearest is \"Sensor_\""),
+        std::pair("dimmingmode", "; the nearest is \"DimmingMode\""), std::pair("xyzzy", "")}) {
+    for (const char* const problems : {"", "--problems"}) {
+      std::vector<std::string> arguments = {prefix};
+      if (*problems != '\0') {
+        arguments.emplace_back(problems);
+      }
+      const ProgramResult result = Explain(arguments);
+      EXPECT_EQ(result.ExitCode, kNoErrors);
+      EXPECT_THAT(result.Output,
+                  StartsWith("Rows\n  No row has a key that begins with \"" + std::string(prefix) +
+                             "\"" + nearest + ".\n\nSummary\n"));
+    }
+  }
 }
 
 insight::Row RowOf(const std::string& key, const std::string& value) {
