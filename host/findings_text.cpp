@@ -88,11 +88,12 @@ std::string WithTies(std::string text) {
   return text;
 }
 
-std::string WhatAndWhere(const Finding& finding) {
+std::string WhatAndWhere(const Finding& finding, const Page& page) {
   const std::string message = WithTies(Printable(finding.Message));
   const std::string where = Printable(finding.Where);
-  return Truncated(message.empty() || where.empty() ? message + where : message + ", " + where,
-                   kMostOfAText);
+  const std::string text =
+      message.empty() || where.empty() ? message + where : message + ", " + where;
+  return page.IsWhole() ? text : Truncated(text, kMostOfAText);
 }
 
 std::string HintOf(const Finding& finding) {
@@ -132,16 +133,18 @@ std::string KeyOf(const Finding& finding) {
 
 constexpr std::size_t kLevelWidth = 8;  // of "critical"
 
-Row LevelAndText(const Finding& finding) {
+Row LevelAndText(const Finding& finding, const Page& page) {
   return {MarkOf(finding.Level),
-          {Padded(NameOf(finding.Level), kLevelWidth), WhatAndWhere(finding)}};
+          {Padded(NameOf(finding.Level), kLevelWidth), WhatAndWhere(finding, page)}};
 }
 
 // The places stand beside the texts, in columns of their own.
 class Beside {
  public:
+  explicit Beside(Page* page) : page_(page) {}
+
   void Add(const Finding& finding, const std::string& hint) {
-    rows_.push_back(LevelAndText(finding));
+    rows_.push_back(LevelAndText(finding, *page_));
     rows_.back().Cells.insert(rows_.back().Cells.end(), {Printable(finding.Path), KeyOf(finding)});
     AddNote(hint);
   }
@@ -150,9 +153,10 @@ class Beside {
       rows_.push_back({Mark::kNone, {"", text, "", ""}});
     }
   }
-  void Show(Page* page) const { page->Table({{""}, {""}, {""}, {""}}, rows_, 1); }
+  void Show() const { page_->Table({{""}, {""}, {""}, {""}}, rows_, 1); }
 
  private:
+  Page* page_;
   std::vector<Row> rows_;
 };
 
@@ -162,7 +166,7 @@ class Below {
   explicit Below(Page* page) : page_(page) {}
 
   void Add(const Finding& finding, const std::string& hint) {
-    page_->Table({{""}, {""}}, {LevelAndText(finding)});
+    page_->Table({{""}, {""}}, {LevelAndText(finding, *page_)});
     AddNote(hint);
     const std::string path = Printable(finding.Path);
     const std::string key = KeyOf(finding);
@@ -179,7 +183,7 @@ class Below {
       page_->Table({{""}, {""}}, {{Mark::kNone, {" ", text}}});
     }
   }
-  void Show(Page* /*page*/) const {}
+  void Show() const {}
 
  private:
   static constexpr std::size_t kIndent = 5;
@@ -223,8 +227,7 @@ void AddRowErrors(const Snapshot& snapshot, Layout* layout) {
 }
 
 template <class Layout>
-void ShowChosen(const Snapshot& snapshot, const std::vector<Choice>& chosen, Layout layout,
-                Page* page) {
+void ShowChosen(const Snapshot& snapshot, const std::vector<Choice>& chosen, Layout layout) {
   std::string hint_before;
   for (const Choice& choice : chosen) {
     // What is to be looked at is said once for findings in a row.
@@ -238,20 +241,21 @@ void ShowChosen(const Snapshot& snapshot, const std::vector<Choice>& chosen, Lay
       layout.AddNote(FurtherText(choice.Further));
     }
   }
-  layout.Show(page);
+  layout.Show();
 }
 
 void ShowBrief(const std::vector<Choice>& chosen, Page* page) {
   const std::size_t room = page->Columns() - 2 - kLevelWidth - kGap;
-  std::vector<Row> rows;
+  const std::string before(kLevelWidth + kGap, ' ');
   for (const Choice& choice : chosen) {
-    rows.push_back(LevelAndText(*choice.Shown));
-    rows.back().Cells.back() = Truncated(rows.back().Cells.back(), room);
+    const Row row = LevelAndText(*choice.Shown, *page);
+    const std::string& text = row.Cells.back();
+    page->Single(row.How, row.Cells.front() + std::string(kGap, ' ') +
+                              (page->IsWhole() ? text : Truncated(text, room)));
     if (choice.Further > 0) {
-      rows.push_back({Mark::kNone, {"", FurtherText(choice.Further)}});
+      page->Single(Mark::kNone, before + FurtherText(choice.Further));
     }
   }
-  page->Table({{""}, {""}}, rows);
 }
 
 }  // namespace
@@ -286,9 +290,9 @@ void ShowFindings(const Snapshot& snapshot, Extent extent, Page* page) {
   }
   const bool places = paths + keys > 0;
   if (places && 2 + kLevelWidth + 3 * kGap + kLeastBeside + paths + keys <= page->Columns()) {
-    ShowChosen(snapshot, chosen, Beside(), page);
+    ShowChosen(snapshot, chosen, Beside(page));
   } else {
-    ShowChosen(snapshot, chosen, Below(page), page);
+    ShowChosen(snapshot, chosen, Below(page));
   }
 }
 

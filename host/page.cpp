@@ -23,6 +23,8 @@ constexpr const char* kMarkedStyles[] = {kNoStyle, "\x1b[1;33m", "\x1b[1;35m", "
 
 const char* StyleOf(Mark mark) { return kMarkedStyles[static_cast<std::size_t>(mark)]; }
 
+const char* MarkText(Mark mark) { return mark == Mark::kNone ? "  " : "! "; }
+
 // Lines end at a blank, those of a long path after a slash, and where there is neither anywhere.
 std::vector<std::string> Wrapped(std::string_view text, std::size_t width) {
   std::vector<std::string> lines;
@@ -89,6 +91,10 @@ void Page::Title(std::string_view title) {
   after_title_ = true;
 }
 
+void Page::Single(Mark how, std::string_view text) {
+  Styled(StyleOf(how), MarkText(how) + std::string(text));
+}
+
 void Page::Gap() { text_ += after_title_ ? "" : "\n"; }
 
 void Page::Line(std::string_view text) {
@@ -129,7 +135,7 @@ void Page::TableRow(const Grid& grid, const Row& row, const char* style) {
     cells.push_back(Wrapped(row.Cells[i], std::max<std::size_t>(grid.Widths[i], 1)));
     lines = std::max(lines, cells.back().size());
   }
-  std::string_view mark = row.How == Mark::kNone ? "  " : "! ";
+  std::string_view mark = MarkText(row.How);
   for (std::size_t part = 0; part < lines; ++part) {
     std::string line(std::exchange(mark, "  "));
     for (std::size_t i = 0; i < columns; ++i) {

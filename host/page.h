@@ -33,10 +33,13 @@ struct Heading {
 
 class Page {
  public:
-  // With `colour`, titles and marked lines carry the escape sequences of terminals.
-  Page(std::size_t columns, bool colour) : columns_(columns), colour_(colour) {}
+  // With `colour`, titles and marked lines carry the escape sequences of terminals. What is `whole`
+  // goes to no terminal: nothing is to be cut to fit it.
+  Page(std::size_t columns, bool colour, bool whole = false)
+      : columns_(columns), colour_(colour), whole_(whole) {}
 
   std::size_t Columns() const { return columns_; }
+  bool IsWhole() const { return whole_; }
 
   // The first line, which says how all is, wrapped: kNone for well.
   void Headline(Mark how, std::string_view text);
@@ -52,6 +55,9 @@ class Page {
 
   // Wrapped, below titles a little to the right.
   void Line(std::string_view text);
+
+  // A line in the style of a table's row, not wrapped.
+  void Single(Mark how, std::string_view text);
 
   // Aligned columns below their headings, which are left out when all are empty. Each row has as
   // many cells as there are headings. What is too wide is wrapped, first in column `wrapped`, the
@@ -78,6 +84,7 @@ class Page {
 
   std::size_t columns_;
   bool colour_;
+  bool whole_;
   bool after_title_ = false;
   std::string text_;
 };

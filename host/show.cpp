@@ -1,4 +1,6 @@
 // show: run collection cycles and show the last document.
+#include <unistd.h>
+
 #include <algorithm>
 #include <memory>
 #include <sstream>
@@ -102,8 +104,10 @@ Look LookFor(const Options& options, const StandardOutput& output) {
     look.Colour = WantsColour(output.Descriptor(), WhenColoured(options));
   } else {
     look.Colour = WhenColoured(options) == Colour::kAlways;
+    look.Whole = isatty(output.Descriptor()) == 0;
   }
   return look;
+    look.Whole = true;
 }
 
 void Put(const Options& options, const StandardOutput& output, const std::string& document) {

@@ -84,7 +84,7 @@ class TextRenderer {
       : snapshot_(snapshot),
         look_(look),
         document_(snapshot.Document.Root()),
-        page_(look.Columns, look.Colour),
+        page_(look.Columns, look.Colour, look.Whole),
         annotations_(snapshot) {}
 
   std::string Render() {

@@ -13,6 +13,7 @@ namespace host {
 // How the text is to look.
 struct Look {
   std::size_t Columns = kPipeColumns;
+  bool Whole = false;   // it goes to no terminal: no text of a finding is cut
   bool Colour = false;  // escape sequences mark titles and what needs attention
   bool Brief = false;   // a line for each finding, and no sections but those of Sections
   std::vector<std::string> Sections = {};  // names of SectionNames(); none: all

@@ -173,6 +173,19 @@ TEST(ShowFindings, NeedsOneLineForEachInBrief) {
       "! warning   the sensor is not connected, temperature sensor at address 17\n");
 }
 
+// Where it ended used to be known to the terminal alone.
+TEST(ShowFindings, AreNotCutWhereTheyGoToNoTerminal) {
+  insight::Snapshot snapshot = Empty();
+  const std::string message = std::string(300, 'm') + " end";
+  snapshot.Findings.push_back(sample::FindingOf(Severity::kWarning, message));
+  host::Page brief(80, false, true);
+  host::ShowFindings(snapshot, Extent::kBrief, &brief);
+  EXPECT_EQ(brief.Take(), "\n! warning   " + message + "\n");
+  host::Page full(80, false, true);
+  host::ShowFindings(snapshot, Extent::kAbridged, &full);
+  EXPECT_THAT(full.Take(), EndsWith("m end\n"));
+}
+
 TEST(ShowFindings, SaysWhatToLookAtOnceForFindingsInARow) {
   insight::Snapshot snapshot = Empty();
   for (const char* const fan : {"fan 1 stands still", "fan 2 stands still"}) {

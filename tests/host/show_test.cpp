@@ -193,6 +193,16 @@ TEST_F(ShowTest, ShowsALineForEachFindingInBrief) {
   EXPECT_THAT(result.Output, Not(HasSubstr("\nIdentity\n")));
 }
 
+// The end of a long cause used to be cut.
+TEST_F(ShowTest, CutsNoCauseInBriefInAPipeOrFile) {
+  const std::string whole =
+      "TtableColumns, TtableRows, TtableModWidth, TtableModHeight, TtableFaceCnt missing, "
+      "/dev/shm/status.db\n";
+  EXPECT_THAT(Collector({"show", "--brief"}).Output, HasSubstr(whole));
+  Collector({"show", "--brief", "--output", "/tmp/brief"});
+  EXPECT_THAT(Read("/tmp/brief"), HasSubstr(whole));
+}
+
 // 80 columns, whatever terminal the rest of the pipe may have.
 TEST_F(ShowTest, KeepsToEightyColumnsInAPipe) {
   const ProgramResult result = Collector({"show"}, {"COLUMNS=200"});
