@@ -9,6 +9,7 @@
 
 #include "collector/status_interface.h"
 #include "host/check_report.h"
+#include "host/column_order.h"
 #include "host/commands.h"
 #include "host/failure_text.h"
 #include "host/output.h"
@@ -80,7 +81,8 @@ Report Run(const Options& options, const StandardOutput& output) {
   CStatusInterface collector;
   collector.m_Hardware.m_bLogTrackerPixel = false;
   collector.InitDatabase(false);
-  const insight::Snapshot snapshot = insight::Recorder(collector).RunCycle(limits);
+  insight::Snapshot snapshot = insight::Recorder(collector).RunCycle(limits);
+  NameColumnTrouble(collector, &snapshot);
   collector.CloseDatabase();
   return CheckReport(snapshot, limits, ignored, trouble.InWords());
 }

@@ -1,6 +1,7 @@
 #include "host/column_order.h"
 
 #include <algorithm>
+#include <cstddef>
 #include <cstdio>
 #include <string_view>
 #include <vector>
@@ -64,6 +65,27 @@ std::string ColumnTrouble(CStatusInterface& collector) {
   const bool later = std::any_of(names.begin() + 2, names.end(),
                                  [](const std::string& name) { return IsSame(name, kValue); });
   return later ? InWords("second", names[1], kValue) : "";
+}
+
+void NameColumnTrouble(CStatusInterface& collector, insight::Snapshot* snapshot) {
+  const auto unknown =
+      static_cast<std::size_t>(std::ranges::count_if(snapshot->Rows, [](const insight::Row& row) {
+        return row.What() == insight::Outcome::kUnknownKey;
+      }));
+  auto& findings = snapshot->Findings;
+  const auto finding = std::ranges::find(findings, "row-errors", &insight::Finding::Id);
+  if (finding == findings.end() || unknown * 2 <= snapshot->Rows.size()) {
+    return;
+  }
+  const std::string trouble = ColumnTrouble(collector);
+  if (trouble.empty()) {
+    return;
+  }
+  const std::size_t cure = trouble.rfind("; ");
+  finding->Message = trouble.substr(0, cure) + ": " + finding->Message;
+  finding->Hint = "the program that creates the table: " + trouble.substr(cure + 2);
+  const auto first = std::ranges::find(findings, finding->Level, &insight::Finding::Level);
+  std::rotate(first, finding, finding + 1);
 }
 
 void WarnOfColumns(const std::string& trouble) {

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "collector/status_interface.h"
+#include "host/column_order.h"
 #include "host/commands.h"
 #include "host/json.h"
 #include "host/output.h"
@@ -94,20 +95,22 @@ insight::Snapshot RunObserved(const Options& options, const StandardOutput& outp
     recorder.RunCycle();
     output.PassOn();
   }
-  return recorder.RunCycle();
+  insight::Snapshot snapshot = recorder.RunCycle();
+  NameColumnTrouble(collector, &snapshot);
+  return snapshot;
 }
 
 Look LookFor(const Options& options, const StandardOutput& output) {
   Look look = {.Brief = options.Brief, .Sections = ParseSections(options.Sections)};
   if (ToStandardOutput(options)) {
     look.Columns = WindowOf(output.Descriptor()).Columns;
+    look.Whole = isatty(output.Descriptor()) == 0;
     look.Colour = WantsColour(output.Descriptor(), WhenColoured(options));
   } else {
+    look.Whole = true;
     look.Colour = WhenColoured(options) == Colour::kAlways;
-    look.Whole = isatty(output.Descriptor()) == 0;
   }
   return look;
-    look.Whole = true;
 }
 
 void Put(const Options& options, const StandardOutput& output, const std::string& document) {

@@ -50,6 +50,30 @@ TEST_F(ColumnOrder, IsSaidByInitAndExplainWhenTheValueComesFirst) {
   EXPECT_THAT(Run("explain").Errors, HasSubstr(line));
 }
 
+// They used to count rows with errors, and to look for the program that writes them.
+TEST_F(ColumnOrder, LeadsTheWarningsOfShowAndCheckWhenTheValueComesFirst) {
+  sandbox::RemoveDatabase();
+  sandbox::Scenario demo = sandbox::Scenario::Load(sandbox::SourcePath("scenarios/demo"));
+  demo.Apply();
+  Make(
+      "CREATE TABLE status(value TEXT, address TEXT); INSERT INTO status VALUES('a', 'GUID'),"
+      "('b', 'TtableTitle')");
+  const std::string cause = "the first column of table status is value, not address" +
+                            std::string(kWords) + ", whatever their names: 2 rows have errors";
+  EXPECT_THAT(
+      Run("check").Output,
+      HasSubstr(cause +
+                ": /dev/shm/status.db; see the program that creates the table: make the table "
+                "anew with address as the first one"));
+  EXPECT_THAT(RunProgram({HostProgram(), "show", "--brief"}).Output,
+              HasSubstr("\n! warning   " + cause));
+  // A single row in error has another reason.
+  Make(
+      "CREATE TABLE status(name TEXT, address TEXT); INSERT INTO status VALUES('GUID', 'a'),"
+      "('xyzzy', 'b')");
+  EXPECT_THAT(Run("check").Output, Not(HasSubstr("column")));
+}
+
 // The first column read is the key, and the second the value, whatever their names.
 TEST_F(ColumnOrder, DecidesWhatIsReadAndNotTheNames) {
   Make(
