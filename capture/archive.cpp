@@ -21,7 +21,8 @@ class Writer {
   explicit Writer(std::string* text) {
     Require(writer_ != nullptr ? ARCHIVE_OK : ARCHIVE_FATAL);
     Require(archive_write_add_filter_zstd(writer_.get()));
-    Require(archive_write_set_format_pax_restricted(writer_.get()));
+    // Names are bytes in it; others convert them, and fail where they are no text.
+    Require(archive_write_set_format_gnutar(writer_.get()));
     Require(archive_write_set_bytes_in_last_block(writer_.get(), 1));
     Require(archive_write_open(writer_.get(), text, nullptr, &Append, nullptr));
   }

@@ -85,6 +85,23 @@ TEST_F(CaptureTest, GivesTheSameDocumentWhenItBecomesTheController) {
   }
 }
 
+// What libarchive cannot convert to UTF-8 once was not packed, and in the C locale that was every
+// name with a letter beyond ASCII.
+TEST_F(CaptureTest, KeepsInterfacesWhoseNamesAreNoText) {
+  Scenario scenario = Load("demo");
+  const std::vector<std::string> names = {"\xFF\xE9x", "\xC3\xA4"};
+  for (const std::string& name : names) {
+    scenario.Interface({.Name = name}).File("/sys/class/net/" + name + "/carrier", "1\n");
+  }
+  scenario.Apply();
+  const Entries capture = CaptureNow();
+  for (const std::string& name : names) {
+    EXPECT_THAT(capture.at("interfaces").Bytes, HasSubstr("interface " + name + "\n"));
+    EXPECT_EQ(capture.at("root/sys/class/net/" + name + "/carrier").Bytes, "1\n");
+  }
+  EXPECT_EQ(Comparable(ShowAgain(capture)), Comparable(capture.at("document.xml").Bytes));
+}
+
 TEST_F(CaptureTest, SaysWhereAFileGoesOn) {
   Load("demo").File("/proc/meminfo", std::string(5000, 'x')).Apply();
   const Entries capture = CaptureNow();

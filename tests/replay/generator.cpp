@@ -34,7 +34,7 @@ constexpr const char* kFiles[] = {
     "/var/run/wd_event",
     "/var/www/localhost/htdocs/korvane/syscontrol/1.0/configuration/conftimestamp"};
 constexpr const char* kNodes[] = {"travex", "zetdisplay", "diagnostics"};
-constexpr const char* kNames[] = {"eth0", "eth1", "wlan0", "ppp0", "a#b"};
+constexpr const char* kNames[] = {"eth0", "eth1", "wlan0", "ppp0", "a#b", "\xFF\xE9x"};
 constexpr int kErrors[] = {EACCES, EIO, ENXIO, EPERM, ENODEV, EBUSY};
 // The requests of every node; that they mean something else to another one does no harm.
 constexpr std::uint32_t kRequests[] = {
