@@ -3,6 +3,7 @@
 #include <archive.h>
 #include <archive_entry.h>
 
+#include <algorithm>
 #include <memory>
 #include <stdexcept>
 
@@ -57,18 +58,43 @@ class Writer {
                                                                   &archive_write_free};
 };
 
+void RequireAtMost(std::uint64_t most, std::uint64_t count, const std::string& what) {
+  if (count > most) {
+    throw std::runtime_error("the sources have " + std::to_string(count) + " " + what +
+                             ", more than a capture holds (" + std::to_string(most) + ")");
+  }
+}
+
+// Lines of a text that a replay has limits for.
+void RequireLines(const std::string& name, const std::string& text) {
+  const std::string last = name.substr(name.rfind('/') + 1);
+  const auto lines = static_cast<std::uint64_t>(std::ranges::count(text, '\n'));
+  if (last == "rows.tsv") {
+    RequireAtMost(sandbox::kMostRows, lines, "rows");
+  } else if (last == "interfaces" || last == "faults" || last == "removed") {
+    RequireAtMost(sandbox::kMostLines, lines, "lines of " + last);
+  }
+}
+
+// What a replay would not take is not written.
+void RequireReplayable(const Entries& entries) {
+  constexpr std::uint64_t kMegabyte = std::uint64_t{1} << 20;
+  constexpr std::uint64_t kBlock = 512;
+  std::uint64_t blocks = 64;  // what follows the last entry
+  for (const auto& [name, entry] : entries) {
+    // The header, that of a long name, and what they belong to, each in whole blocks.
+    blocks += 4 + (name.size() + entry.Bytes.size()) / kBlock;
+    RequireLines(name, entry.Bytes);
+  }
+  RequireAtMost(sandbox::kMostNodes - 1, entries.size(), "files");
+  RequireAtMost(sandbox::kMostBytes / kMegabyte, (blocks * kBlock + kMegabyte - 1) / kMegabyte,
+                "MiB");
+}
+
 }  // namespace
 
 std::string Pack(const Entries& entries) {
-  std::uint64_t bytes = 0;
-  for (const auto& [name, entry] : entries) {
-    bytes += entry.Bytes.size();
-  }
-  if (bytes > sandbox::kMostBytes) {
-    throw std::runtime_error("the sources have " + std::to_string(bytes >> 20) +
-                             " MiB, more than a capture holds (" +
-                             std::to_string(sandbox::kMostBytes >> 20) + ")");
-  }
+  RequireReplayable(entries);
   std::string packed;
   Writer writer(&packed);
   writer.Add(kFolder, {"", 0755, true});

@@ -12,6 +12,7 @@
 #include <csignal>
 #include <cstdio>
 #include <exception>
+#include <stdexcept>
 #include <system_error>
 #include <thread>
 #include <utility>
@@ -20,6 +21,7 @@
 #include "capture/recorder.h"
 #include "collector/status_interface.h"
 #include "model/xml.h"
+#include "sandbox/format/limits.h"
 
 namespace capture {
 namespace {
@@ -157,12 +159,20 @@ class Keeper {
   }
 
   void Take() {
-    decoder_.Take(Block(observations_));
+    const std::string block = Block(observations_);
+    received_ += block.size();
+    if (received_ > sandbox::kMostBytes) {
+      throw std::runtime_error("a cycle was given more than " +
+                               std::to_string(sandbox::kMostBytes >> 20) +
+                               " MiB, more than a capture holds");
+    }
+    decoder_.Take(block);
     while (const std::optional<Observation> seen = decoder_.Next()) {
       const Clock::time_point now = Clock::now();
       assembler_.Take(*seen, now);
       if (seen->What == Saw::kCycleBegins) {
         deadline_ = now + plan_.Timeout;
+        received_ = 0;
       } else if (seen->What == Saw::kDocument) {
         deadline_ = now + plan_.Timeout + plan_.Interval;
       }
@@ -205,6 +215,7 @@ class Keeper {
   Pipe& prints_;
   Decoder decoder_;
   Assembler assembler_;
+  std::uint64_t received_ = 0;  // bytes of the cycle
   Clock::time_point deadline_;
 };
 

@@ -24,9 +24,10 @@ void RunCycles(const Recording& recording,
   // As `show` runs them: the limiter of the reports is as old as the process.
   collector.m_Hardware.m_bLogTrackerPixel = false;
   collector.InitDatabase(false);
+  sandbox::StepByStep steps(recording.Controller);
   for (std::size_t cycle = 0; cycle < recording.Cycles.size(); ++cycle) {
     if (cycle > 0) {
-      recording.Controller.Step(cycle).ApplyAfter(recording.Controller.Step(cycle - 1));
+      steps.ApplyNext();
     }
     static_cast<void>(collector.QueryDatabase());
     use(cycle, QtSts::WriteDocument(collector.m_Status));
@@ -35,18 +36,16 @@ void RunCycles(const Recording& recording,
 }
 
 Stepper::Stepper(const sandbox::Scenario& controller)
-    : controller_(controller), before_(observe::SetObserver(this)) {}
+    : steps_(controller), before_(observe::SetObserver(this)) {}
 
 Stepper::~Stepper() { observe::SetObserver(before_); }
 
 void Stepper::See(const observe::Event& event) {
-  if (event.As<observe::CycleEnds>() == nullptr || step_ == controller_.Steps() ||
-      !trouble_.empty()) {
+  if (event.As<observe::CycleEnds>() == nullptr || steps_.AtEnd() || !trouble_.empty()) {
     return;
   }
   try {
-    ++step_;
-    controller_.Step(step_).ApplyAfter(controller_.Step(step_ - 1));
+    steps_.ApplyNext();
   } catch (const std::exception& error) {
     trouble_ = error.what();
   }

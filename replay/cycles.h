@@ -33,9 +33,8 @@ class Stepper : public observe::Observer {
   const std::string& Trouble() const { return trouble_; }
 
  private:
-  const sandbox::Scenario& controller_;
+  sandbox::StepByStep steps_;
   observe::Observer* before_;
-  std::size_t step_ = 0;
   std::string trouble_;
 };
 

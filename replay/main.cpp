@@ -60,12 +60,9 @@ std::string InWords(const std::exception& error) {
 }
 
 void RequireDevices(const Recording& recording) {
-  const auto& controller = recording.Controller;
-  for (std::size_t step = 0; step <= controller.Steps(); ++step) {
-    const std::string why = controller.Step(step).NeedsDevices() ? sandbox::WhyNoDevices() : "";
-    if (!why.empty()) {
-      throw std::runtime_error(why);
-    }
+  const std::string why = recording.Controller.NeedsDevices() ? sandbox::WhyNoDevices() : "";
+  if (!why.empty()) {
+    throw std::runtime_error(why);
   }
 }
 

@@ -78,6 +78,14 @@ class Reader {
   std::unique_ptr<struct archive, int (*)(struct archive*)> archive_;
 };
 
+// What stands after the end of a tar archive is more of it.
+int SupportTar(struct archive* archive) {
+  const int result = archive_read_support_format_tar(archive);
+  return result == ARCHIVE_OK
+             ? archive_read_set_format_option(archive, "tar", "read_concatenated_archives", "1")
+             : result;
+}
+
 // To the end, so that a part of an archive is not taken for all of it.
 std::string Decompressed(std::string_view bytes) {
   Reader reader(bytes, archive_read_support_filter_zstd, archive_read_support_format_raw);
@@ -145,7 +153,7 @@ Tree ParseTar(std::string_view tar) {
   Tree tree;
   std::string folder;
   std::uint64_t bytes = 0;
-  Reader reader(tar, archive_read_support_filter_none, archive_read_support_format_tar);
+  Reader reader(tar, archive_read_support_filter_none, SupportTar);
   while (archive_entry* const entry = reader.Next()) {
     const std::string name = NameBelow(entry, &folder);
     Node node = {KindOf(entry, name), "", archive_entry_perm(entry) & kModes};

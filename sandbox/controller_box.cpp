@@ -122,11 +122,7 @@ int Run(const sandbox::Tool& tool, std::vector<std::string>& command, const std:
 }
 
 void RequireDevices(const Scenario& scenario) {
-  bool needed = false;
-  for (std::size_t step = 0; step <= scenario.Steps() && !needed; ++step) {
-    needed = scenario.Step(step).NeedsDevices();
-  }
-  const std::string why = needed ? sandbox::WhyNoDevices() : "";
+  const std::string why = scenario.NeedsDevices() ? sandbox::WhyNoDevices() : "";
   if (!why.empty()) {
     throw std::runtime_error(why);
   }
@@ -145,9 +141,8 @@ void StepInTime(const sandbox::Tool& tool, const Scenario& scenario, std::size_t
     _exit(0);
   }
   Guarded(tool, [&] {
-    for (std::size_t step = first; step < scenario.Steps(); ++step) {
+    for (sandbox::StepByStep steps(scenario, first); !steps.AtEnd(); steps.ApplyNext()) {
       std::this_thread::sleep_for(interval);
-      scenario.Step(step + 1).ApplyAfter(scenario.Step(step));
     }
     return 0;
   });

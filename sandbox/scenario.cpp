@@ -238,8 +238,17 @@ void Scenario::ApplyRows(const Scenario& before) const {
 }
 
 bool Scenario::NeedsDevices() const {
-  return !devices_.empty() ||
-         std::ranges::any_of(faults_.Files, [](const auto& file) { return !file.second.IsPipe; });
+  const auto needs = [](const Scenario& one) {
+    return !one.devices_.empty() || std::ranges::any_of(one.faults_.Files, [](const auto& file) {
+      return !file.second.IsPipe;
+    });
+  };
+  Scenario after = *this;
+  after.steps_.clear();
+  return needs(*this) || std::ranges::any_of(steps_, [&](const Change& change) {
+           after.Advance(change);
+           return needs(after);
+         });
 }
 
 std::vector<std::string> Scenario::NotReplayed() const {
@@ -252,6 +261,17 @@ std::vector<std::string> Scenario::NotReplayed() const {
     lines.back() += " says another hardware address than it did; " + RefusedAddresses();
   }
   return lines;
+}
+
+StepByStep::StepByStep(const Scenario& whole, std::size_t first)
+    : whole_(whole), made_(first), now_(whole.Step(first)) {}
+
+void StepByStep::ApplyNext() {
+  Scenario after = now_;
+  after.Advance(whole_.steps_.at(made_));
+  after.ApplyAfter(now_);
+  now_ = std::move(after);
+  ++made_;
 }
 
 }  // namespace sandbox

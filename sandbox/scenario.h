@@ -88,7 +88,7 @@ class Scenario {
   // so that programs may go on meanwhile.
   void ApplyAfter(const Scenario& before) const;
 
-  // Whether it takes the device file system.
+  // Whether it takes the device file system, also in a step.
   [[nodiscard]] bool NeedsDevices() const;
 
   // What the kernel does not do here as the scenario has it, a line each, for people. Known once
@@ -96,6 +96,8 @@ class Scenario {
   [[nodiscard]] std::vector<std::string> NotReplayed() const;
 
  private:
+  friend class StepByStep;
+
   enum class Kind { kFile, kFolder, kLink, kUnopenable };
   struct Entry {
     Kind What;
@@ -132,6 +134,24 @@ class Scenario {
   Faults faults_;
 
   std::vector<Change> steps_;
+};
+
+// Goes through the steps of a scenario, which must outlive it, without making the steps before each
+// of them once more.
+class StepByStep {
+ public:
+  explicit StepByStep(const Scenario& whole, std::size_t first = 0);
+
+  [[nodiscard]] const Scenario& Now() const { return now_; }
+  [[nodiscard]] bool AtEnd() const { return made_ == whole_.Steps(); }
+
+  // Makes the sandbox, which is Now(), the controller after the next step.
+  void ApplyNext();
+
+ private:
+  const Scenario& whole_;
+  std::size_t made_;
+  Scenario now_;
 };
 
 }  // namespace sandbox

@@ -2,6 +2,7 @@
 #include <algorithm>
 #include <stdexcept>
 
+#include "sandbox/format/limits.h"
 #include "sandbox/format/text.h"
 #include "sandbox/format/uptime.h"
 #include "sandbox/scenario.h"
@@ -154,7 +155,9 @@ void Scenario::AddSteps(const Tree& tree, const std::string& name) {
   std::map<std::uint64_t, Change> changes;
   ForEachBelow(tree, std::string(kSteps) + "/", [&](const std::string& below, const Node& node) {
     const std::string number = below.substr(0, below.find('/'));
-    if (number.find_first_not_of("0123456789") != std::string::npos ||
+    constexpr std::size_t kMostDigits = 9;
+    if (number.size() > kMostDigits ||
+        number.find_first_not_of("0123456789") != std::string::npos ||
         number != StepName(NumberOf(number))) {
       throw std::runtime_error(steps + number + ": steps are numbered 01, 02 and so on");
     }
@@ -168,6 +171,10 @@ void Scenario::AddSteps(const Tree& tree, const std::string& name) {
   for (auto& [number, change] : changes) {
     if (number != steps_.size() + 1) {
       throw std::runtime_error(steps + StepName(steps_.size() + 1) + ": this step is missing");
+    }
+    if (number > kMostSteps) {
+      throw std::runtime_error(steps + StepName(number) + ": more than " +
+                               std::to_string(kMostSteps) + " steps");
     }
     after.Advance(change);  // every mistake is reported when the folder is read
     steps_.push_back(std::move(change));

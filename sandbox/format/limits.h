@@ -10,4 +10,9 @@ namespace sandbox {
 inline constexpr std::size_t kMostNodes = 100'000;
 inline constexpr std::uint64_t kMostBytes = std::uint64_t{256} << 20;
 
+// What is made of a text takes far more memory than the text.
+inline constexpr std::size_t kMostLines = 10'000;  // of all texts but rows
+inline constexpr std::size_t kMostRows = 1'000'000;
+inline constexpr std::size_t kMostSteps = 1000;
+
 }  // namespace sandbox

@@ -6,6 +6,7 @@
 #include <iterator>
 #include <stdexcept>
 
+#include "sandbox/format/limits.h"
 #include "sandbox/format/text.h"
 
 namespace sandbox {
@@ -98,9 +99,11 @@ std::string ValueText(const RowValue& value) {
 
 Rows ParseRows(std::string_view text) {
   Rows rows;
-  int number = 0;
+  std::size_t number = 0;
   ForEachRawLine(text, [&](const std::string& line) {
-    ++number;
+    if (++number > kMostRows) {
+      throw std::runtime_error("more than " + std::to_string(kMostRows) + " lines");
+    }
     if (line.empty() || line.front() == '#') {
       return;
     }

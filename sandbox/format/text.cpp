@@ -5,6 +5,8 @@
 #include <stdexcept>
 #include <system_error>
 
+#include "sandbox/format/limits.h"
+
 namespace sandbox {
 namespace {
 
@@ -53,9 +55,11 @@ void ForEachRawLine(std::string_view text, const std::function<void(const std::s
 
 void ForEachLine(std::string_view text,
                  const std::function<void(const std::vector<std::string>&)>& use) {
-  int number = 0;
+  std::size_t number = 0;
   ForEachRawLine(text, [&](const std::string& line) {
-    ++number;
+    if (++number > kMostLines) {
+      throw std::runtime_error("more than " + std::to_string(kMostLines) + " lines");
+    }
     try {
       const std::vector<std::string> words = Words(line);
       if (!words.empty()) {

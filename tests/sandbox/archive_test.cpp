@@ -166,6 +166,22 @@ TEST(Archive, APartOfOneIsRefused) {
   }
 }
 
+// Only the first of two archives in a file used to be read.
+TEST(Archive, NothingStandsAfterItsEndUnread) {
+  const std::string other = Archive({{.Name = "other/rows.tsv"}}, Packing::kNone);
+  const std::string garbage(10'240, 'a');
+  for (const Packing packing : {Packing::kZstd, Packing::kNone}) {
+    const std::string one = Archive(kSmall, packing);
+    EXPECT_THAT(Complaint(one + one), HasSubstr("stands twice"));
+    EXPECT_THAT(Complaint(one + Archive({{.Name = "other/rows.tsv"}}, packing)),
+                HasSubstr("beside the folder"));
+    EXPECT_NE("", Complaint(one + garbage));
+  }
+  const std::string plain = Archive(kSmall, Packing::kNone);
+  EXPECT_NE("", Complaint(plain + garbage + std::string(1024, '\0')));
+  EXPECT_EQ("", Complaint(plain + std::string(10'240, '\0')));
+}
+
 TEST(Archive, WhatIsNoneIsRefused) {
   EXPECT_NE("", Complaint("GUID\tabc\n"));
   EXPECT_NE("", Complaint(std::string(10'240, 'a')));

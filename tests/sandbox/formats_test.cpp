@@ -193,6 +193,26 @@ TEST(UptimeText, IsReadBackTheSame) {
   EXPECT_THROW(ParseUptime("9000000001\n"), std::runtime_error);
 }
 
+std::string Lines(const std::string& line, std::size_t count) {
+  std::string text;
+  for (std::size_t at = 0; at < count; ++at) {
+    text += line;
+  }
+  return text;
+}
+
+// A few kilobytes of an archive used to become gigabytes of numbers, rows and interfaces.
+TEST(Texts, OfMoreLinesThanTheLimitAreRefused) {
+  constexpr std::size_t kLines = 10'000;
+  EXPECT_NO_THROW(DeviceAnswers::Parse(Lines("1 1\n", kLines)));
+  EXPECT_THROW(DeviceAnswers::Parse(Lines("1 1\n", kLines + 1)), std::runtime_error);
+  EXPECT_THROW(ParseFaults(Lines("/a open 5\n", kLines + 1)), std::runtime_error);
+  EXPECT_THROW(ParseInterfaces(Lines("interface a\n", kLines + 1)), std::runtime_error);
+  constexpr std::size_t kRows = 1'000'000;
+  EXPECT_NO_THROW(ParseRows(Lines("#\n", kRows)));
+  EXPECT_THROW(ParseRows(Lines("#\n", kRows + 1)), std::runtime_error);
+}
+
 TEST(Outside, NothingCanBeMadeAFixture) {
   ASSERT_FALSE(Inside());
   EXPECT_THROW(WriteFile("/tmp/of-the-sandbox", "x"), std::logic_error);

@@ -144,6 +144,51 @@ TEST(Steps, TheirMistakesAreReportedWhenTheFolderIsRead) {
   }
 }
 
+// The number of steps used to be that of the folders of an archive, each made from the first on.
+TEST(Steps, AreAThousandAtMost) {
+  Tree tree;
+  const auto add = [&tree](int number) {
+    const std::string name = (number < 10 ? "0" : "") + std::to_string(number);
+    tree["steps/" + name] = {.What = Node::Kind::kFolder};
+  };
+  for (int number = 1; number <= 1000; ++number) {
+    add(number);
+  }
+  EXPECT_EQ(1000U, FromTree(tree).Steps());
+  add(1001);
+  EXPECT_THAT(Complaint(tree), HasSubstr("capture/steps/1001: more than 1000 steps"));
+  EXPECT_THAT(Complaint({{"steps/99999999999999999999999/uptime", FileNode("1")}}),
+              HasSubstr("capture/steps/99999999999999999999999: steps are numbered 01"));
+}
+
+TEST(Steps, OneAfterTheOtherAreTheSameControllers) {
+  Tree tree = {{"root/etc/always", FileNode("0")}, {"devices/travex", FileNode("0x1 1\n")}};
+  tree["steps/01/root/etc/number"] = FileNode("1");
+  tree["steps/02/removed"] = FileNode("root/etc/always\ndevices/travex\n");
+  tree["steps/02/root/etc/number"] = FileNode("2");
+  const Scenario scenario = FromTree(tree);
+  scenario.Apply();
+  StepByStep steps(scenario);
+  EXPECT_FALSE(steps.AtEnd());
+  steps.ApplyNext();
+  EXPECT_EQ("1", ReadFile("/etc/number"));
+  EXPECT_EQ("0", ReadFile("/etc/always"));
+  steps.ApplyNext();
+  EXPECT_EQ("2", ReadFile("/etc/number"));
+  EXPECT_FALSE(std::filesystem::exists("/etc/always"));
+  EXPECT_TRUE(steps.AtEnd());
+  StepByStep later(scenario, 1);
+  EXPECT_FALSE(later.AtEnd());
+}
+
+// Whoever asks for nodes in the last step only needs the device file system, too.
+TEST(Steps, SayWhetherAnyOfThemNeedsNodes) {
+  Tree tree = {{"root/etc/number", FileNode("0")}, {"steps/01/root/etc/number", FileNode("1")}};
+  EXPECT_FALSE(FromTree(tree).NeedsDevices());
+  tree["steps/02/devices/travex"] = FileNode("0x1 1\n");
+  EXPECT_TRUE(FromTree(tree).NeedsDevices());
+}
+
 TEST(Steps, AreReadInTheOrderOfTheirNumbers) {
   Tree tree;
   for (int number = 1; number <= 120; ++number) {
