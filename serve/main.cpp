@@ -23,6 +23,7 @@
 #include "host/serve.h"
 #include "serve/collecting.h"
 #include "serve/http_server.h"
+#include "serve/service_manager.h"
 
 namespace {
 
@@ -70,14 +71,19 @@ int MakeSignalDescriptor() {
   return descriptor;
 }
 
-void Serve(int signals, serve::Collecting* collecting, serve::HttpServer* server) {
+// The service manager sees that requests are answered, not what a cycle does: one that hangs is to
+// be shown by a program that goes on, and the next one would hang likewise.
+void Serve(int signals, serve::ServiceManager* manager, serve::Collecting* collecting,
+           serve::HttpServer* server) {
   for (;;) {
+    manager->Feed();
     std::vector<pollfd> descriptors = {
         {.fd = signals, .events = POLLIN, .revents = 0},
         {.fd = collecting->Descriptor(), .events = POLLIN, .revents = 0},
     };
     server->AddDescriptors(&descriptors);
-    poll(descriptors.data(), descriptors.size(), static_cast<int>(server->MostWait().count()));
+    const std::chrono::milliseconds wait = manager->MostWait(server->MostWait());
+    poll(descriptors.data(), descriptors.size(), static_cast<int>(wait.count()));
     if (descriptors.front().revents != 0) {
       return;
     }
@@ -97,7 +103,10 @@ int Run(int argc, char** argv) {
   serve::HttpServer server(addresses, options.Hosts, interval);
   SayWhatIsExposed(addresses);
   serve::Collecting collecting(interval);
-  Serve(signals, &collecting, &server);
+  serve::ServiceManager manager;
+  manager.Tell("READY=1");
+  Serve(signals, &manager, &collecting, &server);
+  manager.Tell("STOPPING=1");
   server.Stop(kMostForAnEnd);
   if (!collecting.Stop(kMostForAnEnd)) {
     _exit(host::kAllWell);  // a cycle that hangs goes with the process alone
