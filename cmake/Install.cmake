@@ -122,6 +122,8 @@ install(TARGETS serve_program RUNTIME DESTINATION ${CMAKE_INSTALL_LIBEXECDIR}/st
         COMPONENT server)
 install(FILES packaging/prometheus/dashboard.json packaging/prometheus/prometheus.yml
         packaging/prometheus/rules.yml DESTINATION ${status_data_dir}/prometheus COMPONENT server)
+install(FILES packaging/nginx/statuscollector.conf DESTINATION ${status_data_dir}/nginx
+        COMPONENT server)
 
 # Examples and the schema.
 install(DIRECTORY examples DESTINATION ${CMAKE_INSTALL_DATAROOTDIR}/doc/libstatuscollector-dev
