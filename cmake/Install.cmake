@@ -141,7 +141,7 @@ install(FILES ${PROJECT_BINARY_DIR}/host/statuscollector.zsh
         RENAME _statuscollector COMPONENT tools)
 set(status_doc_dir ${CMAKE_INSTALL_DATAROOTDIR}/doc/statuscollector-tools)
 install(FILES docs/document.md docs/host.md docs/library.md docs/metrics.md docs/reliability.md
-        docs/rows.md docs/support.md DESTINATION ${status_doc_dir} COMPONENT tools)
+        docs/rows.md docs/service.md docs/support.md DESTINATION ${status_doc_dir} COMPONENT tools)
 
 # status_manual_page(SOURCE NAME SECTION SUMMARY [COMPONENT]): a manual page made from a page of docs/.
 find_program(STATUS_LOWDOWN lowdown REQUIRED)
