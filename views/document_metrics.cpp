@@ -14,38 +14,6 @@ namespace {
 using QtSts::TreeElement;
 using QtSts::TreeValue;
 
-std::optional<double> NumberOf(const TreeValue& value) {
-  switch (value.Kind()) {
-    case QtSts::ValueKind::kFlag:
-      return value.Flag() ? 1 : 0;
-    case QtSts::ValueKind::kUnsigned:
-      return static_cast<double>(value.Unsigned());
-    case QtSts::ValueKind::kSigned:
-      return static_cast<double>(value.Signed());
-    case QtSts::ValueKind::kFloat: {
-      // As it is written: 41.7, not the next number of 24 bits.
-      const std::string text = value.Written();
-      double number = value.Real();
-      std::from_chars(text.data(), text.data() + text.size(), number);
-      return number;
-    }
-    case QtSts::ValueKind::kDouble:
-      return value.Real();
-    default:
-      return std::nullopt;
-  }
-}
-
-// A sensor that is not connected reports nothing.
-bool IsConnected(const TreeElement& element) {
-  for (const TreeElement* holder = &element; holder != nullptr; holder = holder->Parent()) {
-    if (const TreeValue* const connected = holder->FindValue("Connected")) {
-      return connected->Flag();
-    }
-  }
-  return true;
-}
-
 std::string Joined(const std::string& element, const char* field) {
   return element.empty() ? field : element + "/" + field;
 }
@@ -147,6 +115,37 @@ std::optional<double> SecondsOf(std::string_view text) {
 }
 
 }  // namespace
+
+std::optional<double> NumberOf(const TreeValue& value) {
+  switch (value.Kind()) {
+    case QtSts::ValueKind::kFlag:
+      return value.Flag() ? 1 : 0;
+    case QtSts::ValueKind::kUnsigned:
+      return static_cast<double>(value.Unsigned());
+    case QtSts::ValueKind::kSigned:
+      return static_cast<double>(value.Signed());
+    case QtSts::ValueKind::kFloat: {
+      // As it is written: 41.7, not the next number of 24 bits.
+      const std::string text = value.Written();
+      double number = value.Real();
+      std::from_chars(text.data(), text.data() + text.size(), number);
+      return number;
+    }
+    case QtSts::ValueKind::kDouble:
+      return value.Real();
+    default:
+      return std::nullopt;
+  }
+}
+
+bool IsConnected(const TreeElement& element) {
+  for (const TreeElement* holder = &element; holder != nullptr; holder = holder->Parent()) {
+    if (const TreeValue* const connected = holder->FindValue("Connected")) {
+      return connected->Flag();
+    }
+  }
+  return true;
+}
 
 void CollectValues(const Metric& metric, const Sources& from, Samples* samples) {
   VisitValues(metric, from,

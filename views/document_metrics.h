@@ -1,9 +1,18 @@
 // Metrics of values of the document. Private to this folder.
 #pragma once
 
+#include <optional>
+
+#include "model/tree.h"
 #include "views/metric_table.h"
 
 namespace views {
+
+// A number or a flag, as the document writes it; nothing for another value.
+std::optional<double> NumberOf(const QtSts::TreeValue& value);
+
+// A sensor that is not connected reports nothing.
+bool IsConnected(const QtSts::TreeElement& element);
 
 // Numbers and flags, with the labels "element" and "kind".
 void CollectValues(const Metric& metric, const Sources& from, Samples* samples);

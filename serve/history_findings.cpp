@@ -1,0 +1,133 @@
+#include "serve/history_findings.h"
+
+#include <algorithm>
+#include <unordered_map>
+#include <utility>
+
+namespace serve {
+namespace {
+
+using insight::Finding;
+
+// The first bytes of a text, in whole characters.
+FindingText Short(std::string_view text) {
+  constexpr unsigned int kMark = 0xC0;
+  constexpr unsigned int kContinues = 0x80;
+  std::size_t size = std::min(text.size(), HistoryFindings::kMostTextBytes);
+  while (size < text.size() && size > 0 &&
+         (static_cast<unsigned char>(text[size]) & kMark) == kContinues) {
+    --size;
+  }
+  return FindingText(text.substr(0, size));
+}
+
+// A finding of a value that is not reported may be there or not.
+bool CouldSee(const insight::Snapshot& snapshot, const Episode& episode) {
+  return snapshot.Result == 0 &&
+         (episode.Path.empty() || snapshot.IsReported(std::string(episode.Path)));
+}
+
+}  // namespace
+
+std::string IdentityOf(const Finding& finding, const Identities& identities) {
+  std::string identity = finding.Id + '\n' + finding.Source + '\n';
+  return identity + (finding.Path.empty() ? finding.Key : identities.OfPath(finding.Path));
+}
+
+std::vector<std::optional<HistoryFindings::Beginning>> HistoryFindings::Update(
+    const insight::Snapshot& snapshot, const Identities& identities, UnixSeconds now, bool first) {
+  std::unordered_map<std::string, Episode*> open;
+  for (Episode& episode : episodes_) {
+    if (!episode.End) {
+      open.emplace(episode.Identity, &episode);
+    }
+  }
+  std::vector<std::optional<Beginning>> beginnings;
+  std::unordered_map<std::string, std::size_t> counts;
+  std::vector<std::pair<std::size_t, std::string>> begin;
+  for (const Finding& finding : snapshot.Findings) {
+    std::string identity = IdentityOf(finding, identities);
+    if (const std::size_t count = ++counts[identity]; count > 1) {
+      identity += "#" + std::to_string(count);
+    }
+    const auto known = open.find(identity);
+    beginnings.emplace_back();
+    if (known == open.end()) {
+      begin.emplace_back(beginnings.size() - 1, std::move(identity));
+      continue;
+    }
+    Episode* const episode = known->second;
+    episode->Path = Short(finding.Path);
+    beginnings.back() = {episode->Begin, episode->Before};
+    open.erase(known);
+  }
+  for (const auto& [identity, episode] : open) {
+    if (CouldSee(snapshot, *episode)) {
+      episode->End = now;
+      episode->EndedHere = true;
+    }
+  }
+  for (auto& [at, identity] : begin) {
+    const Finding& finding = snapshot.Findings[at];
+    if (MakeRoom()) {
+      episodes_.push_back({.Begin = now,
+                           .Before = first,
+                           .Level = finding.Level,
+                           .Identity = FindingText(identity),
+                           .Id = Short(finding.Id),
+                           .Message = Short(finding.Message),
+                           .Where = Short(finding.Where),
+                           .Path = Short(finding.Path)});
+      beginnings[at] = {now, first};
+    }
+  }
+  return beginnings;
+}
+
+bool HistoryFindings::MakeRoom() {
+  while (episodes_.size() >= kMost || history_bytes < HistoryPart::kFindings >> kMostBytes) {
+    const auto ended =
+        std::ranges::find_if(episodes_, &std::optional<UnixSeconds>::has_value, &Episode::End);
+    if (ended == episodes_.end()) {
+      return false;
+    }
+    episodes_.erase(ended);
+  }
+  return true;
+}
+
+void HistoryFindings::Forget(UnixSeconds now, bool others) {
+  std::erase_if(episodes_, [&](const Episode& episode) {
+    return episode.End && (*episode.End < now - kHistorySeconds || (others && !episode.EndedHere));
+  });
+}
+
+void HistoryFindings::Shift(UnixSeconds seconds) {
+  for (Episode& episode : episodes_) {
+    if (episode.BeganHere) {
+      episode.Begin += seconds;
+    }
+    if (episode.End && episode.EndedHere) {
+      *episode.End += seconds;
+    }
+  }
+}
+
+bool HistoryFindings::Restore(Episode episode) {
+  if (!MakeRoom()) {
+    return false;
+  }
+  episodes_.push_back(std::move(episode));
+  return true;
+}
+
+void HistoryFindings::EndRestoring(UnixSeconds clock_set) {
+  std::erase_if(episodes_, [clock_set](const Episode& episode) {
+    return episode.Begin < clock_set || (episode.End && *episode.End < clock_set);
+  });
+  for (Episode& episode : episodes_) {
+    episode.BeganHere = episode.EndedHere = false;
+  }
+}
+
+}  // namespace serve
