@@ -243,7 +243,7 @@ constexpr ValueRule kValueRules[] = {
      "fan stands still", "the fan: blocked, unplugged or worn out"},
     {"power-supply-relay", kWarning, kWhileConnected,
      QtSts::CPowerSupplyStatusRelayInputType::Class, "State", &IsZero,
-     "power supply is not active by its status relay",
+     "the status relay of a power supply is inactive",
      "the power supply at this input: its lamps, its input, its fuse"},
     {"fan-relay", kWarning, kWhileConnected, QtSts::CIntakeFanStatusRelayInputType::Class, "State",
      &IsZeroWhileFansAreEnabled, "intake fans are enabled, but their status relay is not active",

@@ -9,7 +9,7 @@ constexpr Severity kWarning = Severity::kWarning;
 
 constexpr FindingInfo kFindings[] = {
     {"airflow", kWarning,
-     "The airflow of a minute is below the limit, beside its long-term average"},
+     "The airflow of a minute is below the limit, compared with its long-term average"},
     {"airflow-lost", kWarning,
      "While fans are enabled, an airflow contact of a board that is connected is inactive, or a "
      "connected airflow sensor reads 0, also over the long term"},
@@ -38,7 +38,8 @@ constexpr FindingInfo kFindings[] = {
      "A power sense of fans, on a board that is connected, is inactive while fans are enabled"},
     {"fan-relay", kWarning,
      "A status relay of fans, on a board that is connected, is inactive while fans are enabled"},
-    {"fan-speed", kWarning, "A fan is slower than the limit, beside others or its own average"},
+    {"fan-speed", kWarning,
+     "A fan is slower than the limit, compared with others or its own average"},
     {"fan-stopped", kWarning, "A fan, or a fan sensor, that is connected reads 0 rpm"},
     {"fans-disabled", kWarning,
      "The fans of a display that has fans are not enabled, or the cabinet fan control has 0"},
@@ -49,13 +50,14 @@ constexpr FindingInfo kFindings[] = {
      "that is connected"},
     {"humidity", kWarning, "A humidity of a connected sensor is outside of the limit"},
     {"input-voltage", kWarning,
-     "An input voltage is below the limit, beside the highest of its power-supply board or beside "
-     "other isolation boards"},
+     "An input voltage is below the limit, compared with the highest of its power-supply board or "
+     "with other isolation boards"},
     {"input-without-signal", kCritical, "The multiplexer routes an input that has no signal"},
     {"isolation-input", kWarning, "An isolation board is connected and has 0 V at its input"},
     {"isolation-output", kCritical, "An isolation board is connected and has 0 V at its output"},
     {"isolation-volts", kWarning,
-     "An input or output voltage of an isolation board, and those beside it, are below the limit"},
+     "An input or output voltage of an isolation board, and that of the others, are below the "
+     "limit"},
     {"lamp-errors", kWarning, "The error flags of a beacon or roundel are not 0"},
     {"light-lost", kWarning,
      "All that a connected light sensor reads is 0, and another one reads light or it is day"},

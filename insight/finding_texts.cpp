@@ -85,9 +85,14 @@ std::string WithValue(const char* message, const QtSts::TreeValue& value) {
   return text;
 }
 
-std::string OutsideOf(const Range& range, const std::string& what, double number,
+std::string WithShare(const char* text, const std::string& share) {
+  std::string whole = text;
+  const std::size_t place = whole.find(kValue);
+  return place == std::string::npos ? whole : whole.replace(place, kValue.size(), share);
+}
+
+std::string OutsideOf(const Range& range, const std::string& text, double number,
                       std::string_view unit) {
-  const std::string text = what + " " + WithUnit(Rounded(number), unit);
   if (range.Excluded) {
     return text + ", between " + Rounded(range.Least) + " and " +
            WithUnit(Rounded(range.Most), unit);

@@ -31,8 +31,11 @@ std::string TextOf(const QtSts::TreeValue& value);
 // "{0x}".
 std::string WithValue(const char* message, const QtSts::TreeValue& value);
 
-// "temperature 81 °C, above the limit of 65 °C".
-std::string OutsideOf(const Range& range, const std::string& what, double number,
+// `text` with the share in place of "{}".
+std::string WithShare(const char* text, const std::string& share);
+
+// "temperature 81 °C, above the limit of 65 °C", of which `text` is the beginning.
+std::string OutsideOf(const Range& range, const std::string& text, double number,
                       std::string_view unit);
 
 }  // namespace insight

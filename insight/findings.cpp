@@ -166,8 +166,7 @@ class Finder {
              element.IsA(candidate.Class);
     });
     if (rule != ReadingRules().end()) {
-      const std::string_view what = rule->What;
-      return std::string(what.substr(0, what.find(',')));
+      return rule->What;
     }
     const std::string_view about = value.Listed().About;
     std::string what(about.substr(0, about.find(';')));
@@ -253,10 +252,13 @@ class Finder {
     const bool critical = !limit.Critical.Holds(*number);
     const Range& range = critical ? limit.Critical : limit.Warning;
     const std::string_view unit = UnitOf(rule.Limit);
-    const std::string value = TextOf(*found.Value);
-    std::string message = OutsideOf(range, rule.What, *number, unit);
-    // A share says nothing about how much that is.
-    message += unit == "%" && value != WithUnit(Rounded(*number), unit) ? ": " + value : "";
+    const std::string shown = WithUnit(Rounded(*number), unit);
+    std::string message =
+        OutsideOf(range,
+                  rule.What + (rule.Share == nullptr
+                                   ? " " + shown
+                                   : " " + TextOf(*found.Value) + WithShare(rule.Share, shown)),
+                  *number, unit);
     Add(MakeFinding(rule.Limit, critical ? Severity::kCritical : Severity::kWarning,
                     std::move(message), rule.Hint),
         element, found, nullptr, *number);

@@ -42,7 +42,7 @@ constexpr LimitInfo kLimits[] = {
     {"output-voltage",
      "%",
      "Lowest output voltage of each power-supply board that is not 0, of its highest; output of "
-     "each isolation board, of the middle one beside it",
+     "each isolation board, of the middle one of them",
      {AtLeast(90), AtLeast(50)}},
     {"input-voltage", "%", "Input voltages likewise", {AtLeast(75), kAll}},
     {"supply-volts", "V", "Highest output voltage of each power-supply board", {AtLeast(20), kAll}},

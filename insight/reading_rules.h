@@ -40,8 +40,11 @@ struct ReadingRule {
   const char* Field;
   const char* Limit;  // its name; null: there is none
   Range Possible;     // what its kind can hold, in the unit of the field
-  const char* What;   // "temperature"; after a comma what it is beside
-  const char* Hint;   // what to look at when it is outside of its limit
+  const char* What;   // "temperature"
+  // Follows a reading of which not itself is compared with the limit: " is {} of its average"; null
+  // when it is.
+  const char* Share;
+  const char* Hint;  // what to look at when it is outside of its limit
   // The reading in the unit of the limit; nothing when the value stands for none.
   std::optional<double> (*Read)(const QtSts::TreeElement& element, const QtSts::TreeValue& value,
                                 Peers* peers);

@@ -68,21 +68,21 @@ Number ShareOf(double reading, double usual) {
 }
 
 // The elements of a list that all work say how it should be.
-Number BesideOthers(const TreeElement& element, const TreeValue& value, Peers* peers) {
+Number ShareOfOthers(const TreeElement& element, const TreeValue& value, Peers* peers) {
   const Number middle = peers->MiddleOf(*element.Parent(), value.Listed().Name);
   return middle ? ShareOf(NumberOf(value), *middle) : Number();
 }
 
-Number BesideAverage(const TreeElement& fan, const TreeValue& value, Peers*) {
+Number ShareOfAverage(const TreeElement& fan, const TreeValue& value, Peers*) {
   return ShareOf(NumberOf(value), NumberOf(*fan.FindValue("AverageRpm")));
 }
 
-Number BesideLongTerm(const TreeElement& sensor, const TreeValue& value, Peers*) {
+Number ShareOfLongTerm(const TreeElement& sensor, const TreeValue& value, Peers*) {
   return PercentOf(sensor, value, "LongTermAverage");
 }
 
 // The lowest that is not 0.
-Number BesideHighest(const TreeElement&, const TreeValue& value, Peers*) {
+Number ShareOfHighest(const TreeElement&, const TreeValue& value, Peers*) {
   double lowest = 0;
   double highest = 0;
   for (const float volts : value.Reals()) {
@@ -97,7 +97,7 @@ Number Highest(const TreeElement&, const TreeValue& value, Peers*) {
   return highest != value.Reals().end() && *highest > 0 ? *highest : Number();
 }
 
-// The others' where that is higher: beside them a low one is low already.
+// The others' where that is higher: compared with them a low one is low already.
 Number OrOfOthers(const TreeElement& element, const TreeValue& value, Peers* peers) {
   const double volts = NumberOf(value);
   const Number middle = peers->MiddleOf(*element.Parent(), value.Listed().Name);
@@ -117,7 +117,7 @@ bool MayDiffer(const TreeElement& dimming) {
   return (name == "auto" || name == "gps") && !IsByDay(*output.Parent()->Parent());
 }
 
-Number BesideAskedFor(const TreeElement& dimming, const TreeValue& value, Peers* peers) {
+Number ShareOfAskedFor(const TreeElement& dimming, const TreeValue& value, Peers* peers) {
   constexpr double kLeast = 20;  // a smaller difference may be on its way
   const TreeValue& level = *dimming.FindValue("DimmingLevel");
   const double asked_for = NumberOf(level);
@@ -127,6 +127,8 @@ Number BesideAskedFor(const TreeElement& dimming, const TreeValue& value, Peers*
 }
 
 constexpr const char* kNoLimit = nullptr;
+constexpr const char* kNoShare = nullptr;
+constexpr const char* kOwn = "";  // compared with the limit is another one's
 
 constexpr const char* kHeat = "fans, filters, doors and heating of the cabinet; the sensor itself";
 constexpr const char* kFan = "the fan: dirty, blocked or worn out; its supply";
@@ -143,62 +145,64 @@ constexpr const char* kWriter = "the program that writes the row";
 constexpr const char* kReadable = "the sensor, its cable, and the program that writes its rows";
 
 constexpr ReadingRule kRules[] = {
-    {QtSts::CStatus::Class, "MemoryFree", "memory-free", kAny, "free memory",
+    {QtSts::CStatus::Class, "MemoryFree", "memory-free", kAny, "free memory", " is {} of all",
      "which programs of the controller take the memory", &Memory},
-    {QtSts::CStatus::Class, "StorageFree", "storage-free", kAny, "free storage",
+    {QtSts::CStatus::Class, "StorageFree", "storage-free", kAny, "free storage", " is {} of all",
      "which files of the controller take the space: logs, media, old packages", &Storage},
     {QtSts::CNetworkDevice::Class, "Statistics/First", "link-transitions", kAny, "link transitions",
-     kCable, &Count},
-    {QtSts::CNetworkDevice::Class, "Statistics/Second", "link-errors", kAny, "link errors", kCable,
-     &Count},
-    {QtSts::CDCIODevice::Class, "ErrorCounter", "device-errors", kAny, "device errors",
+     kNoShare, kCable, &Count},
+    {QtSts::CNetworkDevice::Class, "Statistics/Second", "link-errors", kAny, "link errors",
+     kNoShare, kCable, &Count},
+    {QtSts::CDCIODevice::Class, "ErrorCounter", "device-errors", kAny, "device errors", kNoShare,
      "cable and address of the device", &Plain},
     {QtSts::CSensor::Class, "SyncLossCounter", "sync-losses", kAny, "synchronisation losses",
-     "cable and termination of the sensor's bus", &Plain},
+     kNoShare, "cable and termination of the sensor's bus", &Plain},
     {QtSts::CDigitalInput::Class, "Statistics/First", "signal-losses", kAny, "signal losses",
-     kVideo, &OfSignal},
+     kNoShare, kVideo, &OfSignal},
     {QtSts::CDigitalInput::Class, "Statistics/Second", "signal-losses", kAny,
-     "pictures that were not valid", kVideo, &OfSignal},
-    {QtSts::CCANPsrbSensor::Class, "InputVoltages", "input-voltage", kVolts,
-     "input voltage, beside the board's highest,", kSupplyInput, &BesideHighest},
-    {QtSts::CCANPsrbSensor::Class, "OutputVoltages", "output-voltage", kVolts,
-     "output voltage, beside the board's highest,", kSupplyOutput, &BesideHighest},
+     "pictures that were not valid", kNoShare, kVideo, &OfSignal},
+    {QtSts::CCANPsrbSensor::Class, "InputVoltages", "input-voltage", kVolts, "input voltage",
+     ": the lowest above 0 is {} of the highest", kSupplyInput, &ShareOfHighest},
+    {QtSts::CCANPsrbSensor::Class, "OutputVoltages", "output-voltage", kVolts, "output voltage",
+     ": the lowest above 0 is {} of the highest", kSupplyOutput, &ShareOfHighest},
     {QtSts::CCANPsrbSensor::Class, "OutputVoltages", "supply-volts", kAny,
-     "highest output voltage of the board", "the power supplies of the board, and what feeds them",
-     &Highest},
+     "highest output voltage of the board", kNoShare,
+     "the power supplies of the board, and what feeds them", &Highest},
     {QtSts::CCANIsolationBoardSensor::Class, "InputVoltage", "isolation-volts", kAny,
-     "input voltage", kBoardInput, &OrOfOthers},
+     "input voltage", kOwn, kBoardInput, &OrOfOthers},
     {QtSts::CCANIsolationBoardSensor::Class, "OutputVoltage", "isolation-volts", kAny,
-     "output voltage", kBoardOutput, &OrOfOthers},
+     "output voltage", kOwn, kBoardOutput, &OrOfOthers},
     {QtSts::CCANIsolationBoardSensor::Class, "InputVoltage", "input-voltage", kVolts,
-     "input voltage, beside the other isolation boards,", kBoardInput, &BesideOthers},
+     "input voltage", " is {} of that of the other isolation boards", kBoardInput, &ShareOfOthers},
     {QtSts::CCANIsolationBoardSensor::Class, "OutputVoltage", "output-voltage", kVolts,
-     "output voltage, beside the other isolation boards,", kBoardOutput, &BesideOthers},
-    {QtSts::FanRpm::Class, "Rpm", "fan-speed", kAny, "fan speed, beside the board's other fans,",
-     kFan, &BesideOthers},
-    {QtSts::CCANFanRpmSensor::Class, "CurrentRpm", "fan-speed", kAny,
-     "fan speed, beside its average,", kFan, &BesideAverage},
-    {QtSts::CCANAirflowSensor::Class, "OneMinAverage", "airflow", kAny,
-     "airflow, beside its long-term average,", kAirflow, &BesideLongTerm},
-    {QtSts::CCANTempSensor::Class, "Celsius", "temperature", kCelsius, "temperature", kHeat,
-     &Plain},
-    {QtSts::CCANIsolationBoardSensor::Class, "Celsius", "temperature", kCelsius, "temperature",
+     "output voltage", " is {} of that of the other isolation boards", kBoardOutput,
+     &ShareOfOthers},
+    {QtSts::FanRpm::Class, "Rpm", "fan-speed", kAny, "fan speed",
+     " is {} of that of the board's other fans", kFan, &ShareOfOthers},
+    {QtSts::CCANFanRpmSensor::Class, "CurrentRpm", "fan-speed", kAny, "fan speed",
+     " is {} of its average", kFan, &ShareOfAverage},
+    {QtSts::CCANAirflowSensor::Class, "OneMinAverage", "airflow", kAny, "airflow",
+     " is {} of its long-term average", kAirflow, &ShareOfLongTerm},
+    {QtSts::CCANTempSensor::Class, "Celsius", "temperature", kCelsius, "temperature", kNoShare,
      kHeat, &Plain},
-    {QtSts::COnboardTempSensor::Class, "Celsius", "temperature", kCelsius, "temperature", kHeat,
+    {QtSts::CCANIsolationBoardSensor::Class, "Celsius", "temperature", kCelsius, "temperature",
+     kNoShare, kHeat, &Plain},
+    {QtSts::COnboardTempSensor::Class, "Celsius", "temperature", kCelsius, "temperature", kNoShare,
+     kHeat, &Plain},
+    {QtSts::CBeaconRecord::Class, "TemperatureKelvin", "temperature", kKelvin, "temperature",
+     kNoShare, kHeat, &Celsius},
+    {QtSts::CBeaconRecord::Class, "Humidity", "humidity", kPercent, "humidity", kNoShare, kReadable,
      &Plain},
-    {QtSts::CBeaconRecord::Class, "TemperatureKelvin", "temperature", kKelvin, "temperature", kHeat,
-     &Celsius},
-    {QtSts::CBeaconRecord::Class, "Humidity", "humidity", kPercent, "humidity", kReadable, &Plain},
-    {QtSts::CCANHumiditySensor::Class, "Humidity", "humidity", kPercent, "humidity", kReadable,
-     &Plain},
+    {QtSts::CCANHumiditySensor::Class, "Humidity", "humidity", kPercent, "humidity", kNoShare,
+     kReadable, &Plain},
     {QtSts::CCANMultiDirectionalSensor::Class, "Latitude", kNoLimit, kLatitude, "latitude",
-     kReadable, &Plain},
+     kNoShare, kReadable, &Plain},
     {QtSts::CCANMultiDirectionalSensor::Class, "Longitude", kNoLimit, kLongitude, "longitude",
-     kReadable, &Plain},
+     kNoShare, kReadable, &Plain},
     {QtSts::CDimming::Class, "DimmingLevel", kNoLimit, kPercent, "brightness that is asked for",
-     kWriter, &Plain},
-    {QtSts::CDimming::Class, "ActualDimmingLevel", "brightness", kPercent,
-     "brightness, as a share of the one asked for,", kBrightness, &BesideAskedFor},
+     kNoShare, kWriter, &Plain},
+    {QtSts::CDimming::Class, "ActualDimmingLevel", "brightness", kPercent, "brightness",
+     " is {} of the one asked for", kBrightness, &ShareOfAskedFor},
 };
 
 }  // namespace

@@ -208,7 +208,7 @@ const Fault kFaults[] = {
      },
      nullptr,
      "critical: 1 critical\n",
-     {"free memory 0.08 %"}},
+     {" is 0.08 % of all"}},
 };
 
 }  // namespace

@@ -121,9 +121,9 @@ TEST(ShowFindings, BreakNoLineBetweenANumberAndItsUnit) {
   insight::Snapshot snapshot = Empty();
   snapshot.Findings.push_back(
       sample::FindingOf(Severity::kWarning,
-                        "airflow, beside its long-term average, 7.35 %, below the limit of 25 %"));
+                        "airflow 14 is 7.35 % of its long-term average, below the limit of 25 %"));
   EXPECT_EQ(Findings(snapshot, Extent::kFull),
-            "\n! warning   airflow, beside its long-term average, 7.35 %, below the limit of\n"
+            "\n! warning   airflow 14 is 7.35 % of its long-term average, below the limit of\n"
             "            25 %\n");
 }
 

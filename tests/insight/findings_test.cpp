@@ -353,7 +353,7 @@ const DocumentCase kCases[] = {
      [](CStatus& status) { AddBoard(status).FanRpms.Add(new FanRpm(0, 3, 0)); },
      [](CStatus& status) { AddBoard(status).FanRpms.Add(new FanRpm(0, 3, 1)); }},
     {"SlowFanOfBoard", "fan-speed", kWarning,
-     "fan speed, beside the board's other fans, 10 %, below the limit of 25 %: 200 rpm",
+     "fan speed 200 rpm is 10 % of that of the board's other fans, below the limit of 25 %",
      [](CStatus& status) {
        AddFans(status, {2000, 2200, 200, 1900});
      },
@@ -361,7 +361,7 @@ const DocumentCase kCases[] = {
        AddFans(status, {2000, 2200, 500, 1900});
      }},
     {"SlowOfTwo", "fan-speed", kWarning,
-     "fan speed, beside the board's other fans, 10 %, below the limit of 25 %: 200 rpm",
+     "fan speed 200 rpm is 10 % of that of the board's other fans, below the limit of 25 %",
      [](CStatus& status) {
        AddFans(status, {2000, 2000, 200});
      },
@@ -369,17 +369,17 @@ const DocumentCase kCases[] = {
        AddFans(status, {2000, 200});
      }},
     {"SlowFanSensor", "fan-speed", kWarning,
-     "fan speed, beside its average, 24.95 %, below the limit of 25 %: 499 rpm",
+     "fan speed 499 rpm is 24.95 % of its average, below the limit of 25 %",
      [](CStatus& status) { AddFanSensor(status, 499); },
      [](CStatus& status) { AddFanSensor(status, 500); }},
     {"ClockOf1970", "clock-wrong", kWarning,
      "the clock of the controller is wrong: 2019-12-31T23:59:59+00:00",
      [](CStatus& status) { status.LocalTime = "2019-12-31T23:59:59+00:00"; },
      [](CStatus& status) { status.LocalTime = "2020-01-01T00:00:00+00:00"; }},
-    {"PowerRelay", "power-supply-relay", kWarning, "power supply is not active by its status relay",
+    {"PowerRelay", "power-supply-relay", kWarning, "the status relay of a power supply is inactive",
      [](CStatus& status) { AddPoint<CPowerSupplyStatusRelayInputType>(status, false); },
      [](CStatus& status) { AddPoint<CPowerSupplyStatusRelayInputType>(status, true); }},
-    {"OtherRelay", "power-supply-relay", kWarning, "power supply is not active by its status relay",
+    {"OtherRelay", "power-supply-relay", kWarning, "the status relay of a power supply is inactive",
      [](CStatus& status) { AddPoint<CPowerSupplyStatusRelayInputType>(status, false); },
      [](CStatus& status) { AddPoint<CHeaterStatusRelayInputType>(status, false); }},
     {"IntakeFanRelay", "fan-relay", kWarning,
@@ -402,11 +402,11 @@ const DocumentCase kCases[] = {
      [](CStatus& status) { AddFanPoint<AirflowSensorInputType>(status, true, false); },
      [](CStatus& status) { AddFanPoint<AirflowSensorInputType>(status, false, false); }},
     {"Airflow", "airflow", kWarning,
-     "airflow, beside its long-term average, 24 %, below the limit of 25 %: 240",
+     "airflow 240 is 24 % of its long-term average, below the limit of 25 %",
      [](CStatus& status) { AddAirflow(status, 240, 1000); },
      [](CStatus& status) { AddAirflow(status, 250, 1000); }},
     {"NoAirflow", "airflow", kWarning,
-     "airflow, beside its long-term average, 0 %, below the limit of 25 %: 0",
+     "airflow 0 is 0 % of its long-term average, below the limit of 25 %",
      [](CStatus& status) { AddAirflow(status, 0, 1); },
      [](CStatus& status) { AddAirflow(status, 0, 0); }},
     {"NoAirflowAtAll", "airflow-lost", kWarning,
@@ -458,7 +458,7 @@ const DocumentCase kCases[] = {
      },
      [](CStatus& status) { AddSupply(status).OutputVoltages = {}; }},
     {"SupplyOutputLow", "output-voltage", kWarning,
-     "output voltage, beside the board's highest, 75 %, below the limit of 90 %: 24, 18 V",
+     "output voltage 24, 18 V: the lowest above 0 is 75 % of the highest, below the limit of 90 %",
      [](CStatus& status) {
        AddSupply(status).OutputVoltages = {24, 18};
      },
@@ -466,13 +466,14 @@ const DocumentCase kCases[] = {
        AddSupply(status).OutputVoltages = {20, 18};
      }},
     {"SupplyOutputGone", "output-voltage", kCritical,
-     "output voltage, beside the board's highest, 5 %, below the limit of 50 %: 20, 1, 20 V",
+     "output voltage 20, 1, 20 V: the lowest above 0 is 5 % of the highest, below the limit of 50 "
+     "%",
      [](CStatus& status) {
        AddSupply(status).OutputVoltages = {20, 1, 20};
      },
      [](CStatus& status) { AddSupply(status).OutputVoltages = {20}; }},
     {"SupplyInputLow", "input-voltage", kWarning,
-     "input voltage, beside the board's highest, 50 %, below the limit of 75 %: 115, 230 V",
+     "input voltage 115, 230 V: the lowest above 0 is 50 % of the highest, below the limit of 75 %",
      [](CStatus& status) {
        AddSupply(status).InputVoltages = {115, 230};
      },
@@ -480,11 +481,11 @@ const DocumentCase kCases[] = {
        AddSupply(status).InputVoltages = {180, 230};
      }},
     {"IsolationOutputLow", "output-voltage", kWarning,
-     "output voltage, beside the other isolation boards, 75 %, below the limit of 90 %: 18 V",
+     "output voltage 18 V is 75 % of that of the other isolation boards, below the limit of 90 %",
      [](CStatus& status) { AddIsolations(status, 24, 18); },
      [](CStatus& status) { AddIsolations(status, 24, 23); }},
     {"IsolationInputLow", "input-voltage", kWarning,
-     "input voltage, beside the other isolation boards, 50 %, below the limit of 75 %: 12 V",
+     "input voltage 12 V is 50 % of that of the other isolation boards, below the limit of 75 %",
      [](CStatus& status) { AddIsolations(status, 12, 24); },
      [](CStatus& status) {
        AddIsolation(status).InputVoltage = 12;  // of two it is not known which one is wrong
@@ -556,23 +557,23 @@ const DocumentCase kCases[] = {
      },
      [](CStatus& status) { AddSensor<CCANMultiDirectionalSensor>(status).Back = 143; }},
     {"MuchDarkerThanAskedFor", "brightness", kWarning,
-     "brightness, as a share of the one asked for, 5 %, below the limit of 25 %",
+     "brightness 5 % is 5 % of the one asked for, below the limit of 25 %",
      [](CStatus& status) { SetBrightness(status, 100, 5, kDimmingManual); },
      [](CStatus& status) { SetBrightness(status, 100, 25, kDimmingManual); }},
     {"MuchBrighterThanAskedFor", "brightness", kWarning,
-     "brightness, as a share of the one asked for, 2000 %, above the limit of 400 %: 100 %",
+     "brightness 100 % is 2000 % of the one asked for, above the limit of 400 %",
      [](CStatus& status) { SetBrightness(status, 5, 100, kDimmingManual); },
      [](CStatus& status) { SetBrightness(status, 1, 20, kDimmingManual); }},
     {"BrightThoughNoneIsAskedFor", "brightness", kWarning,
-     "brightness, as a share of the one asked for, 2000 %, above the limit of 400 %: 20 %",
+     "brightness 20 % is 2000 % of the one asked for, above the limit of 400 %",
      [](CStatus& status) { SetBrightness(status, 0, 20, kDimmingManual); },
      [](CStatus& status) { SetBrightness(status, 0, 19, kDimmingManual); }},
     {"DarkerThanAScheduleSays", "brightness", kWarning,
-     "brightness, as a share of the one asked for, 5 %, below the limit of 25 %",
+     "brightness 5 % is 5 % of the one asked for, below the limit of 25 %",
      [](CStatus& status) { SetBrightness(status, 100, 5, 4); },   // vmax
      [](CStatus& status) { SetBrightness(status, 100, 5, 2); }},  // schedule
     {"DarkerByDay", "brightness", kWarning,
-     "brightness, as a share of the one asked for, 5 %, below the limit of 25 %",
+     "brightness 5 % is 5 % of the one asked for, below the limit of 25 %",
      [](CStatus& status) {
        SetBrightness(status, 100, 5, 0);  // auto
        AddSensor<CCANLightSensor>(status).TenMinAverage = 50;
@@ -607,13 +608,16 @@ const DocumentCase kCases[] = {
      [](CStatus& status) {
        AddSensor<CCANBeacon>(status).TemperatureKelvin = std::make_unique<std::uint16_t>(338);
      }},
-    {"MemoryLow", "memory-free", kWarning, "free memory 9.99 %, below the limit of 10 %: 9990 kB",
+    {"MemoryLow", "memory-free", kWarning,
+     "free memory 9990 kB is 9.99 % of all, below the limit of 10 %",
      [](CStatus& status) { status.MemoryFree = 9990; },
      [](CStatus& status) { status.MemoryFree = 10000; }},
-    {"MemoryGone", "memory-free", kCritical, "free memory 4.99 %, below the limit of 5 %: 4990 kB",
+    {"MemoryGone", "memory-free", kCritical,
+     "free memory 4990 kB is 4.99 % of all, below the limit of 5 %",
      [](CStatus& status) { status.MemoryFree = 4990; },
      [](CStatus& status) { status.MemoryTotal = 0; }},
-    {"StorageLow", "storage-free", kWarning, "free storage 9 %, below the limit of 10 %: 9000 kB",
+    {"StorageLow", "storage-free", kWarning,
+     "free storage 9000 kB is 9 % of all, below the limit of 10 %",
      [](CStatus& status) { status.StorageFree = 9000; },
      [](CStatus& status) { status.StorageFree = 10000; }},
     {"LinkErrors", "link-errors", kWarning, "link errors 1001, above the limit of 1000",
