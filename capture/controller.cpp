@@ -65,6 +65,11 @@ void Controller::Take(const Cycle& cycle) {
       faults_.HardwareAddresses[interface] = address.Error;
     } else {
       faults_.HardwareAddresses.erase(interface);
+      // An alias answers as its interface does.
+      const std::string base = interface.substr(0, interface.find(':'));
+      if (!cycle.HardwareAddresses.contains(base)) {
+        faults_.HardwareAddresses.erase(base);
+      }
     }
   }
   if (!uptime_) {  // afterwards it goes on by itself

@@ -53,6 +53,17 @@ NetworkInterface* OwnerOf(const std::string& label, NetworkInterface* owner_befo
   return based != nullptr ? based : owner_before;
 }
 
+// What the interface, or else an alias of it, answered; "" when none did.
+std::string AnsweredBy(const Cycle& cycle, const std::string& name) {
+  const auto own = cycle.HardwareAddresses.find(name);
+  if (own != cycle.HardwareAddresses.end()) {
+    return own->second.Text;
+  }
+  const auto alias = cycle.HardwareAddresses.lower_bound(name + ":");
+  const bool known = alias != cycle.HardwareAddresses.end() && alias->first.starts_with(name + ":");
+  return known ? alias->second.Text : "";
+}
+
 InterfaceAddress AddressOf(const InterfaceEntry& entry, const std::string& interface) {
   InterfaceAddress address;
   address.Prefix = TextOf(entry, entry::kAddress) + "/" + TextOf(entry, entry::kPrefix);
@@ -78,10 +89,9 @@ std::vector<NetworkInterface> InterfacesOf(const Cycle& cycle) {
   for (const InterfaceEntry& entry : cycle.Interfaces) {
     const std::string& name = TextOf(entry, entry::kName);
     if (TextOf(entry, entry::kFamily) == "link" && name != kLoopback && !IsOfKernel(entry)) {
-      const auto asked = cycle.HardwareAddresses.find(name);
-      const bool known = asked != cycle.HardwareAddresses.end() && !asked->second.Text.empty();
+      const std::string answered = AnsweredBy(cycle, name);
       interfaces.push_back({.Name = name,
-                            .Mac = known ? asked->second.Text : TextOf(entry, entry::kAddress),
+                            .Mac = answered.empty() ? TextOf(entry, entry::kAddress) : answered,
                             .State = StateOf(entry.Flags)});
     }
   }
