@@ -36,29 +36,6 @@ long ResidentOf(pid_t process) {
   return -1;
 }
 
-// What the n-th of them sends, and goes on sending nothing.
-std::string Bytes(int number) {
-  switch (number % 8) {
-    case 0:
-      return "";
-    case 1:
-      return "GET /status.json HT";
-    case 2:
-      return "GET /insight.json HTTP/1.1\r\nHost: 192.168.0.20\r\n\r\n";  // and does not read
-    case 3:
-      return "GET / HTTP/1.1\r\nHost: 192.168.0.20\r\nX: " + std::string(100000, 'x');
-    case 4:
-      return "GET /" + std::string(100000, 'a') + " HTTP/1.1\r\n";
-    case 5:
-      return std::string("\x16\x03\x01\x02\0\x01\0\x01\xfc\x03\x03\0\r\n\r\n", 15);
-    case 6:
-      return "GET / HTTP/9.9\r\n: \r\nHost\r\nHost: \xff\xfe\r\n\r\n\r\n\r\n";
-    default:
-      return "POST / HTTP/1.1\r\nHost: 192.168.0.20\r\nContent-Length: "
-             "99999999999999999999\r\n\r\n";
-  }
-}
-
 TEST(HostileClients, ChangeNothingForOthers) {
   SANDBOX_NEEDS_DEVICES();
   Demo().Apply();
@@ -72,7 +49,7 @@ TEST(HostileClients, ChangeNothingForOthers) {
   for (int number = 0; number < kHostile; ++number) {
     hostile.emplace_back(from, from);
     ASSERT_TRUE(hostile.back().IsOpen()) << number;
-    hostile.back().Send(Bytes(number));
+    hostile.back().Send(test_serve::HostileBytes(number));
     if (number % 50 == 0) {
       good += Get("/status.json").Status == 200 ? 1 : 0;
     }

@@ -157,6 +157,28 @@ Response Get(const std::string& path, const std::string& headers) {
              headers + "Connection: close\r\n\r\n");
 }
 
+std::string HostileBytes(int number) {
+  switch (number % 8) {
+    case 0:
+      return "";
+    case 1:
+      return "GET /status.json HT";
+    case 2:
+      return "GET /insight.json HTTP/1.1\r\nHost: 192.168.0.20\r\n\r\n";  // and does not read
+    case 3:
+      return "GET / HTTP/1.1\r\nHost: 192.168.0.20\r\nX: " + std::string(100000, 'x');
+    case 4:
+      return "GET /" + std::string(100000, 'a') + " HTTP/1.1\r\n";
+    case 5:
+      return std::string("\x16\x03\x01\x02\0\x01\0\x01\xfc\x03\x03\0\r\n\r\n", 15);
+    case 6:
+      return "GET / HTTP/9.9\r\n: \r\nHost\r\nHost: \xff\xfe\r\n\r\n\r\n\r\n";
+    default:
+      return "POST / HTTP/1.1\r\nHost: 192.168.0.20\r\nContent-Length: "
+             "99999999999999999999\r\n\r\n";
+  }
+}
+
 bool Eventually(const std::function<bool()>& holds, std::chrono::seconds within) {
   const auto end = std::chrono::steady_clock::now() + within;
   while (!holds()) {

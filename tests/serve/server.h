@@ -72,6 +72,10 @@ Response Ask(const std::string& request, const std::string& to = "127.0.0.1",
 // The answer to a GET of `path` with these header lines, each with its line end.
 Response Get(const std::string& path, const std::string& headers = "");
 
+// What the n-th of those who mean ill, or are broken, sends before it says nothing more; in turn
+// nothing, half a request, one whose answer it does not read, too much, no HTTP.
+std::string HostileBytes(int number);
+
 // Whether `holds` returns true within the time, asked again and again.
 bool Eventually(const std::function<bool()>& holds,
                 std::chrono::seconds within = std::chrono::seconds(60));

@@ -14,5 +14,6 @@ std::string ControllerBox();
 std::string ReplayProgram();
 std::string SandboxTests();   // the program of tests/sandbox
 std::string TerminalChild();  // of tests/host
+std::string FastClock();      // of tests/serve, to be loaded before a program
 
 }  // namespace test_support
