@@ -120,7 +120,8 @@ set_target_properties(capture_program serve_program PROPERTIES
                       INSTALL_RPATH "$ORIGIN/${status_libraries_from_libexec}")
 install(TARGETS serve_program RUNTIME DESTINATION ${CMAKE_INSTALL_LIBEXECDIR}/statuscollector
         COMPONENT server)
-install(FILES packaging/prometheus/dashboard.json packaging/prometheus/prometheus.yml
+install(FILES packaging/prometheus/dashboard.json packaging/prometheus/displays-example.yml
+        packaging/prometheus/fleet.yml packaging/prometheus/prometheus.yml
         packaging/prometheus/rules.yml DESTINATION ${status_data_dir}/prometheus COMPONENT server)
 install(FILES packaging/nginx/statuscollector.conf DESTINATION ${status_data_dir}/nginx
         COMPONENT server)
@@ -140,8 +141,8 @@ install(FILES ${PROJECT_BINARY_DIR}/host/statuscollector.zsh
         DESTINATION ${CMAKE_INSTALL_DATAROOTDIR}/zsh/site-functions
         RENAME _statuscollector COMPONENT tools)
 set(status_doc_dir ${CMAKE_INSTALL_DATAROOTDIR}/doc/statuscollector-tools)
-install(FILES docs/document.md docs/host.md docs/library.md docs/metrics.md docs/reliability.md
-        docs/rows.md docs/service.md docs/support.md DESTINATION ${status_doc_dir} COMPONENT tools)
+install(FILES docs/document.md docs/fleet.md docs/host.md docs/library.md docs/metrics.md
+        docs/reliability.md docs/rows.md docs/service.md docs/support.md DESTINATION ${status_doc_dir} COMPONENT tools)
 
 # status_manual_page(SOURCE NAME SECTION SUMMARY [COMPONENT]): a manual page made from a page of docs/.
 find_program(STATUS_LOWDOWN lowdown REQUIRED)

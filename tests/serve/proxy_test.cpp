@@ -144,6 +144,52 @@ TEST_F(ReverseProxy, PassesOnTheNameThatWasAskedFor) {
   EXPECT_EQ(other.ExitCode, 35) << other.Errors;
 }
 
+// Prometheus with the configuration for many displays.
+TEST_F(ReverseProxy, LetsPrometheusInByThePassword) {
+  char name[256] = "";  // of this machine: Prometheus asks for its address
+  ASSERT_EQ(gethostname(name, sizeof name - 1), 0);
+  std::ofstream("/etc/hosts") << "127.0.0.1 localhost display-7.example " << name << "\n";
+  const Server server({"--host", "display-7.example"});
+  const Proxy proxy;
+  ASSERT_TRUE(Eventually([] { return Status(kUser + kSite + "/healthz") == "200"; }));
+  const test_support::TemporaryFolder folder;
+  std::filesystem::create_directory(folder.Path() + "/displays");
+  std::string configuration = test_support::ReadSource("packaging/prometheus/fleet.yml");
+  for (std::size_t at = 0; (at = configuration.find(" 30s")) != std::string::npos;) {
+    configuration.replace(at, 4, " 1s");  // no longer to be waited for
+  }
+  std::ofstream(folder.Path() + "/fleet.yml") << configuration;
+  std::filesystem::copy_file(sandbox::SourcePath("packaging/prometheus/rules.yml"),
+                             folder.Path() + "/rules.yml");
+  std::filesystem::copy_file("/etc/nginx/display.crt", folder.Path() + "/displays.crt");
+  std::ofstream(folder.Path() + "/displays.password") << "secret\n";
+  std::string displays = test_support::ReadSource("packaging/prometheus/displays-example.yml");
+  displays.replace(displays.find("north.displays.example"), 22, "display-7.example");
+  std::ofstream(folder.Path() + "/displays/arena.yml") << displays;
+  const ProgramResult checked =
+      RunProgram({"promtool", "check", "config", folder.Path() + "/fleet.yml"});
+  EXPECT_EQ(checked.ExitCode, 0) << checked.Output << checked.Errors;
+  const pid_t prometheus = fork();
+  if (prometheus == 0) {
+    execlp("prometheus", "prometheus", ("--config.file=" + folder.Path() + "/fleet.yml").c_str(),
+           ("--storage.tsdb.path=" + folder.Path() + "/data").c_str(), "--log.level=error",
+           "--web.listen-address=127.0.0.1:9090", nullptr);
+    _exit(127);
+  }
+  // The other display is not there.
+  EXPECT_TRUE(Eventually([] {
+    const ProgramResult answer =
+        RunProgram({"curl", "-s", "--get", "--data-urlencode", "query=up == 1",
+                    "http://127.0.0.1:9090/api/v1/query"});
+    return answer.Output.find(
+               "\"metric\":{\"__name__\":\"up\",\"instance\":\"north-scoreboard\","
+               "\"job\":\"statuscollector\",\"model\":\"outdoor\","
+               "\"region\":\"west\",\"site\":\"arena\"}") != std::string::npos;
+  }));
+  kill(prometheus, SIGKILL);
+  waitpid(prometheus, nullptr, 0);
+}
+
 // 64 of its connections are taken by streams: more than another address may have.
 TEST_F(ReverseProxy, MayHaveMoreConnectionsThanAClient) {
   const Server server({"--host", "display-7.example"});
