@@ -88,7 +88,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
   }
   const std::string text(fuzz::Text(data, size));
   CheckListenAddress(text);
-  serve::Bodies bodies(std::chrono::seconds(10));
+  const serve::History history(std::chrono::seconds(10), "");
+  serve::Bodies bodies(std::chrono::seconds(10), history);
   const std::vector<std::string> names = {"display-7.example"};
   const std::vector<std::string_view> lines = LinesOf(text);
   CheckAnswer(RequestOf(lines), names, &bodies);

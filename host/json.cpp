@@ -23,6 +23,16 @@ std::string RenderInsightJson(const insight::Snapshot& snapshot) {
 }
 
 std::string RenderInsightJson(const insight::Snapshot& snapshot,
+                              const std::vector<std::chrono::system_clock::time_point>& since) {
+  QtSts::JsonText json;
+  json.Open('{');
+  json.Member("Insight");
+  AddInsight(snapshot, &json, since);
+  json.Close('}');
+  return json.Take();
+}
+
+std::string RenderInsightJson(const insight::Snapshot& snapshot,
                               const std::vector<std::string>& differing) {
   QtSts::JsonText json;
   json.Open('{');

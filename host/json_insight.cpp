@@ -153,6 +153,23 @@ void AddItems(const char* name, const Items& items, QtSts::JsonText* json) {
   json->Close(']');
 }
 
+void AddFindings(const insight::Snapshot& snapshot,
+                 std::span<const std::chrono::system_clock::time_point> since,
+                 QtSts::JsonText* json) {
+  json->Member("Findings");
+  json->Open('[');
+  for (std::size_t at = 0; at < snapshot.Findings.size(); ++at) {
+    json->Next();
+    json->Open('{');
+    AddItem(snapshot.Findings[at], json);
+    if (at < since.size()) {
+      AddTime("Since", since[at], json);
+    }
+    json->Close('}');
+  }
+  json->Close(']');
+}
+
 }  // namespace
 
 void AddTexts(const char* name, const std::vector<std::string>& texts, QtSts::JsonText* json) {
@@ -165,7 +182,8 @@ void AddTexts(const char* name, const std::vector<std::string>& texts, QtSts::Js
   json->Close(']');
 }
 
-void AddInsight(const insight::Snapshot& snapshot, QtSts::JsonText* json) {
+void AddInsight(const insight::Snapshot& snapshot, QtSts::JsonText* json,
+                std::span<const std::chrono::system_clock::time_point> since) {
   json->Open('{');
   AddCount("Result", snapshot.Result, json);
   AddTime("Began", snapshot.Began, json);
@@ -174,7 +192,7 @@ void AddInsight(const insight::Snapshot& snapshot, QtSts::JsonText* json) {
   AddDatabase(snapshot.Database, json);
   AddItems("Sources", snapshot.Sources, json);
   AddItems("Rows", snapshot.Rows, json);
-  AddItems("Findings", snapshot.Findings, json);
+  AddFindings(snapshot, since, json);
   AddTexts("NotReported", snapshot.NotReported, json);
   json->Close('}');
 }

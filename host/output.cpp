@@ -155,7 +155,8 @@ void SyncFolder(const std::string& path) {
   }
 }
 
-// `text` without the lines "Dev Name eth0".
+}  // namespace
+
 std::string WithoutDeviceNames(std::string_view text) {
   std::string rest;
   while (!text.empty()) {
@@ -166,8 +167,6 @@ std::string WithoutDeviceNames(std::string_view text) {
   }
   return rest;
 }
-
-}  // namespace
 
 void WriteAll(int descriptor, std::string_view text, const std::string& where) {
   while (!text.empty()) {
@@ -201,12 +200,12 @@ void StandardOutput::Write(std::string_view text) const {
   PassOn();
 }
 
-void StandardOutput::PassOn() const {
+std::string StandardOutput::Take() const {
   std::fflush(stdout);
-  if (held_ == -1) {
-    return;
-  }
   std::string held;
+  if (held_ == -1) {
+    return held;
+  }
   char block[4096];
   lseek(held_, 0, SEEK_SET);
   for (ssize_t count = 0; (count = read(held_, block, sizeof block)) > 0;) {
@@ -214,6 +213,11 @@ void StandardOutput::PassOn() const {
   }
   lseek(held_, 0, SEEK_SET);
   static_cast<void>(!ftruncate(held_, 0));
+  return held;
+}
+
+void StandardOutput::PassOn() const {
+  std::string held = Take();
   if (isatty(STDERR_FILENO) == 1) {
     held = WithoutDeviceNames(held);
   }

@@ -26,6 +26,9 @@ class StandardOutput {
   // trouble, and people read the text.
   void PassOn() const;
 
+  // What was held back, which goes nowhere then; "" where nothing can be held.
+  std::string Take() const;
+
   // Where the text goes, for what a terminal is asked.
   int Descriptor() const { return descriptor_; }
 
@@ -33,6 +36,9 @@ class StandardOutput {
   int descriptor_;
   int held_;  // a file in memory; -1: there is none, and standard error gets the lines at once
 };
+
+// `text` without the probe's lines that name network devices ("Dev Name eth0").
+std::string WithoutDeviceNames(std::string_view text);
 
 // Writes all of `text` to `descriptor`. Throws std::system_error, which names `where`.
 void WriteAll(int descriptor, std::string_view text, const std::string& where);

@@ -25,7 +25,11 @@ std::vector<Argument> ServeArguments(ServeOptions* options) {
           {.Name = "--host",
            .Type = "NAME",
            .About = "A name by which requests may ask; repeatable",
-           .Value = &options->Hosts}};
+           .Value = &options->Hosts},
+          {.Name = "--state",
+           .Type = "FOLDER",
+           .About = "Where the history is kept; else in memory alone",
+           .Value = &options->State}};
 }
 
 Declaration DeclareServe() {

@@ -13,6 +13,7 @@ struct ServeOptions {
   int Interval = 10;                     // seconds
   bool AllowRemote = false;
   std::vector<std::string> Hosts = {};
+  std::string State = {};  // a folder
 };
 
 // Where it listens unless something else is asked for.

@@ -1,6 +1,4 @@
 // watch: run cycles on a schedule and show what changes.
-#include <sys/stat.h>
-
 #include <algorithm>
 #include <chrono>
 #include <ctime>
@@ -15,6 +13,7 @@
 
 #include "collector/status_interface.h"
 #include "host/commands.h"
+#include "host/database.h"
 #include "host/document_paths.h"
 #include "host/output.h"
 #include "host/printable.h"
@@ -117,41 +116,6 @@ std::string ChangesOf(const Snapshot& before, const Snapshot& now) {
 struct Cycles {
   std::optional<Snapshot> Before;
   std::optional<Snapshot> Now;
-};
-
-// The database of a collector. A program that goes on running opens it anew when another file, or
-// none, stands at its name, and after a cycle that failed: by itself the library would go on
-// reading a file that is deleted.
-class Database {
- public:
-  explicit Database(CStatusInterface& collector) : collector_(collector) { Open(); }
-  ~Database() { collector_.CloseDatabase(); }
-  Database(const Database&) = delete;
-  Database& operator=(const Database&) = delete;
-
-  void OpenAnewIfNeeded(bool failed) {
-    const Identity now = IdentityNow();
-    if (now != opened_ || (failed && now != Identity())) {
-      collector_.CloseDatabase();
-      Open();
-    }
-  }
-
- private:
-  using Identity = std::pair<dev_t, ino_t>;  // zeros: there is no file
-
-  static Identity IdentityNow() {
-    struct stat status = {};
-    return stat(kDatabaseFile, &status) == 0 ? Identity(status.st_dev, status.st_ino) : Identity();
-  }
-
-  void Open() {
-    opened_ = IdentityNow();  // one that takes its place from here on is noticed
-    collector_.InitDatabase(false);
-  }
-
-  CStatusInterface& collector_;
-  Identity opened_;
 };
 
 // Runs the cycles; `show` gets the last two after each, `redraw` when the window has changed.

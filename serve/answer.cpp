@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <array>
 
+#include "serve/history_json.h"
 #include "serve/host_check.h"
 
 namespace serve {
@@ -37,6 +38,7 @@ constexpr Endpoint kEndpoints[] = {
     {"/healthz", kText, Page::kHealth},
 };
 constexpr std::string_view kEvents = "/events";
+constexpr std::string_view kHistory = "/history.json";
 
 Answer Refusal(unsigned int status, const char* text) {
   return {.Status = status, .Text = std::make_shared<const std::string>(text)};
@@ -62,16 +64,29 @@ bool Names(std::string_view list, std::string_view tag) {
   return false;
 }
 
-Answer Send(const Endpoint& endpoint, const Request& request, Bodies* bodies) {
-  const Body& body = bodies->Get(endpoint.Of);
+Answer Send(const char* type, const Body& body, const Request& request, const Bodies& bodies) {
   if (body.Status != kOk) {
     return {.Status = body.Status, .Text = body.Text};
   }
-  const auto named = [bodies](std::string_view list) { return Names(list, bodies->Tag()); };
+  const auto named = [&bodies](std::string_view list) { return Names(list, bodies.Tag()); };
   if (std::ranges::any_of(request.IfNoneMatch, named)) {
-    return {.Status = kNotModified, .Type = endpoint.Type, .Tag = bodies->Tag()};
+    return {.Status = kNotModified, .Type = type, .Tag = bodies.Tag()};
   }
-  return {.Status = kOk, .Type = endpoint.Type, .Text = body.Text, .Tag = bodies->Tag()};
+  return {.Status = kOk, .Type = type, .Text = body.Text, .Tag = bodies.Tag()};
+}
+
+Answer SendHistory(const Request& request, Bodies* bodies) {
+  std::vector<std::string_view> paths;
+  for (const auto& [name, value] : request.Query) {
+    if (name != "path" || value.empty()) {
+      return Refusal(kBadRequest, "a query has nothing but path=PATH here, as often as it takes\n");
+    }
+    paths.push_back(value);
+  }
+  if (paths.size() > kMostPaths) {
+    return Refusal(kBadRequest, "a query has 64 paths at most\n");
+  }
+  return Send("application/json", bodies->History(paths), request, *bodies);
 }
 
 }  // namespace
@@ -100,11 +115,14 @@ Answer AnswerTo(const Request& request, const std::vector<std::string>& names, B
   if (request.Path == kEvents) {
     return {.Status = kOk, .Type = "text/event-stream", .IsEvents = true};
   }
+  if (request.Path == kHistory) {
+    return SendHistory(request, bodies);
+  }
   const auto* const endpoint = std::ranges::find(kEndpoints, request.Path, &Endpoint::Path);
   if (endpoint == std::end(kEndpoints)) {
     return Refusal(kNotFound, "there is nothing of this name\n");
   }
-  return Send(*endpoint, request, bodies);
+  return Send(endpoint->Type, bodies->Get(endpoint->Of), request, *bodies);
 }
 
 }  // namespace serve

@@ -4,6 +4,7 @@
 #include <memory>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 #include "serve/bodies.h"
@@ -13,7 +14,8 @@ namespace serve {
 
 struct Request {
   std::string_view Method = {};
-  std::string_view Path = {};                      // without what follows '?'
+  std::string_view Path = {};  // without what follows '?'
+  std::vector<std::pair<std::string_view, std::string_view>> Query = {};  // what follows, decoded
   std::vector<std::string_view> Hosts = {};        // the values of all Host headers
   std::vector<std::string_view> IfNoneMatch = {};  // likewise
   bool HasBody = false;

@@ -9,6 +9,7 @@
 #include "host/json.h"
 #include "host/printable.h"
 #include "model/json.h"
+#include "serve/history_json.h"
 #include "serve/overview.h"
 #include "serve/page.h"
 #include "views/metrics.h"
@@ -17,6 +18,7 @@ namespace serve {
 namespace {
 
 constexpr unsigned int kOk = 200;
+constexpr unsigned int kNotFound = 404;
 constexpr unsigned int kUnavailable = 503;
 
 std::string RandomText() {
@@ -70,7 +72,8 @@ std::string Metrics(const State& state, std::chrono::seconds interval) {
 
 }  // namespace
 
-Bodies::Bodies(std::chrono::seconds interval) : interval_(interval), process_(RandomText()) {
+Bodies::Bodies(std::chrono::seconds interval, const serve::History& history)
+    : interval_(interval), history_(history), process_(RandomText()) {
   Set({});
 }
 
@@ -80,6 +83,7 @@ void Bodies::Set(State state) {
   std::snprintf(text, sizeof text, "\"%s-%" PRIu64 "\"", process_.c_str(), state_.Version);
   tag_ = text;
   rendered_ = {};
+  identities_.reset();
 }
 
 const Body& Bodies::Get(Page page) {
@@ -88,6 +92,36 @@ const Body& Bodies::Get(Page page) {
     body = Render(page);
   }
   return *body;
+}
+
+Body Bodies::NoDocument() const {
+  Body health = Health(state_);
+  health.Status = kUnavailable;
+  return health;
+}
+
+Body Bodies::History(const std::vector<std::string_view>& paths) {
+  if (state_.Latest == nullptr) {
+    return NoDocument();
+  }
+  const Cycle& latest = *state_.Latest;
+  if (!identities_) {
+    identities_.emplace(latest.Snapshot.Document);
+  }
+  if (paths.empty()) {
+    return Make(kOk, history_.Look([&](const HistoryData& data) {
+      return HistoryListOf(data, latest, *identities_);
+    }));
+  }
+  std::string_view unknown;
+  std::optional<std::string> text = history_.Look(
+      [&](const HistoryData& data) { return HistoryOf(data, *identities_, paths, &unknown); });
+  if (text) {
+    return Make(kOk, std::move(*text));
+  }
+  const std::string nearest = NearestPath(latest, unknown);
+  return Make(kNotFound, "there is no history of " + host::Printable(unknown) +
+                             (nearest.empty() ? "" : "; the nearest is " + nearest) + "\n");
 }
 
 Body Bodies::Render(Page page) const {
@@ -101,7 +135,7 @@ Body Bodies::Render(Page page) const {
     case Page::kIcon:
       return Make(kOk, kIcon);
     case Page::kOverview:
-      return Make(kOk, OverviewOf(state_, interval_));
+      return Make(kOk, OverviewOf(state_, interval_, history_));
     case Page::kMetrics:
       return Make(kOk, Metrics(state_, interval_));
     case Page::kHealth:
@@ -110,9 +144,7 @@ Body Bodies::Render(Page page) const {
       break;
   }
   if (state_.Latest == nullptr) {
-    Body health = Health(state_);
-    health.Status = kUnavailable;
-    return health;
+    return NoDocument();
   }
   const insight::Snapshot& snapshot = state_.Latest->Snapshot;
   switch (page) {
@@ -121,7 +153,7 @@ Body Bodies::Render(Page page) const {
     case Page::kJson:
       return Make(kOk, QtSts::WriteJson(snapshot.Document));
     default:
-      return Make(kOk, host::RenderInsightJson(snapshot));
+      return Make(kOk, host::RenderInsightJson(snapshot, state_.Latest->FindingsSince));
   }
 }
 

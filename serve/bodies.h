@@ -7,8 +7,12 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <string_view>
+#include <vector>
 
 #include "serve/cycle.h"
+#include "serve/history.h"
+#include "serve/history_names.h"
 
 namespace serve {
 
@@ -34,7 +38,8 @@ struct Body {
 // One thread at a time.
 class Bodies {
  public:
-  explicit Bodies(std::chrono::seconds interval);
+  // `history` must outlive it.
+  Bodies(std::chrono::seconds interval, const History& history);
 
   // From now on answers come from `state`.
   void Set(State state);
@@ -43,17 +48,23 @@ class Bodies {
   // Throws std::bad_alloc.
   const Body& Get(Page page);
 
+  // The history of `paths`; without any, what there is a history of. Throws std::bad_alloc.
+  Body History(const std::vector<std::string_view>& paths);
+
   // The entity tag of all of them, in quotes: another one in each state of each process.
   const std::string& Tag() const { return tag_; }
 
  private:
   Body Render(Page page) const;
+  Body NoDocument() const;
 
   const std::chrono::seconds interval_;
+  const serve::History& history_;
   const std::string process_;  // another one in each process
   State state_;
   std::string tag_;
   std::array<std::optional<Body>, kPages> rendered_;
+  std::optional<Identities> identities_;  // of the latest document
 };
 
 // "2026-11-22T04:29:22Z"

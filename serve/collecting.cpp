@@ -14,6 +14,7 @@
 #include <utility>
 
 #include "collector/status_interface.h"
+#include "host/database.h"
 #include "host/document_paths.h"
 #include "host/failure_text.h"
 #include "host/schedule.h"
@@ -62,11 +63,24 @@ void AddBeginnings(const Cycle* before, Cycle* cycle) {
   for (const insight::Finding& finding : cycle->Snapshot.Findings) {
     const auto since = known.find(IdentityOf(finding));
     cycle->FindingsSince.push_back(since == known.end() ? cycle->Snapshot.Began : since->second);
+    cycle->FindingsBefore.push_back(before == nullptr);
+  }
+}
+
+// What the history knows of the findings counts.
+void AddToHistory(History* history, Cycle* cycle) {
+  const auto beginnings = history->Add(cycle->Snapshot);
+  for (std::size_t at = 0; at < beginnings.size(); ++at) {
+    if (beginnings[at]) {
+      cycle->FindingsSince[at] = SystemTime(std::chrono::seconds(beginnings[at]->Time));
+      cycle->FindingsBefore[at] = beginnings[at]->Before;
+    }
   }
 }
 
 std::shared_ptr<const Cycle> MakeCycle(const Cycle* before, insight::Snapshot snapshot,
-                                       const QtSts::CStatus& status, std::string trouble) {
+                                       const QtSts::CStatus& status, std::string trouble,
+                                       History* history) {
   auto cycle = std::make_shared<Cycle>(
       Cycle{.Number = (before == nullptr ? 0 : before->Number) + 1,
             .Failed = before == nullptr ? 0 : before->Failed,
@@ -81,6 +95,7 @@ std::shared_ptr<const Cycle> MakeCycle(const Cycle* before, insight::Snapshot sn
     ++cycle->Failed;
   }
   AddBeginnings(before, cycle.get());
+  AddToHistory(history, cycle.get());
   if (before != nullptr) {
     AddChanges(*before, cycle.get());
   }
@@ -89,8 +104,13 @@ std::shared_ptr<const Cycle> MakeCycle(const Cycle* before, insight::Snapshot sn
 
 }  // namespace
 
-Collecting::Collecting(std::chrono::seconds interval)
-    : interval_(interval), published_(MakeEventDescriptor()), thread_([this] { Run(); }) {}
+Collecting::Collecting(std::chrono::seconds interval, const host::StandardOutput& output,
+                       History* history)
+    : interval_(interval),
+      output_(output),
+      history_(history),
+      published_(MakeEventDescriptor()),
+      thread_([this] { Run(); }) {}
 
 Collecting::~Collecting() {
   if (!Stop({})) {
@@ -159,30 +179,42 @@ void Collecting::RunCycles() {
   const host::DatabaseTrouble trouble(host::Opened::kForReading);
   std::string said;
   insight::Recorder recorder(collector);
-  bool opens = true;
+  std::optional<host::Database> database;
+  bool failed = false;
   std::shared_ptr<const Cycle> latest;
   do {
     std::string failure;
     try {
       Begin();
-      if (opens) {  // a database that was replaced is only found this way
-        collector.InitDatabase(false);
+      if (database) {
+        database->OpenAnewIfNeeded(failed);
+      } else {
+        database.emplace(collector);
       }
       insight::Snapshot snapshot = recorder.RunCycle();
-      latest = MakeCycle(latest.get(), std::move(snapshot), collector.m_Status, trouble.InWords());
-      opens = latest->Snapshot.Result != 0;
+      latest = MakeCycle(latest.get(), std::move(snapshot), collector.m_Status, trouble.InWords(),
+                         history_);
+      failed = latest->Snapshot.Result != 0;
       if (latest->Trouble != said) {
         trouble.Report();
         said = latest->Trouble;
       }
     } catch (const std::exception& error) {
       failure = host::InWords(error);
-      opens = true;
+      failed = true;
     }
-    std::fflush(stdout);  // the probe's own lines, whole
+    PassOnLines();
     Publish(latest, std::move(failure));
   } while (WaitUntil(schedule.Next()));
-  collector.CloseDatabase();
+}
+
+// The names of network devices, in each cycle, are no news; other lines are when they change.
+void Collecting::PassOnLines() {
+  std::string lines = host::WithoutDeviceNames(output_.Take());
+  if (lines != lines_) {
+    std::fputs(lines.c_str(), stderr);
+  }
+  lines_ = std::move(lines);
 }
 
 void Collecting::Run() {

@@ -11,7 +11,9 @@
 #include <thread>
 
 #include "host/last_asked.h"
+#include "host/output.h"
 #include "serve/cycle.h"
+#include "serve/history.h"
 
 namespace serve {
 
@@ -19,8 +21,9 @@ namespace serve {
 // give. One in a process, since the collector is one.
 class Collecting {
  public:
-  // Throws std::system_error.
-  explicit Collecting(std::chrono::seconds interval);
+  // What the cycles give goes to `history`, too; what the probes print comes from `output`. Both
+  // must outlive it. Throws std::system_error.
+  Collecting(std::chrono::seconds interval, const host::StandardOutput& output, History* history);
   // Ends the process, as a failure, when the thread has not ended: a cycle that hangs cannot be
   // stopped. Stop() waits for it.
   ~Collecting();
@@ -41,12 +44,16 @@ class Collecting {
 
   void Run();
   void RunCycles();
+  void PassOnLines();
   void Begin();
   void Publish(std::shared_ptr<const Cycle> cycle, std::string failure);
   bool WaitUntil(Clock::time_point next);
   std::optional<Hang> Hanging() const;
 
   const std::chrono::seconds interval_;
+  const host::StandardOutput& output_;
+  History* const history_;
+  std::string lines_;  // that the probes printed in the latest cycle
   const int published_;
   std::mutex mutex_;
   std::condition_variable changed_;

@@ -29,9 +29,12 @@ struct Cycle {
   std::optional<SystemTime> LastSuccess;
   SystemTime First = {};  // when the first cycle of all began
 
-  // Since when there has been each of the snapshot's findings, in their order: the beginning of the
-  // first of the cycles that had it one after the other.
+  // Since when there has been each of the snapshot's findings, in their order, by the history; for
+  // those that it has no room for, the beginning of the first of the cycles that had it one after
+  // the other.
   std::vector<SystemTime> FindingsSince = {};
+  // Whether each of them was there when the program first looked, so that it began before.
+  std::vector<bool> FindingsBefore = {};
 
   // What differs from the document of the cycle before, times aside: the first of it, and how many
   // more there are.

@@ -67,6 +67,21 @@ std::vector<std::string_view> ValuesOf(MHD_Connection* connection, const char* n
   return values.Values;
 }
 
+std::vector<std::pair<std::string_view, std::string_view>> QueryOf(MHD_Connection* connection) {
+  std::vector<std::pair<std::string_view, std::string_view>> query;
+  MHD_get_connection_values_n(
+      connection, MHD_GET_ARGUMENT_KIND,
+      [](void* into, MHD_ValueKind, const char* name, std::size_t name_bytes, const char* value,
+         std::size_t value_bytes) {
+        static_cast<decltype(query)*>(into)->emplace_back(
+            std::string_view(name, name_bytes),
+            std::string_view(value == nullptr ? "" : value, value_bytes));
+        return MHD_YES;
+      },
+      &query);
+  return query;
+}
+
 bool HasBody(MHD_Connection* connection) {
   const auto lengths = ValuesOf(connection, MHD_HTTP_HEADER_CONTENT_LENGTH);
   return !ValuesOf(connection, MHD_HTTP_HEADER_TRANSFER_ENCODING).empty() ||
@@ -92,8 +107,8 @@ MHD_Response* TextResponse(const std::shared_ptr<const std::string>& text) {
 }  // namespace
 
 HttpServer::HttpServer(const std::vector<ListenAddress>& addresses, std::vector<std::string> names,
-                       std::chrono::seconds interval)
-    : names_(std::move(names)), bodies_(interval) {
+                       std::chrono::seconds interval, const History& history)
+    : names_(std::move(names)), bodies_(interval, history) {
   for (const ListenAddress& address : addresses) {
     daemons_.push_back(Listen(address));
   }
@@ -228,6 +243,7 @@ MHD_Result HttpServer::Take(MHD_Connection* connection, const char* path, const 
   Client* const client = ClientOf(connection);
   const Request request = {.Method = method,
                            .Path = path,
+                           .Query = QueryOf(connection),
                            .Hosts = ValuesOf(connection, MHD_HTTP_HEADER_HOST),
                            .IfNoneMatch = ValuesOf(connection, MHD_HTTP_HEADER_IF_NONE_MATCH),
                            .HasBody = HasBody(connection),

@@ -20,9 +20,10 @@ namespace serve {
 class HttpServer {
  public:
   // Listens on all of `addresses`; `names` are those by which requests may ask beside the address.
-  // Throws std::runtime_error, which says which address cannot be listened on, and why.
+  // `history` must outlive it. Throws std::runtime_error, which says which address cannot be
+  // listened on, and why.
   HttpServer(const std::vector<ListenAddress>& addresses, std::vector<std::string> names,
-             std::chrono::seconds interval);
+             std::chrono::seconds interval, const History& history);
   // Ends every connection.
   ~HttpServer();
   HttpServer(const HttpServer&) = delete;

@@ -9,8 +9,10 @@
 #include <clocale>
 #include <csignal>
 #include <cstdio>
+#include <cstdlib>
 #include <ctime>
 #include <exception>
+#include <optional>
 #include <stdexcept>
 #include <string>
 #include <system_error>
@@ -22,12 +24,14 @@
 #include "host/printable.h"
 #include "host/serve.h"
 #include "serve/collecting.h"
+#include "serve/history.h"
+#include "serve/history_store.h"
 #include "serve/http_server.h"
 #include "serve/service_manager.h"
 
 namespace {
 
-// For each of: the answers that have begun, and the cycle that runs.
+// For each of: the answers that have begun, the cycle that runs, and the last save.
 constexpr std::chrono::seconds kMostForAnEnd{1};
 
 std::vector<serve::ListenAddress> AddressesOf(const host::ServeOptions& options) {
@@ -54,6 +58,17 @@ void SayWhatIsExposed(const std::vector<serve::ListenAddress>& addresses) {
                    address.Text.c_str());
     }
   }
+}
+
+// Where the history is kept; "" for nowhere. A service is given the folder by its environment,
+// which may name several.
+std::string StateFolder(const host::ServeOptions& options) {
+  const char* const given = std::getenv("STATE_DIRECTORY");
+  if (!options.State.empty() || given == nullptr) {
+    return options.State;
+  }
+  const std::string folders = given;
+  return folders.substr(0, folders.find(':'));
 }
 
 // Readable when the program is to end.
@@ -100,16 +115,23 @@ int Run(int argc, char** argv) {
   const int signals = MakeSignalDescriptor();
   const host::StandardOutput output;  // what the probes print goes to standard error
   const std::chrono::seconds interval(options.Interval);
-  serve::HttpServer server(addresses, options.Hosts, interval);
+  serve::History history(interval, serve::BootOfController());
+  serve::HttpServer server(addresses, options.Hosts, interval, history);
+  std::optional<serve::HistoryStore> store;
+  if (const std::string folder = StateFolder(options); !folder.empty()) {
+    store.emplace(folder, interval, &history);
+  }
   SayWhatIsExposed(addresses);
-  serve::Collecting collecting(interval);
+  serve::Collecting collecting(interval, output, &history);
   serve::ServiceManager manager;
   manager.Tell("READY=1");
   Serve(signals, &manager, &collecting, &server);
   manager.Tell("STOPPING=1");
   server.Stop(kMostForAnEnd);
-  if (!collecting.Stop(kMostForAnEnd)) {
-    _exit(host::kAllWell);  // a cycle that hangs goes with the process alone
+  const bool collected = collecting.Stop(kMostForAnEnd);
+  const bool saved = !store || store->Stop(kMostForAnEnd);
+  if (!collected || !saved) {
+    _exit(host::kAllWell);  // what hangs goes with the process alone
   }
   return host::kAllWell;
 }

@@ -1,7 +1,12 @@
 #include "serve/overview.h"
 
+#include <algorithm>
+#include <functional>
+#include <vector>
+
 #include "serve/bodies.h"
 #include "serve/event.h"
+#include "serve/history_json.h"
 #include "serve/json_members.h"
 
 namespace serve {
@@ -9,6 +14,7 @@ namespace {
 
 // More than this nobody reads on a page; /insight.json has all.
 constexpr std::size_t kMostRows = 200;
+constexpr std::size_t kMostEnded = 100;
 
 template <class Items, class Add>
 void AddItems(const char* name, const Items& items, QtSts::JsonText* json, const Add& add) {
@@ -32,8 +38,26 @@ void AddFindings(const Cycle& cycle, QtSts::JsonText* json) {
     AddText("Where", finding.Where, json);
     AddText("Hint", finding.Hint, json);
     AddText("Path", finding.Path, json);
-    AddText("Since", TimeText(cycle.FindingsSince[at++]), json);
+    AddText("Since", TimeText(cycle.FindingsSince[at]), json);
+    json->Member("Before");
+    json->Literal(cycle.FindingsBefore[at] ? "true" : "false");
+    ++at;
   });
+}
+
+// The latest first.
+void AddEnded(const HistoryData& data, QtSts::JsonText* json) {
+  std::vector<const Episode*> ended;
+  for (const Episode& episode : data.Findings.All()) {
+    if (episode.End) {
+      ended.push_back(&episode);
+    }
+  }
+  std::ranges::stable_sort(ended, std::greater<>(), [](const Episode* each) { return each->End; });
+  const std::size_t count = ended.size();
+  ended.resize(std::min(count, kMostEnded));
+  AddItems("Ended", ended, json, [&](const Episode* each) { AddEpisode(*each, json); });
+  AddNumber("EndedCount", count, json);
 }
 
 void AddSources(const insight::Snapshot& snapshot, QtSts::JsonText* json) {
@@ -75,7 +99,7 @@ void AddNotReported(const insight::Snapshot& snapshot, QtSts::JsonText* json) {
 
 }  // namespace
 
-std::string OverviewOf(const State& state, std::chrono::seconds interval) {
+std::string OverviewOf(const State& state, std::chrono::seconds interval, const History& history) {
   QtSts::JsonText json;
   json.Open('{');
   AddNumber("Interval", interval.count(), &json);
@@ -84,6 +108,7 @@ std::string OverviewOf(const State& state, std::chrono::seconds interval) {
     AddText("First", TimeText(state.Latest->First), &json);
     AddNumber("RowCount", state.Latest->Snapshot.Database.Rows, &json);
     AddFindings(*state.Latest, &json);
+    history.Look([&json](const HistoryData& data) { AddEnded(data, &json); });
     AddSources(state.Latest->Snapshot, &json);
     AddRows(state.Latest->Snapshot, &json);
     AddNotReported(state.Latest->Snapshot, &json);

@@ -106,7 +106,8 @@ class Answers : public testing::Test {
     return serve::AnswerTo(request, {}, &bodies_);
   }
 
-  serve::Bodies bodies_{std::chrono::seconds(10)};
+  serve::History history_{std::chrono::seconds(10), ""};
+  serve::Bodies bodies_{std::chrono::seconds(10), history_};
 };
 
 TEST_F(Answers, AreRefusalsWithAReasonWithoutAGoodRequest) {
