@@ -1,5 +1,6 @@
 #include "serve/bodies.h"
 
+#include <algorithm>
 #include <cinttypes>
 #include <cstdio>
 #include <ctime>
@@ -84,6 +85,7 @@ void Bodies::Set(State state) {
   tag_ = text;
   rendered_ = {};
   identities_.reset();
+  history_list_.reset();
 }
 
 const Body& Bodies::Get(Page page) {
@@ -92,6 +94,13 @@ const Body& Bodies::Get(Page page) {
     body = Render(page);
   }
   return *body;
+}
+
+bool Bodies::IsSent(const std::string* text) const {
+  const auto is_it = [text](const std::optional<Body>& body) {
+    return body && body->Text.get() == text;
+  };
+  return std::ranges::any_of(rendered_, is_it) || is_it(history_list_);
 }
 
 Body Bodies::NoDocument() const {
@@ -109,9 +118,12 @@ Body Bodies::History(const std::vector<std::string_view>& paths) {
     identities_.emplace(latest.Snapshot.Document);
   }
   if (paths.empty()) {
-    return Make(kOk, history_.Look([&](const HistoryData& data) {
-      return HistoryListOf(data, latest, *identities_);
-    }));
+    if (!history_list_) {
+      history_list_ = Make(kOk, history_.Look([&](const HistoryData& data) {
+        return HistoryListOf(data, latest, *identities_);
+      }));
+    }
+    return *history_list_;
   }
   std::string_view unknown;
   std::optional<std::string> text = history_.Look(

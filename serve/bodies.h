@@ -51,6 +51,9 @@ class Bodies {
   // The history of `paths`; without any, what there is a history of. Throws std::bad_alloc.
   Body History(const std::vector<std::string_view>& paths);
 
+  // Whether this text is what is sent now, to each who asks for it.
+  bool IsSent(const std::string* text) const;
+
   // The entity tag of all of them, in quotes: another one in each state of each process.
   const std::string& Tag() const { return tag_; }
 
@@ -65,6 +68,7 @@ class Bodies {
   std::string tag_;
   std::array<std::optional<Body>, kPages> rendered_;
   std::optional<Identities> identities_;  // of the latest document
+  std::optional<Body> history_list_;
 };
 
 // "2026-11-22T04:29:22Z"

@@ -54,6 +54,34 @@ void Clients::EndSlow(Client::Clock::time_point now) const {
   }
 }
 
+void Clients::EndReadersOfOld(Client::Clock::time_point now,
+                              const std::function<bool(const std::string*)>& is_sent) const {
+  constexpr std::chrono::seconds kShort{2};
+  std::map<std::shared_ptr<const std::string>, Client::Clock::time_point> old;
+  for (const Client& client : clients_) {
+    const std::shared_ptr<const std::string> text = client.Reading.lock();
+    if (text != nullptr && now - client.ReadingSince > kShort && !is_sent(text.get())) {
+      const auto known = old.emplace(text, client.ReadingSince).first;
+      known->second = std::min(known->second, client.ReadingSince);
+    }
+  }
+  std::size_t bytes = 0;
+  for (const auto& [text, since] : old) {
+    bytes += text->size();
+  }
+  while (bytes > kMostOldBytes) {
+    const auto oldest =
+        std::ranges::min_element(old, {}, [](const auto& each) { return each.second; });
+    for (const Client& client : clients_) {
+      if (client.Reading.lock() == oldest->first) {
+        shutdown(client.Socket, SHUT_RDWR);
+      }
+    }
+    bytes -= oldest->first->size();
+    old.erase(oldest);
+  }
+}
+
 std::size_t Clients::Busy() const {
   return static_cast<std::size_t>(std::ranges::count_if(clients_, &Client::IsBusy));
 }

@@ -3,8 +3,11 @@
 
 #include <chrono>
 #include <cstddef>
+#include <functional>
 #include <list>
 #include <map>
+#include <memory>
+#include <string>
 
 #include "serve/ip_address.h"
 
@@ -18,6 +21,9 @@ inline constexpr std::size_t kMostOfThisMachine = 192;  // over the loopback: of
 // For one request and its answer, and for the wait before it.
 inline constexpr std::chrono::seconds kMostForOneRequest{60};
 
+// What slow readers may keep of answers that have had their time.
+inline constexpr std::size_t kMostOldBytes = std::size_t{8} << 20;
+
 struct Client {
   using Clock = std::chrono::steady_clock;
 
@@ -27,6 +33,9 @@ struct Client {
   Clock::time_point Since = Clock::now();  // of the connection or the latest answer
   bool IsBusy = false;                     // between a request and the end of its answer
   bool IsStream = false;                   // which ends with the connection
+  // What it is sent, and since when.
+  std::weak_ptr<const std::string> Reading = {};
+  Clock::time_point ReadingSince = {};
 };
 
 // One thread at a time.
@@ -42,6 +51,11 @@ class Clients {
   // Ends the connections of those that have taken too long by `now`, by shutting down their
   // sockets.
   void EndSlow(Client::Clock::time_point now) const;
+
+  // Ends the connections of those that still read, after a few seconds, what nobody is sent any
+  // more, when that is more than kMostOldBytes: the oldest go first.
+  void EndReadersOfOld(Client::Clock::time_point now,
+                       const std::function<bool(const std::string*)>& is_sent) const;
 
   std::size_t Busy() const;
 

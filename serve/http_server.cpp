@@ -170,6 +170,7 @@ void HttpServer::Run() {
   if (now >= next_sweep_) {
     next_sweep_ = now + kSweepEach;
     clients_.EndSlow(now);
+    clients_.EndReadersOfOld(now, [this](const std::string* text) { return bodies_.IsSent(text); });
     streams_.DropGone();
   }
   if (now >= next_comment_) {
@@ -225,6 +226,7 @@ void HttpServer::OnEnd(void* /*server*/, MHD_Connection* connection, void** /*kn
   client->Since = Clock::now();
   client->IsBusy = false;
   client->IsStream = false;
+  client->Reading.reset();
 }
 
 MHD_Result HttpServer::OnRequest(void* server, MHD_Connection* connection, const char* path,
@@ -256,6 +258,8 @@ MHD_Result HttpServer::Take(MHD_Connection* connection, const char* path, const 
     return MHD_YES;  // called again once all of the request is here
   }
   client->IsStream = answer.IsEvents;
+  client->Reading = answer.Text;
+  client->ReadingSince = Clock::now();
   MHD_Response* const response = Respond(connection, answer);
   if (response == nullptr) {
     return MHD_NO;

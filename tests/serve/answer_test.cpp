@@ -6,7 +6,9 @@
 #include <sys/socket.h>
 #include <unistd.h>
 
+#include <array>
 #include <chrono>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -120,11 +122,17 @@ TEST_F(Answers, AreRefusalsWithAReasonWithoutAGoodRequest) {
   EXPECT_EQ(To({.Path = "/status.xml/"}).Status, 404U);
   EXPECT_EQ(To({.Path = "//status.xml"}).Status, 404U);
   EXPECT_EQ(To({.Path = "/../etc/passwd"}).Status, 404U);
+  EXPECT_EQ(To({.Path = "/history.json", .Query = {{"pat", "x"}}}).Status, 400U);
+  EXPECT_EQ(To({.Path = "/history.json", .Query = {{"path", ""}}}).Status, 400U);
+  serve::Request many = {.Path = "/history.json"};
+  many.Query.assign(65, {"path", "x"});
+  EXPECT_EQ(To(many).Status, 400U);
   EXPECT_THAT(*To({.Path = "/", .Hosts = {"evil.example"}}).Text, HasSubstr("--host"));
 }
 
 TEST_F(Answers, SayThatThereIsNoDocumentYet) {
-  for (const char* path : {"/status.xml", "/status.json", "/insight.json", "/healthz"}) {
+  for (const char* path :
+       {"/status.xml", "/status.json", "/insight.json", "/history.json", "/healthz"}) {
     const serve::Answer answer = To({.Path = path});
     EXPECT_EQ(answer.Status, 503U) << path;
     EXPECT_EQ(*answer.Text, "starting: the first cycle is not over\n") << path;
@@ -214,6 +222,43 @@ TEST(Clients, AreNotWaitedForLongerThanAMinute) {
   clients.Leave(client);
   close(sockets[0]);
   close(sockets[1]);
+}
+
+// The answers of a large display, one for each cycle, used to be kept for as many slow readers.
+TEST(Clients, ThatReadSlowlyKeepFewOldAnswers) {
+  serve::Clients clients;
+  constexpr std::size_t kCount = 6;
+  std::vector<std::array<int, 2>> sockets(kCount);
+  std::vector<std::shared_ptr<const std::string>> texts;
+  std::vector<serve::Client*> readers;
+  for (std::size_t at = 0; at < kCount; ++at) {
+    ASSERT_EQ(socketpair(AF_UNIX, SOCK_STREAM, 0, sockets[at].data()), 0);
+    texts.push_back(std::make_shared<const std::string>(std::size_t{3} << 20, 'x'));
+    readers.push_back(clients.Enter(sockets[at][0]));
+    readers.back()->Reading = texts.back();
+    readers.back()->ReadingSince += std::chrono::seconds(100 + at);
+  }
+  const auto closed = [&] {
+    std::string marks;
+    for (const auto& pair : sockets) {
+      char byte = 0;
+      marks += recv(pair[1], &byte, 1, MSG_DONTWAIT) == 0 ? 'c' : 'o';
+    }
+    return marks;
+  };
+  const auto end = [&](int seconds) {
+    clients.EndReadersOfOld(serve::Client::Clock::time_point(std::chrono::seconds(seconds)),
+                            [&](const std::string* text) { return text == texts[1].get(); });
+  };
+  end(102);
+  EXPECT_EQ(closed(), "oooooo");  // they have just begun
+  end(200);
+  EXPECT_EQ(closed(), "coccoo");  // the second one is still sent to others
+  for (std::size_t at = 0; at < kCount; ++at) {
+    clients.Leave(readers[at]);
+    close(sockets[at][0]);
+    close(sockets[at][1]);
+  }
 }
 
 TEST(IpAddress, OfOneMachineShareItsNetwork) {

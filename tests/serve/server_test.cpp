@@ -6,6 +6,7 @@
 
 #include <chrono>
 #include <csignal>
+#include <filesystem>
 #include <fstream>
 #include <map>
 #include <nlohmann/json.hpp>
@@ -221,6 +222,29 @@ TEST_F(Serve, KnowsSinceWhenAFindingHasBeenThere) {
   sandbox::SetRow("Sensor_07_Connected", "false");
   ASSERT_TRUE(Eventually([] { return Beginnings().size() == 2; }));
   EXPECT_GT(Beginnings().begin()->second, first);
+}
+
+// It used to be noticed by a cycle that failed.
+TEST_F(Serve, FollowsADatabaseThatTakesThePlaceOfTheOneItReads) {
+  const Server server;
+  ASSERT_TRUE(Eventually(&IsHealthy));
+  const std::string made = "/dev/shm/made.db";
+  std::filesystem::copy_file(sandbox::kDatabase, made);
+  std::filesystem::rename(made, sandbox::kDatabase);
+  sandbox::SetRow("GUID", "another");
+  EXPECT_TRUE(Eventually(
+      [] { return Get("/metrics").Body.find("guid=\"another\"") != std::string::npos; }));
+  EXPECT_THAT(Get("/metrics").Body, HasSubstr("\nstatuscollector_cycles_failed_total 0\n"));
+  EXPECT_EQ(server.Errors(), "");
+}
+
+// They used to be written after the end, one for each device and cycle.
+TEST_F(Serve, WritesNoNamesOfNetworkDevicesInEachCycle) {
+  Server server;
+  ASSERT_TRUE(Eventually(
+      [] { return Get("/overview.json").Body.find("\"Cycle\": 3,") != std::string::npos; }));
+  EXPECT_EQ(server.End(SIGTERM), 0);
+  EXPECT_EQ(server.Errors(), "");
 }
 
 TEST_F(Serve, EndsWithZeroOnSignals) {
