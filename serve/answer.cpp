@@ -29,6 +29,8 @@ constexpr Endpoint kEndpoints[] = {
     {"/", "text/html; charset=utf-8", Page::kStart},
     {"/page.css", "text/css; charset=utf-8", Page::kStyle},
     {"/page.js", "text/javascript; charset=utf-8", Page::kScript},
+    {"/curves.js", "text/javascript; charset=utf-8", Page::kCurves},
+    {"/elements.js", "text/javascript; charset=utf-8", Page::kElements},
     {"/icon.svg", "image/svg+xml", Page::kIcon},
     {"/overview.json", "application/json", Page::kOverview},
     {"/status.xml", "application/xml", Page::kXml},

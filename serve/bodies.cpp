@@ -144,6 +144,10 @@ Body Bodies::Render(Page page) const {
       return Make(kOk, kPageCss);
     case Page::kScript:
       return Make(kOk, kPageJs);
+    case Page::kCurves:
+      return Make(kOk, kCurvesJs);
+    case Page::kElements:
+      return Make(kOk, kElementsJs);
     case Page::kIcon:
       return Make(kOk, kIcon);
     case Page::kOverview:

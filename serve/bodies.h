@@ -20,6 +20,8 @@ enum class Page : std::size_t {
   kStart,
   kStyle,
   kScript,
+  kCurves,
+  kElements,
   kIcon,
   kOverview,
   kXml,
@@ -28,7 +30,7 @@ enum class Page : std::size_t {
   kMetrics,
   kHealth,
 };
-inline constexpr std::size_t kPages = 10;
+inline constexpr std::size_t kPages = 12;
 
 struct Body {
   unsigned int Status = 0;  // of HTTP

@@ -6,6 +6,8 @@ namespace serve {
 extern const char* const kPageHtml;
 extern const char* const kPageCss;
 extern const char* const kPageJs;
+extern const char* const kCurvesJs;
+extern const char* const kElementsJs;
 extern const char* const kIcon;
 
 }  // namespace serve

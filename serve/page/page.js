@@ -1,20 +1,7 @@
 "use strict";
 
-// ---- Elements. All text is inserted as text.
-
-const SVG = "http://www.w3.org/2000/svg";
-
-function fill(element, attributes, children) {
-  for (const [name, value] of Object.entries(attributes)) {
-    element.setAttribute(name, value);
-  }
-  element.append(...children);
-  return element;
-}
-const el = (name, attributes = {}, ...children) => fill(document.createElement(name), attributes, children);
-const svg = (name, attributes = {}, ...children) => fill(document.createElementNS(SVG, name), attributes, children);
-// Text that comes from rows and files: whatever turns its reading direction turns nothing else.
-const foreign = (text) => el("bdi", {}, String(text));
+import {curve, recall, remember} from "./curves.js";
+import {el, foreign, svg} from "./elements.js";
 
 // Replaces what stands in an element when it is another thing, so that a reader keeps the place.
 const drawn = new Map();
@@ -74,10 +61,23 @@ function drawFindings() {
       el("li", {class: "card finding " + finding.Severity},
         el("p", {class: "word"}, el("span", {class: finding.Severity}, finding.Severity)),
         el("p", {}, foreign(finding.Message + (finding.Where === "" ? "" : ", " + finding.Where))),
-        el("p", {class: "faint"}, finding.Since === overview.First ? "since before " : "since ", el("time", {datetime: finding.Since}, localTime(finding.Since))),
+        el("p", {class: "faint"}, finding.Before ? "since before " : "since ", el("time", {datetime: finding.Since}, localTime(finding.Since))),
         ...(finding.Hint === "" ? [] : [el("p", {class: "faint"}, "look at: ", foreign(finding.Hint))]),
         ...(finding.Path === "" ? [] : [el("p", {class: "faint"}, foreign(finding.Path))]))));
   });
+}
+
+function drawEnded() {
+  const count = overview.EndedCount;
+  document.getElementById("ended-count").textContent = count === 0 ? "None." : count === 1 ? "1 finding" : `${count} findings` +
+    (count > overview.Ended.length ? `; the latest ${overview.Ended.length}` : "");
+  draw("ended", overview.Ended, () => el("ul", {class: "grid"}, ...overview.Ended.map((finding) =>
+    el("li", {class: "card"},
+      el("p", {}, `${finding.Severity}: `, foreign(finding.Message + (finding.Where === "" ? "" : ", " + finding.Where))),
+      el("p", {class: "faint"}, finding.Before ? "from before " : "from ",
+        el("time", {datetime: finding.Begin}, localTime(finding.Begin)), " to ",
+        el("time", {datetime: finding.End}, localTime(finding.End))),
+      ...(finding.Path === "" ? [] : [el("p", {class: "faint"}, foreign(finding.Path))])))));
 }
 
 // ---- The display
@@ -132,54 +132,52 @@ function drawOutput(output, at) {
 
 // ---- Sensors
 
-// What was read since the page was opened, by path and field.
-const curves = new Map();
-const MOST_POINTS = 240;
-
-function remember(path, value) {
-  const points = curves.get(path) ?? [];
-  points.push(value);
-  if (points.length > MOST_POINTS) {
-    points.shift();
-  }
-  curves.set(path, points);
-}
-
-function curve(path, name) {
-  const points = curves.get(path) ?? [];
-  const [least, most] = [Math.min(...points), Math.max(...points)];
-  const spread = most - least || 1;
-  return svg("svg", {class: "curve", viewBox: "0 0 100 20", preserveAspectRatio: "none", role: "img",
-    "aria-label": `${name} since this page was opened: from ${least} to ${most}`},
-  svg("polyline", {points: points.map((value, at) =>
-    `${points.length < 2 ? 0 : at * 100 / (points.length - 1)},${19 - 18 * (value - least) / spread}`).join(" ")}));
-}
-
 const readingsOf = (sensor) => Object.entries(sensor).filter(([name, value]) => !NO_READINGS.has(name) &&
   (typeof value !== "object" || (Array.isArray(value) && typeof value[0] === "number")));
 
+const mainOf = (sensor) => readingsOf(sensor).find(([name, value]) => name in UNITS && typeof value === "number");
+
 function drawSensor([sensor, path, where]) {
-  const readings = readingsOf(sensor);
-  const main = readings.find(([name, value]) => name in UNITS && typeof value === "number");
+  const main = mainOf(sensor);
   return el("li", {class: "card", "data-path": path},
     el("h3", {}, `${kind(sensor.Class)}, ${where}${sensor.Address === undefined ? "" : ", address " + sensor.Address}`),
     list([
       ["connected", sensor.Connected ? "yes" : "no"],
-      ...(sensor.Connected ? readings.map(([name, value]) =>
+      ...(sensor.Connected ? readingsOf(sensor).map(([name, value]) =>
         [words(name), shown(Array.isArray(value) ? value.join(", ") : value, path + "/" + name, UNITS[name])]) : []),
     ]),
-    ...(main && sensor.Connected ? [curve(path + "/" + main[0], words(main[0]))] : []));
+    ...(main ? curve(path + "/" + main[0], words(main[0]), UNITS[main[0]]) : []));
+}
+
+const plainSensors = () => allSensors().filter(([sensor]) => sensor.Points === undefined);
+
+// What the curves are of, and when: another sensor at a path, a clock that was set, and a server that was started again
+// make them other ones.
+let recalled = null;
+let clock = null;
+
+async function rememberAll() {
+  const of = plainSensors().map(([sensor, path]) => [path, sensor.Class, sensor.Address, mainOf(sensor)?.[0]]);
+  const time = Date.parse(overview.Began) / 1000;
+  const now = performance.now() / 1000;
+  const known = clock !== null && Math.abs(time - clock.time - (now - clock.now)) < 5 && overview.Cycle >= clock.cycle;
+  clock = {time, now, cycle: overview.Cycle};
+  const key = JSON.stringify(of);
+  if (!known || key !== recalled) {
+    recalled = key;
+    await recall(of.filter(([, , , name]) => name !== undefined).map(([path, , , name]) => path + "/" + name));
+  }
+  for (const [sensor, path] of plainSensors()) {
+    const main = mainOf(sensor);
+    if (main) {
+      const there = sensor.Connected && isReported(path + "/" + main[0]);
+      remember(path + "/" + main[0], time, there ? main[1] : null, overview.Interval);
+    }
+  }
 }
 
 function drawSensors() {
-  const sensors = allSensors().filter(([sensor]) => sensor.Points === undefined);
-  for (const [sensor, path] of sensors) {
-    for (const [name, value] of readingsOf(sensor)) {
-      if (typeof value === "number") {
-        remember(path + "/" + name, value);
-      }
-    }
-  }
+  const sensors = plainSensors();
   draw("sensors", [sensors, overview.Cycle, overview.NotReported], () => sensors.length === 0 ? el("p", {}, "There are none.")
     : el("ul", {class: "grid"}, ...sensors.map(drawSensor)));
 }
@@ -302,6 +300,7 @@ function drawAll() {
   document.title = title;
   document.getElementById("time").textContent = `As of ${localTime(overview.Began)}; a new cycle each ${overview.Interval} s.`;
   drawFindings();
+  drawEnded();
   draw("picture", [status.Outputs, overview.NotReported], () => status.Outputs.flatMap(drawOutput));
   drawSensors();
   drawBoards();
@@ -315,6 +314,7 @@ async function load() {
   overview = await newOverview.json();
   if (newStatus.ok && overview.Findings !== undefined) {
     status = await newStatus.json();
+    await rememberAll().catch(() => {});
     drawAll();
   }
   judge();
