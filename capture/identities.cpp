@@ -144,11 +144,28 @@ class Finder {
 
   void FindInInterfaces(const Cycle& cycle) {
     for (const InterfaceEntry& entry : cycle.Interfaces) {
+      FindInName(entry.Texts.at(entry::kName));
       FindAddresses(entry.Texts.at(entry::kAddress));
       FindAddresses(entry.Texts.at(entry::kBroadcast));
     }
     for (const auto& [interface, address] : cycle.HardwareAddresses) {
       FindAddresses(address.Text);
+    }
+  }
+
+  // "enx001a2b3c4d5e" is called after its hardware address, or the one that it had at first.
+  void FindInName(const std::string& interface) {
+    constexpr std::size_t kDigits = 12;
+    const std::size_t begin = interface.size() < kDigits ? 0 : interface.size() - kDigits;
+    if (begin == 3 && interface[2] == 'x' &&
+        interface.find_first_not_of("0123456789abcdef", begin) == std::string::npos) {
+      Add(ParseStation(std::string_view(interface).substr(begin)));
+    }
+  }
+
+  void Add(StationAddress address) {
+    if (!IsCommon(address)) {
+      found_.Stations.insert(address);
     }
   }
 
@@ -167,10 +184,7 @@ class Finder {
       return Keep(token);
     });
     RewriteStations(text, [this](std::string_view token) {
-      const StationAddress address = ParseStation(token);
-      if (!IsCommon(address)) {
-        found_.Stations.insert(address);
-      }
+      Add(ParseStation(token));
       return Keep(token);
     });
     RewriteUuids(text, [this](std::string_view token) {

@@ -16,8 +16,10 @@ namespace {
 namespace paths = hardware::paths;
 
 constexpr std::string_view kGuid = " GUID=\"";
-constexpr std::size_t kLongestValue = 511;  // of a row, in bytes, as a handler gets it
-const std::string kMark(1, '\0');           // stands in no document
+// Of a row, in bytes, as a handler gets it.
+constexpr std::size_t kLongestKey = 127;
+constexpr std::size_t kLongestValue = 511;
+const std::string kMark(1, '\0');  // stands in no document
 
 // The attribute that begins with `name`, with its value; "" when there is none.
 std::string AttributeIn(const std::string& document, std::string_view name) {
@@ -33,6 +35,13 @@ std::string GuidAttribute(const std::string& guid) {
   QtSts::CStatus status;
   status.GUID = guid;
   return AttributeIn(QtSts::WriteDocument(status), kGuid);
+}
+
+// As a document has it.
+std::string Escaped(const std::string& text) {
+  const std::string attribute = GuidAttribute(text);
+  return attribute.empty() ? ""
+                           : attribute.substr(kGuid.size(), attribute.size() - kGuid.size() - 1);
 }
 
 std::string SerialAttribute(std::uint32_t number) {
@@ -83,12 +92,30 @@ void Redaction::Apply(Recording* recording) const {
   for (Cycle& cycle : recording->Cycles) {
     Apply(&cycle);
   }
+  if (recording->Stopped && recording->Stopped->Last) {
+    std::string& source = recording->Stopped->Last->Source;
+    source = text_.Words(source);
+  }
+}
+
+// The names of interfaces have hardware addresses in them, "enx001a2b3c4d5e".
+template <class Map>
+void Redaction::Rename(Map* map) const {
+  Map renamed;
+  for (auto& [name, what] : *map) {
+    renamed.insert_or_assign(text_.Words(name), std::move(what));
+  }
+  *map = std::move(renamed);
 }
 
 void Redaction::Apply(Cycle* cycle) const {
+  const std::vector<Cut> cuts = CutsOf(*cycle);
   for (auto& [path, file] : cycle->Files) {
     for (Reading& reading : file.Readings) {
       reading.Bytes = FileBytes(path, reading.Bytes);
+      if (reading.GoesOn || reading.ReadError != 0) {
+        reading.Bytes = text_.End(reading.Bytes);
+      }
     }
     for (std::string& link : file.Links) {
       link = text_.Text(link);
@@ -101,13 +128,18 @@ void Redaction::Apply(Cycle* cycle) const {
       }
     }
   }
+  Rename(&cycle->Files);
   for (InterfaceEntry& entry : cycle->Interfaces) {
-    for (const std::size_t which : {entry::kAddress, entry::kBroadcast}) {
+    for (const std::size_t which : {entry::kName, entry::kAddress, entry::kBroadcast}) {
       entry.Texts.at(which) = text_.Text(entry.Texts.at(which));
     }
   }
   for (auto& [interface, address] : cycle->HardwareAddresses) {
     address.Text = text_.Text(address.Text);
+  }
+  Rename(&cycle->HardwareAddresses);
+  for (std::string& interface : cycle->WithoutText) {
+    interface = text_.Words(interface);
   }
   for (Row& row : cycle->Rows) {
     Apply(&row);
@@ -117,6 +149,45 @@ void Redaction::Apply(Cycle* cycle) const {
   }
   if (cycle->Document) {
     cycle->Document = Document(*cycle);
+    for (const Cut& cut : cuts) {
+      ReplaceCut(cut, &*cycle->Document);
+    }
+  }
+}
+
+// What a handler got of long keys and values, when a value to replace goes on after that.
+std::vector<Redaction::Cut> Redaction::CutsOf(const Cycle& cycle) const {
+  std::vector<Cut> cuts;
+  const auto add = [&](const std::optional<std::string>& text, std::size_t length) {
+    if (text && text->size() > length) {
+      const std::string now = text_.Text(*text).substr(0, length);
+      const Cut cut = {Escaped(text_.Text(text->substr(0, length))), Escaped(now)};
+      if (cut.There != cut.Now) {
+        cuts.push_back(cut);
+      }
+    }
+  };
+  for (const Row& row : cycle.Rows) {
+    add(row.Key, kLongestKey);
+    add(row.Value, kLongestValue);
+  }
+  return cuts;
+}
+
+// An attribute that has the end of the text has the beginning of the value that was cut.
+void Redaction::ReplaceCut(const Cut& cut, std::string* document) {
+  constexpr std::size_t kLeast = 5;  // a shorter one may have that from elsewhere
+  const auto [there, now] = std::ranges::mismatch(cut.There, cut.Now);
+  const std::string_view left(there, cut.There.end());
+  const std::string_view instead(now, cut.Now.end());
+  for (std::size_t at = document->find("=\""); at != std::string::npos;
+       at = document->find("=\"", at)) {
+    at += 2;
+    const std::size_t end = std::min(document->find('"', at), document->size());
+    const std::string_view value = std::string_view(*document).substr(at, end - at);
+    if (value.size() >= std::max(kLeast, left.size()) && cut.There.ends_with(value)) {
+      document->replace(end - left.size(), left.size(), instead);
+    }
   }
 }
 

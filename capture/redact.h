@@ -33,8 +33,18 @@ class Redaction {
   void Check(const Entries& contents) const;
 
  private:
+  // A text in the spelling of documents, as far as a handler got it.
+  struct Cut {
+    std::string There = {};  // where it is replaced text by text
+    std::string Now = {};    // what a handler gets afterwards
+  };
+
   void Apply(Cycle* cycle) const;
+  std::vector<Cut> CutsOf(const Cycle& cycle) const;
+  static void ReplaceCut(const Cut& cut, std::string* document);
   void Apply(Row* row) const;
+  template <class Map>
+  void Rename(Map* map) const;
   std::string Guid(const std::string& text) const;
   std::string FileBytes(const std::string& path, const std::string& bytes) const;
   std::int64_t Number(std::int64_t number) const;

@@ -104,10 +104,11 @@ std::string TextRedactor::Words(std::string_view text) const {
     const auto made = Find(pseudonyms_.Stations, ParseStation(token));
     return made ? std::optional(InTheSpellingOf(token, *made)) : std::nullopt;
   });
-  return RewriteIPv4(result, [this](auto token) -> std::optional<std::string> {
+  result = RewriteIPv4(result, [this](auto token) -> std::optional<std::string> {
     const auto made = Find(pseudonyms_.Version4, *ParseIPv4(token));
     return made ? std::optional(TextOf(*made)) : std::nullopt;
   });
+  return spellings_.Replace(result, false);
 }
 
 std::string TextRedactor::Numbers(std::string_view text) const {
@@ -116,13 +117,24 @@ std::string TextRedactor::Numbers(std::string_view text) const {
     const auto made = number ? Number(*number) : std::nullopt;
     return made ? std::optional(std::to_string(*made)) : std::nullopt;
   });
-  return RewriteHexadecimal(result, [this](auto token) { return Hexadecimal(token); });
+  return spellings_.Replace(
+      RewriteHexadecimal(result, [this](auto token) { return Hexadecimal(token); }), true);
 }
 
 std::string TextRedactor::Text(std::string_view text) const {
+  constexpr int kMostEncodings = 2;  // one within the other
+  return Decoded(text, kMostEncodings);
+}
+
+std::string TextRedactor::Decoded(std::string_view text, int encodings) const {
   std::string result = Words(text);
-  for (const auto rewrite : {&RewritePercent, &RewriteBase64, &RewriteHexadecimalText}) {
-    result = rewrite(result, [this](std::string_view decoded) { return Numbers(Words(decoded)); });
+  if (encodings > 0) {
+    for (const auto rewrite : {&RewriteEscapes, &RewriteBase64, &RewriteHexadecimalText,
+                               &RewritePairs, &RewriteWideText}) {
+      result = rewrite(result, [this, encodings](std::string_view decoded) {
+        return Decoded(decoded, encodings - 1);
+      });
+    }
   }
   return Numbers(result);
 }

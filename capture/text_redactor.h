@@ -7,13 +7,14 @@
 #include <string_view>
 
 #include "capture/pseudonyms.h"
+#include "capture/spellings.h"
 
 namespace capture {
 
 class TextRedactor {
  public:
   TextRedactor(const Identities& identities, const Pseudonyms& pseudonyms)
-      : identities_(identities), pseudonyms_(pseudonyms) {}
+      : identities_(identities), pseudonyms_(pseudonyms), spellings_(identities, pseudonyms) {}
 
   // Addresses in each spelling, in hexadecimal and as numbers; words; the serial number as a
   // number. Also where the text is in percent signs, base64 or hexadecimal.
@@ -22,15 +23,20 @@ class TextRedactor {
   // The same, without numbers that are not written as addresses.
   std::string Words(std::string_view text) const;
 
+  // `text`, which may end within a value, with the beginning of that replaced.
+  std::string End(std::string_view text) const { return spellings_.ReplaceEnd(text); }
+
   // What stands for a number that is the serial number or an address; nothing: the number itself.
   std::optional<std::uint64_t> Number(std::uint64_t number) const;
 
  private:
+  std::string Decoded(std::string_view text, int encodings) const;
   std::string Numbers(std::string_view text) const;
   std::optional<std::string> Hexadecimal(std::string_view token) const;
 
   const Identities& identities_;
   const Pseudonyms& pseudonyms_;
+  const Spellings spellings_;
 };
 
 }  // namespace capture

@@ -267,6 +267,52 @@ TEST_F(CaptureTest, GivesTheDocumentOfItsSourcesWhenItIsRedacted) {
   }
 }
 
+// An interface that is called after its hardware address once kept its name.
+TEST_F(CaptureTest, RenamesInterfacesThatAreCalledAfterTheirHardwareAddress) {
+  Load("demo")
+      .Interface({.Name = "enx0a1b2c3d4e5f",
+                  .Mac = "02:00:00:00:00:05",
+                  .Addresses = {{.Prefix = "10.77.0.5/24", .Broadcast = "10.77.0.255"}}})
+      .File("/sys/class/net/enx0a1b2c3d4e5f/carrier", "1\n")
+      .File("/dev/shm/netlink-enx0a1b2c3d4e5f", "100\n")
+      .Row("TtableTitle", "at enx0A1B2C3D4E5F")
+      .Apply();
+  const Entries plain = CaptureNow();
+  EXPECT_THAT(plain.at("document.xml").Bytes, HasSubstr("\"enx0a1b2c3d4e5f\""));
+  const Entries capture = CaptureNow({"--redact"});
+  for (const auto& [name, entry] : capture) {
+    EXPECT_EQ(Upper(name + entry.Bytes).find("0A1B2C3D4E5F"), std::string::npos) << name;
+  }
+  EXPECT_THAT(capture.at("document.xml").Bytes, HasSubstr("\"enx"));
+  ExpectTheDocumentAgain(capture);
+}
+
+// Of a value that a row is too long for, the document once had the beginning.
+TEST_F(CaptureTest, LeavesNoBeginningOfAValueWhereARowIsCut) {
+  const std::string guid = "6f1c0d52-8a3e-4b7e-9d3f-2c51a0e4b7d8";
+  for (const std::string& value : {std::string("192.168.0.20"), guid}) {
+    for (const std::size_t left : {std::size_t{9}, std::size_t{11}}) {
+      Load("demo")
+          .Row("TtableTitle", std::string(511 - left, 'x') + value + " and more")
+          .File("/etc/resolv.conf", "nameserver 192.168.0.20\n")
+          .Apply();
+      const Entries capture = CaptureNow({"--redact"});
+      EXPECT_THAT(
+          capture.at("document.xml").Bytes,
+          testing::AllOf(HasSubstr("xxx"), testing::Not(HasSubstr("xxx" + value.substr(0, left)))))
+          << left;
+      ExpectTheDocumentAgain(capture);
+    }
+  }
+}
+
+TEST_F(CaptureTest, LeavesNoBeginningOfAValueWhereAFileIsCut) {
+  Load("demo").File("/proc/meminfo", std::string(2040, ' ') + "00:1a:2b:3c:4d:5e").Apply();
+  EXPECT_THAT(CaptureNow().at("root/proc/meminfo").Bytes, testing::EndsWith("00:1a:2b"));
+  EXPECT_THAT(CaptureNow({"--redact"}).at("root/proc/meminfo").Bytes,
+              testing::Not(testing::EndsWith("00:1a:2b")));
+}
+
 TEST_F(CaptureTest, OfAGeneratedControllerGivesItsDocumentWhenItIsRedacted) {
   const unsigned count = static_cast<unsigned>(reliability::Repetitions(10, 200));
   for (unsigned seed = 1000; seed < 1000 + count; ++seed) {

@@ -15,6 +15,7 @@ using capture::MakePseudonyms;
 using capture::Pseudonyms;
 using capture::TextOf;
 using testing::ElementsAre;
+using testing::HasSubstr;
 using testing::IsEmpty;
 
 using Rewriter = std::string (*)(std::string_view, const capture::Use&);
@@ -75,7 +76,7 @@ TEST(Encodings, AreKeptWhereTheirTextIsReplaced) {
     const std::size_t place = other.find("10.0.0.1");
     return place == std::string::npos ? other : other.replace(place, 8, "10.7.7.77");
   };
-  EXPECT_EQ(capture::RewritePercent("a 10%2E0%2E0%2e1?x b%20c 100%", swap),
+  EXPECT_EQ(capture::RewriteEscapes("a 10%2E0%2E0%2e1?x b%20c 100%", swap),
             "a 10%2E7%2E7%2E77?x b%20c 100%");
   EXPECT_EQ(capture::RewriteBase64("at MTAuMC4wLjE= ordinary", swap), "at MTAuNy43Ljc3= ordinary");
   EXPECT_EQ(capture::RewriteHexadecimalText("<31302e302e302e31>", swap), "<31302e372e372e3737>");
@@ -136,6 +137,105 @@ TEST(Pseudonyms, AreOfTheKindOfWhatTheyStandFor) {
     EXPECT_EQ(made.Stations.at(0x021A2B3C4D5EU) >> 40 & 3, 2U);
     EXPECT_THAT(made.Words.begin()->second,
                 testing::MatchesRegex("[0-9a-f-]{14}4[0-9a-f]{3}-9[0-9a-f]{3}-[0-9a-f]{12}"));
+  }
+}
+
+// A controller with one identity of each kind.
+capture::Recording Known() {
+  capture::Recording recording;
+  capture::Cycle& cycle = recording.Cycles.emplace_back();
+  const auto add = [&cycle](const std::string& path, const std::string& bytes) {
+    cycle.Files[path].Readings.push_back({.Bytes = bytes});
+  };
+  add("/home/Zet/.settings/uuid", "6f1c0d52-8a3e-4b7e-9d3f-2c51a0e4b7d8\n");
+  add("/home/Zet/.settings/serial#", "0x0047B1A2\n");
+  add("/etc/resolv.conf", "search display.example\nnameserver 192.168.47.20\n");
+  cycle.Interfaces.push_back({.Texts = {"enx001a2b3c4d5e", "link", "00:1A:2B:3C:4D:5E", "", ""}});
+  cycle.Interfaces.push_back({.Texts = {"enx001a2b3c4d5e", "IPv6", "2001:db8::47:20", "64", ""}});
+  return recording;
+}
+
+struct Form {
+  std::string Text;    // as somebody writes it
+  std::string Secret;  // what must not be left of it
+};
+
+// What is written in none of the forms that were looked for stayed once.
+TEST(Redaction, ReplacesEveryFormInWhichSomebodyWritesAValue) {
+  const Form forms[] = {
+      {"192.168.047.020", "047.020"},
+      {"host-192-168-47-20", "168-47-20"},
+      {"host_192_168_47_20", "168_47_20"},
+      {"192.168.47.20.443", "47.20"},
+      {"1.192.168.47.20", "47.20"},
+      {"[::ffff:192.168.47.20]", "47.20"},
+      {"::ffff:c0a8:2f14", "2f14"},
+      {"0xc0.0xa8.0x2f.0x14", "0x2f.0x14"},
+      {"int -1062719724", "1062719724"},
+      {"20.47.168.192.in-addr.arpa", "20.47.168.192"},
+      {"sn_c0a82f14", "c0a82f14"},
+      {"iC0A82F14x", "C0A82F14"},
+      {"0:1a:2b:3c:4d:5e", "1a:2b:3c:4d:5e"},
+      {"00 1a 2b 3c 4d 5e", "1a 2b 3c 4d 5e"},
+      {"00_1A_2B_3C_4D_5E", "1A_2B_3C_4D_5E"},
+      {"001a2b-3c4d5e", "3c4d5e"},
+      {"enx001a2b3c4d5e", "001a2b3c4d5e"},
+      {"mac001A2B3C4D5Eend", "001A2B3C4D5E"},
+      {"number 112394521950", "112394521950"},
+      {"id6f1c0d52-8a3e-4b7e-9d3f-2c51a0e4b7d8x", "6f1c0d52"},
+      {"id_6f1c0d528a3e4b7e9d3f2c51a0e4b7d8", "6f1c0d52"},
+      {"{6F1C0D52-8A3E-4B7E-9D3F-2C51A0E4B7D8}", "6F1C0D52"},
+      {"6f1c0d52 8a3e 4b7e 9d3f 2c51a0e4b7d8", "6f1c0d52"},
+      {"SN0047B1A2", "47B1A2"},
+      {"sn47b1a2", "47b1a2"},
+      {"S4698530", "4698530"},
+      {"display_example www_display.example_x", "display.example"},
+      {"2001:db8:0:0:0:0:47:20", "47:20"},
+      {"2001:0DB8::0047:0020", "0047:0020"},
+      {"20010db8000000000000000000470020", "00470020"},
+      {"x20010db8000000000000000000470020x", "00470020"},
+      {"0.2.0.0.7.4.0.0.0.0.0.0.0.0.0.0.0.0.0.0.0.0.0.0.8.b.d.0.1.0.0.2.ip6.arpa", "0.2.0.0.7.4"},
+      {"&#49;&#57;&#50;.168.47.20", "47.20"},
+      {"31 39 32 2e 31 36 38 2e 34 37 2e 32 30", "34 37 2e 32 30"},
+      {"31:39:32:2e:31:36:38:2e:34:37:2e:32:30", "34:37:2e:32:30"},
+      {"\\x31\\x39\\x32\\x2e168\\x2e47\\x2e20", "47\\x2e20"},
+      {std::string("1\0"
+                   "9\0"
+                   "2\0"
+                   ".\0"
+                   "1\0"
+                   "6\0"
+                   "8\0"
+                   ".\0"
+                   "4\0"
+                   "7\0"
+                   ".\0"
+                   "2\0"
+                   "0\0",
+                   26),
+       std::string("4\0"
+                   "7\0"
+                   ".\0"
+                   "2\0"
+                   "0",
+                   9)},
+      {std::string("\x14\x2f\xa8\xc0", 4), "\x14\x2f\xa8\xc0"},
+      {std::string("\xc0\xa8\x2f\x14", 4), "\xc0\xa8\x2f\x14"},
+      {std::string("a\x00\x1a\x2b\x3c\x4d\x5e", 7), "\x1a\x2b\x3c\x4d\x5e"},
+      {"data/MTkyLjE2OC40Ny4yMA==", "E2OC40Ny4yM"},
+      {"x+yMTkyLjE2OC40Ny4yMA==", "E2OC40Ny4yM"},
+      {"f3139322e3136382e34372e3230", "34372e3230"},
+      {"%2531%2539%2532%252e168%252e47%252e20", "47%252e20"},
+  };
+  std::mt19937_64 random(1);
+  for (const Form& form : forms) {
+    capture::Recording recording = Known();
+    recording.Cycles[0].Rows.push_back({"Row", form.Text});
+    recording.Cycles[0].Files["/proc/meminfo"].Readings.push_back({.Bytes = form.Text});
+    const capture::Redaction redaction(recording, "", &random);
+    redaction.Apply(&recording);
+    EXPECT_THAT(*recording.Cycles[0].Rows[0].Value, testing::Not(HasSubstr(form.Secret)))
+        << form.Text;
   }
 }
 
