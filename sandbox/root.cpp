@@ -34,6 +34,9 @@ struct Link {
 // descriptor before this path is covered, so a source tree below it does no harm.
 constexpr const char* kStage = "/tmp";
 
+// What /tmp is in the sandbox.
+constexpr const char* kTemporary = "/.sandbox/tmp";
+
 constexpr std::array kSystem = {"/usr", "/etc/alternatives", "/etc/ld.so.cache"};
 // Links into /usr on most systems, folders on some.
 constexpr std::array kBesideUsr = {"/bin", "/lib", "/lib32", "/lib64", "/libx32", "/sbin"};
@@ -148,7 +151,11 @@ void BuildStage(const std::string& stage, std::uint64_t bytes, const std::vector
   }
   MountTmpfs(stage + "/.sandbox", "mode=755");
   MountTmpfs(stage + "/dev", "mode=755");
-  MountTmpfs(stage + "/tmp", "mode=1777");
+  // So what is bound in place of it is known for somebody else's.
+  fs::create_directory(stage + kTemporary);
+  fs::permissions(stage + kTemporary, fs::perms::all | fs::perms::sticky_bit);
+  Check(mount((stage + kTemporary).c_str(), (stage + "/tmp").c_str(), nullptr, MS_BIND, nullptr),
+        "mount", "/tmp");
   Check(
       mount("proc", (stage + "/.proc").c_str(), "proc", MS_NOSUID | MS_NODEV | MS_NOEXEC, nullptr),
       "mount the process file system");
@@ -240,8 +247,8 @@ std::vector<Bind> PlanBinds(const std::vector<fs::path>& writable) {
       wanted, [](const Bind& bind) { return fs::is_symlink(bind.Path) || !fs::exists(bind.Path); });
   for (const fs::path& path : writable) {
     wanted.push_back({fs::canonical(path), true});
-    if (wanted.back().Path == "/") {
-      throw fs::filesystem_error("the root cannot be shared with a sandbox", path,
+    if (wanted.back().Path == "/" || wanted.back().Path == "/dev") {
+      throw fs::filesystem_error("the root and /dev cannot be shared with a sandbox", path,
                                  std::make_error_code(std::errc::invalid_argument));
     }
   }
@@ -294,8 +301,10 @@ void RequireFixturePlace(const std::string& path) {
       folder = folder.parent_path();
     }
   }
-  own = own && (status.st_dev == DeviceOf("/") || status.st_dev == DeviceOf("/dev") ||
-                status.st_dev == DeviceOf("/tmp"));
+  own = own &&
+        (status.st_dev == DeviceOf("/") || status.st_dev == DeviceOf("/dev") ||
+         (status.st_dev == DeviceOf(kTemporary) &&
+          (path == "/tmp" || IsBelow(fs::weakly_canonical(named.parent_path()).native(), "/tmp"))));
   if (!own) {
     throw std::runtime_error(path + ": not a place for a file of a scenario");
   }

@@ -104,6 +104,22 @@ TEST_F(ControllerBox, OnlyTheCommandWritesIntoABoundFolder) {
   EXPECT_EQ("of the outside", text.str());
 }
 
+// A scenario once wrote to the machine's /tmp, and would have emptied its /dev.
+TEST_F(ControllerBox, AScenarioWritesIntoNoFolderOfTheBoxThatIsBound) {
+  const fs::path there = "/tmp/of-a-scenario";
+  Write("scenario/root" + there.string(), "scenario");
+  const std::string scenario = "--scenario " + (folder_ / "scenario").string();
+  const Outcome outcome = Box(scenario + " --bind /tmp true");
+  EXPECT_EQ(125, outcome.Status);
+  EXPECT_THAT(outcome.Output, HasSubstr("/tmp: not a place for a file of a scenario"));
+  EXPECT_FALSE(fs::exists(there));
+  fs::remove(there);
+  EXPECT_EQ(0, Box(scenario + " -- test -s " + there.string()).Status);
+  const Outcome nodes = Box("--bind /dev true");
+  EXPECT_EQ(125, nodes.Status);
+  EXPECT_THAT(nodes.Output, HasSubstr("the root and /dev cannot be shared"));
+}
+
 TEST_F(ControllerBox, StandardInputReachesTheCommand) {
   EXPECT_EQ("hello\n",
             RunCommand("echo hello | " + test_support::ControllerBox() + " -- cat").Output);
