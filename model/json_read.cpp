@@ -39,6 +39,11 @@ class JsonReader {
       : scanner_(text), error_(*error), reader_(CStatus::Class, status, &fault_) {}
 
   bool Read() {
+    const std::size_t begin = scanner_.Position();
+    if (scanner_.Next() != '{') {
+      const bool is_value = scanner_.Skip() && scanner_.TakeEnd();
+      return is_value ? Fail(begin, "", "JSON, but not an object") : FailAsScanner();
+    }
     return ReadObject(CStatus::Class, CStatus::Class.Name, kInsight) &&
            (scanner_.TakeEnd() || FailAsScanner());
   }

@@ -45,7 +45,9 @@ bool ReadNode(XmlReader& reader, xmlNode* node) {
   }
   reader.Begin(Text(node->name), node->ns != nullptr, attributes, xmlGetLineNo(node));
   for (xmlNode* child = node->children; child != nullptr && !reader.Failed(); child = child->next) {
-    if (child->type != XML_ELEMENT_NODE) {
+    if (child->type == XML_PI_NODE) {
+      reader.Instruction();
+    } else if (child->type != XML_ELEMENT_NODE) {
       const bool ignored = child->type == XML_COMMENT_NODE || xmlIsBlankNode(child) == 1;
       reader.Text(ignored ? "" : "text");
     } else if (!ReadNode(reader, child)) {
@@ -130,7 +132,7 @@ void Between(void* parser, const xmlChar* text, int length) {
 }
 
 void Instruction(void* parser, const xmlChar*, const xmlChar*) {
-  Guarded(parser, [](Parsing& parsing) { parsing.Reader.Text("<?"); });
+  Guarded(parser, [](Parsing& parsing) { parsing.Reader.Instruction(); });
 }
 
 // The parser keeps no tree: it gives the reader what it meets.

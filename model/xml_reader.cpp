@@ -154,8 +154,16 @@ bool XmlReader::ReadScalar(const Open& object, const Field& field, void* part,
 }
 
 void XmlReader::Text(std::string_view text) {
-  if (!failed_ && !open_.empty() && text.find_first_not_of(" \t\r\n") != std::string_view::npos) {
-    Fail(open_.back().Name, open_.back().Line, "", "text where only elements may stand");
+  if (text.find_first_not_of(" \t\r\n") != std::string_view::npos) {
+    FailBetween("text");
+  }
+}
+
+void XmlReader::Instruction() { FailBetween("processing instruction"); }
+
+void XmlReader::FailBetween(const std::string& what) {
+  if (!failed_ && !open_.empty()) {
+    Fail(open_.back().Name, open_.back().Line, "", what + " where only elements may stand");
   }
 }
 

@@ -29,6 +29,8 @@ class XmlReader {
              long line);
   // Between the elements; a blank is no fault.
   void Text(std::string_view text);
+  // A processing instruction; outside of the outermost element it is no fault.
+  void Instruction();
   void End();
 
   bool Failed() const { return failed_; }
@@ -46,6 +48,7 @@ class XmlReader {
   };
 
   void Fail(const char* element, long line, const char* attribute, std::string message);
+  void FailBetween(const std::string& what);  // of what stands between the elements
   void BeginField(const char* name, std::span<const XmlAttribute> attributes, long line);
   void BeginElement(const char* name, std::span<const XmlAttribute> attributes, long line);
   void BeginObject(Open object, std::span<const XmlAttribute> attributes);

@@ -346,6 +346,16 @@ TEST(ReadJson, RefusesWhatIsNestedWithoutEnd) {
   EXPECT_EQ(Refusal(With("\"GUID\"", "\"Insight\": {\"A\": [[[[[[[]]]]]]]}, \"GUID\"")), "");
 }
 
+// They used to be "not JSON".
+TEST(ReadJson, SaysOfAnotherValueThatItIsNoObject) {
+  for (const char* text : {"[]", "null", "5", "\"text\"", " [{}] "}) {
+    EXPECT_EQ(Refusal(text), "line 1: JSON, but not an object") << text;
+  }
+  for (const char* text : {"", "[", "[] []", "nothing"}) {
+    EXPECT_THAT(Refusal(text), HasSubstr("not JSON")) << text;
+  }
+}
+
 TEST(ReadJson, RefusesATextThatIsTooLarge) {
   const std::string text(QtSts::kMaximumDocumentSize + 1, ' ');
   EXPECT_THAT(Refusal(text), StartsWith("not a document: larger than "));

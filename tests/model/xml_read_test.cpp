@@ -110,6 +110,8 @@ TEST(ReadDocument, NamesElementAttributeAndLineOfAFault) {
       {"<Compositors/>", "<Compositors/>text", "<Status> text where only elements may stand"},
       {"<Compositors/>", "<Compositors>text</Compositors>",
        "<Compositors> text where only elements may stand"},
+      {"<Compositors/>", "<?now do?><Compositors/>",
+       "<Status> processing instruction where only elements may stand"},
       {"<Compositors/>", "<Compositors Count=\"1\"/>",
        "<Compositors> attribute Count: unknown attribute"},
       {"<Compositors/>", "<Compositors><Area Width=\"1\" Height=\"1\"/></Compositors>",
