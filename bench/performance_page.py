@@ -98,7 +98,7 @@ def reaches(f):
 def reasons(f):
     """Of the rows of the table that are not reached: why, with figures of the same run."""
     parts, counts = demo_parts(f), f["instructions"][MAIN]
-    more = {name: mine - floor for name, (mine, floor) in parts.items()}
+    more = {name: mine - floor for name, (mine, floor) in parts.items() if is_time(mine) and is_time(floor)}
     events = {name: (counts["Watched"][name] - counts["Cycle"][name]) / int(MAIN) for name in counts["Cycle"]}
     kinds = {kind: sum(f["sizes"][library][kind] for library in SHIPPED) / KIB
              for kind in f["sizes"][SHIPPED[0]]}
@@ -155,7 +155,7 @@ def reason_list(f):
     """A line for each row that is not reached."""
     lines = []
     for what, most, value, form, where in reaches(f):
-        if most is not None and value > most:
+        if most is not None and not is_reached(most, value, form):
             why = next((why for begin, why in reasons(f).items() if what.startswith(begin)),
                        f"what is under {where} says where it goes")
             lines.append(f"- {what}, {form(value)}: {why}.")
@@ -167,11 +167,16 @@ def table(head, lines):
     return "\n".join("| " + " | ".join(line) + " |" for line in [head, rule, *lines])
 
 
+def is_reached(most, value, form):
+    """As both are written: what is shown as the limit is within it."""
+    return value <= most or form(value) == form(most)
+
+
 def reach_table(f):
     lines = []
     for what, most, value, form, where in reaches(f):
         link = f"[{where}](#{where.lower()})"
-        verdict = "" if most is None else "reached" if value <= most else "**not reached**"
+        verdict = "" if most is None else "reached" if is_reached(most, value, form) else "**not reached**"
         lines.append([what, "" if most is None else form(most), form(value), verdict, link])
     return table(["what", "at most", "measured", "", "where it goes"], lines)
 
@@ -201,7 +206,9 @@ def comparison_table(head, measured, floor, per, digits=0):
     lines = []
     for name in measured:
         values = measured[name] / per, floor.get(name, 0) / per
-        if any(round(value, digits) for value in values):
+        if not all(map(is_time, values)):
+            lines.append([name, *(cell(value) if is_time(value) else "?" for value in values), "?"])
+        elif any(round(value, digits) for value in values):
             lines.append([name, cell(values[0]), cell(values[1]), cell(values[0] - values[1], "+")])
     sums = total(measured) / per, total(floor) / per
     lines.append([f"**{word}**" for word in ("all", cell(sums[0]), cell(sums[1]),
@@ -247,6 +254,11 @@ def demo_table(f):
     lines = [[name, f"{f['demo'][name]['time'] / 1000:,.1f}",
               f"{total(f['demo instructions'][name]):,.0f}"] for name in BODIES]
     return table(["demo", "µs", "instructions"], lines)
+
+
+def is_time(value):
+    """False for what is left of a whole when its parts took longer: other work disturbed them."""
+    return value >= 0
 
 
 def demo_parts(f):
@@ -358,9 +370,10 @@ def machine(f):
 
 def contradiction(f):
     """A paragraph when other work beside it disturbed the times of the demo."""
-    pairs = f["contradictions"]
-    return "" if not pairs else "\n**Measure again:** " + ", ".join(
-        f"{part} took longer than {whole}, of which it is a part" for part, whole in pairs) + ".\n"
+    found = [f"{part} took longer than {whole}, of which it is a part" for part, whole in f["contradictions"]]
+    found += [f"what is left for {name} is less than nothing" for name, both in demo_parts(f).items()
+              if not all(map(is_time, both))]
+    return "" if not found else f"\n**Measure again:** {', '.join(found)}.\n"
 
 
 def page(f):
