@@ -275,7 +275,8 @@ class Finder {
     std::size_t count = 0;
     for (const TreeValue& value : element.Values()) {
       const std::string_view field = value.Listed().Name;
-      if (!IsReading(element, field) || snapshot_.IsReported(element.PathOf(value))) {
+      if (!IsReading(element, field) || snapshot_.IsReported(element.PathOf(value)) ||
+          IsUnfed(element.PathOf(value))) {
         continue;
       }
       const std::string what = field == kState ? "its state" : WhatOf(element, value);
@@ -295,6 +296,14 @@ class Finder {
       AddWithOrigin(std::move(finding), element, nullptr);
       findings_.back().Source = kDatabaseId;
     }
+  }
+
+  // Whether a source did not give it, of which another finding speaks.
+  bool IsUnfed(const std::string& path) const {
+    return std::ranges::any_of(snapshot_.Sources, [&](const Source& source) {
+      return source.Id != kDatabaseId &&
+             std::ranges::find(source.Unfed, path) != source.Unfed.end();
+    });
   }
 
   const Snapshot& snapshot_;

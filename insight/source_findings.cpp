@@ -1,6 +1,7 @@
 #include "insight/source_findings.h"
 
 #include <algorithm>
+#include <cerrno>
 #include <chrono>
 #include <string>
 #include <string_view>
@@ -49,7 +50,7 @@ const char* HintFor(const Source& source, const SourceRule& rule) {
 }
 
 const SourceRule& RuleFor(const Source& source) {
-  return source.Reason == kNotRegular
+  return source.Reason == kNotRegular || source.Error == EISDIR
              ? OtherFileRule()
              : *std::ranges::find(SourceRules(), source.State, &SourceRule::State);
 }
@@ -59,7 +60,8 @@ std::string WhatIsWrong(const Source& source, const SourceRule& rule) {
   if (source.Reason.starts_with(kNoAnswerTo)) {
     return rule.Message + (" " + source.Reason.substr(std::string_view(kNoAnswerTo).size()));
   }
-  const bool said = source.Reason.empty() || &rule == &OtherFileRule();
+  const bool said =
+      source.Reason.empty() || source.Reason == kNothingInIt || &rule == &OtherFileRule();
   return rule.Message + (said ? "" : ": " + source.Reason);
 }
 

@@ -275,7 +275,7 @@ void Talk::Judge(const std::vector<const Talk*>& talks, Source* source) {
       std::ranges::find_if(talks, [](const Talk* talk) { return !talk->delivered_; });
   if (empty != talks.end()) {
     source->State = (*empty)->regular_ ? SourceState::kEmpty : SourceState::kFailed;
-    source->Reason = (*empty)->regular_ ? "nothing in it" : kNotRegular;
+    source->Reason = (*empty)->regular_ ? kNothingInIt : kNotRegular;
   } else if (!missing.empty() || !unreadable.empty()) {
     source->State = SourceState::kMalformed;
     source->Reason = missing.empty() ? "" : Missing(missing, labels.size());

@@ -16,6 +16,8 @@ namespace insight {
 // What the Reason of a source without an answer to some or all requests begins with.
 inline constexpr char kNoAnswerTo[] = "no answer to ";
 
+// The Reason of one that is empty.
+inline constexpr char kNothingInIt[] = "nothing in it";
 // The Reason of one that is a folder, a pipe or a device, which is not read.
 inline constexpr char kNotRegular[] = "not a regular file";
 

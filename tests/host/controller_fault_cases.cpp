@@ -186,6 +186,25 @@ const Fault kFaults[] = {
      nullptr,
      "warning: 1 warning\n",
      {"no network device has a default gateway; in use: eth0 without an IPv4 address, eth1"}},
+    // The row of the ambient light was said to be missing.
+    {"diagnostics silent",
+     [](Scenario& demo) { demo.NoDevice("diagnostics").Device("diagnostics"); },
+     nullptr,
+     "unknown: 1 unknown\n",
+     {"/dev/diagnostics does not answer 1 of 1 request"}},
+    {"empty registers",
+     [](Scenario& demo) { demo.File("/proc/driver/video_mux/registers", ""); },
+     nullptr,
+     "unknown: 1 unknown\n",
+     {"/proc/driver/video_mux/registers is empty look at: its driver"}},
+    {"folder instead of registers",
+     &Nothing,
+     [] {
+       ASSERT_EQ(std::remove("/proc/driver/video_mux/registers"), 0);
+       ASSERT_EQ(mkdir("/proc/driver/video_mux/registers", 0755), 0);
+     },
+     "unknown: 1 unknown\n",
+     {"/proc/driver/video_mux/registers is not a regular file look at: what stands there instead"}},
     // It used to be called empty.
     {"pipe instead of a file",
      &Nothing,
