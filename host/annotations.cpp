@@ -92,6 +92,17 @@ std::vector<std::string_view> UnfedPaths(const insight::Snapshot& snapshot) {
   return paths;
 }
 
+// Where the values of rows with errors stand.
+std::vector<std::string_view> PathsOfErrors(const insight::Snapshot& snapshot) {
+  std::vector<std::string_view> paths;
+  for (const insight::Row& row : snapshot.Rows) {
+    if (row.Class() == insight::OutcomeClass::kError && !row.Path.empty()) {
+      paths.emplace_back(row.Path);
+    }
+  }
+  return paths;
+}
+
 }  // namespace
 
 Mark MarkOf(insight::Severity severity) {
@@ -108,10 +119,15 @@ Annotations::Annotations(const insight::Snapshot& snapshot) {
   const Values found = Want(paths, &finder);
   const Values unreported = Want(snapshot.NotReported, &finder);
   const Values unfed = Want(UnfedPaths(snapshot), &finder);
+  const std::vector<std::string_view> wrong = PathsOfErrors(snapshot);
+  const Values erroneous = Want(wrong, &finder);
   finder.Find(snapshot.Document);
   Unreported = SetOf(unreported);
   AddUnreportedLists(snapshot, &Unreported);
   Unfed = SetOf(unfed);
+  for (const TreeValue* const value : SetOf(erroneous)) {
+    Marks[value] = Mark::kWarning;
+  }
   for (std::size_t i = 0; i < found.size(); ++i) {
     if (found[i] != nullptr) {
       Mark& mark = Marks[found[i]];

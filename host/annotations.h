@@ -15,7 +15,7 @@ Mark MarkOf(insight::Severity severity);
 struct Annotations {
   explicit Annotations(const insight::Snapshot& snapshot);
 
-  // The worst finding of each value that has one.
+  // The worst finding of each value that has one, and a warning for one of a row with an error.
   std::unordered_map<const QtSts::TreeValue*, Mark> Marks;
   // What stands there is only what the field begins with.
   ValueSet Unreported;

@@ -150,11 +150,20 @@ void FindInRows(const Snapshot& snapshot, std::vector<Finding>* findings) {
     return;
   }
   const auto errors = std::count_if(first, snapshot.Rows.end(), is_error);
-  AddOfDatabase(
-      MakeFinding("row-errors", Severity::kWarning,
-                  errors == 1 ? "a row has an error" : std::to_string(errors) + " rows have errors",
-                  "`statuscollector explain --problems`, which names them and the cure"),
-      findings);
+  const std::string& mistake = first->Remarks.front().Text;
+  const bool said =
+      mistake.empty() || std::ranges::any_of(*findings, [&](const Finding& finding) {
+        return finding.Key == first->Key && finding.Message.find(mistake) != std::string::npos;
+      });
+  const std::string one =
+      said ? "a row has an error" : "row " + first->Key + " has an error: " + mistake;
+  AddOfDatabase(MakeFinding("row-errors", Severity::kWarning,
+                            errors == 1 ? one : std::to_string(errors) + " rows have errors",
+                            "`statuscollector explain --problems`, which names them and the cure"),
+                findings);
+  if (errors == 1 && !said) {
+    findings->back().Where = "";
+  }
   findings->back().Key = first->Key;
   findings->back().Value = static_cast<double>(errors);
 }

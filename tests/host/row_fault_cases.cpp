@@ -139,12 +139,12 @@ const Fault kFaults[] = {
      [](Scenario& demo) { demo.Row("DimmingLevel", "62,5"); },
      nullptr,
      "warning: 1 warning\n",
-     {"row DimmingLevel: ", "62"}},
+     {"row DimmingLevel has an error: \",5\" follows the number: 62 is stored"}},
     {"wrong key",
      [](Scenario& demo) { demo.Row("sensor_01_Celsius", "62.5"); },
      nullptr,
      "warning: 1 warning\n",
-     {"row sensor_01_Celsius: "}},
+     {"row sensor_01_Celsius has an error: no key begins like this"}},
     // These used to be "all well", the network device but for its gateway.
     {"no sensors",
      &Nothing,
@@ -258,7 +258,8 @@ const Fault kFaults[] = {
      [](Scenario& demo) { demo.Row("DimmingMode", "Manual"); },
      nullptr,
      "warning: 1 warning\n",
-     {"row DimmingMode: \"Manual\" is no word of the list; the nearest is \"manual\"; \"auto\" "
+     {"row DimmingMode has an error: \"Manual\" is no word of the list; the nearest is \"manual\"; "
+      "\"auto\" "
       "stays, which no row reports",
       "mode not reported"}},
     {"fans overridden",
@@ -288,7 +289,7 @@ const Fault kFaults[] = {
      [](Scenario& demo) { demo.Row("Sensor_08_Type", ""); },
      nullptr,
      "warning: 1 warning\n",
-     {"row Sensor_08_Type: \"\" is no word of the list; the element is lost"}},
+     {"row Sensor_08_Type has an error: \"\" is no word of the list; the element is lost"}},
 };
 
 }  // namespace
