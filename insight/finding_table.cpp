@@ -88,7 +88,8 @@ constexpr FindingInfo kFindings[] = {
     {"power-supply-relay", kWarning,
      "The status relay of a power supply is inactive, on a board that is connected"},
     {"reading-impossible", kUnknown,
-     "A reading is not a number, infinite, or outside of what its kind can hold"},
+     "A reading is not a number, infinite, outside of what its kind can hold, or not what its row "
+     "says"},
     {"reading-missing", kWarning,
      "No row, not even one of another sensor, gives what a connected sensor or an input measures"},
     {"red-leds-failed", kWarning, "A beacon or roundel counts failed red LEDs"},

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstddef>
 #include <optional>
 #include <span>
 #include <unordered_map>
@@ -83,6 +84,14 @@ bool IsReading(const TreeElement& element, std::string_view field) {
          QtSts::FieldNamed(QtSts::CCANSensor::Class, field) == nullptr;
 }
 
+// Whether it says what a sensor, a device or an input is.
+bool IsOfItself(const TreeElement& element, std::string_view field) {
+  const bool is_thing = element.IsA(QtSts::CSensor::Class) ||
+                        element.IsA(QtSts::CDCIODevice::Class) ||
+                        element.IsA(QtSts::BaseInputType::Class);
+  return is_thing && !IsReading(element, field);
+}
+
 class Finder {
  public:
   Finder(const Snapshot& snapshot, const Limits& limits)
@@ -94,9 +103,11 @@ class Finder {
     FindInDatabase(snapshot_, limits_, &findings_);
     FindAbsentRows(snapshot_, &findings_);
     for (const TreeElement& element : snapshot_.Document.Elements()) {
+      const std::size_t before = findings_.size();
       FindInValues(element);
       FindImpossible(element);
       FindInReadings(element);
+      FindWrapped(element, before);
       FindMissing(element);
     }
     FindInRows(snapshot_, &findings_);
@@ -262,6 +273,25 @@ class Finder {
     Add(MakeFinding(rule.Limit, critical ? Severity::kCritical : Severity::kWarning,
                     std::move(message), rule.Hint),
         element, found, nullptr, *number);
+  }
+
+  // What stands there because a number had no room; not when it is not possible either.
+  // `before` counts the findings before those of the element.
+  void FindWrapped(const TreeElement& element, std::size_t before) {
+    if (!wrong_rows_.HasWrapped() || !IsOfConnected(element)) {
+      return;
+    }
+    for (const TreeValue& value : element.Values()) {
+      const std::string path = element.PathOf(value);
+      if (IsOfItself(element, value.Listed().Name) || wrong_rows_.WrappedAt(path) == nullptr ||
+          std::find_if(findings_.begin() + static_cast<std::ptrdiff_t>(before), findings_.end(),
+                       [&](const Finding& finding) { return finding.Path == path; }) !=
+              findings_.end()) {
+        continue;
+      }
+      AddImpossible(element, {&element, &value},
+                    WhatOf(element, value) + " " + TextOf(value) + " is not what the row says", "");
+    }
   }
 
   // One finding for all that an element lacks.

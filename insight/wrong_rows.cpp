@@ -25,6 +25,7 @@ WrongRows::WrongRows(const Snapshot& snapshot) {
     const auto mistake = std::ranges::find_if(row.Remarks, &IsOfValue);
     if (mistake != row.Remarks.end()) {
       rows_.insert({row.Path, {&row, &*mistake}});
+      has_wrapped_ = has_wrapped_ || mistake->What == Outcome::kWrapped;
     }
   }
 }
@@ -33,6 +34,14 @@ const Remark* WrongRows::MistakeIn(std::string_view key, std::string_view path) 
   const auto [first, last] = rows_.equal_range(path);
   const auto found =
       std::find_if(first, last, [key](const auto& entry) { return entry.second.Of->Key == key; });
+  return found == last ? nullptr : found->second.Mistake;
+}
+
+const Remark* WrongRows::WrappedAt(std::string_view path) const {
+  const auto [first, last] = rows_.equal_range(path);
+  const auto found = std::find_if(first, last, [](const auto& entry) {
+    return entry.second.Mistake->What == Outcome::kWrapped;
+  });
   return found == last ? nullptr : found->second.Mistake;
 }
 

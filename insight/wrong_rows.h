@@ -18,6 +18,10 @@ class WrongRows {
   // nothing is, or when it stands elsewhere.
   const Remark* MistakeIn(std::string_view key, std::string_view path) const;
 
+  // What is wrong with the row whose number wrapped and stands at `path`; null when none did.
+  const Remark* WrappedAt(std::string_view path) const;
+  bool HasWrapped() const { return has_wrapped_; }
+
   // Whether a wrong row wrote the value at `path`.
   bool HasWritten(std::string_view path) const { return rows_.contains(path); }
 
@@ -27,6 +31,7 @@ class WrongRows {
     const Remark* Mistake;
   };
   std::unordered_multimap<std::string_view, Wrong> rows_;  // by path
+  bool has_wrapped_ = false;
 };
 
 }  // namespace insight

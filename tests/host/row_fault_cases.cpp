@@ -244,6 +244,26 @@ const Fault kFaults[] = {
      "unknown: 1 unknown, 1 warning\n",
      {"the row is wrong: \"6e400\" is too large: INF is stored; so temperature INF \u00B0C is not "
       "possible"}},
+    // It used to be all well, with 4464 rpm.
+    {"fan faster than its field holds",
+     [](Scenario& demo) { demo.Row("Sensor_14_Fan_03_Rpm", "70000"); },
+     nullptr,
+     "unknown: 1 unknown\n",
+     {"the row is wrong: \"70000\" does not fit: 4464 is stored; so fan speed 4464 rpm is not what "
+      "the row says, fan 3 of",
+      "look at: the program that writes the row: write a number that fits"}},
+    {"more columns than their field holds",
+     [](Scenario& demo) { demo.Row("TtableColumns", "4294967311"); },
+     nullptr,
+     "unknown: 1 unknown\n",
+     {"does not fit: 15 is stored", "! Modules     15 columns"}},
+    // Neither the key of the row nor its reading used to be marked.
+    {"word for a number",
+     [](Scenario& demo) { demo.Row("Sensor_08_Celsius", "warm"); },
+     nullptr,
+     "warning: 1 warning\n",
+     {"row Sensor_08_Celsius has an error: \"warm\" is no number: 0 is stored",
+      "! temperature sensor 1       34  0 \u00B0C"}},
     // People used to look for a plug.
     {"capital letter",
      [](Scenario& demo) { demo.Row("Sensor_08_Connected", "True"); },

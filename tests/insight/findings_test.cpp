@@ -1182,6 +1182,48 @@ TEST(Findings, LeadWithTheMistakeOfTheRowThatTheyComeFrom) {
   }
 }
 
+// 70000 rpm were 4464 rpm, and all was well.
+TEST(Findings, SayOfANumberThatDoesNotFitThatItIsNotWhatItsRowSays) {
+  CStatus status;
+  AddFans(status, {4464});
+  AddSensor<CCANBeacon>(status).TemperatureKelvin = std::make_unique<std::uint16_t>(4464);
+  Snapshot snapshot = Healthy(status);
+  snapshot.Rows.push_back(WrongRow("A", "Sensors[0]/FanRpms[0]/Rpm", Outcome::kWrapped));
+  snapshot.Rows.push_back(WrongRow("B", "Sensors[0]/Revision", Outcome::kWrapped));
+  snapshot.Rows.push_back(WrongRow("C", "Sensors[1]/TemperatureKelvin", Outcome::kWrapped));
+  const std::vector<Finding> findings = FindFindings(snapshot, {});
+  ASSERT_THAT(Ids(findings), ElementsAre("reading-impossible", "reading-impossible"));
+  EXPECT_EQ(findings[0].Message,
+            "the row is wrong: \"x\" is wrong; so fan speed 4464 rpm is not what the row says");
+  EXPECT_THAT(findings[1].Message, HasSubstr("so temperature 4464 K is not possible"));
+}
+
+// The row of the ambient light was said to be missing.
+TEST(Findings, SayOnceOfAReadingThatASourceSpoilsThatItDoesNotAnswer) {
+  CStatus status;
+  AddSensor<CCANMultiDirectionalSensor>(status);
+  Snapshot snapshot = Healthy(status);
+  snapshot.NotReported = {"Sensors[0]/Ambient"};
+  EXPECT_THAT(Ids(FindFindings(snapshot, {})), ElementsAre("reading-missing"));
+  AddSource(snapshot, SourceState::kNoAnswer);
+  snapshot.Sources.back().Unfed = {"Sensors[0]/Ambient"};
+  EXPECT_THAT(Ids(FindFindings(snapshot, {})), ElementsAre("source-silent"));
+}
+
+TEST(Findings, NameTheRowThatAloneHasAnErrorUnlessOneHasNamedIt) {
+  CStatus status;
+  Snapshot snapshot = Healthy(status);
+  snapshot.Rows.push_back(WrongRow("Title", "Title", Outcome::kUnknownWord));
+  EXPECT_EQ(FindFindings(snapshot, {}).back().Message, "row Title has an error: \"x\" is wrong");
+  EXPECT_EQ(FindFindings(snapshot, {}).back().Where, "");
+  status.ErrorFlags = "0x1";
+  snapshot.Document = DocumentTree(status);
+  snapshot.Rows.back() = WrongRow("ErrorFlags", "ErrorFlags", Outcome::kUnknownWord);
+  EXPECT_EQ(FindFindings(snapshot, {}).back().Message, "a row has an error");
+  snapshot.Rows.push_back(WrongRow("Title", "Title", Outcome::kUnknownWord));
+  EXPECT_EQ(FindFindings(snapshot, {}).back().Message, "2 rows have errors");
+}
+
 // Light below 0 was said to be 0.
 TEST(Findings, TakeLightBelowZeroForImpossibleAndNotForNone) {
   CStatus status;
