@@ -147,7 +147,8 @@ class Finder {
   static void LeadWith(const Remark& mistake, Finding* finding) {
     std::string cure = InfoOf(mistake.What).Cure;
     cure.front() = static_cast<char>(cure.front() - 'A' + 'a');
-    finding->Message = "the row is wrong: " + mistake.Text + "; so " + finding->Message;
+    finding->Message =
+        "row " + finding->Key + " is wrong: " + mistake.Text + "; so " + finding->Message;
     finding->Hint = "the program that writes the row: " + cure;
   }
 
@@ -290,7 +291,7 @@ class Finder {
         continue;
       }
       AddImpossible(element, {&element, &value},
-                    WhatOf(element, value) + " " + TextOf(value) + " is not what the row says", "");
+                    "the document is wrong: " + WhatOf(element, value) + " " + TextOf(value), "");
     }
   }
 

@@ -156,7 +156,7 @@ void FindInRows(const Snapshot& snapshot, std::vector<Finding>* findings) {
         return finding.Key == first->Key && finding.Message.find(mistake) != std::string::npos;
       });
   const std::string one =
-      said ? "a row has an error" : "row " + first->Key + " has an error: " + mistake;
+      said ? "a row has an error" : "row " + first->Key + " is wrong: " + mistake;
   AddOfDatabase(MakeFinding("row-errors", Severity::kWarning,
                             errors == 1 ? one : std::to_string(errors) + " rows have errors",
                             "`statuscollector explain --problems`, which names them and the cure"),

@@ -187,7 +187,8 @@ void ExpectWarningOf(const std::vector<std::pair<const char*, const char*>>& mis
   sandbox::SetRows(rows);
   const ProgramResult check = test_support::RunProgram(command);
   EXPECT_NE(check.ExitCode, 0);
-  EXPECT_THAT(check.Output, AnyOf(HasSubstr(" has an error"), HasSubstr("rows have errors")));
+  EXPECT_THAT(check.Output, AnyOf(HasSubstr("a row has an error"), HasSubstr(" is wrong: "),
+                                  HasSubstr("rows have errors")));
 }
 
 // Each of them was met by users who write rows.

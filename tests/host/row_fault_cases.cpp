@@ -139,12 +139,12 @@ const Fault kFaults[] = {
      [](Scenario& demo) { demo.Row("DimmingLevel", "62,5"); },
      nullptr,
      "warning: 1 warning\n",
-     {"row DimmingLevel has an error: \",5\" follows the number: 62 is stored"}},
+     {"row DimmingLevel is wrong: \",5\" follows the number: 62 is stored"}},
     {"wrong key",
      [](Scenario& demo) { demo.Row("sensor_01_Celsius", "62.5"); },
      nullptr,
      "warning: 1 warning\n",
-     {"row sensor_01_Celsius has an error: no key begins like this"}},
+     {"row sensor_01_Celsius is wrong: no key begins like this"}},
     // These used to be "all well", the network device but for its gateway.
     {"no sensors",
      &Nothing,
@@ -242,15 +242,16 @@ const Fault kFaults[] = {
      [](Scenario& demo) { demo.Row("Sensor_08_Celsius", "6e400"); },
      nullptr,
      "unknown: 1 unknown, 1 warning\n",
-     {"the row is wrong: \"6e400\" is too large: INF is stored; so temperature INF \u00B0C is not "
+     {"row Sensor_08_Celsius is wrong: \"6e400\" is too large: INF is stored; so temperature INF "
+      "\u00B0C is not "
       "possible"}},
     // It used to be all well, with 4464 rpm.
     {"fan faster than its field holds",
      [](Scenario& demo) { demo.Row("Sensor_14_Fan_03_Rpm", "70000"); },
      nullptr,
      "unknown: 1 unknown\n",
-     {"the row is wrong: \"70000\" does not fit: 4464 is stored; so fan speed 4464 rpm is not what "
-      "the row says, fan 3 of",
+     {"row Sensor_14_Fan_03_Rpm is wrong: \"70000\" does not fit: 4464 is stored; so the document "
+      "is wrong: fan speed 4464 rpm, fan 3 of",
       "look at: the program that writes the row: write a number that fits"}},
     {"more columns than their field holds",
      [](Scenario& demo) { demo.Row("TtableColumns", "4294967311"); },
@@ -262,14 +263,15 @@ const Fault kFaults[] = {
      [](Scenario& demo) { demo.Row("Sensor_08_Celsius", "warm"); },
      nullptr,
      "warning: 1 warning\n",
-     {"row Sensor_08_Celsius has an error: \"warm\" is no number: 0 is stored",
+     {"row Sensor_08_Celsius is wrong: \"warm\" is no number: 0 is stored",
       "! temperature sensor 1       34  0 \u00B0C"}},
     // People used to look for a plug.
     {"capital letter",
      [](Scenario& demo) { demo.Row("Sensor_08_Connected", "True"); },
      nullptr,
      "warning: 2 warnings\n",
-     {"the row is wrong: \"True\" looks true, but does not mean true: only \"true\" does; so "
+     {"row Sensor_08_Connected is wrong: \"True\" looks true, but does not mean true: only "
+      "\"true\" does; so "
       "sensor "
       "is not connected, temperature sensor 1 at address 34",
       "look at: the program that writes the row: write true for a flag"}},
@@ -278,7 +280,7 @@ const Fault kFaults[] = {
      [](Scenario& demo) { demo.Row("DimmingMode", "Manual"); },
      nullptr,
      "warning: 1 warning\n",
-     {"row DimmingMode has an error: \"Manual\" is no word of the list; the nearest is \"manual\"; "
+     {"row DimmingMode is wrong: \"Manual\" is no word of the list; the nearest is \"manual\"; "
       "\"auto\" "
       "stays, which no row reports",
       "mode not reported"}},
@@ -309,7 +311,7 @@ const Fault kFaults[] = {
      [](Scenario& demo) { demo.Row("Sensor_08_Type", ""); },
      nullptr,
      "warning: 1 warning\n",
-     {"row Sensor_08_Type has an error: \"\" is no word of the list; the element is lost"}},
+     {"row Sensor_08_Type is wrong: \"\" is no word of the list; the element is lost"}},
 };
 
 }  // namespace

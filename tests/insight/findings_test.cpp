@@ -1171,7 +1171,8 @@ TEST(Findings, LeadWithTheMistakeOfTheRowThatTheyComeFrom) {
   const std::string path = "Sensors[0]/Connected";
   snapshot.Rows.push_back(WrongRow("Sensor_13_Connected", path, Outcome::kLooksTrue));
   const Finding finding = FindFindings(snapshot, {}).front();
-  EXPECT_EQ(finding.Message, "the row is wrong: \"x\" is wrong; so sensor is not connected");
+  EXPECT_EQ(finding.Message,
+            "row Sensor_13_Connected is wrong: \"x\" is wrong; so sensor is not connected");
   EXPECT_EQ(finding.Hint,
             "the program that writes the row: write true for a flag, 1 for a mark, and nothing "
             "else");
@@ -1194,7 +1195,7 @@ TEST(Findings, SayOfANumberThatDoesNotFitThatItIsNotWhatItsRowSays) {
   const std::vector<Finding> findings = FindFindings(snapshot, {});
   ASSERT_THAT(Ids(findings), ElementsAre("reading-impossible", "reading-impossible"));
   EXPECT_EQ(findings[0].Message,
-            "the row is wrong: \"x\" is wrong; so fan speed 4464 rpm is not what the row says");
+            "row A is wrong: \"x\" is wrong; so the document is wrong: fan speed 4464 rpm");
   EXPECT_THAT(findings[1].Message, HasSubstr("so temperature 4464 K is not possible"));
 }
 
@@ -1214,7 +1215,7 @@ TEST(Findings, NameTheRowThatAloneHasAnErrorUnlessOneHasNamedIt) {
   CStatus status;
   Snapshot snapshot = Healthy(status);
   snapshot.Rows.push_back(WrongRow("Title", "Title", Outcome::kUnknownWord));
-  EXPECT_EQ(FindFindings(snapshot, {}).back().Message, "row Title has an error: \"x\" is wrong");
+  EXPECT_EQ(FindFindings(snapshot, {}).back().Message, "row Title is wrong: \"x\" is wrong");
   EXPECT_EQ(FindFindings(snapshot, {}).back().Where, "");
   status.ErrorFlags = "0x1";
   snapshot.Document = DocumentTree(status);
