@@ -29,6 +29,12 @@ Finding MakeFinding(const char* id, Severity level, std::string message, const c
   return finding;
 }
 
+std::string CureOf(const Remark& mistake) {
+  std::string cure = InfoOf(mistake.What).Cure;
+  cure.front() = static_cast<char>(cure.front() - 'A' + 'a');
+  return "the program that writes the row: " + cure;
+}
+
 std::string Rounded(double number) {
   char buffer[400];
   std::string text(

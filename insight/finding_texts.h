@@ -16,6 +16,9 @@ Finding MakeFinding(const char* id, Severity level, std::string message, const c
 // At most two digits after the point, and no zeros at the end.
 std::string Rounded(double number);
 
+// "the program that writes the row: write a number that fits"
+std::string CureOf(const Remark& mistake);
+
 std::string WithUnit(const std::string& number, std::string_view unit);
 
 // The unit of a limit as people write it: "°C".

@@ -145,11 +145,9 @@ class Finder {
 
   // What comes of a row that is wrong is no news of the thing itself.
   static void LeadWith(const Remark& mistake, Finding* finding) {
-    std::string cure = InfoOf(mistake.What).Cure;
-    cure.front() = static_cast<char>(cure.front() - 'A' + 'a');
     finding->Message =
         "row " + finding->Key + " is wrong: " + mistake.Text + "; so " + finding->Message;
-    finding->Hint = "the program that writes the row: " + cure;
+    finding->Hint = CureOf(mistake);
   }
 
   void FindInValues(const TreeElement& element) {

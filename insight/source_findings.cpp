@@ -163,6 +163,7 @@ void FindInRows(const Snapshot& snapshot, std::vector<Finding>* findings) {
                 findings);
   if (errors == 1 && !said) {
     findings->back().Where = "";
+    findings->back().Hint = CureOf(first->Remarks.front());
   }
   findings->back().Key = first->Key;
   findings->back().Value = static_cast<double>(errors);

@@ -139,7 +139,9 @@ const Fault kFaults[] = {
      [](Scenario& demo) { demo.Row("DimmingLevel", "62,5"); },
      nullptr,
      "warning: 1 warning\n",
-     {"row DimmingLevel is wrong: \",5\" follows the number: 62 is stored"}},
+     {"row DimmingLevel is wrong: \",5\" follows the number: 62 is stored look at: the program "
+      "that "
+      "writes the row: write the number alone, decimal, with a point"}},
     {"wrong key",
      [](Scenario& demo) { demo.Row("sensor_01_Celsius", "62.5"); },
      nullptr,
