@@ -7,6 +7,7 @@
 
 #include "collector/state/numbered_key.h"
 #include "hardware/paths.h"
+#include "insight/row_remarks.h"
 #include "insight/source_database.h"
 #include "insight/source_recorder.h"
 #include "model/network.h"
@@ -70,6 +71,18 @@ constexpr std::pair<const char*, const char*> kSizes[] = {
     {"Outputs[0]/Ttable/FaceCount", "TtableFaceCnt"},
 };
 
+// What to look at where rows of this name, or that begin with it, are missing: a row whose key is
+// near to it is misspelt.
+std::string WhyAbsent(const Snapshot& snapshot, std::string_view name) {
+  const std::string near = NearestIs(name);
+  for (const Row& row : snapshot.Rows) {
+    if (row.What() == Outcome::kUnknownKey && row.Remarks.front().Text.ends_with(near)) {
+      return "the program that writes these rows: it writes " + row.Key;
+    }
+  }
+  return "whether the program that writes these rows runs";
+}
+
 }  // namespace
 
 // A finding that says why leaves out those that follow from it.
@@ -107,15 +120,16 @@ void FindAbsentRows(const Snapshot& snapshot, std::vector<Finding>* findings) {
   if (snapshot.Result != 0 || snapshot.Rows.empty() || !display) {
     return;  // another finding says so, or there is no display
   }
-  const auto add = [findings](const char* id, std::string message, std::string path) {
-    findings->push_back(MakeWarning(
-        id, std::move(message), "whether the program that writes these rows runs", kDatabaseId));
+  const auto add = [&](const char* id, std::string message, std::string path,
+                       std::string_view name) {
+    findings->push_back(
+        MakeWarning(id, std::move(message), WhyAbsent(snapshot, name), kDatabaseId));
     findings->back().Where = hardware::paths::kStatusDatabase;
     findings->back().Path = std::move(path);
   };
   if (std::ranges::none_of(
           snapshot.Rows, [](const Row& row) { return row.Key.starts_with(rows::kSensorPrefix); })) {
-    add("no-sensors", "no row reports a sensor of the display", "");
+    add("no-sensors", "no row reports a sensor of the display", "", rows::kSensorPrefix);
   }
   std::string missing;
   std::string first;
@@ -128,10 +142,11 @@ void FindAbsentRows(const Snapshot& snapshot, std::vector<Finding>* findings) {
   constexpr const char* kBrightness = "Outputs[0]/Dimming/ActualDimmingLevel";
   if (!snapshot.IsReported(kBrightness)) {
     add("no-brightness", "no row says how bright the display is: ActualDimmingLevel missing",
-        kBrightness);
+        kBrightness, "ActualDimmingLevel");
   }
   if (!missing.empty()) {
-    add("ttable-missing", "no row says how large the display is: " + missing + " missing", first);
+    add("ttable-missing", "no row says how large the display is: " + missing + " missing", first,
+        std::string_view(missing).substr(0, missing.find(',')));
   }
 }
 

@@ -11,8 +11,9 @@ bool IsOfValue(const Remark& remark) {
   static constexpr Outcome kOfValues[] = {Outcome::kLooksTrue, Outcome::kUnknownWord,
                                           Outcome::kNoNumber, Outcome::kTextAfterNumber,
                                           Outcome::kWrapped};
-  return remark.Part == RowPart::kValue &&
-         std::ranges::find(kOfValues, remark.What) != std::end(kOfValues);
+  return remark.What == Outcome::kNull ||
+         (remark.Part == RowPart::kValue &&
+          std::ranges::find(kOfValues, remark.What) != std::end(kOfValues));
 }
 
 }  // namespace

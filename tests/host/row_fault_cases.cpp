@@ -302,6 +302,24 @@ const Fault kFaults[] = {
      "warning: 1 warning\n",
      {"sensor is not connected, multi-directional light sensor 4 at address 19"}},
     // The first five of its rows used to be named with the same words.
+    // The program that writes them was said perhaps not to run.
+    {"keys in capitals",
+     &Nothing,
+     [] { sandbox::RunSql("UPDATE status SET address = upper(address)"); },
+     "warning: 4 warnings\n",
+     {"no row reports a sensor of the display, /dev/shm/status.db look at: the program that writes "
+      "these rows: it writes SENSOR_00_ADDRESS",
+      "these rows: it writes ACTUALDIMMINGLEVEL", "these rows: it writes TTABLECOLUMNS"}},
+    // People used to look for a plug.
+    {"NULL for a flag",
+     &Nothing,
+     [] {
+       sandbox::RunSql("UPDATE status SET value = NULL WHERE address = 'Sensor_08_Connected'");
+     },
+     "warning: 1 warning\n",
+     {"row Sensor_08_Connected is wrong: the value is NULL, which is read as the empty text; so "
+      "sensor is not connected",
+      "look at: the program that writes the row: write a value, or no row"}},
     {"sensor without a kind",
      &Nothing,
      [] { sandbox::RemoveRow("Sensor_12_Type"); },
