@@ -6,6 +6,7 @@
 
 #include <cerrno>
 #include <climits>
+#include <csignal>
 #include <cstdio>
 #include <random>
 #include <stdexcept>
@@ -133,6 +134,27 @@ Descriptor NewFile(int folder, std::string* name, const std::string& path) {
   return file;
 }
 
+// While it lives, what would end the program waits: a file that has a name would be left.
+class SignalsHeld {
+ public:
+  SignalsHeld() {
+    sigset_t all;
+    sigfillset(&all);
+    sigprocmask(SIG_BLOCK, &all, &before_);
+  }
+  SignalsHeld(const SignalsHeld&) = delete;
+  SignalsHeld& operator=(const SignalsHeld&) = delete;
+  ~SignalsHeld() { sigprocmask(SIG_SETMASK, &before_, nullptr); }
+
+ private:
+  sigset_t before_ = {};
+};
+
+// Whatever the mask of the process is. A memory stick has no modes, and cannot do so.
+bool IsForItsOwner(int file) {
+  return fchmod(file, kOwnerOnly) == 0 || errno == EPERM || errno == EOPNOTSUPP;
+}
+
 }  // namespace
 
 OutputFile::OutputFile(const std::string& path) : path_(path) {
@@ -157,11 +179,12 @@ OutputFile::OutputFile(const std::string& path) : path_(path) {
 OutputFile::~OutputFile() { close(folder_); }
 
 void OutputFile::Write(std::string_view bytes) {
+  const SignalsHeld held;
   std::string temporary;
   try {
     const Descriptor file = NewFile(folder_, &temporary, path_);
     WriteAll(file.Number(), bytes, path_);
-    if (fchmod(file.Number(), kOwnerOnly) == -1 || fsync(file.Number()) == -1) {
+    if (!IsForItsOwner(file.Number()) || fsync(file.Number()) == -1) {
       Fail(path_);
     }
     const std::string same = "/proc/self/fd/" + std::to_string(file.Number());
