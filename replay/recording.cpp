@@ -105,7 +105,9 @@ Description ParseDescription(std::string_view text) {
     }
     return description;
   } catch (const json::exception& error) {
-    throw std::runtime_error(error.what());
+    const std::string_view words = error.what();  // "[json.exception.parse_error.101] parse ..."
+    const std::size_t end = words.find("] ");
+    throw std::runtime_error(std::string(end == words.npos ? words : words.substr(end + 2)));
   }
 }
 

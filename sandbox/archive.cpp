@@ -167,6 +167,9 @@ Tree ParseTar(std::string_view tar) {
       Refuse(name.empty() ? "it is a single file" : "a name stands twice: " + WordText(name));
     }
   }
+  if (folder.empty()) {
+    Refuse("it is empty");
+  }
   RequireFolders(tree);
   return tree;
 }

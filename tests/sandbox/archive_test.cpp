@@ -186,6 +186,9 @@ TEST(Archive, WhatIsNoneIsRefused) {
   EXPECT_NE("", Complaint("GUID\tabc\n"));
   EXPECT_NE("", Complaint(std::string(10'240, 'a')));
   EXPECT_NE("", Complaint(""));
+  // Once an empty controller.
+  EXPECT_EQ("it is empty", Complaint(std::string(1024, '\0')));
+  EXPECT_EQ("it is empty", Complaint(Archive({})));
 }
 
 TEST(Archive, AFileIsNamedInWhatIsWrongWithIt) {
