@@ -6,6 +6,7 @@
 #include <sys/socket.h>
 
 #include <algorithm>
+#include <charconv>
 #include <chrono>
 #include <cstdlib>
 #include <fstream>
@@ -13,6 +14,7 @@
 #include <map>
 #include <optional>
 #include <string>
+#include <string_view>
 #include <thread>
 #include <vector>
 
@@ -22,6 +24,7 @@
 #include "sandbox/testing.h"
 #include "tests/serve/server.h"
 #include "tests/support/paths.h"
+#include "tests/support/temporary_folder.h"
 
 namespace {
 
@@ -41,11 +44,20 @@ std::string FileText(const std::string& path) {
   return {std::istreambuf_iterator<char>(file), {}};
 }
 
+// The number that `text` begins with, after blanks, whatever the locale.
+double NumberIn(std::string_view text) {
+  text.remove_prefix(std::min(text.find_first_not_of(" \t"), text.size()));
+  double number = -1;
+  const auto [end, error] = std::from_chars(text.data(), text.data() + text.size(), number);
+  EXPECT_EQ(error, std::errc()) << text.substr(0, 40);
+  return number;
+}
+
 // The number after `name` in `text`.
 double NumberAfter(const std::string& text, const std::string& name) {
   const std::size_t at = text.find(name);
   EXPECT_NE(at, std::string::npos) << name;
-  return at == std::string::npos ? -1 : std::stod(text.substr(at + name.size()));
+  return at == std::string::npos ? -1 : NumberIn(std::string_view(text).substr(at + name.size()));
 }
 
 double ResidentMebibytes(const Server& server) {
@@ -56,7 +68,7 @@ double ResidentMebibytes(const Server& server) {
 // Of the thread that answers.
 double ProcessorMilliseconds(const Server& server) {
   const std::string process = std::to_string(server.Process());
-  return std::stod(FileText("/.proc/" + process + "/task/" + process + "/schedstat")) / 1e6;
+  return NumberIn(FileText("/.proc/" + process + "/task/" + process + "/schedstat")) / 1e6;
 }
 
 // What was measured, with the load of the machine, for whoever reads the output.
@@ -278,6 +290,8 @@ TEST_F(Measured, AScrapeTakesAMillisecondOfTheProcessor) {
 // More than a day of cycles, ten seconds apart, in a clock that goes faster.
 TEST_F(Measured, TenThousandCyclesTakeTwentyFourMebibytes) {
   constexpr double kCycles = 10000;
+  const test_support::TemporaryFolder state;
+  setenv("STATE_DIRECTORY", state.Path().c_str(), 1);  // the history is kept there
   setenv("LD_PRELOAD", test_support::FastClock().c_str(), 1);
   setenv("FAST_CLOCK", "400", 1);
   const Server server({"--interval", "10"});
