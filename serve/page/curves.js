@@ -67,12 +67,14 @@ export function curve(path, name, unit) {
   const least = numbers.reduce((one, other) => Math.min(one, other));
   const most = numbers.reduce((one, other) => Math.max(one, other));
   const [first, length] = [points[0][0], points.at(-1)[0] - points[0][0] || 1];
-  const place = ([time, value]) => `${((time - first) * 100 / length).toFixed(2)},${(19 - 18 * (value - least) / (most - least || 1)).toFixed(2)}`;
-  const text = `${name} since ${new Date(first * 1000).toLocaleString()}: from ${least} to ${most} ${unit}`;
+  const height = (value) => most === least ? 10 : 19 - 18 * (value - least) / (most - least);
+  const place = ([time, value]) => `${((time - first) * 100 / length).toFixed(2)},${height(value).toFixed(2)}`;
+  const range = `${most === least ? least : `${least} to ${most}`} ${unit}`;
+  const since = new Date(first * 1000).toLocaleString();
   return [
-    svg("svg", {class: "curve", viewBox: "0 0 100 20", preserveAspectRatio: "none", role: "img", "aria-label": text},
+    svg("svg", {class: "curve", viewBox: "0 0 100 20", preserveAspectRatio: "none", role: "img", "aria-label": `${name} since ${since}: ${range}`},
       ...runsOf(thinned(points)).map((run) => svg("polyline", {points: [run[0], ...run].map(place).join(" ")}))),
-    el("p", {class: "faint curve-note"}, `${least} to ${most} ${unit} since ${new Date(first * 1000).toLocaleString()}`)];
+    el("p", {class: "faint curve-note"}, `${range} since ${since}`)];
 }
 
 // Forgets all, and asks for what was read before, as far as there is a history of it.

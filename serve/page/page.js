@@ -135,7 +135,10 @@ function drawOutput(output, at) {
 const readingsOf = (sensor) => Object.entries(sensor).filter(([name, value]) => !NO_READINGS.has(name) &&
   (typeof value !== "object" || (Array.isArray(value) && typeof value[0] === "number")));
 
-const mainOf = (sensor) => readingsOf(sensor).find(([name, value]) => name in UNITS && typeof value === "number");
+// The reading that is drawn: one with a unit, and what is read now rather than an average.
+const NO_CURVES = new Set(["AverageRpm", "Latitude", "Longitude"]);
+const mainOf = (sensor) => readingsOf(sensor).find(([name, value]) =>
+  name in UNITS && !NO_CURVES.has(name) && typeof value === "number");
 
 function drawSensor([sensor, path, where]) {
   const main = mainOf(sensor);
@@ -151,8 +154,8 @@ function drawSensor([sensor, path, where]) {
 
 const plainSensors = () => allSensors().filter(([sensor]) => sensor.Points === undefined);
 
-// What the curves are of, and when: another sensor at a path, a clock that was set, and a server that was started again
-// make them other ones.
+// What the curves are of, and when: another sensor at a path, a clock that was set, cycles that were missed, and a
+// server that was started again make them other ones.
 let recalled = null;
 let clock = null;
 
@@ -160,7 +163,8 @@ async function rememberAll() {
   const of = plainSensors().map(([sensor, path]) => [path, sensor.Class, sensor.Address, mainOf(sensor)?.[0]]);
   const time = Date.parse(overview.Began) / 1000;
   const now = performance.now() / 1000;
-  const known = clock !== null && Math.abs(time - clock.time - (now - clock.now)) < 5 && overview.Cycle >= clock.cycle;
+  const known = clock !== null && Math.abs(time - clock.time - (now - clock.now)) < 5 && overview.Cycle >= clock.cycle &&
+    time - clock.time <= 2 * overview.Interval + 5;
   clock = {time, now, cycle: overview.Cycle};
   const key = JSON.stringify(of);
   if (!known || key !== recalled) {
