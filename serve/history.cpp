@@ -42,9 +42,11 @@ ClockTimes TimesOf(const insight::Snapshot& snapshot, const std::string& boot) {
 UnixSeconds HistoryData::Now() const { return Floor(Latest.System, kPerSecond); }
 
 bool HistoryData::IsOfToday(std::size_t row) const {
-  const UnixSeconds time = Rows.All()[row].Time;
-  const bool own = row >= Rows.All().size() - Rows.OfThisBoot();
-  return time >= Now() - kHistorySeconds && (own || (time >= kClockSet && time <= Now()));
+  const HistoryRows::Rows& all = Rows.All();
+  const UnixSeconds time = all[row].Time;
+  const std::size_t own = all.size() - Rows.OfThisBoot();
+  const UnixSeconds began = own < all.size() ? all[own].Time : Now();
+  return time >= Now() - kHistorySeconds && (row >= own || (time >= kClockSet && time <= began));
 }
 
 std::optional<std::uint32_t> HistoryData::Find(std::string_view identity) const {

@@ -37,7 +37,7 @@ struct HistoryData {
   std::size_t LeftOut = 0;  // numbers of it that there was no room for
 
   // Whether a row says what was read in the 24 hours before the latest cycle: the clock of another
-  // boot may have been wrong.
+  // boot may have been wrong, as it was when the row is later than this boot.
   bool IsOfToday(std::size_t row) const;
   UnixSeconds Now() const;
   // The series of a number by the identity of its element and its path from there, or both joined.

@@ -65,12 +65,12 @@ void AddSeries(const HistoryData& data, const Cycle& latest, const Identities& i
   json->Close(']');
 }
 
-// Which rows are answered: those of today, of each `step` the last one.
+// Which rows are answered: those of today whose times grow, of each `step` the last one.
 std::vector<std::size_t> RowsOf(const HistoryData& data, std::uint32_t step) {
   const HistoryRows::Rows& all = data.Rows.All();
   std::vector<std::size_t> rows;
   for (std::size_t at = 0; at < all.size(); ++at) {
-    if (!data.IsOfToday(at)) {
+    if (!data.IsOfToday(at) || (!rows.empty() && all[at].Time < all[rows.back()].Time)) {
       continue;
     }
     const bool same = !rows.empty() && step > data.Rows.Step() &&

@@ -286,6 +286,21 @@ TEST_F(AHistory, HasNoTimesOfABootWhoseClockWasNeverSet) {
   EXPECT_TRUE(Findings().at(0).Before);
 }
 
+// The clock was an hour ahead, and has been right since the next boot.
+TEST_F(AHistory, HasTimesThatGrowWhateverTheClockWasInAnotherBoot) {
+  Cycle({{39, 1}});
+  system_ += 3600;
+  Restart("ahead");
+  Cycle({{39, 2}});
+  Restart("right");
+  system_ -= 3600;
+  Cycle({{39, 3}});
+  system_ += 4000;
+  steady_ += 4000;
+  EXPECT_THAT(Answer({{39, 4}}, "Sensors[0]/CurrentRpm"),
+              HasSubstr("\"Times\": [1800000010,1800000011,1800000030,1800000031,1800004040]"));
+}
+
 TEST_F(AHistory, FollowsAClockThatRunsSlowly) {
   for (int cycle = 0; cycle < 100; ++cycle) {
     Cycle({{39, 1200}});
