@@ -6,14 +6,17 @@
 #include <sys/stat.h>
 #include <unistd.h>
 
+#include <atomic>
 #include <chrono>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
 #include <string>
+#include <thread>
 
 #include "model/document.h"
 #include "serve/history_file.h"
+#include "serve/history_json.h"
 #include "tests/serve/server.h"
 #include "tests/support/temporary_folder.h"
 
@@ -66,6 +69,33 @@ TEST(HistoryStore, GoesOnWhereTheProgramBefore) {
     EXPECT_TRUE(store.Stop(kPatience));
     EXPECT_EQ(RowsIn(folder.Path()), run);
   }
+}
+
+TEST(HistoryStore, SavesWhileCyclesAndAnswersGoOn) {
+  const test_support::TemporaryFolder folder;
+  History history(kInterval, "");
+  HistoryStore store(folder.Path(), kInterval, &history, std::chrono::milliseconds(1));
+  constexpr std::int64_t kCycles = 300;
+  std::atomic<bool> ended = false;
+  std::thread answers([&] {
+    const serve::Cycle cycle = {
+        .Snapshot = CycleAt(0), .Xml = nullptr, .Trouble = "", .LastSuccess = std::nullopt};
+    const serve::Identities identities(cycle.Snapshot.Document);
+    while (!ended) {
+      const std::string list = history.Look([&](const serve::HistoryData& data) {
+        return serve::HistoryListOf(data, cycle, identities);
+      });
+      ASSERT_THAT(list, testing::HasSubstr("\"Findings\""));
+    }
+  });
+  for (std::int64_t cycle = 0; cycle < kCycles; ++cycle) {
+    history.Add(CycleAt(1800000000 + 10 * cycle));
+    std::this_thread::sleep_for(std::chrono::microseconds(100));
+  }
+  ended = true;
+  answers.join();
+  EXPECT_TRUE(store.Stop(kPatience));
+  EXPECT_EQ(RowsIn(folder.Path()), static_cast<std::size_t>(kCycles));
 }
 
 // A crash may leave it behind; a link would lead elsewhere.
