@@ -1,5 +1,6 @@
 // statuscollector-replay: runs the cycles of a capture again.
 #include <algorithm>
+#include <cerrno>
 #include <clocale>
 #include <csignal>
 #include <cstdio>
@@ -7,6 +8,7 @@
 #include <optional>
 #include <stdexcept>
 #include <string>
+#include <system_error>
 #include <vector>
 
 #include "host/command_line.h"
@@ -146,7 +148,9 @@ int VerifyOne(const std::string& file) {
   if (verdict.Differences.empty()) {
     std::printf("%s: %s, no differences\n", file.c_str(), Cycles(verdict.Compared).c_str());
   }
-  std::fflush(stdout);
+  if (std::fflush(stdout) != 0 || std::ferror(stdout) != 0) {
+    throw std::system_error(errno, std::generic_category(), "standard output");
+  }
   return verdict.Differences.empty() ? kSame : kDifferent;
 }
 

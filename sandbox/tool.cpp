@@ -1,5 +1,8 @@
 #include "sandbox/tool.h"
 
+#include <fcntl.h>
+#include <unistd.h>
+
 #include <CLI/CLI.hpp>
 #include <algorithm>
 #include <cstdio>
@@ -61,6 +64,16 @@ std::string InWords(const Tool& tool, const std::vector<std::string>& unknown,
   return about + "; see " + tool.Name + " --help";
 }
 
+// A program may be started with its standard streams closed. What is opened next would take the
+// place of one of them. Opened for reading, the place is taken and writing to it stays an error.
+void KeepStandardStreams() {
+  for (const int descriptor : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO}) {
+    if (fcntl(descriptor, F_GETFD) == -1) {
+      static_cast<void>(open("/dev/null", O_RDONLY));
+    }
+  }
+}
+
 int PrintCompletion(const Tool& tool, std::string_view shell) {
   const std::string text = CompletionFor(tool, shell);
   if (text.empty()) {
@@ -74,6 +87,7 @@ int PrintCompletion(const Tool& tool, std::string_view shell) {
 }  // namespace
 
 std::optional<int> ReadCommandLine(const Tool& tool, int argc, char** argv) {
+  KeepStandardStreams();
   std::vector<std::string> words(argv + 1, argv + argc);
   if (words.size() == 2 && words[0] == "--completion") {
     return PrintCompletion(tool, words[1]);

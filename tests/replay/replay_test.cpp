@@ -224,6 +224,22 @@ TEST_F(Replay, AHostileCaptureWritesNothing) {
   }
 }
 
+// Documents used to get lost when the file that they stand in had the place of a closed stream, and
+// a verdict that nobody could read was a good one.
+TEST_F(Replay, ClosedAndFullStreamsAreReported) {
+  WriteCapture();
+  const std::string verify = test_support::ReplayProgram() + " --verify " + Pack();
+  const Outcome closed = RunCommand("(" + verify + " 3>&1 >&- 2>&3)");
+  EXPECT_EQ(2, closed.Status);
+  EXPECT_THAT(closed.Output, HasSubstr("standard output: Bad file descriptor"));
+  const Outcome full = RunCommand("(" + verify + " 2>&1 >/dev/full)");
+  EXPECT_EQ(2, full.Status);
+  EXPECT_THAT(full.Output, HasSubstr("standard output: No space left on device"));
+  const Outcome silent = RunCommand("(" + verify + " 2>&- <&-)");
+  EXPECT_EQ(RunCommand(verify).Output, silent.Output);
+  EXPECT_THAT(silent.Output, HasSubstr("3 cycles, no differences"));
+}
+
 TEST_F(Replay, HelpNamesEveryOption) {
   const Outcome help = Run("--help");
   EXPECT_EQ(0, help.Status);
