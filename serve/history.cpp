@@ -24,7 +24,7 @@ constexpr std::size_t kReserve = std::size_t{1} << 20;
 std::size_t MostBytes() {
   // A save copies names and findings, which need half as much in a file.
   const std::size_t copied =
-      (history_bytes<HistoryPart::kNames> + history_bytes<HistoryPart::kFindings>) / 2;
+      (HistoryBytesOf<HistoryPart::kNames>() + HistoryBytesOf<HistoryPart::kFindings>()) / 2;
   return kMostHistoryBytes - kReserve - copied;
 }
 
@@ -127,7 +127,7 @@ std::optional<std::uint32_t> History::NewSeries() {
 
 std::optional<std::uint32_t> History::SeriesOf(const Reading& reading) {
   std::optional<std::uint32_t> series = data_.Names.Find(*reading.Element, reading.Field);
-  if (!series && history_bytes<HistoryPart::kNames> < HistoryNames::kMostBytes) {
+  if (!series && HistoryBytesOf<HistoryPart::kNames>() < HistoryNames::kMostBytes) {
     series = NewSeries();
     if (series) {
       data_.Names.Add(*reading.Element, reading.Field, *series);

@@ -179,7 +179,7 @@ void TakeNames(Reader* reader, HistoryData* data) {
     const std::string_view field = reader->Text();
     const auto series = reader->Take<std::uint32_t>();
     Reader::Require(series < named.size() && !named[series] && !data->Names.Find(element, field));
-    Reader::Require(history_bytes<HistoryPart::kNames> <= 2 * HistoryNames::kMostBytes);
+    Reader::Require(HistoryBytesOf<HistoryPart::kNames>() <= 2 * HistoryNames::kMostBytes);
     named[series] = true;
     data->Names.Add(element, field, series);
   }

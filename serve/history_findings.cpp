@@ -85,7 +85,7 @@ std::vector<std::optional<HistoryFindings::Beginning>> HistoryFindings::Update(
 }
 
 bool HistoryFindings::MakeRoom() {
-  while (episodes_.size() >= kMost || history_bytes < HistoryPart::kFindings >> kMostBytes) {
+  while (episodes_.size() >= kMost || HistoryBytesOf<HistoryPart::kFindings>() > kMostBytes) {
     const auto ended =
         std::ranges::find_if(episodes_, &std::optional<UnixSeconds>::has_value, &Episode::End);
     if (ended == episodes_.end()) {

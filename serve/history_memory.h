@@ -5,10 +5,8 @@
 
 #include <atomic>
 #include <cstddef>
-#include <limits>
-#include <new>
+#include <memory>
 #include <string>
-#include <type_traits>
 #include <vector>
 
 namespace serve {
@@ -21,45 +19,49 @@ enum class HistoryPart { kRows, kNames, kFindings };
 
 // Bytes in use, with what the allocator itself needs for them. Any thread.
 template <HistoryPart kPart>
-inline std::atomic<std::size_t> history_bytes = 0;
-
-inline std::size_t HistoryBytes() {
-  return history_bytes<HistoryPart::kRows> + history_bytes<HistoryPart::kNames> +
-         history_bytes<HistoryPart::kFindings>;
+std::atomic<std::size_t>& HistoryBytesOf() {
+  static std::atomic<std::size_t> bytes = 0;
+  return bytes;
 }
 
-// Allocates as std::allocator does, and counts.
+inline std::size_t HistoryBytes() {
+  return HistoryBytesOf<HistoryPart::kRows>() + HistoryBytesOf<HistoryPart::kNames>() +
+         HistoryBytesOf<HistoryPart::kFindings>();
+}
+
+// Allocates as std::allocator does, and counts. The names are those of the language.
+// NOLINTBEGIN(readability-identifier-naming)
 template <class T, HistoryPart kPart>
 struct HistoryAllocator {
   using value_type = T;
   template <class Other>
-  struct rebind {  // NOLINT(readability-identifier-naming): a name of the language
+  struct rebind {
     using other = HistoryAllocator<Other, kPart>;
   };
 
   HistoryAllocator() = default;
   template <class Other>
-  // NOLINTNEXTLINE(google-explicit-constructor): as allocators are
+  // NOLINTNEXTLINE(google-explicit-constructor,hicpp-explicit-conversions): as allocators are
   HistoryAllocator(const HistoryAllocator<Other, kPart>& /*other*/) {}
 
-  T* allocate(std::size_t count) {  // NOLINT(readability-identifier-naming)
-    if (count > std::numeric_limits<std::ptrdiff_t>::max() / sizeof(T)) {
-      throw std::bad_array_new_length();
-    }
-    void* const memory = ::operator new(count * sizeof(T));
-    history_bytes<kPart> += Size(memory);
-    return static_cast<T*>(memory);
+  T* allocate(std::size_t count) {
+    T* const memory = std::allocator<T>().allocate(count);
+    HistoryBytesOf<kPart>() += Size(memory);
+    return memory;
   }
-  void deallocate(T* memory, std::size_t /*count*/) {  // NOLINT(readability-identifier-naming)
-    history_bytes<kPart> -= Size(memory);
-    ::operator delete(memory);
+  void deallocate(T* memory, std::size_t count) {
+    HistoryBytesOf<kPart>() -= Size(memory);
+    std::allocator<T>().deallocate(memory, count);
   }
 
   bool operator==(const HistoryAllocator& /*other*/) const { return true; }
 
  private:
-  static std::size_t Size(void* memory) { return malloc_usable_size(memory) + sizeof(std::size_t); }
+  static std::size_t Size(T* memory) {
+    return malloc_usable_size(static_cast<void*>(memory)) + sizeof(std::size_t);
+  }
 };
+// NOLINTEND(readability-identifier-naming)
 
 template <class T>
 using HistoryVector = std::vector<T, HistoryAllocator<T, HistoryPart::kRows>>;
