@@ -27,6 +27,7 @@ struct ClockTimes {
 };
 
 // All that there is, for one thread at a time.
+// NOLINTNEXTLINE(bugprone-exception-escape): a deque takes memory when it is moved
 struct HistoryData {
   explicit HistoryData(std::uint32_t interval) : Rows(interval) {}
 

@@ -97,7 +97,7 @@ class Lists {
     last_ = time;
   }
 
-  static std::string Closed(std::string list) { return list.empty() ? "[]" : list + "]"; }
+  static std::string Closed(const std::string& list) { return list.empty() ? "[]" : list + "]"; }
   std::string Times() const { return Closed(times_); }
   std::string Numbers(std::size_t at) const { return Closed(numbers_[at]); }
 

@@ -30,6 +30,7 @@ struct SeriesNumber {
 // A row of numbers for each step of time, as what changed against the row before. When there are
 // too many rows or bytes the step doubles: of the rows of one step the last one stays. One thread
 // at a time; a copy of a row keeps what it holds.
+// NOLINTNEXTLINE(bugprone-exception-escape): a deque takes memory when it is moved
 class HistoryRows {
  public:
   static constexpr std::uint32_t kMostSeries = 65536;
