@@ -27,6 +27,16 @@ find_package(GTest REQUIRED)
 include(CheckLinkerFlag)
 include(GoogleTest)
 
+# What is tested with sanitizers is compiled as it ships, by GCC. The tests themselves, and nothing but
+# them, are compiled by clang with the same sanitizers, where it is installed: it takes less than half the
+# time, and both compilers' sanitizers share a runtime. What is made from here on are tests.
+if(STATUS_SANITIZE MATCHES address AND CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
+  find_program(STATUS_CLANG clang++)
+  if(STATUS_CLANG)
+    set(CMAKE_CXX_COMPILER_LAUNCHER ${PROJECT_SOURCE_DIR}/cmake/with-clang ${CMAKE_CXX_COMPILER_LAUNCHER})
+  endif()
+endif()
+
 # What every test program shares: its locale, and the headers that nearly all of its sources include,
 # compiled once for all programs. The position-independence is that of programs, so that they can use
 # the precompiled headers. A source includes what it needs all the same: the preset coverage
