@@ -73,11 +73,11 @@ constexpr std::pair<const char*, const char*> kSizes[] = {
 
 // What to look at where rows of this name, or that begin with it, are missing: a row whose key is
 // near to it is misspelt.
-std::string WhyAbsent(const Snapshot& snapshot, std::string_view name) {
+std::string WhyAbsent(const WrongRows& wrong_rows, std::string_view name) {
   const std::string near = NearestIs(name);
-  for (const Row& row : snapshot.Rows) {
-    if (row.What() == Outcome::kUnknownKey && row.Remarks.front().Text.ends_with(near)) {
-      return "the program that writes these rows: it writes " + row.Key;
+  for (const Row* const row : wrong_rows.UnknownKeys()) {
+    if (row->Remarks.front().Text.ends_with(near)) {
+      return "the program that writes these rows: it writes " + row->Key;
     }
   }
   return "whether the program that writes these rows runs";
@@ -115,7 +115,8 @@ void FindInNetwork(const Snapshot& snapshot, std::vector<Finding>* findings) {
   }
 }
 
-void FindAbsentRows(const Snapshot& snapshot, std::vector<Finding>* findings) {
+void FindAbsentRows(const Snapshot& snapshot, const WrongRows& wrong_rows,
+                    std::vector<Finding>* findings) {
   const bool display = !snapshot.Document.Root().Find("Outputs")->Children().empty();
   if (snapshot.Result != 0 || snapshot.Rows.empty() || !display) {
     return;  // another finding says so, or there is no display
@@ -123,7 +124,7 @@ void FindAbsentRows(const Snapshot& snapshot, std::vector<Finding>* findings) {
   const auto add = [&](const char* id, std::string message, std::string path,
                        std::string_view name) {
     findings->push_back(
-        MakeWarning(id, std::move(message), WhyAbsent(snapshot, name), kDatabaseId));
+        MakeWarning(id, std::move(message), WhyAbsent(wrong_rows, name), kDatabaseId));
     findings->back().Where = hardware::paths::kStatusDatabase;
     findings->back().Path = std::move(path);
   };

@@ -4,6 +4,7 @@
 #include <vector>
 
 #include "insight/snapshot.h"
+#include "insight/wrong_rows.h"
 
 namespace insight {
 
@@ -11,6 +12,7 @@ namespace insight {
 void FindInNetwork(const Snapshot& snapshot, std::vector<Finding>* findings);
 
 // Of the rows of a display: sensors, T-table.
-void FindAbsentRows(const Snapshot& snapshot, std::vector<Finding>* findings);
+void FindAbsentRows(const Snapshot& snapshot, const WrongRows& wrong_rows,
+                    std::vector<Finding>* findings);
 
 }  // namespace insight

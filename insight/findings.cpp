@@ -101,16 +101,18 @@ class Finder {
     FindInSources(snapshot_, &findings_);
     FindInNetwork(snapshot_, &findings_);
     FindInDatabase(snapshot_, limits_, &findings_);
-    FindAbsentRows(snapshot_, &findings_);
+    FindAbsentRows(snapshot_, wrong_rows_, &findings_);
     for (const TreeElement& element : snapshot_.Document.Elements()) {
       const std::size_t before = findings_.size();
       FindInValues(element);
       FindImpossible(element);
       FindInReadings(element);
-      FindWrapped(element, before);
+      if (wrong_rows_.HasWrapped()) {
+        FindWrapped(element, before);
+      }
       FindMissing(element);
     }
-    FindInRows(snapshot_, &findings_);
+    FindInRows(wrong_rows_, &findings_);
     return WorstFirst(std::move(findings_));
   }
 
@@ -195,8 +197,13 @@ class Finder {
   // Not a number, or infinite, in any field; light below 0.
   void FindImpossible(const TreeElement& element) {
     for (const TreeValue& value : element.Values()) {
-      const bool dark = NumberOf(value) < 0 && IsLight(element, value);
-      const char* const why = IsInfinite(value) ? "no finite number" : dark ? "below 0" : nullptr;
+      const double number = NumberOf(value);
+      if (number >= 0 && std::isfinite(number) && value.Kind() != QtSts::ValueKind::kReals) {
+        continue;
+      }
+      const char* const why = IsInfinite(value)         ? "no finite number"
+                              : IsLight(element, value) ? "below 0"
+                                                        : nullptr;
       if (why != nullptr && !IsOfStandingClock(element) && IsOfConnected(element)) {
         AddImpossible(element, {&element, &value},
                       WhatOf(element, value) + " " + TextOf(value) + " is not possible: " + why,
@@ -277,7 +284,7 @@ class Finder {
   // What stands there because a number had no room; not when it is not possible either.
   // `before` counts the findings before those of the element.
   void FindWrapped(const TreeElement& element, std::size_t before) {
-    if (!wrong_rows_.HasWrapped() || !IsOfConnected(element)) {
+    if (!IsOfConnected(element)) {
       return;
     }
     for (const TreeValue& value : element.Values()) {

@@ -62,6 +62,7 @@ void RowRecorder::BeginCycle(const QtSts::CStatus& status) {
   field_rows_.clear();
   owners_.clear();
   lost_.clear();
+  unknown_words_.clear();
 }
 
 void RowRecorder::See(const observe::Event& event) {
@@ -409,6 +410,9 @@ std::vector<Row> RowRecorder::EndCycle(const QtSts::DocumentTree& /*document*/) 
     };
     if (!std::ranges::is_sorted(row.Remarks, is_worse)) {
       std::ranges::stable_sort(row.Remarks, is_worse);
+    }
+    if (HasRemark(row, Outcome::kUnknownWord)) {
+      unknown_words_.push_back(static_cast<std::size_t>(&row - rows_.data()));
     }
   }
   last_count_ = rows_.size();

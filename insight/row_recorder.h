@@ -28,6 +28,9 @@ class RowRecorder {
   // As Parking::Missing.
   const Unwritten& Missing() const { return parking_.Missing(); }
 
+  // Of the rows of the last cycle those, by their place, whose word is not known; after EndCycle.
+  const std::vector<std::size_t>& UnknownWords() const { return unknown_words_; }
+
   // Once the cycle has ended; `document` is what came of it.
   std::vector<Row> EndCycle(const QtSts::DocumentTree& document);
 
@@ -88,6 +91,7 @@ class RowRecorder {
   // Of each list: of the display interface at this position.
   std::map<std::pair<observe::Place, int>, Owners> owners_;
   std::vector<Lost> lost_;
+  std::vector<std::size_t> unknown_words_;
 };
 
 }  // namespace insight

@@ -125,8 +125,9 @@ std::vector<std::string> FindNotReported(const std::vector<Source>& sources,
 }
 
 // Where a word is not known, what stays may be what no row gave.
-void NameUnreported(Snapshot* snapshot) {
-  for (Row& row : snapshot->Rows) {
+void NameUnreported(const std::vector<std::size_t>& rows, Snapshot* snapshot) {
+  for (const std::size_t at : rows) {
+    Row& row = snapshot->Rows[at];
     for (Remark& remark : row.Remarks) {
       if (remark.What == Outcome::kUnknownWord && remark.Text.ends_with(kStays) &&
           !row.Path.empty() && !snapshot->IsReported(row.Path)) {
@@ -198,7 +199,7 @@ Snapshot Recorder::RunCycle(const Limits& limits) {
   snapshot.Database.Rows = snapshot.Rows.size();
   snapshot.Sources = state.Sources.EndCycle(snapshot.Document, &snapshot.Database);
   snapshot.NotReported = FindNotReported(snapshot.Sources, state.Rows.Missing().Sorted());
-  NameUnreported(&snapshot);
+  NameUnreported(state.Rows.UnknownWords(), &snapshot);
   snapshot.Findings = FindFindings(snapshot, limits);
   return snapshot;
 }

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cerrno>
 #include <chrono>
+#include <cstddef>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -143,13 +144,12 @@ void FindInDatabase(const Snapshot& snapshot, const Limits& limits,
   }
 }
 
-void FindInRows(const Snapshot& snapshot, std::vector<Finding>* findings) {
-  const auto is_error = [](const Row& row) { return row.Class() == OutcomeClass::kError; };
-  const auto first = std::ranges::find_if(snapshot.Rows, is_error);
-  if (first == snapshot.Rows.end()) {
+void FindInRows(const WrongRows& wrong_rows, std::vector<Finding>* findings) {
+  const Row* const first = wrong_rows.FirstError();
+  if (first == nullptr) {
     return;
   }
-  const auto errors = std::count_if(first, snapshot.Rows.end(), is_error);
+  const std::size_t errors = wrong_rows.Errors();
   const std::string& mistake = first->Remarks.front().Text;
   const bool said =
       mistake.empty() || std::ranges::any_of(*findings, [&](const Finding& finding) {

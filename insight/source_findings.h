@@ -6,6 +6,7 @@
 
 #include "insight/limits.h"
 #include "insight/snapshot.h"
+#include "insight/wrong_rows.h"
 
 namespace insight {
 
@@ -16,6 +17,6 @@ void FindInSources(const Snapshot& snapshot, std::vector<Finding>* findings);
 void FindInDatabase(const Snapshot& snapshot, const Limits& limits, std::vector<Finding>* findings);
 
 // One finding for all rows that have errors.
-void FindInRows(const Snapshot& snapshot, std::vector<Finding>* findings);
+void FindInRows(const WrongRows& wrong_rows, std::vector<Finding>* findings);
 
 }  // namespace insight

@@ -20,11 +20,19 @@ bool IsOfValue(const Remark& remark) {
 
 WrongRows::WrongRows(const Snapshot& snapshot) {
   for (const Row& row : snapshot.Rows) {
-    if (row.Class() == OutcomeClass::kFine || row.Path.empty()) {
+    const OutcomeClass is = row.Class();
+    if (is == OutcomeClass::kFine) {
       continue;
     }
+    if (is == OutcomeClass::kError) {
+      first_error_ = first_error_ == nullptr ? &row : first_error_;
+      ++errors_;
+      if (row.What() == Outcome::kUnknownKey) {
+        unknown_keys_.push_back(&row);
+      }
+    }
     const auto mistake = std::ranges::find_if(row.Remarks, &IsOfValue);
-    if (mistake != row.Remarks.end()) {
+    if (mistake != row.Remarks.end() && !row.Path.empty()) {
       rows_.insert({row.Path, {&row, &*mistake}});
       has_wrapped_ = has_wrapped_ || mistake->What == Outcome::kWrapped;
     }

@@ -2,8 +2,10 @@
 // Private to this library.
 #pragma once
 
+#include <cstddef>
 #include <string_view>
 #include <unordered_map>
+#include <vector>
 
 #include "insight/snapshot.h"
 
@@ -13,6 +15,13 @@ namespace insight {
 class WrongRows {
  public:
   explicit WrongRows(const Snapshot& snapshot);
+
+  // How many rows have errors, and the first of them; null when there is none.
+  std::size_t Errors() const { return errors_; }
+  const Row* FirstError() const { return first_error_; }
+
+  // The rows whose keys are not known.
+  const std::vector<const Row*>& UnknownKeys() const { return unknown_keys_; }
 
   // What is wrong with the value of the row with this key, which stands at `path`; null when
   // nothing is, or when it stands elsewhere.
@@ -32,6 +41,9 @@ class WrongRows {
   };
   std::unordered_multimap<std::string_view, Wrong> rows_;  // by path
   bool has_wrapped_ = false;
+  std::vector<const Row*> unknown_keys_;
+  std::size_t errors_ = 0;
+  const Row* first_error_ = nullptr;
 };
 
 }  // namespace insight
