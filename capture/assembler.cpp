@@ -260,7 +260,7 @@ void Assembler::TakeFileStatus(const Observation& seen) {
 }
 
 void Assembler::TakePathStatus(const Observation& seen) {
-  File& file = cycle_->Files[SourceOf(seen)];
+  File& file = cycle_->Files[Normal(SourceOf(seen))];
   const std::optional<std::uint32_t> mode =
       seen.Result == 0 ? std::optional(static_cast<std::uint32_t>(seen.Number)) : std::nullopt;
   if (!file.LookedAt && file.LookError == 0) {

@@ -10,6 +10,8 @@ namespace {
 
 constexpr const char* kByDescriptor = "/proc/thread-self/fd/";
 
+}  // namespace
+
 std::string Normal(const std::string& path) {
   std::string normal = std::filesystem::path(path).lexically_normal();
   if (normal.size() > 1 && normal.ends_with('/')) {
@@ -17,8 +19,6 @@ std::string Normal(const std::string& path) {
   }
   return normal;
 }
-
-}  // namespace
 
 FileWalk::Step FileWalk::Open(const std::string& source, std::uint64_t flags, bool inside) {
   begins_ = false;

@@ -8,6 +8,9 @@
 
 namespace capture {
 
+// `path` without "." and "..": the names of interfaces stand in some, and may have these in them.
+std::string Normal(const std::string& path);
+
 // The collector opens some paths name by name, and follows the links on them that it trusts. The
 // file is then kept at the path that was asked for.
 class FileWalk {

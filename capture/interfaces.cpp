@@ -49,8 +49,12 @@ NetworkInterface* OwnerOf(const std::string& label, NetworkInterface* owner_befo
   if (NetworkInterface* const named = Find(interfaces, label)) {
     return named;
   }
-  NetworkInterface* const based = Find(interfaces, label.substr(0, label.find(':')));
-  return based != nullptr ? based : owner_before;
+  if (NetworkInterface* const based = Find(interfaces, label.substr(0, label.find(':')))) {
+    return based;
+  }
+  const auto begins = std::ranges::find_if(
+      *interfaces, [&label](const NetworkInterface& one) { return label.starts_with(one.Name); });
+  return begins == interfaces->end() ? owner_before : &*begins;
 }
 
 // What the interface, or else an alias of it, answered; "" when none did.

@@ -102,6 +102,17 @@ TEST_F(RoundTrip, AnAliasThatAnswersEndsTheFaultOfItsInterface) {
   EXPECT_EQ("", Try(scenario));
 }
 
+// Its replay used to refuse it, for a name in the archive.
+TEST_F(RoundTrip, ALabelMayLeadThroughOtherFolders) {
+  EXPECT_EQ("", Try(Scenario()
+                        .Interface({.Name = "eth0",
+                                    .Addresses = {{.Prefix = "10.1.0.1/24",
+                                                   .Broadcast = "10.1.0.255",
+                                                   .Label = "eth0/../eth0"}}})
+                        .File("/sys/class/net/eth0/carrier", "1\n")
+                        .File("/dev/shm/netlink-eth0", "100\n")));
+}
+
 // STATUS_LONG=1 makes 500 of them.
 TEST_F(RoundTrip, GeneratedControllersGiveTheSameDocuments) {
   const unsigned int count = std::getenv("STATUS_LONG") != nullptr ? 500 : 30;
