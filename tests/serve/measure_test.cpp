@@ -9,6 +9,7 @@
 #include <charconv>
 #include <chrono>
 #include <cstdlib>
+#include <filesystem>
 #include <fstream>
 #include <iostream>
 #include <map>
@@ -311,6 +312,7 @@ TEST_F(Measured, TenThousandCyclesTakeTwentyFourMebibytes) {
     }
     std::this_thread::sleep_for(std::chrono::milliseconds(100));
   }
+  EXPECT_TRUE(std::filesystem::exists(state.Path() + "/history"));
   const double resident = ResidentMebibytes(server);
   Report("cycles", cycles, "");
   Report("resident memory after them", resident, "MiB");
