@@ -124,7 +124,7 @@ TEST(HistoryStore, TakesNoFileThatItDidNotMake) {
 TEST(HistoryStore, BelievesNoFileThatOthersMayWrite) {
   const test_support::TemporaryFolder folder;
   const std::string file = folder.Path() + "/history";
-  for (const mode_t mode : {0620, 0602}) {
+  for (const mode_t mode : {0620U, 0602U}) {
     History history(kInterval, "");
     std::ofstream(file) << "";
     chmod(file.c_str(), mode);
