@@ -288,7 +288,7 @@ std::string RewriteBase64(std::string_view text, const Recode& recode) {
           const std::string decoded = DecodeBase64(digits);
           const std::string recoded = RecodeTexts(decoded, recode);
           if (recoded != decoded) {
-            result = result.substr(0, begin) + EncodeBase64(recoded, digits);
+            result.replace(begin, std::string::npos, EncodeBase64(recoded, digits));
           }
         }
         return result;
