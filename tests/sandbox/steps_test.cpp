@@ -162,6 +162,7 @@ TEST(Steps, AreAThousandAtMost) {
 }
 
 TEST(Steps, OneAfterTheOtherAreTheSameControllers) {
+  SANDBOX_NEEDS_DEVICES();
   Tree tree = {{"root/etc/always", FileNode("0")}, {"devices/travex", FileNode("0x1 1\n")}};
   tree["steps/01/root/etc/number"] = FileNode("1");
   tree["steps/02/removed"] = FileNode("root/etc/always\ndevices/travex\n");
