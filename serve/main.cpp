@@ -130,6 +130,9 @@ int Run(int argc, char** argv) {
   server.Stop(kMostForAnEnd);
   const bool collected = collecting.Stop(kMostForAnEnd);
   const bool saved = !store || store->Stop(kMostForAnEnd);
+  if (saved) {
+    store.reset();
+  }
   if (!collected || !saved) {
     _exit(host::kAllWell);  // what hangs goes with the process alone
   }
