@@ -124,9 +124,9 @@ int Run(int argc, char** argv) {
   SayWhatIsExposed(addresses);
   serve::Collecting collecting(interval, output, &history);
   serve::ServiceManager manager;
-  manager.Tell("READY=1");
+  manager.Notify("READY=1");
   Serve(signals, &manager, &collecting, &server);
-  manager.Tell("STOPPING=1");
+  manager.Notify("STOPPING=1");
   server.Stop(kMostForAnEnd);
   const bool collected = collecting.Stop(kMostForAnEnd);
   const bool saved = !store || store->Stop(kMostForAnEnd);

@@ -27,7 +27,7 @@ std::optional<std::int64_t> NumberIn(const char* name) {
   return whole && number > 0 ? std::optional(number) : std::nullopt;
 }
 
-// How often a watching manager is to be told; nothing when none watches this process.
+// How often a watching manager is to be notified; nothing when none watches this process.
 std::optional<std::chrono::milliseconds> TimeToFeed() {
   const std::optional<std::int64_t> microseconds = NumberIn("WATCHDOG_USEC");
   const bool mine =
@@ -57,7 +57,7 @@ ServiceManager::~ServiceManager() {
   }
 }
 
-void ServiceManager::Tell(const std::string& state) const {
+void ServiceManager::Notify(const std::string& state) const {
   if (socket_ == -1) {
     return;
   }
@@ -76,7 +76,7 @@ void ServiceManager::Feed() {
   const Clock::time_point now = Clock::now();
   if (each_ && now >= next_) {
     next_ = now + *each_;
-    Tell("WATCHDOG=1");
+    Notify("WATCHDOG=1");
   }
 }
 

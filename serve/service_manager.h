@@ -1,4 +1,4 @@
-// What the program says to the service manager that started it.
+// Notifies the service manager that started the program.
 #pragma once
 
 #include <chrono>
@@ -8,7 +8,7 @@
 namespace serve {
 
 // Sends messages as sd_notify(3) has them: datagrams to the socket that NOTIFY_SOCKET names.
-// Without that variable nobody is told anything. Never waits: what cannot be sent is lost. One
+// Without that variable nothing is sent. Never waits: what cannot be sent is lost. One
 // thread.
 class ServiceManager {
  public:
@@ -19,10 +19,10 @@ class ServiceManager {
   ServiceManager& operator=(const ServiceManager&) = delete;
 
   // `state` is "READY=1" or "STOPPING=1".
-  void Tell(const std::string& state) const;
+  void Notify(const std::string& state) const;
 
-  // Tells a manager that watches this program that it goes on, each time half of the time is over
-  // after which it would be ended.
+  // Notifies a manager that watches this program that it goes on, each time half of the time is
+  // over after which it would be ended.
   void Feed();
 
   // `most`, but not longer than until Feed() has to be called again.
