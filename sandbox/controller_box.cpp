@@ -183,6 +183,7 @@ int Main(const sandbox::Tool& tool, Options& options) {
   if (!options.RootSize.empty()) {
     box.RootBytes = sandbox::BytesOf(options.RootSize);
   }
+  box.LastProcess = 4000;  // a shell that somebody works in for a day
   for (const std::string& bind : options.Binds) {
     if (!std::filesystem::exists(bind)) {
       throw std::runtime_error("--bind " + bind + ": there is no such path; make it first");

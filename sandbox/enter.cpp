@@ -131,7 +131,7 @@ void EndWithCaller(const Descriptor& report) {
     if (caller != nullptr) {
       MapToRoot(*caller);
     }
-    EnterRoot(binds, options.RootBytes);
+    EnterRoot(binds, options.RootBytes, options.LastProcess);
     RaiseLoopback();
     StartDeviceServer();
     started = Check(fork(), "start the body");

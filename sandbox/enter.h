@@ -22,6 +22,9 @@ struct Options {
   std::uint64_t RootBytes = std::uint64_t{64} << 20;
   // Folders or files of the outside that are writable inside, at the same absolute path.
   std::vector<std::filesystem::path> Writable;
+  // The last process, as the sandbox counts them, that has its folder in /proc. Each costs a link,
+  // in every sandbox anew; a test starts at most 200.
+  int LastProcess = 400;
 };
 
 // The default options plus what the environment asks for: STATUS_UPDATE_GOLDEN=1 makes the source

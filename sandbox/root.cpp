@@ -50,10 +50,6 @@ constexpr std::array kLinks = {
     Link{"/proc/sys", "/.proc/sys"},
 };
 
-// /proc holds fixtures only; sanitizers and debuggers look processes up by number, so the numbers a
-// sandbox can reasonably reach lead to the real procfs.
-constexpr int kLastProcess = 4000;
-
 bool IsBelow(std::string_view path, std::string_view folder) {
   return path.substr(0, folder.size()) == folder &&
          (path.size() == folder.size() || path[folder.size()] == '/');
@@ -173,9 +169,11 @@ void BuildStage(const std::string& stage, std::uint64_t bytes, const std::vector
   }
 }
 
-void LinkProcesses() {
+// /proc holds fixtures only; sanitizers and debuggers look processes up by number, so these lead to
+// the real procfs.
+void LinkProcesses(int last) {
   const Descriptor folder(Check(open("/proc", O_DIRECTORY | O_CLOEXEC), "open", "/proc"));
-  for (int process = 1; process <= kLastProcess; ++process) {
+  for (int process = 1; process <= last; ++process) {
     const std::string name = std::to_string(process);
     Check(symlinkat(("/.proc/" + name).c_str(), folder.Number(), name.c_str()), "link process",
           name);
@@ -267,7 +265,7 @@ std::vector<Bind> PlanBinds(const std::vector<fs::path>& writable) {
   return binds;
 }
 
-void EnterRoot(const std::vector<Bind>& binds, std::uint64_t bytes) {
+void EnterRoot(const std::vector<Bind>& binds, std::uint64_t bytes, int last_process) {
   std::error_code gone;
   const fs::path working_folder = fs::current_path(gone);
   umask(022);
@@ -281,7 +279,7 @@ void EnterRoot(const std::vector<Bind>& binds, std::uint64_t bytes) {
   if (working_folder.empty() || chdir(working_folder.c_str()) == -1) {
     Check(chdir("/"), "enter", "/");
   }
-  LinkProcesses();
+  LinkProcesses(last_process);
 }
 
 void ClearRoot() {

@@ -19,8 +19,9 @@ struct Bind {
 std::vector<Bind> PlanBinds(const std::vector<std::filesystem::path>& writable);
 
 // Makes a tmpfs of `bytes` the root of this process, which must be process 1 of fresh mount and
-// pid namespaces. Throws std::system_error; the process is then of no further use.
-void EnterRoot(const std::vector<Bind>& binds, std::uint64_t bytes);
+// pid namespaces. Processes have their folders in /proc up to the number `last_process`. Throws
+// std::system_error; the process is then of no further use.
+void EnterRoot(const std::vector<Bind>& binds, std::uint64_t bytes, int last_process);
 
 // Removes every fixture: all files and folders that EnterRoot() did not make, of the root file
 // system and of /dev. Mounts, and with them everything of the outside, are never touched; the

@@ -107,6 +107,15 @@ TEST_F(EnterTest, TheSizeOfTheRootCanBeChosen) {
             }));
 }
 
+TEST_F(EnterTest, ProcessesHaveTheirFoldersUpToTheLastOneAskedFor) {
+  Options options;
+  options.LastProcess = 7;
+  EXPECT_EQ(0, RunInside(options, [] {
+              const bool linked = fs::exists("/proc/1/comm") && fs::is_symlink("/proc/7");
+              return linked && !fs::exists(fs::symlink_status("/proc/8")) ? 0 : 1;
+            }));
+}
+
 TEST_F(EnterTest, AWritableFolderTakesResultsOut) {
   const Folder folder;
   const std::string path = folder.Path() / "result";
