@@ -109,10 +109,13 @@ TEST_F(DispatchTest, HandsEachRowToTheHandlerOfItsKey) {
 }
 
 TEST_F(DispatchTest, MatchesAKeyThatBeginsWithATableKeyInItsCase) {
-  SetRows({{"GUIDX", "by prefix"}, {"guid", "lower"}, {"Zzz", "1"}, {"TtableTitleX", "title"}});
+  SetRows({{"GUIDX", "by prefix"}, {"guid", "lower"}});
   Open();
   EXPECT_EQ(Cycle(), kDone);
   EXPECT_EQ(status_.GUID, "by prefix");
+
+  SetRows({{"TtableTitleX", "title"}, {"Zzz", "1"}, {"ttableTitle", "lower"}});
+  EXPECT_EQ(Cycle(), kDone);
   ASSERT_EQ(status_.Outputs.Count(), 1U);
   EXPECT_EQ(status_.Outputs[0]->Title, "title");
 }
@@ -209,10 +212,13 @@ TEST_F(DispatchTest, NeverGoesBackToAnEarlierTableKeyWithinACycle) {
 
 TEST_F(DispatchTest, StaysWhereItWasAfterAKeyBeyondTheLastTableKey) {
   SetRows({{"TtableTime", "time"}, {"Zzz", "1"}});
-  RunSql("INSERT INTO status VALUES(CAST('TtableTitle' AS BLOB), 'title');");
+  RunSql(
+      "INSERT INTO status VALUES(CAST('ActualDimmingLevel' AS BLOB), '55'),"
+      "(CAST('TtableTitle' AS BLOB), 'title');");
   Open();
   EXPECT_EQ(Cycle(), kDone);
-  EXPECT_EQ(status_.Outputs[0]->Title, "title");
+  EXPECT_EQ(status_.Outputs[0]->Dimming.ActualDimmingLevel, 1) << "before it: not delivered";
+  EXPECT_EQ(status_.Outputs[0]->Title, "title") << "after it";
 }
 
 TEST_F(DispatchTest, StartsAtTheFirstTableKeyInEveryCycle) {

@@ -36,6 +36,7 @@ TEST_F(DispatcherTest, IgnoresUnknownKeysAndFindsTheNextOne) {
 
 TEST_F(DispatcherTest, NeverGoesBackToAKeyBeforeTheLastMatch) {
   dispatcher_.Dispatch("GUID", "abc");
+  dispatcher_.Dispatch("Zzz", "1");  // a key that matches nothing begins no new search either
   dispatcher_.Dispatch("ErrorFlags", "0x1");
   EXPECT_EQ(status_.ErrorFlags, QtSts::CStatus().ErrorFlags);
   rows::Dispatcher next_cycle(&status_);

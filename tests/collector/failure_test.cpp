@@ -23,7 +23,10 @@ constexpr const char* kIoReport = "10:disk I/O error\n";
 
 class FailureTest : public CycleTest {
  protected:
-  ~FailureTest() override { interposed::FailNone(); }
+  ~FailureTest() override {
+    interposed::FailNone();
+    g_on_call = nullptr;
+  }
 
   // Removes what makes cycles fail, and expects a normal one.
   void ExpectNormalCycle() {
@@ -51,6 +54,7 @@ const CycleResult kMissingTable{1, "1:no such table: status\n"};
 TEST_F(FailureTest, OfPreparationIsReportedEveryTimeUntilTheTableIsThere) {
   RunSql("DROP TABLE status;");
   Open();
+  collector_.m_LastError = 5;  // what the first cycle stores overwrites it
   for (int cycle = 0; cycle < 3; ++cycle) {
     EXPECT_EQ(Cycle(), kMissingTable);
     EXPECT_EQ(collector_.m_LastError, 0) << "stored, then read and cleared";
@@ -153,6 +157,25 @@ TEST_F(FailureTest, OfAnotherKindLeavesTheCycleUnreported) {
   const std::string errors =
       ErrorsOf([&] { EXPECT_THROW(collector_.QueryDatabase(), std::runtime_error); });
   EXPECT_EQ(errors, "");
+  ExpectNormalCycle();
+}
+
+// What is caught begins with the preparation.
+TEST_F(FailureTest, OfTheDatabaseBeforeThePreparationLeavesTheCycleUnreported) {
+  Open();
+  for (const std::string_view failing : {"Status_ClearLists", "Reset_Globals", "GetTime"}) {
+    SCOPED_TRACE(failing);
+    g_on_call = [&](const char* call) {
+      if (call == failing) {
+        throw CppSQLite3Exception(7, "early");
+      }
+    };
+    const std::string errors =
+        ErrorsOf([&] { EXPECT_THROW(collector_.QueryDatabase(), CppSQLite3Exception); });
+    EXPECT_EQ(errors, "");
+    EXPECT_EQ(collector_.m_LastError, 0);
+  }
+  g_on_call = nullptr;
   ExpectNormalCycle();
 }
 

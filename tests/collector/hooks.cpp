@@ -3,6 +3,7 @@
 #include <ctime>
 
 #include "collector/state/scratch.h"
+#include "collector/status_interface.h"
 #include "handlers/handlers.h"
 #include "model/lookup/verify.h"
 #include "tests/support/interposed/real.h"
@@ -37,6 +38,11 @@ void Status_ClearLists(QtSts::CStatus* status) {
 void Reset_Globals() {
   Note("Reset_Globals");
   interposed::Real<void()>("_Z13Reset_Globalsv")();
+}
+
+void CStatusInterface::GetTime() {
+  Note("GetTime");
+  interposed::Real<void(CStatusInterface*)>("_ZN16CStatusInterface7GetTimeEv")(this);
 }
 
 extern "C" __attribute__((visibility("default"))) std::time_t time(std::time_t* result) noexcept {

@@ -17,6 +17,6 @@ struct DispatchedRow {
 // trace; empty: nothing happens. What it throws leaves the handler.
 extern std::function<void(const DispatchedRow&)> g_on_thermal_scaler;
 
-// Called with the name of each of Status_ClearLists, Reset_Globals and time that is about to be
-// called; empty: nothing happens.
+// Called with the name of each of Status_ClearLists, Reset_Globals, GetTime and time that is about
+// to be called; empty: nothing happens. What it throws leaves the call, but not that of time.
 extern std::function<void(const char* call)> g_on_call;

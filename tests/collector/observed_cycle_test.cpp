@@ -328,6 +328,9 @@ TEST_F(ObservedCycle, ReportsAtWhichStageTheDatabaseFails) {
     FailNext(Call::kSqlReset);
   };
   EXPECT_THAT(DatabaseLines().back(), StartsWith("database fails finish: 10, 10, "));
+  sandbox::SetRows({{"ThermalScaler", "1"}});  // the last row, after which the loop finalizes
+  g_on_thermal_scaler = [](const DispatchedRow&) { FailNext(Call::kSqlReset); };
+  EXPECT_THAT(DatabaseLines().back(), StartsWith("database fails rows: 10, 10, "));
   g_on_thermal_scaler = [](const DispatchedRow&) {
     throw CppSQLite3Exception(SQLITE_BUSY, "locked", SQLITE_BUSY_SNAPSHOT, EAGAIN);
   };

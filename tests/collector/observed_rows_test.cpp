@@ -38,6 +38,22 @@ TEST_F(ObservedRows, HaveTheirKeyTheirValueAndTheirEntryOfTheKeyTable) {
                           "row -1 Zzz=7", "ends row 0"));
 }
 
+// The handlers of these families ignore such keys, too: only the entry proves that none is called.
+TEST_F(ObservedRows, HaveNoEntryWhenTheirKeyIsShorterThanTheTableKey) {
+  EXPECT_THAT(LinesOf({{"DCIO", "1"}, {"Sensor", "1"}, {"TtableDevice", "1"}}, {"row"}),
+              ElementsAre("row -1 DCIO=1", "row -1 Sensor=1", "row -1 TtableDevice=1"));
+}
+
+TEST_F(ObservedRows, HaveTheSameEntryAsOthersOfTheirPrefix) {
+  EXPECT_THAT(LinesOf({{"DCIO_1_State", "1"},
+                       {"DCIO_2_State", "2"},
+                       {"DimmingLevel", "3"},
+                       {"Sensor_5_Type", "CANTemp"}},
+                      {"row"}),
+              ElementsAre("row 4 DCIO_1_State=1", "row 4 DCIO_2_State=2", "row 5 DimmingLevel=3",
+                          "row 14 Sensor_5_Type=CANTemp"));
+}
+
 TEST_F(ObservedRows, DistinguishNullFromEmpty) {
   EXPECT_THAT(LinesOf({{"GUID", nullptr}}, {"row "}), ElementsAre("row 10 GUID=NULL"));
 }
@@ -80,8 +96,9 @@ TEST_F(ObservedRows, ReportWhereTheSearchForTheirKeyBegan) {
       searches.emplace_back(row->SearchedFrom, row->Entry);
     }
   };
-  LinesOf({{"GUID", ""}, {"TtableED", ""}, {"Zzz", ""}}, {});
-  EXPECT_THAT(searches, ElementsAre(std::pair(0, 10), std::pair(10, 21), std::pair(21, -1)));
+  LinesOf({{"GUID", ""}, {"TtableED", ""}, {"Zzz", ""}, {"a", ""}}, {});
+  EXPECT_THAT(searches, ElementsAre(std::pair(0, 10), std::pair(10, 21), std::pair(21, -1),
+                                    std::pair(21, -1)));
 }
 
 TEST_F(ObservedRows, ReportWhichSensorTheyComplete) {

@@ -52,13 +52,13 @@ TEST_F(StepsTest, OfACycleAreProbeResetTimeStatementRows) {
   sandbox::SetRows({{"ThermalScaler", "1"}, {"ThermalScalerX", "2"}});
   Open();
   Cycle();  // in the first, SQLite reads the names of the tables too
-  EXPECT_THAT(Steps(), ElementsAre("Status_ClearLists", "Reset_Globals", "time",
+  EXPECT_THAT(Steps(), ElementsAre("Status_ClearLists", "Reset_Globals", "GetTime", "time",
                                    "SELECT * FROM status ORDER BY address ASC;", "ThermalScaler",
                                    "ThermalScalerX"));
 }
 
 TEST_F(StepsTest, OfACycleWithoutADatabaseEndWithTheTime) {
-  EXPECT_THAT(Steps(), ElementsAre("Status_ClearLists", "Reset_Globals", "time"));
+  EXPECT_THAT(Steps(), ElementsAre("Status_ClearLists", "Reset_Globals", "GetTime", "time"));
 }
 
 TEST_F(StepsTest, OfARowAllocateNothing) {
