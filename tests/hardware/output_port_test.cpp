@@ -82,8 +82,15 @@ TEST_F(OutputPort, FrameRateIsAnsweredInThousandths) {
     int Answer;
     float Hertz;
   } const kRows[] = {
-      {59940, 59.94F},           {60000, 60.0F}, {1, 0.001F}, {0, 0.0F}, {-1, 0.0F}, {-5000, -5.0F},
-      {2147483647, 2147483.647F}};
+      {59940, 59.94F},
+      {60000, 60.0F},
+      {1, 0.001F},
+      {0, 0.0F},
+      {-1, 0.0F},
+      {-5000, -5.0F},
+      {2147483647, 2147483.647F},
+      {16778125, 16778.123F},  // no float holds this answer: the next smaller one is divided
+  };
   Healthy().Apply();
   for (const auto& row : kRows) {
     SCOPED_TRACE(row.Answer);

@@ -49,8 +49,8 @@ TEST(PlayerInput, TakesItsRegisters) {
         "dss_detected_rows: 0x438\n"
         "scale_input_height: 0x123\n"
         "scale_input_width: 0x456\n");
-  EXPECT_FLOAT_EQ(input.Frequency.Vertical, 60.024010F);
-  EXPECT_FLOAT_EQ(input.Frequency.Horizontal, 66666.67F);
+  EXPECT_EQ(input.Frequency.Vertical, 60.02401F) << "rounded once, to the field's precision";
+  EXPECT_EQ(input.Frequency.Horizontal, 66666.664F);
   EXPECT_EQ(input.DetectedArea.Width, 1920U);
   EXPECT_EQ(input.DetectedArea.Height, 1080U);
   EXPECT_EQ(input.ScalerInputArea.Height, 0x123U);
@@ -64,6 +64,14 @@ TEST(PlayerInput, PixelClockIsThePictureTimesItsRateWithoutBlanking) {
   input.Frequency.Vertical = 60;
   Parse(&input, "dss_detected_columns: 0x780\ndss_detected_rows: 0x438\n");
   EXPECT_EQ(input.Frequency.PixelClock, 124416000.0F);
+}
+
+// In double precision it would be 1.00801939e9.
+TEST(PlayerInput, PixelClockIsMultipliedInSinglePrecision) {
+  QtSts::CPlayerInput input;
+  Parse(&input,
+        "dss_detected_vsync: 0x682\ndss_detected_columns: 0x1001\ndss_detected_rows: 0x1003\n");
+  EXPECT_EQ(input.Frequency.PixelClock, 1.00801946e9F);
 }
 
 TEST(PlayerInput, PixelClockComesFromWhateverTheFieldsHold) {
@@ -138,8 +146,8 @@ TEST(DviInput, TakesItsRegisters) {
         "scale_input_width: 0x456\n"
         "dvi_los_count: 0x7\n"
         "dvi_not_valid_count: 0xFFFFFFFE\n");
-  EXPECT_FLOAT_EQ(input.Frequency.Vertical, 60.024010F);
-  EXPECT_FLOAT_EQ(input.Frequency.Horizontal, 66666.67F);
+  EXPECT_EQ(input.Frequency.Vertical, 60.02401F) << "rounded once, to the field's precision";
+  EXPECT_EQ(input.Frequency.Horizontal, 66666.664F);
   EXPECT_EQ(input.Frequency.PixelClock, 148500000.0F);
   EXPECT_EQ(input.DetectedArea.Width, 1920U);
   EXPECT_EQ(input.DetectedArea.Height, 1080U);
@@ -148,6 +156,13 @@ TEST(DviInput, TakesItsRegisters) {
   EXPECT_EQ(input.Statistics.Number, 0);
   EXPECT_EQ(input.Statistics.First, 7);
   EXPECT_EQ(input.Statistics.Second, -2);
+}
+
+// A number that no float holds; in double precision its clock would be 1.67772186e12.
+TEST(DviInput, PixelClockComesFromItsRegisterAsAFloat) {
+  QtSts::CDigitalInput input;
+  Parse(&input, "dvi_freq_detect: 0x1000003\n");
+  EXPECT_EQ(input.Frequency.PixelClock, 1.67772199e12F);
 }
 
 TEST(DviInput, NeverJudgesTheSignalByItsPicture) {

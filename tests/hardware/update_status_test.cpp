@@ -192,8 +192,10 @@ TEST_F(UpdateStatus, RebuildsTheListsAndKeepsTheRest) {
   }
   Scenario().Apply();
   EXPECT_EQ(Update(), 0);
+  EXPECT_EQ(status_.Compositors.Count(), 0U);
   EXPECT_EQ(status_.Outputs.Count(), 0U);
   EXPECT_EQ(status_.Inputs.Count(), 0U);
+  EXPECT_EQ(status_.Network.Devices.Count(), 0U);
   EXPECT_EQ(status_.HardwareID1, 35) << "what has no source any more keeps its value";
   EXPECT_EQ(status_.GUID, "uuid\n");
   EXPECT_EQ(status_.FirmwareVersion, "1.0");
