@@ -19,6 +19,8 @@ class DcioHandler : public HandlerTest {
 };
 
 TEST_F(DcioHandler, ParksFiveRowsAndCompletesTheDeviceAtTheLast) {
+  u32_DCIO_ErrCntr = 9;  // neither of these two is what its row stores
+  st_DCIO_Type = kRunLed;
   EXPECT_EQ(Dcio("DCIO_4_State", "1"), 0);
   EXPECT_EQ(Dcio("DCIO_4_ErrCnt", "0"), 0);
   EXPECT_EQ(Dcio("DCIO_4_NumAttribute", "3"), 0);
@@ -33,7 +35,7 @@ TEST_F(DcioHandler, ParksFiveRowsAndCompletesTheDeviceAtTheLast) {
   EXPECT_EQ(st_DCIO_Type, kDoorSwitch);
 
   ASSERT_EQ(Count(), 1U);
-  EXPECT_NE(dynamic_cast<QtSts::CDoorSwitch*>(Device(0)), nullptr);
+  ASSERT_NE(dynamic_cast<QtSts::CDoorSwitch*>(Device(0)), nullptr);
   EXPECT_EQ(Device(0)->NumberOfAttributes, 3U);
   EXPECT_EQ(*Device(0)->State, 1U);
   EXPECT_EQ(*Device(0)->ErrorCounter, 0U);
