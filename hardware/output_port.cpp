@@ -59,8 +59,9 @@ QtSts::COutput* EnsureOutput(QtSts::CStatus* status, int port) {
   return status->Outputs[static_cast<unsigned int>(port)];
 }
 
-// Element `number` of the port's statistics, appended if it is missing. Deliberately null when the
-// element before it is missing, too: the appended one takes that position.
+// Element `number` of the port's statistics, appended if it is missing. Deliberately makes the
+// output, too, so that a single answer of all is not lost. Deliberately null when the element
+// before it is missing, too: the appended one takes that position.
 QtSts::CStat* EnsureStatistic(QtSts::CStatus* status, int port, int number) {
   const QtSts::COutput* output = EnsureOutput(status, port);
   if (output == nullptr) {

@@ -26,7 +26,9 @@ constexpr struct {
     {"SystemStorageKB", [](CTolmarHardware& hardware) { return hardware.SystemStorageKB(); }},
     {"Network", [](CTolmarHardware& hardware) { return hardware.Network(); }},
     {"DNS", [](CTolmarHardware& hardware) { return hardware.DNS(); }},
-    // FirmwareVersion and DisplayFirmwareVersion from one reading of their source.
+    // FirmwareVersion and DisplayFirmwareVersion, in one step since one reading of the package
+    // database fills both. Deliberately 0 also when a version is missing, since the result is that
+    // of two probes; which one is missing is reported as a label.
     {"Versions",
      [](CTolmarHardware& hardware) {
        hardware::StoreVersions(hardware.m_pStatus);
