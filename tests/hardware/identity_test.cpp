@@ -231,6 +231,10 @@ TEST_F(Ids, SerialIsHexadecimalText) {
     EXPECT_EQ(probe_.IDs(), 0);
     EXPECT_EQ(status_.SerialNumber, row.Serial);
   }
+  status_.SerialNumber = 9;
+  sandbox::MakeFolder(kSerial);
+  EXPECT_EQ(probe_.IDs(), 0);
+  EXPECT_EQ(status_.SerialNumber, 0U) << "opens but cannot be read";
 }
 
 }  // namespace

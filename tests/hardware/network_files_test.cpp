@@ -57,6 +57,8 @@ TEST_F(Link, TransitionsAreTheNumberInTheCountersFile) {
   sandbox::MakeUnopenable(kTransitions);
   EXPECT_EQ(probe_.NetworkLinkTransitionCount("eth0"), -1);
   EXPECT_EQ(probe_.NetworkLinkTransitionCount("eth1"), -1);
+  sandbox::MakeFolder(kTransitions);
+  EXPECT_EQ(probe_.NetworkLinkTransitionCount("eth0"), 0) << "opens but cannot be read";
 }
 
 TEST_F(Link, ErrorsAreSummedFromTheKernelsList) {
@@ -66,6 +68,8 @@ TEST_F(Link, ErrorsAreSummedFromTheKernelsList) {
   EXPECT_EQ(probe_.NetworkLinkErrorCount("eth1"), 0);
   WriteFile(kLinkCounters, "");
   EXPECT_EQ(probe_.NetworkLinkErrorCount("eth0"), 0);
+  sandbox::MakeFolder(kLinkCounters);
+  EXPECT_EQ(probe_.NetworkLinkErrorCount("eth0"), 0) << "opens but cannot be read";
 }
 
 TEST_F(Link, ErrorsAreThoseOfTheFirstPlaceThatHoldsTheName) {
