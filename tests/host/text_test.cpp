@@ -3,6 +3,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <cstdlib>
 #include <iterator>
 #include <regex>
 #include <sstream>
@@ -115,8 +116,10 @@ void ExpectAPage(const std::string& text, std::size_t columns) {
   }
 }
 
+// STATUS_LONG=1 makes 400 of them.
 TEST(RenderText, KeepsToItsColumnsAndSteersNoTerminal) {
-  for (std::uint64_t seed = 0; seed < 100; ++seed) {
+  const std::uint64_t count = std::getenv("STATUS_LONG") != nullptr ? 400 : 40;
+  for (std::uint64_t seed = 0; seed < count; ++seed) {
     SCOPED_TRACE(seed);
     const insight::Snapshot snapshot = HostileSnapshot(seed);
     for (const std::size_t columns : {40U, 80U, 180U}) {
