@@ -16,6 +16,7 @@ class SensorKeys : public SensorTest {};
 }  // namespace
 
 TEST_F(SensorKeys, OfOneSensorEndAsItsScratchStateAndOneRecord) {
+  at_Type = kRouterCan;
   EXPECT_EQ(Send(3, "Address", "17"), 0);
   EXPECT_EQ(Send(3, "Location", "Local_CAN"), 0);
   EXPECT_EQ(status_.Sensors.Count(), 0U);
@@ -44,9 +45,11 @@ TEST_F(SensorKeys, GoToTheOwnListFromEveryLocationButTheTwoInterfaces) {
                {"TXR_CAN", 1, false},
                {"SCBII_CAN", 2, false},
                {"Local_I2C", 3, true}};
+  constexpr auto kNoAttachment = static_cast<AttachmentType>(7);
   for (const auto& row : kRows) {
     SCOPED_TRACE(row.Location);
     Status_ClearLists(&status_);
+    at_Type = kNoAttachment;
     Send(0, "Location", row.Location);
     EXPECT_EQ(at_Type, row.Code);
     Send(0, "Type", "CANDoor");
@@ -54,7 +57,7 @@ TEST_F(SensorKeys, GoToTheOwnListFromEveryLocationButTheTwoInterfaces) {
     EXPECT_EQ(status_.Outputs.Count(), row.Own ? 0U : 1U);
   }
   Status_ClearLists(&status_);
-  at_Type = static_cast<AttachmentType>(7);
+  at_Type = kNoAttachment;
   Send(0, "Type", "CANDoor");
   EXPECT_EQ(status_.Sensors.Count(), 1U);
 }
