@@ -103,7 +103,8 @@ std::vector<std::unique_ptr<CSensor>> EveryRecord() {
                  QtSts::COnboardCabinetFanControlSensor>();
 }
 
-// The scalars of one record that are not at zero, "false" or absent, as "Name=value".
+// The scalars of one record that are not at zero, "false" or absent, as "Name=value". One that may
+// be absent is listed at zero, too.
 std::vector<std::string> NotAtZero(const CSensor& record) {
   std::vector<std::string> found;
   QtSts::ListedObject(record).VisitFields([&found](const QtSts::ListedField& field) {
@@ -111,7 +112,8 @@ std::vector<std::string> NotAtZero(const CSensor& record) {
     if (field.Listed().Scalar != nullptr && field.IsReported()) {
       field.Format(&text);
     }
-    if (!text.empty() && text != "0" && text != "false") {
+    const bool at_zero = text == "0" || text == "false";
+    if (!text.empty() && (field.Listed().Optional || !at_zero)) {
       found.push_back(std::string(field.Listed().Name) + "=" + text);
     }
     return true;
