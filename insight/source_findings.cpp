@@ -56,13 +56,14 @@ const SourceRule& RuleFor(const Source& source) {
              : *std::ranges::find(SourceRules(), source.State, &SourceRule::State);
 }
 
-// "is missing: No such file or directory", "does not answer 1 of 10 requests: ...".
+// "is missing", "is missing: No such device", "does not answer 1 of 10 requests: ...".
 std::string WhatIsWrong(const Source& source, const SourceRule& rule) {
   if (source.Reason.starts_with(kNoAnswerTo)) {
     return rule.Message + (" " + source.Reason.substr(std::string_view(kNoAnswerTo).size()));
   }
-  const bool said =
-      source.Reason.empty() || source.Reason == kNothingInIt || &rule == &OtherFileRule();
+  const bool said = source.Reason.empty() || source.Reason == kNothingInIt ||
+                    &rule == &OtherFileRule() ||
+                    (source.State == SourceState::kMissing && source.Error == ENOENT);
   return rule.Message + (said ? "" : ": " + source.Reason);
 }
 

@@ -4,6 +4,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
+#include <cerrno>
 #include <cmath>
 #include <functional>
 #include <limits>
@@ -1372,6 +1373,24 @@ TEST(Findings, SayOfAFileThatNoDriverMakesWhoDoes) {
   snapshot.Sources[0].Id = "resolver";
   EXPECT_THAT(FindFindings(snapshot, {}).front().Hint, HasSubstr("name server"));
   EXPECT_THAT(driver, HasSubstr("driver"));
+}
+
+// Of a node that is there the reason says more: its device is missing.
+TEST(Findings, SayOnceThatASourceIsMissing) {
+  constexpr struct {
+    int Error;
+    const char* Reason;
+    const char* Message;
+  } kRows[] = {
+      {ENOENT, "No such file or directory", "/dev/travex is missing"},
+      {ENXIO, "No such device or address", "/dev/travex is missing: No such device or address"}};
+  for (const auto& row : kRows) {
+    Snapshot snapshot = Healthy(CStatus());
+    AddSource(snapshot, SourceState::kMissing);
+    snapshot.Sources.back().Error = row.Error;
+    snapshot.Sources.back().Reason = row.Reason;
+    EXPECT_EQ(FindFindings(snapshot, {}).front().Message, row.Message);
+  }
 }
 
 // A technician knows no "getifaddrs".
