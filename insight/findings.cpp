@@ -259,6 +259,23 @@ class Finder {
     }
   }
 
+  // "temperature 81 °C, above the limit of 65 °C", of a reading that is `number` in the unit of the
+  // limit.
+  static std::string MessageOf(const TreeElement& element, const ReadingRule& rule,
+                               const TreeValue& value, double number, const Range& range) {
+    const std::string instead = rule.WithoutShare == nullptr ? "" : rule.WithoutShare(element);
+    if (!instead.empty()) {
+      return rule.What + (" " + TextOf(value)) + instead;
+    }
+    const std::string_view unit = UnitOf(rule.Limit);
+    const std::string shown = WithUnit(Rounded(number), unit);
+    return OutsideOf(
+        range,
+        rule.What + (rule.Share == nullptr ? " " + shown
+                                           : " " + TextOf(value) + WithShare(rule.Share, shown)),
+        number, unit);
+  }
+
   void FindOutside(const TreeElement& element, const ReadingRule& rule, const FoundValue& found) {
     const std::optional<double> number = rule.Read(element, *found.Value, &peers_);
     const Limit& limit = limits_.Of(rule.Limit);
@@ -267,15 +284,8 @@ class Finder {
       return;
     }
     const bool critical = !limit.Critical.Holds(*number);
-    const Range& range = critical ? limit.Critical : limit.Warning;
-    const std::string_view unit = UnitOf(rule.Limit);
-    const std::string shown = WithUnit(Rounded(*number), unit);
     std::string message =
-        OutsideOf(range,
-                  rule.What + (rule.Share == nullptr
-                                   ? " " + shown
-                                   : " " + TextOf(*found.Value) + WithShare(rule.Share, shown)),
-                  *number, unit);
+        MessageOf(element, rule, *found.Value, *number, critical ? limit.Critical : limit.Warning);
     Add(MakeFinding(rule.Limit, critical ? Severity::kCritical : Severity::kWarning,
                     std::move(message), rule.Hint),
         element, found, nullptr, *number);

@@ -5,6 +5,7 @@
 #include <map>
 #include <optional>
 #include <span>
+#include <string>
 #include <string_view>
 #include <utility>
 
@@ -48,6 +49,9 @@ struct ReadingRule {
   // The reading in the unit of the limit; nothing when the value stands for none.
   std::optional<double> (*Read)(const QtSts::TreeElement& element, const QtSts::TreeValue& value,
                                 Peers* peers);
+  // What follows the reading in place of share and limit where a share says nothing; "" where it
+  // says something. Null: it always does.
+  std::string (*WithoutShare)(const QtSts::TreeElement& element) = nullptr;
 };
 
 std::span<const ReadingRule> ReadingRules();

@@ -4,9 +4,11 @@
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
+#include <string>
 #include <string_view>
 
 #include "insight/daylight.h"
+#include "insight/finding_texts.h"
 #include "insight/reading_rules.h"
 #include "model/beacons.h"
 #include "model/can_sensors.h"
@@ -117,13 +119,20 @@ bool MayDiffer(const TreeElement& dimming) {
   return (name == "auto" || name == "gps") && !IsByDay(*output.Parent()->Parent());
 }
 
+constexpr double kLeastAskedFor = 1;  // percent; a share of less is of 1
+
 Number ShareOfAskedFor(const TreeElement& dimming, const TreeValue& value, Peers* peers) {
   constexpr double kLeast = 20;  // a smaller difference may be on its way
   const TreeValue& level = *dimming.FindValue("DimmingLevel");
   const double asked_for = NumberOf(level);
   const bool known = peers->IsKnown(dimming, level) && kPercent.Holds(asked_for) &&
                      std::abs(NumberOf(value) - asked_for) >= kLeast && !MayDiffer(dimming);
-  return known ? ShareOf(NumberOf(value), std::max(asked_for, 1.0)) : Number();
+  return known ? ShareOf(NumberOf(value), std::max(asked_for, kLeastAskedFor)) : Number();
+}
+
+std::string ThoughAskedFor(const TreeElement& dimming) {
+  const TreeValue& level = *dimming.FindValue("DimmingLevel");
+  return NumberOf(level) < kLeastAskedFor ? ", though " + TextOf(level) + " is asked for" : "";
 }
 
 constexpr const char* kNoLimit = nullptr;
@@ -202,7 +211,7 @@ constexpr ReadingRule kRules[] = {
     {QtSts::CDimming::Class, "DimmingLevel", kNoLimit, kPercent, "brightness that is asked for",
      kNoShare, kWriter, &Plain},
     {QtSts::CDimming::Class, "ActualDimmingLevel", "brightness", kPercent, "brightness",
-     " is {} of the one asked for", kBrightness, &ShareOfAskedFor},
+     " is {} of the one asked for", kBrightness, &ShareOfAskedFor, &ThoughAskedFor},
 };
 
 }  // namespace

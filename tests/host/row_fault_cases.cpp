@@ -206,7 +206,7 @@ const Fault kFaults[] = {
      [](Scenario& demo) { demo.Row("DimmingLevel", "0"); },
      nullptr,
      "warning: 1 warning\n",
-     {"brightness 62.5 % is 6250 % of the one asked for", "! Brightness  62.5 %, asked for 0 %"}},
+     {"brightness 62.5 %, though 0 % is asked for", "! Brightness  62.5 %, asked for 0 %"}},
     {"power monitor",
      [](Scenario& demo) { demo.Row("DCIO_01_State", "0"); },
      nullptr,

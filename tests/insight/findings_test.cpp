@@ -566,7 +566,7 @@ const DocumentCase kCases[] = {
      [](CStatus& status) { SetBrightness(status, 5, 100, kDimmingManual); },
      [](CStatus& status) { SetBrightness(status, 1, 20, kDimmingManual); }},
     {"BrightThoughNoneIsAskedFor", "brightness", kWarning,
-     "brightness 20 % is 2000 % of the one asked for, above the limit of 400 %",
+     "brightness 20 %, though 0 % is asked for",
      [](CStatus& status) { SetBrightness(status, 0, 20, kDimmingManual); },
      [](CStatus& status) { SetBrightness(status, 0, 19, kDimmingManual); }},
     {"DarkerThanAScheduleSays", "brightness", kWarning,
@@ -1124,6 +1124,13 @@ TEST(Findings, SayOfAnImpossibleReadingToLookAtTheSensor) {
   ASSERT_THAT(Ids(findings), ElementsAre("reading-impossible", "reading-impossible"));
   EXPECT_THAT(findings[0].Hint, testing::StartsWith("the sensor: likely broken or unplugged;"));
   EXPECT_EQ(findings[1].Hint, "the program that writes the row");
+}
+
+// 62.5 % was called 6250 % of the half percent that was asked for.
+TEST(Findings, SayNoShareOfABrightnessBelowOnePercent) {
+  CStatus status;
+  SetBrightness(status, 0.5F, 62.5F, kDimmingManual);
+  EXPECT_EQ(Findings(status).front().Message, "brightness 62.5 %, though 0.5 % is asked for");
 }
 
 // 62.5 % was called 6250 % of the -5 % that were asked for.
