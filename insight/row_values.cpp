@@ -96,8 +96,14 @@ bool JudgeUntrue(std::string_view wanted, const char* what, Row* row) {
 }
 
 void JudgeFlag(std::string_view wanted, Row* row) {
-  if (row->Value != wanted) {
-    JudgeUntrue(wanted, "does not mean true", row);
+  constexpr const char* kNotTrue = "does not mean true";
+  if (row->Value == wanted || JudgeUntrue(wanted, kNotTrue, row)) {
+    return;
+  }
+  // An empty value does not say false either. Of NULL there is a remark already.
+  if (Trimmed(row->Value).empty() && !HasRemark(*row, Outcome::kNull)) {
+    AddRemark(row, Outcome::kUnknownWord, Joined({Quoted(row->Value), " ", kNotTrue}),
+              WholeValue(*row));
   }
 }
 
