@@ -45,7 +45,7 @@ struct ReadingRule {
   // Follows a reading of which not itself is compared with the limit: " is {} of its average"; null
   // when it is.
   const char* Share;
-  const char* Hint;  // what to look at when it is outside of its limit
+  const char* Hint;  // what to look at when it is outside of its limit; null without a limit
   // The reading in the unit of the limit; nothing when the value stands for none.
   std::optional<double> (*Read)(const QtSts::TreeElement& element, const QtSts::TreeValue& value,
                                 Peers* peers);

@@ -136,6 +136,7 @@ std::string ThoughAskedFor(const TreeElement& dimming) {
 }
 
 constexpr const char* kNoLimit = nullptr;
+constexpr const char* kNoHint = nullptr;  // without a limit nothing is outside of it
 constexpr const char* kNoShare = nullptr;
 constexpr const char* kOwn = "";  // compared with the limit is another one's
 
@@ -150,7 +151,6 @@ constexpr const char* kBoardInput = "the supply of the board";
 constexpr const char* kBoardOutput = "the board and what it feeds";
 constexpr const char* kBrightness =
     "heat and content, which lower it; light sensors; the program that sets the brightness";
-constexpr const char* kWriter = "the program that writes the row";
 constexpr const char* kReadable = "the sensor, its cable, and the program that writes its rows";
 
 constexpr ReadingRule kRules[] = {
@@ -205,11 +205,11 @@ constexpr ReadingRule kRules[] = {
     {QtSts::CCANHumiditySensor::Class, "Humidity", "humidity", kPercent, "humidity", kNoShare,
      kReadable, &Plain},
     {QtSts::CCANMultiDirectionalSensor::Class, "Latitude", kNoLimit, kLatitude, "latitude",
-     kNoShare, kReadable, &Plain},
+     kNoShare, kNoHint, &Plain},
     {QtSts::CCANMultiDirectionalSensor::Class, "Longitude", kNoLimit, kLongitude, "longitude",
-     kNoShare, kReadable, &Plain},
+     kNoShare, kNoHint, &Plain},
     {QtSts::CDimming::Class, "DimmingLevel", kNoLimit, kPercent, "brightness that is asked for",
-     kNoShare, kWriter, &Plain},
+     kNoShare, kNoHint, &Plain},
     {QtSts::CDimming::Class, "ActualDimmingLevel", "brightness", kPercent, "brightness",
      " is {} of the one asked for", kBrightness, &ShareOfAskedFor, &ThoughAskedFor},
 };
