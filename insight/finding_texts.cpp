@@ -13,7 +13,7 @@ namespace {
 constexpr std::string_view kValue = "{}";
 constexpr std::string_view kHexadecimal = "{0x}";
 
-std::string Hexadecimal(std::uint64_t number) {
+std::string HexadecimalDigits(std::uint64_t number) {
   char buffer[16];
   return {buffer, std::to_chars(std::begin(buffer), std::end(buffer), number, 16).ptr};
 }
@@ -84,7 +84,7 @@ std::string TextOf(const QtSts::TreeValue& value) {
 std::string WithValue(const char* message, const QtSts::TreeValue& value) {
   std::string text = message;
   if (const std::size_t digits = text.find(kHexadecimal); digits != std::string::npos) {
-    text.replace(digits, kHexadecimal.size(), Hexadecimal(value.Unsigned()));
+    text.replace(digits, kHexadecimal.size(), HexadecimalDigits(value.Unsigned()));
   } else if (const std::size_t place = text.find(kValue); place != std::string::npos) {
     text.replace(place, kValue.size(), TextOf(value));
   }

@@ -50,9 +50,10 @@ std::string Quoted(std::string_view label) {
   return '"' + std::string(label.substr(0, label.find_last_not_of(' ') + 1)) + '"';
 }
 
-std::string Hexadecimal(unsigned long number) {
+// As headers of drivers write it: "0x8004DA5C".
+std::string RequestNumber(unsigned long request) {
   char text[32];
-  std::snprintf(text, sizeof text, "0x%lX", number);
+  std::snprintf(text, sizeof text, "0x%lX", request);
   return text;
 }
 
@@ -65,7 +66,7 @@ std::string WithFields(unsigned long request, const Talk& talk) {
       fields += (fields.empty() ? "" : ", ") + std::string(feed.Field);
     }
   }
-  return Hexadecimal(request) + (fields.empty() ? "" : " (" + fields + ")");
+  return RequestNumber(request) + (fields.empty() ? "" : " (" + fields + ")");
 }
 
 // "no answer to 1 of 10 requests: " and which they are, unless there was no answer at all.
