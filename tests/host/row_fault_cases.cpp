@@ -301,7 +301,6 @@ const Fault kFaults[] = {
      nullptr,
      "warning: 1 warning\n",
      {"sensor is not connected, multi-directional light sensor 4 at address 19"}},
-    // The first five of its rows used to be named with the same words.
     // The program that writes them was said perhaps not to run.
     {"keys in capitals",
      &Nothing,
@@ -320,6 +319,7 @@ const Fault kFaults[] = {
      {"row Sensor_08_Connected is wrong: the value is NULL, which is read as the empty text; so "
       "sensor is not connected",
       "look at: the program that writes the row: write a value, or no row"}},
+    // The first five of its rows used to be named with the same words.
     {"sensor without a kind",
      &Nothing,
      [] { sandbox::RemoveRow("Sensor_12_Type"); },
