@@ -419,10 +419,6 @@ std::vector<TextFile> TextFiles() {
 INSTANTIATE_TEST_SUITE_P(Files, SourceEmpty, testing::ValuesIn(TextFiles()),
                          [](const auto& test) { return CaseName(test.param.Source); });
 
-}  // namespace
-
-namespace insight {
-void PrintTo(const Feed& feed, std::ostream* out) { *out << feed.Source << ' ' << feed.Field; }
 struct Unreadable {
   const char* Id;
   const char* Path;
@@ -467,4 +463,8 @@ TEST(Sources, WithARegisterThatIsNoNumberNameIt) {
   EXPECT_FALSE(snapshot.IsReported("Inputs[1]/Statistics/First"));
 }
 
+}  // namespace
+
+namespace insight {
+void PrintTo(const Feed& feed, std::ostream* out) { *out << feed.Source << ' ' << feed.Field; }
 }  // namespace insight
