@@ -16,6 +16,7 @@
 #include "insight/places.h"
 #include "insight/reading_rules.h"
 #include "insight/row_element.h"
+#include "insight/row_findings.h"
 #include "insight/source_database.h"
 #include "insight/source_findings.h"
 #include "insight/wrong_rows.h"

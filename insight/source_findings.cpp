@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <cerrno>
 #include <chrono>
-#include <cstddef>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -78,12 +77,6 @@ std::string NotAskedAfter(const Snapshot& snapshot, const Source& stopper) {
   return names;
 }
 
-void AddOfDatabase(Finding finding, std::vector<Finding>* findings) {
-  finding.Where = hardware::paths::kStatusDatabase;
-  finding.Source = kDatabaseId;
-  findings->push_back(std::move(finding));
-}
-
 // Rows of a database that nobody writes say nothing about now.
 void FindInAge(std::chrono::seconds unchanged, const Limits& limits,
                std::vector<Finding>* findings) {
@@ -101,6 +94,12 @@ void FindInAge(std::chrono::seconds unchanged, const Limits& limits,
 }
 
 }  // namespace
+
+void AddOfDatabase(Finding finding, std::vector<Finding>* findings) {
+  finding.Where = hardware::paths::kStatusDatabase;
+  finding.Source = kDatabaseId;
+  findings->push_back(std::move(finding));
+}
 
 void FindInSources(const Snapshot& snapshot, std::vector<Finding>* findings) {
   for (const Source& source : snapshot.Sources) {
@@ -143,31 +142,6 @@ void FindInDatabase(const Snapshot& snapshot, const Limits& limits,
   if (const auto unchanged = snapshot.Database.Unchanged) {
     FindInAge(*unchanged, limits, findings);
   }
-}
-
-void FindInRows(const WrongRows& wrong_rows, std::vector<Finding>* findings) {
-  const Row* const first = wrong_rows.FirstError();
-  if (first == nullptr) {
-    return;
-  }
-  const std::size_t errors = wrong_rows.Errors();
-  const std::string& mistake = first->Remarks.front().Text;
-  const bool said =
-      mistake.empty() || std::ranges::any_of(*findings, [&](const Finding& finding) {
-        return finding.Key == first->Key && finding.Message.find(mistake) != std::string::npos;
-      });
-  const std::string one =
-      said ? "a row has an error" : "row " + first->Key + " is wrong: " + mistake;
-  AddOfDatabase(MakeFinding("row-errors", Severity::kWarning,
-                            errors == 1 ? one : std::to_string(errors) + " rows have errors",
-                            "`statuscollector explain --problems`, which names them and the cure"),
-                findings);
-  if (errors == 1 && !said) {
-    findings->back().Where = "";
-    findings->back().Hint = CureOf(first->Remarks.front());
-  }
-  findings->back().Key = first->Key;
-  findings->back().Value = static_cast<double>(errors);
 }
 
 }  // namespace insight

@@ -1,12 +1,10 @@
-// What of the sources, the database and the rows as a whole needs attention. Private to this
-// library.
+// What of the sources and the database needs attention. Private to this library.
 #pragma once
 
 #include <vector>
 
 #include "insight/limits.h"
 #include "insight/snapshot.h"
-#include "insight/wrong_rows.h"
 
 namespace insight {
 
@@ -16,7 +14,7 @@ void FindInSources(const Snapshot& snapshot, std::vector<Finding>* findings);
 // Of the database: whether it was read, has rows, is old, or may be written by everyone.
 void FindInDatabase(const Snapshot& snapshot, const Limits& limits, std::vector<Finding>* findings);
 
-// One finding for all rows that have errors.
-void FindInRows(const WrongRows& wrong_rows, std::vector<Finding>* findings);
+// Appends a finding of the database as a whole, which says so.
+void AddOfDatabase(Finding finding, std::vector<Finding>* findings);
 
 }  // namespace insight
