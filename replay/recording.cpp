@@ -90,6 +90,9 @@ Recording Make(const fs::path& path, const Tree& tree, sandbox::Scenario control
 Description ParseDescription(std::string_view text) {
   try {
     const json whole = Parse(text);
+    if (!whole.is_object()) {
+      throw std::runtime_error("JSON, but not an object");
+    }
     const int format = whole.at("format").get<int>();
     if (format != kFormat) {
       throw std::runtime_error("format " + std::to_string(format) + " is newer than this program");

@@ -151,7 +151,7 @@ TEST_F(Replay, ADescriptionThatIsNoneIsReported) {
   };
   const Row rows[] = {
       {"capture.json", "{", "capture.json: "},
-      {"capture.json", "[]", "capture.json: cannot use at() with array"},
+      {"capture.json", "[]", "capture.json: JSON, but not an object"},
       {"capture.json", Values(1'000'001), "more than 1000000 values"},
       {"capture.json", R"({"format":2})", "format 2 is newer than this program"},
       {"capture.json", R"({"format":1,"cycles":[{"notes":[{}]}]})", "capture.json: "},
