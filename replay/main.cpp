@@ -142,13 +142,15 @@ int VerifyOne(const std::string& file) {
                              ": no document to compare with; give a capture of a cycle "
                              "that ended");
   }
+  std::string text;
   for (const std::string& line : verdict.Differences) {
-    std::printf("%s: %s\n", file.c_str(), sandbox::Shown(line).c_str());
+    text += file + ": " + sandbox::Shown(line) + "\n";
   }
   if (verdict.Differences.empty()) {
-    std::printf("%s: %s, no differences\n", file.c_str(), Cycles(verdict.Compared).c_str());
+    text = file + ": " + Cycles(verdict.Compared) + ", no differences\n";
   }
-  if (std::fflush(stdout) != 0 || std::ferror(stdout) != 0) {
+  // Not std::ferror(): that is set for all files after one that could not be printed.
+  if (std::fputs(text.c_str(), stdout) == EOF || std::fflush(stdout) != 0) {
     throw std::system_error(errno, std::generic_category(), "standard output");
   }
   return verdict.Differences.empty() ? kSame : kDifferent;

@@ -240,6 +240,22 @@ TEST_F(Replay, ClosedAndFullStreamsAreReported) {
   EXPECT_THAT(silent.Output, HasSubstr("3 cycles, no differences"));
 }
 
+// What cannot be written once can be later. The reason used to be that of any call since then.
+TEST_F(Replay, AFailureToPrintIsReportedOnceWithItsReason) {
+  WriteCapture();
+  const std::string file = Pack();
+  const std::string out = Path("out");
+  // Who is traced cannot look for leaks.
+  const std::string once = "strace -q -o /dev/null -E ASAN_OPTIONS=detect_leaks=0 -P " + out +
+                           " -e trace=write -e inject=write:error=ENOSPC:when=1 ";
+  const Outcome outcome = RunCommand("(" + once + test_support::ReplayProgram() + " --verify " +
+                                     file + " " + file + " 2>&1 >" + out + ")");
+  EXPECT_EQ(2, outcome.Status);
+  EXPECT_THAT(outcome.Output, StartsWith("statuscollector-replay: " + file +
+                                         ": standard output: No space left on device"));
+  EXPECT_EQ(1, std::count(outcome.Output.begin(), outcome.Output.end(), '\n')) << outcome.Output;
+}
+
 TEST_F(Replay, HelpNamesEveryOption) {
   const Outcome help = Run("--help");
   EXPECT_EQ(0, help.Status);
