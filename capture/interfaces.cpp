@@ -43,7 +43,8 @@ NetworkInterface* Find(std::vector<NetworkInterface>* interfaces, const std::str
 }
 
 // Which interface has the address listed under `label`. That is its own name, or one that begins
-// with it; any other label stands among the addresses of its interface.
+// with it (eth10 where eth1 is there, too); any other label stands among the addresses of its
+// interface.
 NetworkInterface* OwnerOf(const std::string& label, NetworkInterface* owner_before,
                           std::vector<NetworkInterface>* interfaces) {
   if (NetworkInterface* const named = Find(interfaces, label)) {
@@ -52,9 +53,14 @@ NetworkInterface* OwnerOf(const std::string& label, NetworkInterface* owner_befo
   if (NetworkInterface* const based = Find(interfaces, label.substr(0, label.find(':')))) {
     return based;
   }
-  const auto begins = std::ranges::find_if(
-      *interfaces, [&label](const NetworkInterface& one) { return label.starts_with(one.Name); });
-  return begins == interfaces->end() ? owner_before : &*begins;
+  NetworkInterface* longest = nullptr;
+  for (NetworkInterface& one : *interfaces) {
+    if (label.starts_with(one.Name) &&
+        (longest == nullptr || one.Name.size() > longest->Name.size())) {
+      longest = &one;
+    }
+  }
+  return longest == nullptr ? owner_before : longest;
 }
 
 // What the interface, or else an alias of it, answered; "" when none did.

@@ -113,6 +113,17 @@ TEST_F(RoundTrip, ALabelMayLeadThroughOtherFolders) {
                         .File("/dev/shm/netlink-eth0", "100\n")));
 }
 
+// The replay used to have the second address at eth1, whose name begins the label as well.
+TEST_F(RoundTrip, ALabelIsThatOfTheInterfaceWithTheLongestNameInIt) {
+  EXPECT_EQ("", Try(Scenario()
+                        .Interface({.Name = "eth1", .State = sandbox::LinkState::kUnplugged})
+                        .Interface({.Name = "eth10",
+                                    .Addresses = {{.Prefix = "10.2.0.1/24",
+                                                   .Broadcast = "10.2.0.255",
+                                                   .Label = "eth10/../eth10"}}})
+                        .File("/sys/class/net/eth10/carrier", "1\n")));
+}
+
 // STATUS_LONG=1 makes 500 of them.
 TEST_F(RoundTrip, GeneratedControllersGiveTheSameDocuments) {
   const unsigned int count = std::getenv("STATUS_LONG") != nullptr ? 500 : 30;
