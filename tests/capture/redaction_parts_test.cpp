@@ -236,6 +236,9 @@ TEST(Redaction, ReplacesEveryFormInWhichSomebodyWritesAValue) {
     redaction.Apply(&recording);
     EXPECT_THAT(*recording.Cycles[0].Rows[0].Value, testing::Not(HasSubstr(form.Secret)))
         << form.Text;
+    EXPECT_THAT(recording.Cycles[0].Files["/proc/meminfo"].Readings[0].Bytes,
+                testing::Not(HasSubstr(form.Secret)))
+        << form.Text;
   }
 }
 
