@@ -3,6 +3,7 @@
 #include <charconv>
 
 #include "capture/encodings.h"
+#include "capture/spellings.h"
 
 namespace capture {
 namespace {
@@ -38,6 +39,11 @@ std::string Without(std::string text, char c) {
 }
 
 }  // namespace
+
+TextRedactor::TextRedactor(const Identities& identities, const Pseudonyms& pseudonyms)
+    : identities_(identities),
+      pseudonyms_(pseudonyms),
+      spellings_(SpellingsOf(identities, pseudonyms)) {}
 
 std::optional<std::uint64_t> TextRedactor::Number(std::uint64_t number) const {
   if (number < kLeastNumber) {

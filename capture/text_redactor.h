@@ -7,14 +7,13 @@
 #include <string_view>
 
 #include "capture/pseudonyms.h"
-#include "capture/spellings.h"
+#include "capture/replacer.h"
 
 namespace capture {
 
 class TextRedactor {
  public:
-  TextRedactor(const Identities& identities, const Pseudonyms& pseudonyms)
-      : identities_(identities), pseudonyms_(pseudonyms), spellings_(identities, pseudonyms) {}
+  TextRedactor(const Identities& identities, const Pseudonyms& pseudonyms);
 
   // Addresses in each spelling, in hexadecimal and as numbers; words; the serial number as a
   // number. Also where the text is in percent signs, base64 or hexadecimal.
@@ -36,7 +35,7 @@ class TextRedactor {
 
   const Identities& identities_;
   const Pseudonyms& pseudonyms_;
-  const Spellings spellings_;
+  const Replacer spellings_;
 };
 
 }  // namespace capture
