@@ -1,8 +1,10 @@
 // Replaces spellings in texts.
 #pragma once
 
+#include <cstddef>
 #include <string>
 #include <string_view>
+#include <unordered_map>
 #include <vector>
 
 namespace capture {
@@ -19,8 +21,11 @@ struct Spelling {
 
 class Replacer {
  public:
-  // The longest are replaced first; of one length, those that come first.
+  // No two are the same before. The longest are replaced first; of one length, those that come
+  // first.
   explicit Replacer(std::vector<Spelling> spellings);
+  Replacer(const Replacer&) = delete;
+  Replacer& operator=(const Replacer&) = delete;
 
   // `text` with each of them replaced; letters keep their case. Without numbers those alone that
   // are made of digits only, or are bytes, stay.
@@ -30,7 +35,22 @@ class Replacer {
   std::string ReplaceEnd(std::string_view text) const;
 
  private:
+  class Work;
+
+  // Where spellings stand in the list. A text has few beginnings of theirs: those alone are looked
+  // up, in each length that begins so.
+  struct Index {
+    static constexpr std::size_t kPairs = 0x10000;
+
+    void Add(std::string_view spelling, std::size_t place);
+
+    std::unordered_map<std::string_view, std::size_t> Places;
+    std::vector<std::vector<std::size_t>> Lengths = std::vector<std::vector<std::size_t>>(kPairs);
+  };
+
   std::vector<Spelling> spellings_;  // the longest first
+  Index letters_;                    // of all but bytes
+  Index bytes_;
 };
 
 }  // namespace capture

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstdio>
+#include <unordered_set>
 #include <utility>
 
 namespace capture {
@@ -114,6 +115,7 @@ class Spellings {
   void AddNumber(std::uint64_t before, std::uint64_t now);
 
   std::vector<Spelling> spellings_;
+  std::unordered_set<std::string> known_;  // what is there before
 };
 
 Spellings::Spellings(const Identities& identities, const Pseudonyms& pseudonyms) {
@@ -144,9 +146,7 @@ Spellings::Spellings(const Identities& identities, const Pseudonyms& pseudonyms)
 }
 
 void Spellings::Add(const std::string& before, const std::string& now, Edge sides, As what) {
-  const bool known = std::ranges::any_of(
-      spellings_, [&](const Spelling& spelling) { return spelling.Before == before; });
-  if (before != now && !before.empty() && !known) {
+  if (before != now && !before.empty() && known_.insert(before).second) {
     spellings_.push_back({before, now, sides, what});
   }
 }
