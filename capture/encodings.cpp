@@ -320,13 +320,13 @@ std::string RewritePairs(std::string_view text, const Recode& recode) {
   constexpr std::size_t kLeastPairs = 5;
   std::string result;
   while (!text.empty()) {
-    const Pairs pairs = ReadPairs(text);
+    // Within digits no run begins. It may be long, and is read once.
     const bool whole = result.empty() || HexadecimalDigit(result.back()) < 0;
-    const std::string recoded =
-        whole && pairs.Bytes.size() >= kLeastPairs ? RecodeTexts(pairs.Bytes, recode) : pairs.Bytes;
+    const Pairs pairs = whole ? ReadPairs(text) : Pairs();
+    const bool enough = pairs.Bytes.size() >= kLeastPairs;
+    const std::string recoded = enough ? RecodeTexts(pairs.Bytes, recode) : pairs.Bytes;
     if (recoded == pairs.Bytes) {
-      const std::size_t length =
-          whole && pairs.Bytes.size() >= kLeastPairs ? pairs.Length : std::size_t{1};
+      const std::size_t length = enough ? pairs.Length : std::size_t{1};
       result += text.substr(0, length);
       text.remove_prefix(length);
       continue;

@@ -33,4 +33,8 @@ TEST(Redaction, CostsTwiceAsMuchForTwiceAsManyAddresses) {
   ExpectTwiceAsMuchForTwiceAsMany("addresses", 200);
 }
 
+TEST(Redaction, CostsTwiceAsMuchForTwiceAsManyDigitsAfterPairs) {
+  ExpectTwiceAsMuchForTwiceAsMany("pairs", 2000);
+}
+
 }  // namespace
