@@ -16,7 +16,8 @@ class TextRedactor {
   TextRedactor(const Identities& identities, const Pseudonyms& pseudonyms);
 
   // Addresses in each spelling, in hexadecimal and as numbers; words; the serial number as a
-  // number. Also where the text is in percent signs, base64 or hexadecimal.
+  // number. Also where the text is in percent signs or other escapes, base64, hexadecimal, bytes in
+  // pairs of digits, UTF-16 or UTF-32, and in two of these, one within the other.
   std::string Text(std::string_view text) const;
 
   // The same, without numbers that are not written as addresses.
