@@ -242,6 +242,18 @@ TEST(Redaction, ReplacesEveryFormInWhichSomebodyWritesAValue) {
   }
 }
 
+// As docs/support.md says.
+TEST(Redaction, ReplacesWhatIsEncodedTwiceAndLeavesWhatIsEncodedThreeTimes) {
+  const std::string twice = "TVRreUxqRTJPQzQwTnk0eU1BPT0=";
+  const std::string three_times = "VFZScmVVeHFSVEpQUXpRd1RuazBlVTFCUFQwPQ==";
+  capture::Recording recording = Known();
+  recording.Cycles[0].Rows = {{"Twice", twice}, {"ThreeTimes", three_times}};
+  std::mt19937_64 random(1);
+  capture::Redaction(recording, "", &random).Apply(&recording);
+  EXPECT_NE(recording.Cycles[0].Rows[0].Value, twice);
+  EXPECT_EQ(recording.Cycles[0].Rows[1].Value, three_times);
+}
+
 TEST(Redaction, FindsWhatIsLeftInACapture) {
   capture::Recording recording;
   capture::File uuid;
