@@ -21,6 +21,17 @@ FindingText Short(std::string_view text) {
   return FindingText(text.substr(0, size));
 }
 
+// An open finding that is worse than before is known by what it is now.
+void Raise(const Finding& finding, Episode* episode) {
+  if (finding.Level >= episode->Level) {
+    return;
+  }
+  episode->Level = finding.Level;
+  if (HistoryBytesOf<HistoryPart::kFindings>() < HistoryFindings::kMostBytes) {
+    episode->Message = Short(finding.Message);
+  }
+}
+
 // A finding of a value that is not reported may be there or not.
 bool CouldSee(const insight::Snapshot& snapshot, const Episode& episode) {
   return snapshot.Result == 0 &&
@@ -58,6 +69,7 @@ std::vector<std::optional<HistoryFindings::Beginning>> HistoryFindings::Update(
     }
     Episode* const episode = known->second;
     episode->Path = Short(finding.Path);
+    Raise(finding, episode);
     beginnings.back() = {episode->Begin, episode->Before};
     open.erase(known);
   }

@@ -26,10 +26,10 @@ struct Episode {
   bool Before = false;    // it was there when the program first looked: it began before
   bool BeganHere = true;  // in this boot of the controller
   bool EndedHere = true;  // likewise
-  insight::Severity Level = insight::Severity::kWarning;
-  FindingText Identity = {};  // what makes two findings the same one
+  insight::Severity Level = insight::Severity::kWarning;  // the worst that it was
+  FindingText Identity = {};                              // what makes two findings the same one
   FindingText Id = {};
-  FindingText Message = {};
+  FindingText Message = {};  // of the first cycle in which it was so
   FindingText Where = {};
   FindingText Path = {};  // in the latest document that had it
 };

@@ -167,6 +167,23 @@ TEST_F(AHistory, KnowsWhenAFanBeganToFailAndWhenItEnded) {
   EXPECT_EQ(Findings()[0].Message, "fan stands still");
 }
 
+TEST_F(AHistory, HasTheWorstThatAFindingWas) {
+  const auto cycle = [this](insight::Severity level, const char* message) {
+    Snapshot snapshot = CycleOf({{39, 0}}, system_ += 10, steady_ += 10);
+    snapshot.Findings.at(0).Level = level;
+    snapshot.Findings.at(0).Message = message;
+    history_->Add(snapshot);
+  };
+  cycle(insight::Severity::kWarning, "70 degrees");
+  cycle(insight::Severity::kCritical, "91 degrees");
+  cycle(insight::Severity::kWarning, "71 degrees");
+  Cycle({{39, 1200}});
+  ASSERT_EQ(Findings().size(), 1U);
+  EXPECT_EQ(Findings()[0].Begin, kNoon + 10);
+  EXPECT_EQ(Findings()[0].Level, insight::Severity::kCritical);
+  EXPECT_EQ(Findings()[0].Message, "91 degrees");
+}
+
 TEST_F(AHistory, KnowsAFindingAgainAfterARestart) {
   Cycle({{39, 1200}});
   Cycle({{39, 0}});
