@@ -144,6 +144,7 @@ std::vector<std::optional<HistoryFindings::Beginning>> History::Add(
       snapshot, [&](const QtSts::TreeElement& element, const std::string& field, double number) {
         readings.push_back({&identities.Of(element), field, static_cast<float>(number)});
       });
+  const std::vector<std::string> findings = IdentitiesOf(snapshot.Findings, identities);
 
   const std::lock_guard lock(mutex_);
   ++version_;
@@ -166,7 +167,7 @@ std::vector<std::optional<HistoryFindings::Beginning>> History::Add(
   data_.Rows.Add(data_.Now(), gap, numbers, MostBytes(), held_);
   const HistoryRows& rows = data_.Rows;
   const bool alone = rows.OfThisBoot() == rows.All().size();
-  auto beginnings = data_.Findings.Update(snapshot, identities, data_.Now(), first);
+  auto beginnings = data_.Findings.Update(snapshot, findings, data_.Now(), first);
   data_.Findings.Forget(data_.Now(), alone);
   return beginnings;
 }

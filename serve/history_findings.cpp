@@ -40,37 +40,51 @@ bool CouldSee(const insight::Snapshot& snapshot, const Episode& episode) {
 
 }  // namespace
 
-std::string IdentityOf(const Finding& finding, const Identities& identities) {
-  std::string identity = finding.Id + '\n' + finding.Source + '\n';
-  return identity + (finding.Path.empty() ? finding.Key : identities.OfPath(finding.Path));
+std::vector<std::string> IdentitiesOf(const std::vector<Finding>& findings,
+                                      const Identities& identities) {
+  std::vector<std::string_view> paths;
+  paths.reserve(findings.size());
+  for (const Finding& finding : findings) {
+    paths.emplace_back(finding.Path);
+  }
+  std::vector<std::string> of_paths = identities.OfPaths(paths);
+  std::unordered_map<std::string, std::size_t> counts;
+  std::vector<std::string> all;
+  all.reserve(findings.size());
+  for (std::size_t at = 0; at < findings.size(); ++at) {
+    const Finding& finding = findings[at];
+    std::string identity = finding.Id + '\n' + finding.Source + '\n';
+    identity += finding.Path.empty() ? finding.Key : of_paths[at];
+    if (const std::size_t count = ++counts[identity]; count > 1) {
+      identity += "#" + std::to_string(count);
+    }
+    all.push_back(std::move(identity));
+  }
+  return all;
 }
 
 std::vector<std::optional<HistoryFindings::Beginning>> HistoryFindings::Update(
-    const insight::Snapshot& snapshot, const Identities& identities, UnixSeconds now, bool first) {
-  std::unordered_map<std::string, Episode*> open;
+    const insight::Snapshot& snapshot, const std::vector<std::string>& identities, UnixSeconds now,
+    bool first) {
+  std::unordered_map<std::string_view, Episode*> open;
   for (Episode& episode : episodes_) {
     if (!episode.End) {
       open.emplace(episode.Identity, &episode);
     }
   }
-  std::vector<std::optional<Beginning>> beginnings;
-  std::unordered_map<std::string, std::size_t> counts;
-  std::vector<std::pair<std::size_t, std::string>> begin;
-  for (const Finding& finding : snapshot.Findings) {
-    std::string identity = IdentityOf(finding, identities);
-    if (const std::size_t count = ++counts[identity]; count > 1) {
-      identity += "#" + std::to_string(count);
-    }
-    const auto known = open.find(identity);
-    beginnings.emplace_back();
+  std::vector<std::optional<Beginning>> beginnings(snapshot.Findings.size());
+  std::vector<std::size_t> begin;
+  for (std::size_t at = 0; at < beginnings.size(); ++at) {
+    const Finding& finding = snapshot.Findings[at];
+    const auto known = open.find(identities[at]);
     if (known == open.end()) {
-      begin.emplace_back(beginnings.size() - 1, std::move(identity));
+      begin.push_back(at);
       continue;
     }
     Episode* const episode = known->second;
     episode->Path = Short(finding.Path);
     Raise(finding, episode);
-    beginnings.back() = {episode->Begin, episode->Before};
+    beginnings[at] = {episode->Begin, episode->Before};
     open.erase(known);
   }
   for (const auto& [identity, episode] : open) {
@@ -79,13 +93,14 @@ std::vector<std::optional<HistoryFindings::Beginning>> HistoryFindings::Update(
       episode->EndedHere = true;
     }
   }
-  for (auto& [at, identity] : begin) {
+  auto oldest = episodes_.begin();
+  for (const std::size_t at : begin) {
     const Finding& finding = snapshot.Findings[at];
-    if (MakeRoom()) {
+    if (MakeRoom(&oldest)) {
       episodes_.push_back({.Begin = now,
                            .Before = first,
                            .Level = finding.Level,
-                           .Identity = FindingText(identity),
+                           .Identity = FindingText(identities[at]),
                            .Id = Short(finding.Id),
                            .Message = Short(finding.Message),
                            .Where = Short(finding.Where),
@@ -96,14 +111,15 @@ std::vector<std::optional<HistoryFindings::Beginning>> HistoryFindings::Update(
   return beginnings;
 }
 
-bool HistoryFindings::MakeRoom() {
+bool HistoryFindings::MakeRoom(Episodes::iterator* from) {
   while (episodes_.size() >= kMost || HistoryBytesOf<HistoryPart::kFindings>() > kMostBytes) {
-    const auto ended =
-        std::ranges::find_if(episodes_, &std::optional<UnixSeconds>::has_value, &Episode::End);
-    if (ended == episodes_.end()) {
+    for (; *from != episodes_.end() && !(*from)->End; ++*from) {
+      ++looked_at_;
+    }
+    if (*from == episodes_.end()) {
       return false;
     }
-    episodes_.erase(ended);
+    *from = episodes_.erase(*from);
   }
   return true;
 }
@@ -126,7 +142,8 @@ void HistoryFindings::Shift(UnixSeconds seconds) {
 }
 
 bool HistoryFindings::Restore(Episode episode) {
-  if (!MakeRoom()) {
+  auto oldest = episodes_.begin();
+  if (!MakeRoom(&oldest)) {
     return false;
   }
   episodes_.push_back(std::move(episode));

@@ -2,6 +2,7 @@
 #pragma once
 
 #include <cstddef>
+#include <cstdint>
 #include <functional>
 #include <list>
 #include <optional>
@@ -34,8 +35,10 @@ struct Episode {
   FindingText Path = {};  // in the latest document that had it
 };
 
-// What makes findings of two cycles the same one, wherever its element stands.
-std::string IdentityOf(const insight::Finding& finding, const Identities& identities);
+// For each finding of a cycle what makes it and one of another cycle the same one, wherever its
+// element stands; all are different.
+std::vector<std::string> IdentitiesOf(const std::vector<insight::Finding>& findings,
+                                      const Identities& identities);
 
 // One thread at a time.
 class HistoryFindings {
@@ -51,12 +54,13 @@ class HistoryFindings {
     bool Before;
   };
 
-  // What a cycle at `now` found. Returns for each finding of the snapshot when it began; nothing
-  // for those that there is no room for. A finding that the cycle could not have seen does not end.
-  // `first`: the program has not looked before.
+  // What a cycle at `now` found. `identities` are those of its findings, by IdentitiesOf(). Returns
+  // for each finding of the snapshot when it began; nothing for those that there is no room for. A
+  // finding that the cycle could not have seen does not end. `first`: the program has not looked
+  // before.
   std::vector<std::optional<Beginning>> Update(const insight::Snapshot& snapshot,
-                                               const Identities& identities, UnixSeconds now,
-                                               bool first);
+                                               const std::vector<std::string>& identities,
+                                               UnixSeconds now, bool first);
 
   // Those that ended more than 24 hours ago, and with `others` those that ended in other boots.
   void Forget(UnixSeconds now, bool others);
@@ -72,10 +76,15 @@ class HistoryFindings {
 
   const Episodes& All() const { return episodes_; }
 
+  // How many findings were looked at so far to make room for others: the work of that.
+  std::uint64_t LookedAt() const { return looked_at_; }
+
  private:
-  bool MakeRoom();
+  // Takes the oldest that have ended away, from `*from` on, and moves it past those that have not.
+  bool MakeRoom(Episodes::iterator* from);
 
   Episodes episodes_;  // in the order in which they began
+  std::uint64_t looked_at_ = 0;
 };
 
 }  // namespace serve

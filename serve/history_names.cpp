@@ -45,6 +45,21 @@ std::string StepOf(const TreeElement& element) {
   return step + "]";
 }
 
+// By the identity of the innermost element that `find` knows, of those that the path leads through
+// whose own path ends with a position.
+template <class Find>
+std::string OfPathBy(std::string_view path, const Find& find) {
+  const std::size_t end = path.rfind(']');
+  for (std::size_t after = end == std::string_view::npos ? 0 : end + 1; after > 0;) {
+    if (const std::string* const identity = find(path.substr(0, after))) {
+      return *identity + std::string(path.substr(after));
+    }
+    const std::size_t before = path.substr(0, after - 1).rfind(']');
+    after = before == std::string_view::npos ? 0 : before + 1;
+  }
+  return std::string(path);
+}
+
 }  // namespace
 
 Identities::Identities(const QtSts::DocumentTree& document) : document_(document) {
@@ -75,17 +90,28 @@ const std::string& Identities::Of(const TreeElement& element) const {
 }
 
 std::string Identities::OfPath(std::string_view path) const {
-  // The part that ends with a position.
-  const std::size_t end = path.rfind(']');
-  for (std::size_t after = end == std::string_view::npos ? 0 : end + 1; after > 0;) {
-    const TreeElement* const element = document_.Root().Find(path.substr(0, after));
-    if (element != nullptr) {
-      return Of(*element) + std::string(path.substr(after));
+  return OfPathBy(path, [this](std::string_view element) {
+    const TreeElement* const found = document_.Root().Find(element);
+    return found == nullptr ? nullptr : &Of(*found);
+  });
+}
+
+std::vector<std::string> Identities::OfPaths(const std::vector<std::string_view>& paths) const {
+  std::unordered_map<std::string, const std::string*> of_elements;
+  for (const TreeElement& element : document_.Elements()) {
+    if (!paths.empty() && element.Parent() != nullptr && element.Parent()->IsList()) {
+      of_elements.emplace(element.Path(), &Of(element));
     }
-    const std::size_t before = path.substr(0, after - 1).rfind(']');
-    after = before == std::string_view::npos ? 0 : before + 1;
   }
-  return std::string(path);
+  std::vector<std::string> identities;
+  identities.reserve(paths.size());
+  for (const std::string_view path : paths) {
+    identities.push_back(OfPathBy(path, [&of_elements](std::string_view element) {
+      const auto found = of_elements.find(std::string(element));
+      return found == of_elements.end() ? nullptr : found->second;
+    }));
+  }
+  return identities;
 }
 
 std::optional<std::uint32_t> HistoryNames::Find(std::string_view element,

@@ -32,6 +32,8 @@ class Identities {
   // list (of the root when there is none) that holds it, and the path from there; the empty
   // identity and the whole path when the element is not there.
   std::string OfPath(std::string_view path) const;
+  // Likewise of many, in time that grows with their number and that of the elements.
+  std::vector<std::string> OfPaths(const std::vector<std::string_view>& paths) const;
 
  private:
   const QtSts::DocumentTree& document_;

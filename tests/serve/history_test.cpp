@@ -242,6 +242,34 @@ TEST_F(AHistory, ForgetsTheOldestOfTooManyFindings) {
   EXPECT_EQ(findings.back().End, system_);
 }
 
+// They used to be looked through once more for each finding that there is no room for.
+TEST_F(AHistory, LooksForRoomOncePerCycle) {
+  const std::vector<Fan> fans(3 * serve::HistoryFindings::kMost, Fan{39, 0});
+  const auto looked_at = [this] {
+    return history_->Look([](const HistoryData& data) { return data.Findings.LookedAt(); });
+  };
+  Cycle(fans);
+  EXPECT_EQ(Findings().size(), serve::HistoryFindings::kMost);
+  EXPECT_LE(looked_at(), serve::HistoryFindings::kMost);
+  Cycle(fans);
+  EXPECT_GT(looked_at(), 0U);
+  EXPECT_LE(looked_at(), 2 * serve::HistoryFindings::kMost);
+}
+
+TEST_F(AHistory, KnowsManyPathsAsItKnowsEach) {
+  const Snapshot snapshot = CycleOf({{38, 1}, {39, 1}, {39, 1}}, system_, steady_);
+  const serve::Identities identities(snapshot.Document);
+  const std::vector<std::string_view> paths = {
+      "",  "GUID", "Sensors[2]", "Sensors[1]/CurrentRpm", "Sensors[3]/CurrentRpm",
+      "]", "x[0]", "Sensors[1]", "Sensors[0]/Points[0]",  "Outputs[0]/Dimming/DimmingLevel"};
+  const std::vector<std::string> many = identities.OfPaths(paths);
+  ASSERT_EQ(many.size(), paths.size());
+  for (std::size_t at = 0; at < paths.size(); ++at) {
+    EXPECT_EQ(many[at], identities.OfPath(paths[at])) << paths[at];
+  }
+  EXPECT_EQ(many[3], "Sensors[CANFanRpmSensor,Address:39,Bus:0]/CurrentRpm");
+}
+
 // ---- Clocks
 
 TEST_F(AHistory, IsMovedWhenAClockIsSetThatBeganIn1970) {
