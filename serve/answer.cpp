@@ -66,12 +66,17 @@ bool Names(std::string_view list, std::string_view tag) {
   return false;
 }
 
+// Whether the client has what is sent now.
+bool IsKnown(const Request& request, const Bodies& bodies) {
+  const auto named = [&bodies](std::string_view list) { return Names(list, bodies.Tag()); };
+  return std::ranges::any_of(request.IfNoneMatch, named);
+}
+
 Answer Send(const char* type, const Body& body, const Request& request, const Bodies& bodies) {
   if (body.Status != kOk) {
     return {.Status = body.Status, .Text = body.Text};
   }
-  const auto named = [&bodies](std::string_view list) { return Names(list, bodies.Tag()); };
-  if (std::ranges::any_of(request.IfNoneMatch, named)) {
+  if (IsKnown(request, bodies)) {
     return {.Status = kNotModified, .Type = type, .Tag = bodies.Tag()};
   }
   return {.Status = kOk, .Type = type, .Text = body.Text, .Tag = bodies.Tag()};
@@ -88,12 +93,13 @@ Answer SendHistory(const Request& request, Bodies* bodies) {
   if (paths.size() > kMostPaths) {
     return Refusal(kBadRequest, "a query has 64 paths at most\n");
   }
-  return Send("application/json", bodies->History(paths), request, *bodies);
+  return Send("application/json", bodies->History(paths, IsKnown(request, *bodies)), request,
+              *bodies);
 }
 
 }  // namespace
 
-Answer AnswerTo(const Request& request, const std::vector<std::string>& names, Bodies* bodies) {
+std::optional<Answer> RefusalAtOnce(const Request& request) {
   if (request.Method != "GET" && request.Method != "HEAD") {
     Answer answer = Refusal(kMethodNotAllowed, "only GET and HEAD\n");
     answer.Closes = true;
@@ -103,6 +109,13 @@ Answer AnswerTo(const Request& request, const std::vector<std::string>& names, B
     Answer answer = Refusal(kTooLarge, "a request has no body here\n");
     answer.Closes = true;
     return answer;
+  }
+  return std::nullopt;
+}
+
+Answer AnswerTo(const Request& request, const std::vector<std::string>& names, Bodies* bodies) {
+  if (std::optional<Answer> refusal = RefusalAtOnce(request)) {
+    return *std::move(refusal);
   }
   const HostVerdict verdict = request.Hosts.size() == 1
                                   ? JudgeHost(request.Hosts.front(), request.Local, names)

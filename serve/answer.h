@@ -2,6 +2,7 @@
 #pragma once
 
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -30,6 +31,9 @@ struct Answer {
   bool IsEvents = false;                         // a stream of events follows instead of Text
   bool Closes = false;                           // the connection cannot be used further
 };
+
+// The answer to a request of which nothing more is read than its header; nothing for others.
+std::optional<Answer> RefusalAtOnce(const Request& request);
 
 // `names` are those by which requests may ask beside the address. Throws std::bad_alloc.
 Answer AnswerTo(const Request& request, const std::vector<std::string>& names, Bodies* bodies);

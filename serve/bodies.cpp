@@ -109,7 +109,7 @@ Body Bodies::NoDocument() const {
   return health;
 }
 
-Body Bodies::History(const std::vector<std::string_view>& paths) {
+Body Bodies::History(const std::vector<std::string_view>& paths, bool is_known) {
   if (state_.Latest == nullptr) {
     return NoDocument();
   }
@@ -126,9 +126,15 @@ Body Bodies::History(const std::vector<std::string_view>& paths) {
     return *history_list_;
   }
   std::string_view unknown;
+  if (is_known && history_.Look([&](const HistoryData& data) {
+        return HasHistoryOf(data, *identities_, paths, &unknown);
+      })) {
+    return {kOk, nullptr};
+  }
   std::optional<std::string> text = history_.Look(
       [&](const HistoryData& data) { return HistoryOf(data, *identities_, paths, &unknown); });
   if (text) {
+    ++made_;
     return Make(kOk, std::move(*text));
   }
   const std::string nearest = NearestPath(latest, unknown);

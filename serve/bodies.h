@@ -4,6 +4,7 @@
 #include <array>
 #include <chrono>
 #include <cstddef>
+#include <cstdint>
 #include <memory>
 #include <optional>
 #include <string>
@@ -50,8 +51,13 @@ class Bodies {
   // Throws std::bad_alloc.
   const Body& Get(Page page);
 
-  // The history of `paths`; without any, what there is a history of. Throws std::bad_alloc.
-  Body History(const std::vector<std::string_view>& paths);
+  // The history of `paths`; without any, what there is a history of. With `is_known`, which says
+  // that the client has what would be sent, a history of paths that there is has no text. Throws
+  // std::bad_alloc.
+  Body History(const std::vector<std::string_view>& paths, bool is_known);
+
+  // How many answers of the history of paths were made so far: the work of that.
+  std::uint64_t Made() const { return made_; }
 
   // Whether this text is what is sent now, to each who asks for it.
   bool IsSent(const std::string* text) const;
@@ -71,6 +77,7 @@ class Bodies {
   std::array<std::optional<Body>, kPages> rendered_;
   std::optional<Identities> identities_;  // of the latest document
   std::optional<Body> history_list_;
+  std::uint64_t made_ = 0;
 };
 
 // "2026-11-22T04:29:22Z"

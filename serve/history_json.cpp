@@ -144,6 +144,28 @@ std::optional<std::uint32_t> SeriesAt(const HistoryData& data, const Identities&
   return data.Find(identity);
 }
 
+struct Asked {
+  std::uint32_t Series;
+  std::string_view Path;  // the first of those that lead to it
+};
+
+std::optional<std::vector<Asked>> FindAsked(const HistoryData& data, const Identities& identities,
+                                            const std::vector<std::string_view>& paths,
+                                            std::string_view* unknown) {
+  std::vector<Asked> asked;
+  for (const std::string_view path : paths) {
+    const std::optional<std::uint32_t> found = SeriesAt(data, identities, path);
+    if (!found) {
+      *unknown = path;
+      return std::nullopt;
+    }
+    if (std::ranges::find(asked, *found, &Asked::Series) == asked.end()) {
+      asked.push_back({*found, path});
+    }
+  }
+  return asked;
+}
+
 }  // namespace
 
 void AddEpisode(const Episode& episode, QtSts::JsonText* json) {
@@ -185,22 +207,20 @@ std::string HistoryListOf(const HistoryData& data, const Cycle& latest,
   return json.Take();
 }
 
+bool HasHistoryOf(const HistoryData& data, const Identities& identities,
+                  const std::vector<std::string_view>& paths, std::string_view* unknown) {
+  return FindAsked(data, identities, paths, unknown).has_value();
+}
+
 std::optional<std::string> HistoryOf(const HistoryData& data, const Identities& identities,
                                      const std::vector<std::string_view>& paths,
                                      std::string_view* unknown) {
-  std::vector<std::uint32_t> series;
-  std::vector<std::string_view> asked;
-  for (const std::string_view path : paths) {
-    const std::optional<std::uint32_t> found = SeriesAt(data, identities, path);
-    if (!found) {
-      *unknown = path;
-      return std::nullopt;
-    }
-    if (std::ranges::find(series, *found) == series.end()) {
-      series.push_back(*found);
-      asked.push_back(path);
-    }
+  const std::optional<std::vector<Asked>> asked = FindAsked(data, identities, paths, unknown);
+  if (!asked) {
+    return std::nullopt;
   }
+  std::vector<std::uint32_t> series;
+  std::ranges::transform(*asked, std::back_inserter(series), &Asked::Series);
   std::uint32_t step = data.Rows.Step();
   std::vector<std::size_t> rows = RowsOf(data, step);
   while (rows.size() * series.size() > kMostNumbers && step < kHistorySeconds) {
@@ -218,7 +238,7 @@ std::optional<std::string> HistoryOf(const HistoryData& data, const Identities& 
   for (std::size_t at = 0; at < series.size(); ++at) {
     json.Next();
     json.Open('{');
-    AddText("Path", std::string(asked[at]), &json);
+    AddText("Path", std::string((*asked)[at].Path), &json);
     json.Member("Values");
     json.Literal(lists.Numbers(at));
     json.Close('}');

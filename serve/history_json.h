@@ -27,6 +27,10 @@ std::optional<std::string> HistoryOf(const HistoryData& data, const Identities& 
                                      const std::vector<std::string_view>& paths,
                                      std::string_view* unknown);
 
+// Whether HistoryOf() would return something.
+bool HasHistoryOf(const HistoryData& data, const Identities& identities,
+                  const std::vector<std::string_view>& paths, std::string_view* unknown);
+
 // The path of a number of `latest` that differs least from `path`; "" for none, and for documents
 // that have very many.
 std::string NearestPath(const Cycle& latest, std::string_view path);

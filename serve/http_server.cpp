@@ -250,13 +250,13 @@ MHD_Result HttpServer::Take(MHD_Connection* connection, const char* path, const 
                            .IfNoneMatch = ValuesOf(connection, MHD_HTTP_HEADER_IF_NONE_MATCH),
                            .HasBody = HasBody(connection),
                            .Local = client->Local};
-  const Answer answer = AnswerTo(request, names_, &bodies_);
   const bool first = *known == nullptr;
   *known = client;
   client->IsBusy = true;
-  if (first && !answer.Closes) {
+  if (first && !RefusalAtOnce(request)) {
     return MHD_YES;  // called again once all of the request is here
   }
+  const Answer answer = AnswerTo(request, names_, &bodies_);
   client->IsStream = answer.IsEvents;
   client->Reading = answer.Text;
   client->ReadingSince = Clock::now();

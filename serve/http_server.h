@@ -5,6 +5,7 @@
 #include <poll.h>
 
 #include <chrono>
+#include <cstdint>
 #include <memory>
 #include <string>
 #include <vector>
@@ -39,6 +40,9 @@ class HttpServer {
 
   // Does what there is to do, without waiting.
   void Run();
+
+  // How many answers of the history of paths were made so far.
+  std::uint64_t BodiesMade() const { return bodies_.Made(); }
 
   // Takes no more connections, ends the streams, and lets answers that have begun end, but not for
   // longer than `at_most`.
