@@ -8,9 +8,7 @@
 #include <cstdio>
 #include <cstdlib>
 #include <exception>
-#include <map>
 #include <system_error>
-#include <tuple>
 #include <utility>
 
 #include "collector/status_interface.h"
@@ -47,24 +45,6 @@ void AddChanges(const Cycle& before, Cycle* cycle) {
                      ++cycle->FurtherChanges;
                    }
                  });
-}
-
-// What makes two findings of two cycles the same one.
-auto IdentityOf(const insight::Finding& finding) {
-  return std::tie(finding.Id, finding.Path, finding.Source, finding.Key);
-}
-
-void AddBeginnings(const Cycle* before, Cycle* cycle) {
-  using Identity = decltype(IdentityOf(std::declval<insight::Finding>()));
-  std::map<Identity, SystemTime> known;
-  for (std::size_t at = 0; before != nullptr && at < before->FindingsSince.size(); ++at) {
-    known.emplace(IdentityOf(before->Snapshot.Findings[at]), before->FindingsSince[at]);
-  }
-  for (const insight::Finding& finding : cycle->Snapshot.Findings) {
-    const auto since = known.find(IdentityOf(finding));
-    cycle->FindingsSince.push_back(since == known.end() ? cycle->Snapshot.Began : since->second);
-    cycle->FindingsBefore.push_back(before == nullptr);
-  }
 }
 
 // What the history knows of the findings counts.

@@ -42,6 +42,9 @@ struct Cycle {
   std::size_t FurtherChanges = 0;
 };
 
+// Fills in when the findings of a cycle began, by the cycle before; null for none.
+void AddBeginnings(const Cycle* before, Cycle* cycle);
+
 // A cycle that is not over when the next one should begin, nor after kShortestHang.
 struct Hang {
   std::string Asked;  // "reading /dev/travex"
