@@ -199,7 +199,7 @@ TEST_F(ReverseProxy, MayHaveMoreConnectionsThanAClient) {
   std::string command;
   for (int client = 1; client <= 64; ++client) {  // each address has its share at the proxy
     command +=
-        Curl(kUser + "-N --max-time 30 --interface 127.0.1." + std::to_string(client) + " -o " +
+        Curl(kUser + "-N --max-time 600 --interface 127.0.1." + std::to_string(client) + " -o " +
              folder.Path() + "/" + std::to_string(client) + " " + kSite + "/events &\n");
   }
   const pid_t streams = fork();
