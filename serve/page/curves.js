@@ -77,13 +77,14 @@ export function curve(path, name, unit) {
     el("p", {class: "faint curve-note"}, `${range} since ${since}`)];
 }
 
-// Forgets all, and asks for what was read before, as far as there is a history of it.
+// Asks for what was read before, as far as there is a history of it, in place of what there is. Fails, and leaves
+// what there is, when it gets no answer.
 export async function recall(wanted) {
-  curves.clear();
   const list = await fetch("/history.json");
   if (!list.ok) {
-    return;
+    throw new Error("no history: " + list.status);
   }
+  const read = new Map();
   const known = new Set((await list.json()).Series);
   const paths = wanted.filter((path) => known.has(path));
   for (let at = 0; at < paths.length; at += PATHS_AT_ONCE) {
@@ -94,7 +95,9 @@ export async function recall(wanted) {
     }
     const history = await answer.json();
     for (const series of history.Series) {
-      curves.set(series.Path, history.Times.map((time, index) => [time, series.Values[index]]));
+      read.set(series.Path, history.Times.map((time, index) => [time, series.Values[index]]));
     }
   }
+  curves.clear();
+  read.forEach((points, path) => curves.set(path, points));
 }

@@ -168,8 +168,9 @@ async function rememberAll() {
   clock = {time, now, cycle: overview.Cycle};
   const key = JSON.stringify(of);
   if (!known || key !== recalled) {
-    recalled = key;
-    await recall(of.filter(([, , , name]) => name !== undefined).map(([path, , , name]) => path + "/" + name));
+    recalled = null;  // until it is there: the next cycle asks again
+    await recall(of.filter(([, , , name]) => name !== undefined).map(([path, , , name]) => path + "/" + name))
+      .then(() => { recalled = key; }, () => {});
   }
   for (const [sensor, path] of plainSensors()) {
     const main = mainOf(sensor);
@@ -318,7 +319,7 @@ async function load() {
   overview = await newOverview.json();
   if (newStatus.ok && overview.Findings !== undefined) {
     status = await newStatus.json();
-    await rememberAll().catch(() => {});
+    await rememberAll();
     drawAll();
   }
   judge();
