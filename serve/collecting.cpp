@@ -183,12 +183,17 @@ void Collecting::RunCycles() {
       failure = host::InWords(error);
       failed = true;
     }
-    PassOnLines();
+    try {
+      PassOnLines();
+    } catch (const std::exception& error) {
+      failure = host::InWords(error);
+      failed = true;
+    }
     Publish(latest, std::move(failure));
   } while (WaitUntil(schedule.Next()));
 }
 
-// The names of network devices, in each cycle, are no news; other lines are when they change.
+// The names of network devices are left out. Other lines are passed on when they change.
 void Collecting::PassOnLines() {
   std::string lines = host::WithoutDeviceNames(output_.Take());
   if (lines != lines_) {
