@@ -132,6 +132,11 @@ int Run(int argc, char** argv) {
   const bool saved = !store || store->Stop(kMostForAnEnd);
   if (saved) {
     store.reset();
+  } else {
+    std::fputs(
+        "statuscollector: the history is not saved: the disk does not answer; what is newer than "
+        "the file is lost\n",
+        stderr);
   }
   if (!collected || !saved) {
     _exit(host::kAllWell);  // what hangs goes with the process alone

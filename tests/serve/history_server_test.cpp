@@ -1,8 +1,11 @@
 // The history of a server that runs on a controller in a box, and is started again.
+#include <fcntl.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sys/fanotify.h>
 #include <sys/mount.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <chrono>
 #include <csignal>
@@ -137,6 +140,22 @@ TEST_F(ServedHistory, IsSavedWhileACycleHangs) {
   ASSERT_EQ(stat(File().c_str(), &status), 0);
   EXPECT_EQ(status.st_mode & 07777U, 0600U);
   EXPECT_FALSE(std::filesystem::exists(File() + ".new"));
+}
+
+TEST_F(ServedHistory, SaysThatTheLastSaveTookTooLong) {
+  Server server({"--state", folder_.Path()});
+  ASSERT_TRUE(Eventually(&IsHealthy));
+  // Whoever opens a file of the folder waits until this is closed.
+  const int gate = fanotify_init(FAN_CLASS_CONTENT | FAN_CLOEXEC, O_RDONLY);
+  ASSERT_NE(gate, -1);
+  ASSERT_EQ(fanotify_mark(gate, FAN_MARK_ADD, FAN_OPEN_PERM | FAN_EVENT_ON_CHILD, AT_FDCWD,
+                          folder_.Path().c_str()),
+            0);
+  EXPECT_EQ(server.End(SIGTERM), 0);
+  close(gate);
+  EXPECT_EQ(server.Errors(),
+            "statuscollector: the history is not saved: the disk does not answer; what is newer "
+            "than the file is lost\n");
 }
 
 TEST_F(ServedHistory, BeginsAnewWhereTheFileIsDamaged) {
