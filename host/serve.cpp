@@ -28,7 +28,7 @@ std::vector<Argument> ServeArguments(ServeOptions* options) {
            .Value = &options->Hosts},
           {.Name = "--state",
            .Type = "FOLDER",
-           .About = "Where the history is kept; else in memory alone",
+           .About = "Where the history is kept (STATE_DIRECTORY; else in memory)",
            .Value = &options->State}};
 }
 
