@@ -1,6 +1,7 @@
 // The server behind the reverse proxy of packaging/nginx.
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -56,7 +57,7 @@ class Proxy {
     // What a machine has beyond a box.
     std::ofstream("/etc/ssl/openssl.cnf") << "[req]\ndistinguished_name = name\n[name]\n";
     std::ofstream("/etc/passwd") << "root:x:0:0::/:/bin/sh\n";
-    std::ofstream("/etc/group") << "root:x:0:\n";
+    std::ofstream("/etc/group") << "root:x:0:\nwww-data:x:33:\n";
     const ProgramResult made =
         RunProgram({"sh", "-ec", "cd /etc/nginx\n" + CommandsOfTheExample()});
     EXPECT_EQ(made.ExitCode, 0) << made.Errors;
@@ -188,6 +189,14 @@ TEST_F(ReverseProxy, LetsPrometheusInByThePassword) {
   }));
   kill(prometheus, SIGKILL);
   waitpid(prometheus, nullptr, 0);
+}
+
+TEST_F(ReverseProxy, KeepsItsPasswordsFromOtherUsers) {
+  const Proxy proxy;
+  struct stat status = {};
+  ASSERT_EQ(stat("/etc/nginx/display.passwords", &status), 0);
+  EXPECT_EQ(status.st_mode & 07777U, 0640U);
+  EXPECT_EQ(status.st_gid, 33U);
 }
 
 // 64 of its connections are taken by streams: more than another address may have.
