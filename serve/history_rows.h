@@ -68,7 +68,6 @@ class HistoryRows {
             const std::function<void(const Row&, std::span<const float>)>& visit) const;
 
   std::uint32_t Step() const { return step_; }
-  std::uint32_t Interval() const { return interval_; }
   const Rows& All() const { return rows_; }
   // How many of the last rows are of this boot.
   std::size_t OfThisBoot() const { return own_; }

@@ -126,7 +126,7 @@ TEST_F(AHistory, HasWhatIsGoneByItsIdentity) {
               HasSubstr("\"Values\": [1200,null]"));
 }
 
-TEST_F(AHistory, TellsElementsApartThatAreAlike) {
+TEST_F(AHistory, DistinguishesElementsThatAreAlike) {
   Cycle({{38, 1000}, {38, 1200}});
   EXPECT_THAT(Answer({{38, 1000}, {38, 1300}}, "Sensors[1]/CurrentRpm"),
               HasSubstr("\"Values\": [1200,1300]"));
