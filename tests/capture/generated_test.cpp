@@ -73,7 +73,7 @@ Scenario WithMore(Scenario controller, unsigned seed) {
 }
 
 TEST_F(CaptureTest, OfAGeneratedControllerGivesTheDocumentAgain) {
-  const unsigned count = static_cast<unsigned>(reliability::Repetitions(15, 500));
+  const unsigned count = static_cast<unsigned>(reliability::Repetitions(8, 500));
   for (unsigned seed = 0; seed < count; ++seed) {
     const Scenario controller = WithMore(reliability::RandomController(seed), seed);
     SCOPED_TRACE("seed " + std::to_string(seed));

@@ -116,8 +116,8 @@ TEST_F(RowCost, OfAListInBytesGrowsWithItsRows) {
 // What grew with the square would cost a hundred times as much.
 TEST_F(RowCost, GrowsWithTheRowsWhateverTheyAre) {
   for (const auto make : {&Sensors, &Odd, &Voltages}) {
-    const Cost few = Measure(make(200));
-    const Cost many = Measure(make(2000));
+    const Cost few = Measure(make(100));
+    const Cost many = Measure(make(1000));
     EXPECT_LT(many.Explained, 30 * few.Explained);
   }
 }

@@ -299,7 +299,8 @@ TEST(ReadDocument, BoundsDepthSizeAndAttributes) {
 
 TEST(ReadDocument, ReadsADocumentOfManyMegabytes) {
   CStatus status;
-  for (int i = 0; i < 120000; ++i) {
+  status.FirmwareVersion.assign(9'000'000, 'v');
+  for (int i = 0; i < 25000; ++i) {
     status.Sensors.Add(new QtSts::CCANTempSensor);
   }
   const std::string xml = QtSts::WriteDocument(status);
@@ -307,7 +308,7 @@ TEST(ReadDocument, ReadsADocumentOfManyMegabytes) {
   XmlError error;
   const auto read = ReadDocument(xml, &error);
   ASSERT_NE(read, nullptr) << error.Text();
-  EXPECT_EQ(read->Sensors.Count(), 120000U);
+  EXPECT_EQ(read->Sensors.Count(), 25000U);
 }
 
 TEST(ReadDocument, BoundsTheLengthOfAText) {
