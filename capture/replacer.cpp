@@ -5,15 +5,10 @@
 #include <tuple>
 #include <utility>
 
+#include "capture/characters.h"
+
 namespace capture {
 namespace {
-
-bool IsDigit(char c) { return c >= '0' && c <= '9'; }
-bool IsLetter(char c) { return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z'); }
-bool IsHexadecimal(char c) {
-  return IsDigit(c) || (c >= 'a' && c <= 'f') || (c >= 'A' && c <= 'F');
-}
-char Lower(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; }
 
 std::string Small(std::string_view text) {
   std::string small(text);
@@ -51,17 +46,6 @@ std::size_t PairAt(std::string_view text, std::size_t at) {
     return place < text.size() ? static_cast<unsigned char>(text[place]) : 0U;
   };
   return byte(at) << 8 | byte(at + 1);
-}
-
-std::string InCapitals(std::string text) {
-  std::ranges::transform(text, text.begin(), [](char c) {
-    return c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c;
-  });
-  return text;
-}
-
-bool HasCapitals(std::string_view text) {
-  return std::ranges::any_of(text, [](char c) { return c >= 'A' && c <= 'Z'; });
 }
 
 }  // namespace

@@ -5,15 +5,12 @@
 #include <unordered_set>
 #include <utility>
 
+#include "capture/characters.h"
+
 namespace capture {
 namespace {
 
 constexpr std::uint32_t kLeastNumber = 100'000;  // smaller ones may be anything
-
-bool IsDigit(char c) { return c >= '0' && c <= '9'; }
-bool IsHexadecimal(char c) {
-  return IsDigit(c) || (c >= 'a' && c <= 'f') || (c >= 'A' && c <= 'F');
-}
 
 std::string Hexadecimal(std::uint64_t number, int digits) {
   char text[32];

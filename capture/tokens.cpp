@@ -8,14 +8,12 @@
 #include <iterator>
 #include <tuple>
 
+#include "capture/characters.h"
+
 namespace capture {
 namespace {
 
-bool IsDigit(char c) { return c >= '0' && c <= '9'; }
-bool IsLetter(char c) { return (c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z'); }
-bool IsHex(char c) { return IsDigit(c) || (c >= 'a' && c <= 'f') || (c >= 'A' && c <= 'F'); }
 bool IsWord(char c) { return IsDigit(c) || IsLetter(c) || c == '_'; }
-char Lower(char c) { return c >= 'A' && c <= 'Z' ? static_cast<char>(c - 'A' + 'a') : c; }
 
 // The character at a place, a blank outside of the text.
 char At(std::string_view text, std::size_t at) { return at < text.size() ? text[at] : ' '; }
@@ -69,10 +67,11 @@ std::size_t LengthOfIPv4(std::string_view text, std::size_t at) {
 }
 
 std::size_t LengthOfIPv6(std::string_view text, std::size_t at) {
-  const auto belongs = [](char c) { return IsHex(c) || c == ':' || c == '.'; };
+  const auto belongs = [](char c) { return IsHexadecimal(c) || c == ':' || c == '.'; };
   const char before = Before(text, at);
   // "IP:fe80::1": the colon ends a word that is no part of an address.
-  const bool named = before == ':' && at >= 2 && IsWord(text[at - 2]) && !IsHex(text[at - 2]);
+  const bool named =
+      before == ':' && at >= 2 && IsWord(text[at - 2]) && !IsHexadecimal(text[at - 2]);
   if (!belongs(text[at]) || (!named && (belongs(before) || IsWord(before)))) {
     return 0;
   }
@@ -98,11 +97,11 @@ std::size_t LengthOfStation(std::string_view text, std::size_t at) {
     bool fits = true;
     for (int group = 0; fits && group < groups; ++group) {
       fits = (group == 0 || At(text, end++) == separator) &&
-             Run(text, end, IsHex) == static_cast<std::size_t>(digits);
+             Run(text, end, IsHexadecimal) == static_cast<std::size_t>(digits);
       end += static_cast<std::size_t>(digits);
     }
     if (fits && !IsWord(At(text, end)) &&
-        !(At(text, end) == separator && IsHex(At(text, end + 1)))) {
+        !(At(text, end) == separator && IsHexadecimal(At(text, end + 1)))) {
       return end - at;
     }
   }
@@ -112,10 +111,10 @@ std::size_t LengthOfStation(std::string_view text, std::size_t at) {
 std::size_t LengthOfHexadecimal(std::string_view text, std::size_t at) {
   const bool prefixed =
       at >= 2 && Lower(text[at - 1]) == 'x' && text[at - 2] == '0' && !IsWord(Before(text, at - 2));
-  if (!IsHex(text[at]) || (IsWord(Before(text, at)) && !prefixed)) {
+  if (!IsHexadecimal(text[at]) || (IsWord(Before(text, at)) && !prefixed)) {
     return 0;
   }
-  const std::size_t length = Run(text, at, IsHex);
+  const std::size_t length = Run(text, at, IsHexadecimal);
   const bool decimal = Run(text, at, IsDigit) == length && length < 8;
   return IsWord(At(text, at + length)) || (decimal && !prefixed) ? 0 : length;
 }
@@ -132,12 +131,12 @@ std::size_t LengthOfDecimal(std::string_view text, std::size_t at) {
 
 std::size_t LengthOfUuid(std::string_view text, std::size_t at) {
   constexpr std::string_view kForm = "xxxxxxxx-xxxx-xxxx-xxxx-xxxxxxxxxxxx";
-  if (!IsHex(text[at]) || IsWord(Before(text, at)) || at + kForm.size() > text.size() ||
+  if (!IsHexadecimal(text[at]) || IsWord(Before(text, at)) || at + kForm.size() > text.size() ||
       IsWord(At(text, at + kForm.size()))) {
     return 0;
   }
   for (std::size_t i = 0; i < kForm.size(); ++i) {
-    if (kForm[i] == '-' ? text[at + i] != '-' : !IsHex(text[at + i])) {
+    if (kForm[i] == '-' ? text[at + i] != '-' : !IsHexadecimal(text[at + i])) {
       return 0;
     }
   }
@@ -157,20 +156,7 @@ std::size_t LengthOfWord(std::string_view text, std::size_t at, std::string_view
   return word.size();
 }
 
-bool HasCapitals(std::string_view token) {
-  return std::ranges::any_of(token, [](char c) { return c >= 'A' && c <= 'Z'; });
-}
-
-bool HasSmallLetters(std::string_view token) {
-  return std::ranges::any_of(token, [](char c) { return c >= 'a' && c <= 'z'; });
-}
-
-std::string Capitals(std::string text) {
-  for (char& c : text) {
-    c = c >= 'a' && c <= 'z' ? static_cast<char>(c - 'a' + 'A') : c;
-  }
-  return text;
-}
+bool HasSmallLetters(std::string_view token) { return std::ranges::any_of(token, IsSmall); }
 
 }  // namespace
 
@@ -184,7 +170,7 @@ std::string RewriteIPv6(std::string_view text, const Use& use) {
 
 std::string RewriteStations(std::string_view text, const Use& use) {
   return Rewrite(text, use, [text](std::size_t at) {
-    return IsHex(text[at]) ? LengthOfStation(text, at) : 0;
+    return IsHexadecimal(text[at]) ? LengthOfStation(text, at) : 0;
   });
 }
 
@@ -229,7 +215,7 @@ std::optional<IPv6> ParseIPv6(std::string_view token) {
 
 StationAddress ParseStation(std::string_view token) {
   std::string digits;
-  std::ranges::copy_if(token, std::back_inserter(digits), IsHex);
+  std::ranges::copy_if(token, std::back_inserter(digits), IsHexadecimal);
   StationAddress address = 0;
   std::from_chars(digits.data(), digits.data() + digits.size(), address, 16);
   return address;
@@ -259,14 +245,14 @@ std::string InTheSpellingOf(std::string_view token, const IPv6& address) {
     text = TextOf(address);
   } else {
     for (std::size_t at = 0, group = 0; at < token.size() && group < address.size(); ++group) {
-      const std::size_t digits = Run(token, at, IsHex);
+      const std::size_t digits = Run(token, at, IsHexadecimal);
       char part[8];
       std::snprintf(part, sizeof part, "%0*x", static_cast<int>(digits), address[group]);
       text.append(group == 0 ? "" : ":").append(part);
       at += digits + 1;
     }
   }
-  return HasCapitals(token) ? Capitals(text) : text;
+  return HasCapitals(token) ? InCapitals(text) : text;
 }
 
 std::string InTheSpellingOf(std::string_view token, StationAddress address) {
@@ -275,16 +261,16 @@ std::string InTheSpellingOf(std::string_view token, StationAddress address) {
   std::string text;
   const char* next = digits;
   for (const char c : token) {
-    text += IsHex(c) ? *next++ : c;
+    text += IsHexadecimal(c) ? *next++ : c;
   }
-  return HasSmallLetters(token) ? text : Capitals(text);
+  return HasSmallLetters(token) ? text : InCapitals(text);
 }
 
 std::string HexadecimalLike(std::string_view token, std::uint64_t number) {
   char digits[32];
   std::snprintf(digits, sizeof digits, "%0*llx", static_cast<int>(token.size()),
                 static_cast<unsigned long long>(number));
-  return HasSmallLetters(token) ? digits : Capitals(digits);
+  return HasSmallLetters(token) ? digits : InCapitals(digits);
 }
 
 }  // namespace capture
