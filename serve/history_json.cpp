@@ -27,14 +27,10 @@ void AppendNumber(Number number, std::string* text) {
 
 void AppendItem(std::string* list) { *list += list->empty() ? "[" : ","; }
 
-std::string Joined(const std::string& element, const std::string& field) {
-  return element.empty() ? field : element + "/" + field;
-}
-
 void VisitPaths(const Cycle& cycle, const std::function<void(const std::string& path)>& visit) {
   views::VisitNumbers(cycle.Snapshot,
                       [&](const QtSts::TreeElement& element, const std::string& field,
-                          double /*number*/) { visit(Joined(element.Path(), field)); });
+                          double /*number*/) { visit(views::FieldPath(element.Path(), field)); });
 }
 
 void AddSeries(const HistoryData& data, const Cycle& latest, const Identities& identities,
@@ -51,13 +47,13 @@ void AddSeries(const HistoryData& data, const Cycle& latest, const Identities& i
                                            const std::string& field, double /*number*/) {
     if (const auto series = data.Names.Find(identities.Of(element), field)) {
       named[*series] = true;
-      add(Joined(element.Path(), field));
+      add(views::FieldPath(element.Path(), field));
     }
   });
   std::vector<std::string> gone;
   data.Names.Visit([&](std::string_view element, std::string_view field, std::uint32_t series) {
     if (!named[series]) {
-      gone.push_back(Joined(std::string(element), std::string(field)));
+      gone.push_back(views::FieldPath(std::string(element), std::string(field)));
     }
   });
   std::ranges::sort(gone);

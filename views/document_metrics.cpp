@@ -7,16 +7,13 @@
 
 #include "model/codes.h"
 #include "model/tree.h"
+#include "views/numbers.h"
 
 namespace views {
 namespace {
 
 using QtSts::TreeElement;
 using QtSts::TreeValue;
-
-std::string Joined(const std::string& element, const char* field) {
-  return element.empty() ? field : element + "/" + field;
-}
 
 // Calls `visit` with each element that has the value of `metric`, its path, and the value.
 template <class Visit>
@@ -30,7 +27,7 @@ void VisitValues(const Metric& metric, const Sources& from, const Visit& visit) 
     }
     const TreeValue* const value = element.FindValue(metric.Field);
     const std::string path = element.Path();
-    if (value != nullptr && from.Snapshot->IsReported(Joined(path, metric.Field))) {
+    if (value != nullptr && from.Snapshot->IsReported(FieldPath(path, metric.Field))) {
       visit(element, path, *value);
     }
   }

@@ -41,6 +41,10 @@ bool IsNumber(double number, const Metric& metric) {
 
 }  // namespace
 
+std::string FieldPath(const std::string& path, const std::string& field) {
+  return path.empty() ? field : path + "/" + field;
+}
+
 void VisitNumbers(
     const insight::Snapshot& snapshot,
     const std::function<void(const TreeElement&, const std::string&, double)>& visit) {
@@ -55,7 +59,7 @@ void VisitNumbers(
     for (const Metric* const metric : fields->second) {
       const TreeValue* const value = element.FindValue(metric->Field);
       if (value == nullptr || (!connected && !metric->AlsoDisconnected) ||
-          !snapshot.IsReported(path.empty() ? metric->Field : path + "/" + metric->Field)) {
+          !snapshot.IsReported(FieldPath(path, metric->Field))) {
         continue;
       }
       const std::span<const float> row =
