@@ -13,6 +13,7 @@
 #include <optional>
 #include <stdexcept>
 #include <string>
+#include <system_error>
 #include <thread>
 #include <vector>
 
@@ -152,7 +153,14 @@ void StepInTime(const sandbox::Tool& tool, const Scenario& scenario, std::size_t
 void Apply(const sandbox::Tool& tool, const Scenario& scenario, const Options& options) {
   const auto first = static_cast<std::size_t>(options.Step);
   const Scenario begin = scenario.Step(first);
-  begin.Apply();
+  try {
+    begin.Apply();
+  } catch (const std::system_error& error) {
+    if (error.code() != std::errc::no_space_on_device) {
+      throw;
+    }
+    throw std::runtime_error(std::string(error.what()) + "; give the box more with --root-size");
+  }
   for (const std::string& line : begin.NotReplayed()) {
     sandbox::Complain(tool, line);
   }

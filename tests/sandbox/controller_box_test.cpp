@@ -69,6 +69,18 @@ TEST_F(ControllerBox, ReportsAMistakeOfTheScenario) {
   EXPECT_THAT(outcome.Output, AllOf(HasSubstr("rows.tsv"), HasSubstr("line 1")));
 }
 
+TEST_F(ControllerBox, SaysHowToMakeRoomForAScenarioThatIsTooLarge) {
+  Write("root/etc/large", std::string(9 << 20, 'x'));
+  const std::string rest = " --scenario " + folder_.string() + " -- true";
+  const Outcome outcome = Box("--root-size 8M" + rest);
+  EXPECT_EQ(125, outcome.Status);
+  EXPECT_EQ(
+      "controller-box: write /etc/large: No space left on device; give the box more with "
+      "--root-size\n",
+      outcome.Output);
+  EXPECT_EQ(0, Box("--root-size 16M" + rest).Status);
+}
+
 TEST_F(ControllerBox, ReportsAScenarioThatTheKernelRefuses) {
   Write("interfaces", "interface a-name-that-is-too-long\n");
   const Outcome outcome = Box("--scenario " + folder_.string() + " -- echo started");
