@@ -159,7 +159,9 @@ TEST_F(Sharing, SwitchToWriteAheadModeWaitsForAWriterInRollbackMode) {
   Signal ready;
   Child writer([&] {
     Foreign foreign(file_);
-    std::string failure = foreign.Do("BEGIN IMMEDIATE; INSERT INTO status VALUES('a','1')");
+    // To commit it waits for those who look at the file, as every writer has to.
+    std::string failure = foreign.Do(
+        "PRAGMA busy_timeout=10000; BEGIN IMMEDIATE; INSERT INTO status VALUES('a','1')");
     ready.Send();
     std::this_thread::sleep_for(300ms);
     failure += foreign.Do("COMMIT");
