@@ -41,7 +41,9 @@ endif()
 # compiled once for all programs. The position-independence is that of programs, so that they can use
 # the precompiled headers. A source includes what it needs all the same: the preset coverage
 # precompiles nothing.
-add_library(test_base OBJECT ${PROJECT_SOURCE_DIR}/tests/support/program_locale.cpp)
+add_library(test_base OBJECT
+  ${PROJECT_SOURCE_DIR}/tests/support/program_locale.cpp
+  ${PROJECT_SOURCE_DIR}/tests/support/sanitizer_options.cpp)
 set_target_properties(test_base PROPERTIES POSITION_INDEPENDENT_CODE OFF)
 target_compile_options(test_base PRIVATE -fPIE -O0 -g1)
 target_link_libraries(test_base PRIVATE status_options GTest::gmock)
