@@ -14,10 +14,8 @@
 #include <nlohmann/json.hpp>
 #include <string>
 
-#include "sandbox/enter.h"
 #include "sandbox/rows.h"
-#include "sandbox/scenario.h"
-#include "sandbox/testing.h"
+#include "tests/serve/demo.h"
 #include "tests/serve/server.h"
 #include "tests/support/held_lease.h"
 #include "tests/support/paths.h"
@@ -37,15 +35,8 @@ using testing::StartsWith;
 
 constexpr const char* kCelsius = "/history.json?path=Sensors%5B0%5D/Celsius";
 
-class ServedHistory : public testing::Test {
+class ServedHistory : public test_serve::OnTheDemo {
  protected:
-  void SetUp() override {
-    if (!sandbox::DevicesAvailable()) {
-      GTEST_SKIP() << "no device nodes: " << sandbox::DevicesRefusal();
-    }
-    sandbox::Scenario::Load(sandbox::SourcePath("scenarios/demo")).Apply();
-  }
-
   std::string File() const { return folder_.Path() + "/history"; }
 
   test_support::TemporaryFolder folder_;

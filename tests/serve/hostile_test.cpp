@@ -9,9 +9,7 @@
 #include <thread>
 #include <vector>
 
-#include "sandbox/enter.h"
-#include "sandbox/scenario.h"
-#include "sandbox/testing.h"
+#include "tests/serve/demo.h"
 #include "tests/serve/server.h"
 
 namespace {
@@ -23,7 +21,7 @@ using test_serve::Server;
 
 constexpr int kHostile = 1000;
 
-sandbox::Scenario Demo() { return sandbox::Scenario::Load(sandbox::SourcePath("scenarios/demo")); }
+class HostileClients : public test_serve::OnTheDemo {};
 
 // Resident memory of a process in kB.
 long ResidentOf(pid_t process) {
@@ -36,9 +34,7 @@ long ResidentOf(pid_t process) {
   return -1;
 }
 
-TEST(HostileClients, ChangeNothingForOthers) {
-  SANDBOX_NEEDS_DEVICES();
-  Demo().Apply();
+TEST_F(HostileClients, ChangeNothingForOthers) {
   // The address of an interface of the box: not the loopback, so that it counts as another machine.
   const std::string from = "192.168.0.20";
   const Server server({"--listen", "0.0.0.0:9877", "--allow-remote"});
@@ -61,12 +57,10 @@ TEST(HostileClients, ChangeNothingForOthers) {
   EXPECT_EQ(Get("/healthz").Status, 200);
 }
 
-TEST(HostileClients, AreNotWaitedForLongerThanAnybody) {
+TEST_F(HostileClients, AreNotWaitedForLongerThanAnybody) {
   if (std::getenv("STATUS_LONG") == nullptr) {
     GTEST_SKIP() << "takes a minute; ./test --long runs it";
   }
-  SANDBOX_NEEDS_DEVICES();
-  Demo().Apply();
   const Server server;
   ASSERT_TRUE(Eventually([] { return Get("/healthz").Status == 200; }));
   // A byte each second keeps a connection from being idle.

@@ -19,10 +19,8 @@
 #include <thread>
 #include <vector>
 
-#include "sandbox/enter.h"
 #include "sandbox/rows.h"
-#include "sandbox/scenario.h"
-#include "sandbox/testing.h"
+#include "tests/serve/demo.h"
 #include "tests/serve/server.h"
 #include "tests/support/paths.h"
 #include "tests/support/temporary_folder.h"
@@ -198,16 +196,13 @@ std::vector<Client> Clients(std::size_t count) {
   return clients;
 }
 
-class Measured : public testing::Test {
+class Measured : public test_serve::OnTheDemo {
  protected:
   void SetUp() override {
     if (std::getenv("STATUS_LONG") == nullptr) {
       GTEST_SKIP() << "takes minutes; ./test --long runs it";
     }
-    if (!sandbox::DevicesAvailable()) {
-      GTEST_SKIP() << "no device nodes: " << sandbox::DevicesRefusal();
-    }
-    sandbox::Scenario::Load(sandbox::SourcePath("scenarios/demo")).Apply();
+    OnTheDemo::SetUp();
   }
 };
 

@@ -8,9 +8,7 @@
 #include <csignal>
 #include <string>
 
-#include "sandbox/enter.h"
-#include "sandbox/scenario.h"
-#include "sandbox/testing.h"
+#include "tests/serve/demo.h"
 #include "tests/serve/server.h"
 
 namespace {
@@ -20,12 +18,10 @@ using test_serve::Get;
 
 bool IsHealthy() { return Get("/healthz").Status == 200; }
 
+class ServeWithoutMemory : public test_serve::OnTheDemo {};
+
 // It used to end the process.
-TEST(ServeWithoutMemory, FailsTheCycleWhoseLinesAreTooMany) {
-  if (!sandbox::DevicesAvailable()) {
-    GTEST_SKIP() << "no device nodes: " << sandbox::DevicesRefusal();
-  }
-  sandbox::Scenario::Load(sandbox::SourcePath("scenarios/demo")).Apply();
+TEST_F(ServeWithoutMemory, FailsTheCycleWhoseLinesAreTooMany) {
   test_serve::Server server;
   ASSERT_TRUE(Eventually(&IsHealthy));
   constexpr rlim_t kBytes = rlim_t{1} << 30;

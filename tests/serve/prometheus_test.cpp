@@ -13,8 +13,8 @@
 
 #include "sandbox/enter.h"
 #include "sandbox/rows.h"
-#include "sandbox/scenario.h"
 #include "sandbox/testing.h"
+#include "tests/serve/demo.h"
 #include "tests/serve/server.h"
 #include "tests/support/golden.h"
 #include "tests/support/run_program.h"
@@ -125,7 +125,7 @@ class Scraper {
 
 TEST(Prometheus, ReadsTheDemosTemperaturesAndAllThatTheDashboardAsks) {
   SANDBOX_NEEDS_DEVICES();
-  sandbox::Scenario::Load(sandbox::SourcePath("scenarios/demo"))
+  test_serve::Demo()
       .Row("Sensor_08_Connected", "false")  // something needs attention
       .Row("DimmingMode", "Manual")
       .File("/etc/hosts", "127.0.0.1 localhost " + HostName() + "\n")

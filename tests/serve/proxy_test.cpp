@@ -12,8 +12,7 @@
 #include <vector>
 
 #include "sandbox/enter.h"
-#include "sandbox/scenario.h"
-#include "sandbox/testing.h"
+#include "tests/serve/demo.h"
 #include "tests/serve/server.h"
 #include "tests/support/golden.h"
 #include "tests/support/run_program.h"
@@ -97,15 +96,7 @@ std::string Status(const std::string& words) {
 const std::string kUser = "-u operator:secret ";
 const std::string kSite = "https://display-7.example";
 
-class ReverseProxy : public testing::Test {
- protected:
-  void SetUp() override {
-    if (!sandbox::DevicesAvailable()) {
-      GTEST_SKIP() << "no device nodes: " << sandbox::DevicesRefusal();
-    }
-    sandbox::Scenario::Load(sandbox::SourcePath("scenarios/demo")).Apply();
-  }
-};
+class ReverseProxy : public test_serve::OnTheDemo {};
 
 TEST_F(ReverseProxy, AddsEncryptionAndAPassword) {
   const Server server({"--host", "display-7.example"});

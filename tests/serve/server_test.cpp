@@ -12,10 +12,8 @@
 #include <nlohmann/json.hpp>
 #include <string>
 
-#include "sandbox/enter.h"
 #include "sandbox/rows.h"
-#include "sandbox/scenario.h"
-#include "sandbox/testing.h"
+#include "tests/serve/demo.h"
 #include "tests/support/held_lease.h"
 #include "tests/support/paths.h"
 #include "tests/support/run_program.h"
@@ -23,9 +21,9 @@
 
 namespace {
 
-using sandbox::Scenario;
 using test_serve::Ask;
 using test_serve::Connection;
+using test_serve::Demo;
 using test_serve::Eventually;
 using test_serve::Get;
 using test_serve::Response;
@@ -39,17 +37,7 @@ using testing::MatchesRegex;
 using testing::Not;
 using testing::StartsWith;
 
-Scenario Demo() { return Scenario::Load(sandbox::SourcePath("scenarios/demo")); }
-
-class Serve : public testing::Test {
- protected:
-  void SetUp() override {
-    if (!sandbox::DevicesAvailable()) {
-      GTEST_SKIP() << "no device nodes: " << sandbox::DevicesRefusal();
-    }
-    Demo().Apply();
-  }
-};
+class Serve : public test_serve::OnTheDemo {};
 
 bool IsHealthy() { return Get("/healthz").Status == 200; }
 

@@ -13,9 +13,7 @@
 #include <string>
 #include <thread>
 
-#include "sandbox/enter.h"
-#include "sandbox/scenario.h"
-#include "sandbox/testing.h"
+#include "tests/serve/demo.h"
 #include "tests/serve/server.h"
 #include "tests/support/held_lease.h"
 #include "tests/support/temporary_folder.h"
@@ -71,15 +69,8 @@ class Manager {
   int socket_;
 };
 
-class Service : public testing::Test {
+class Service : public test_serve::OnTheDemo {
  protected:
-  void SetUp() override {
-    if (!sandbox::DevicesAvailable()) {
-      GTEST_SKIP() << "no device nodes: " << sandbox::DevicesRefusal();
-    }
-    sandbox::Scenario::Load(sandbox::SourcePath("scenarios/demo")).Apply();
-  }
-
   const test_support::TemporaryFolder folder_;
 };
 
