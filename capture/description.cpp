@@ -2,6 +2,7 @@
 
 #include <statuscollector/version.h>
 
+#include <cmath>
 #include <cstdio>
 #include <ctime>
 #include <nlohmann/json.hpp>

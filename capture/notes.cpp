@@ -1,6 +1,7 @@
 #include "capture/notes.h"
 
 #include <algorithm>
+#include <cstdlib>
 #include <cstring>
 #include <memory>
 

@@ -4,6 +4,7 @@
 #include <optional>
 #include <set>
 #include <stdexcept>
+#include <utility>
 
 #include "hardware/parse_hex.h"
 

@@ -9,15 +9,21 @@ if(STATUS_SANITIZE)
   target_compile_options(status_options INTERFACE -fsanitize=${STATUS_SANITIZE}
                                                   -fno-sanitize-recover=all)
   target_link_options(status_options INTERFACE -fsanitize=${STATUS_SANITIZE})
+  # Each check has a description, with pointers. A program whose address is known has them right from the
+  # beginning; else they are megabytes to write at each start, which takes half of its time.
+  target_link_options(status_options INTERFACE
+                      $<$<STREQUAL:$<TARGET_PROPERTY:TYPE>,EXECUTABLE>:-no-pie>)
 endif()
 
-# The headers that most sources include, compiled once for the libraries of an everyday build. A source
-# includes what it needs all the same: every other preset precompiles only what tests include.
-if(STATUS_PRECOMPILE)
+# The headers that most sources include, compiled once. A source includes what it needs all the same, which
+# tests/includes checks: releases precompile nothing.
+#
+# status_precompiled(TARGET [QUICK]) has a target use them: QUICK, when it is one of those below.
+function(status_standard_headers name)
   file(CONFIGURE OUTPUT ${PROJECT_BINARY_DIR}/no_source.cpp CONTENT "")
-  add_library(standard_headers OBJECT ${PROJECT_BINARY_DIR}/no_source.cpp)
-  target_link_libraries(standard_headers PRIVATE status_options)
-  target_precompile_headers(standard_headers PRIVATE
+  add_library(${name} OBJECT ${PROJECT_BINARY_DIR}/no_source.cpp)
+  target_link_libraries(${name} PRIVATE status_options)
+  target_precompile_headers(${name} PRIVATE
     <algorithm>
     <array>
     <chrono>
@@ -34,10 +40,23 @@ if(STATUS_PRECOMPILE)
     <unordered_map>
     <utility>
     <vector>)
+endfunction()
+if(STATUS_PRECOMPILE)
+  status_standard_headers(standard_headers)
+  set(status_headers_of_quick standard_headers)
+  if(STATUS_SANITIZE)
+    set(status_headers_of_quick standard_headers_quick)
+    status_standard_headers(standard_headers_quick)
+    target_compile_options(standard_headers_quick PRIVATE -O0)
+  endif()
 endif()
 function(status_precompiled target)
   if(STATUS_PRECOMPILE)
-    target_precompile_headers(${target} REUSE_FROM standard_headers)
+    set(headers standard_headers)
+    if("QUICK" IN_LIST ARGN)
+      set(headers ${status_headers_of_quick})
+    endif()
+    target_precompile_headers(${target} REUSE_FROM ${headers})
     # GCC 12 then takes what std::string does for its caller's, and warns.
     target_compile_options(${target} PRIVATE -Wno-array-bounds -Wno-stringop-overflow)
   endif()
@@ -49,8 +68,8 @@ endfunction()
 function(status_quick_to_compile)
   foreach(target ${ARGN})
     get_target_property(type ${target} TYPE)
-    if(type STREQUAL "STATIC_LIBRARY")
-      status_precompiled(${target})
+    if(NOT type STREQUAL "EXECUTABLE")
+      status_precompiled(${target} QUICK)
     endif()
     if(STATUS_SANITIZE)
       target_compile_options(${target} PRIVATE -O0)
@@ -75,18 +94,23 @@ endfunction()
 # keeps them in.
 set(status_hidden_symbols _ZSt* _ZNSt* _ZNKSt* _ZZNSt* _ZTISt* _ZTSSt* _ZTVSt*)
 
-# status_shared_library(NAME [FEW_THROW] SOURCES file... [HIDE symbol...] [SHARED_DATA symbol...]) makes
+# status_shared_library(NAME [FEW_THROW] [QUICK] SOURCES file... [HIDE symbol...] [SHARED_DATA symbol...]) makes
 # one of the shipped libraries. It exports what its sources export by name, less the mangled symbols
 # (globs) under HIDE.
 # FEW_THROW: exceptions pass through few of its functions. Only these get a table of how they are left,
 # which makes such a library smaller.
+# QUICK: it is one of those that are quick to compile.
 # SHARED_DATA: the library's own references to what it exports are bound when it is linked, which makes
 # it smaller and quicker to load, but for those to these symbols: data of which a program may hold the
 # one copy.
 function(status_shared_library name)
-  cmake_parse_arguments(arg "FEW_THROW" "" "SOURCES;HIDE;SHARED_DATA" ${ARGN})
+  cmake_parse_arguments(arg "FEW_THROW;QUICK" "" "SOURCES;HIDE;SHARED_DATA" ${ARGN})
   add_library(${name} SHARED ${arg_SOURCES})
-  status_precompiled(${name})
+  if(arg_QUICK)
+    status_quick_to_compile(${name})
+  else()
+    status_precompiled(${name})
+  endif()
   set(map ${CMAKE_CURRENT_BINARY_DIR}/${name}.map)
   set(hidden ${status_hidden_symbols} ${arg_HIDE})
   list(JOIN hidden "; " hidden)

@@ -3,8 +3,10 @@
 #include <archive.h>
 #include <archive_entry.h>
 
+#include <algorithm>
 #include <array>
 #include <memory>
+#include <new>
 #include <stdexcept>
 
 #include "sandbox/files.h"

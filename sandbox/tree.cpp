@@ -1,6 +1,7 @@
 #include "sandbox/tree.h"
 
 #include <stdexcept>
+#include <utility>
 
 #include "sandbox/files.h"
 

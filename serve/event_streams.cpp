@@ -3,6 +3,8 @@
 #include <poll.h>
 
 #include <algorithm>
+#include <cstdint>
+#include <utility>
 
 namespace serve {
 namespace {

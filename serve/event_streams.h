@@ -4,6 +4,7 @@
 #include <microhttpd.h>
 
 #include <cstddef>
+#include <cstdint>
 #include <list>
 #include <memory>
 #include <string>

@@ -1,6 +1,7 @@
 #include "serve/history.h"
 
 #include <algorithm>
+#include <cmath>
 #include <cstdlib>
 #include <fstream>
 #include <utility>
